@@ -1,0 +1,35 @@
+# Targets that need a library beyond the compiler's: each is left out with a message where its library is missing.
+
+# norvkit, the companion for people: pictures in and out, and everything that is pleasant to have at a prompt.
+if(NOT WIN32)
+  find_package(CLI11 QUIET)
+  find_package(PNG QUIET)
+  find_package(JPEG QUIET)
+  find_package(TIFF QUIET)
+  file(GLOB kitSources CONFIGURE_DEPENDS src/kit/*.cpp)
+  if(CLI11_FOUND AND PNG_FOUND AND JPEG_FOUND AND TIFF_FOUND)
+    list(REMOVE_ITEM kitSources ${PROJECT_SOURCE_DIR}/src/kit/main.cpp)
+    add_library(norv_kit STATIC ${kitSources})
+    target_link_libraries(norv_kit PUBLIC norv_core PNG::PNG JPEG::JPEG TIFF::TIFF CLI11::CLI11)
+    add_executable(norvkit src/kit/main.cpp)
+    target_link_libraries(norvkit PRIVATE norv_kit)
+  else()
+    message(STATUS "norvkit is left out: it needs CLI11, libpng, libjpeg and libtiff "
+      "(libcli11-dev libpng-dev libjpeg62-turbo-dev libtiff-dev)")
+  endif()
+endif()
+
+find_package(doctest QUIET)
+if(doctest_FOUND)
+  enable_testing()
+  add_subdirectory(tests)
+else()
+  message(STATUS "The tests are left out: they need doctest (doctest-dev)")
+endif()
+
+find_package(benchmark QUIET)
+if(benchmark_FOUND)
+  add_subdirectory(bench)
+else()
+  message(STATUS "The benchmarks are left out: they need Google Benchmark (libbenchmark-dev)")
+endif()

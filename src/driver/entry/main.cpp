@@ -1,0 +1,16 @@
+#include "driver/main.h"
+
+#include "platform/console.h"
+#include "platform/paths.h"
+
+// Asks hybrid-graphics drivers to run the process on the discrete graphics processor.
+#ifdef _WIN32
+extern "C" __declspec(dllexport) unsigned long NvOptimusEnablementCuda = 1;
+#else
+extern "C" __attribute__((visibility("default"), used)) unsigned long NvOptimusEnablementCuda = 1;
+#endif
+
+int main(int argc, char** argv) {
+  norv::PrepareConsole();
+  return norv::RunTool(norv::CommandLine(argc, argv));
+}

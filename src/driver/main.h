@@ -1,0 +1,14 @@
+// The whole tool as a function.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace norv {
+
+// arguments[0] is the executable's name, [1] the mode, then the mode's parameters. Returns the exit code: 0 when a mode
+// ran or aborted with its own message, 2 for a wrong command line or vector level, 3 for an operation that this build
+// lacks, 1 for an exception that no mode handles (reason on standard error).
+int RunTool(const std::vector<std::string>& arguments);
+
+}  // namespace norv

@@ -1,0 +1,31 @@
+// What people and programs see of a run: messages on standard output, everything else on standard error; key presses.
+#pragma once
+
+#include <cstdarg>
+
+namespace norv {
+
+// Standard streams that the parent left closed are opened on the null device, so that no data file gets their numbers;
+// standard output passes bytes through unchanged on every platform. Called once, first.
+void PrepareConsole();
+
+// A message on standard output: exactly these characters, flushed at once. An unwritable standard output is ignored.
+[[gnu::format(gnu_printf, 1, 2)]] void Say(const char* format, ...);
+
+// A line on standard error, behind the program's name and "warning: ".
+[[gnu::format(gnu_printf, 1, 2)]] void Warn(const char* format, ...);
+
+// A line on standard error, behind the program's name only: the reason why something failed.
+[[gnu::format(gnu_printf, 1, 2)]] void Complain(const char* format, ...);
+
+// The value as it should be printed: a NaN without its sign, which is no part of any result.
+double Printable(double value);
+
+// Waits for `count` key presses: from a terminal one unechoed key each (keys typed ahead count), else one byte each;
+// end of input counts as a key. The terminal is put back on every way out, signals included.
+void WaitForKeys(int count);
+
+// Whether standard error is a terminal, so that progress may be drawn on it.
+bool ProgressIsVisible();
+
+}  // namespace norv

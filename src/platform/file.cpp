@@ -1,0 +1,167 @@
+#include "platform/file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "platform/console.h"
+#include "platform/native_file.h"
+
+namespace norv {
+namespace {
+
+// One system call moves about this much; larger arrays pass by the buffer.
+constexpr size_t kBufferSize = size_t{1} << 20;
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------------- reading
+
+struct FileIn::State {
+  std::string path;
+  std::string reason;
+  NativeFile file;
+  int64_t size = 0;
+  std::vector<char> buffer;
+  size_t begin = 0, end = 0;  // the unread part of the buffer
+  bool complete = true;
+};
+
+FileIn::FileIn(const std::string& path) : state_(std::make_unique<State>()) {
+  state_->path = path;
+  state_->file = NativeFile::OpenForReading(path);
+  if (state_->file.IsOpen())
+    state_->size = state_->file.Size();
+  else
+    state_->reason = LastSystemError();
+}
+
+FileIn::~FileIn() = default;
+
+bool FileIn::IsOpen() const { return state_->file.IsOpen(); }
+int64_t FileIn::Size() const { return state_->size; }
+const std::string& FileIn::Path() const { return state_->path; }
+const std::string& FileIn::Reason() const { return state_->reason; }
+bool FileIn::Complete() const { return state_->complete; }
+
+void FileIn::Read(void* bytes, size_t size) {
+  State& s = *state_;
+  char* target = static_cast<char*>(bytes);
+  while (size > 0) {
+    if (s.begin == s.end && size >= kBufferSize) {
+      const int64_t got = s.complete ? s.file.Read(target, size) : 0;
+      if (got <= 0) break;
+      target += got;
+      size -= static_cast<size_t>(got);
+      continue;
+    }
+    if (s.begin == s.end) {
+      s.buffer.resize(kBufferSize);
+      const int64_t got = s.complete ? s.file.Read(s.buffer.data(), kBufferSize) : 0;
+      if (got <= 0) break;
+      s.begin = 0;
+      s.end = static_cast<size_t>(got);
+    }
+    const size_t part = std::min(size, s.end - s.begin);
+    std::memcpy(target, s.buffer.data() + s.begin, part);
+    s.begin += part;
+    target += part;
+    size -= part;
+  }
+  if (size > 0) {
+    s.complete = false;
+    std::memset(target, 0, size);
+  }
+}
+
+void FileIn::Skip(int64_t bytes) {
+  State& s = *state_;
+  const int64_t buffered = std::min<int64_t>(bytes, static_cast<int64_t>(s.end - s.begin));
+  s.begin += static_cast<size_t>(buffered);
+  if (bytes > buffered && !s.file.Skip(bytes - buffered)) s.complete = false;
+}
+
+void FileIn::WarnIfShort() const {
+  if (!Complete()) Warn("%s ends early; what is missing is read as zeros", Path().c_str());
+}
+
+// ---------------------------------------------------------------------------------------------------- writing
+
+struct FileOut::State {
+  std::string destination;
+  std::string temporary;  // empty: the destination is written directly
+  NativeFile file;
+  Durability durability = Durability::durable;
+  std::vector<char> buffer;
+  std::string failure;
+
+  void Fail() {
+    if (failure.empty()) failure = LastSystemError();
+  }
+  void Send(const char* bytes, size_t size) {
+    while (size > 0 && failure.empty()) {
+      const int64_t sent = file.Write(bytes, size);
+      if (sent <= 0) return Fail();
+      bytes += sent;
+      size -= static_cast<size_t>(sent);
+    }
+  }
+  void Flush() {
+    Send(buffer.data(), buffer.size());
+    buffer.clear();
+  }
+};
+
+FileOut::FileOut(const std::string& path, Durability durability) : state_(std::make_unique<State>()) {
+  State& s = *state_;
+  s.destination = FinalTarget(path);
+  s.durability = durability;
+  if (IsSpecialFile(s.destination)) {
+    s.file = NativeFile::OpenForWriting(s.destination);
+  } else {
+    RemoveAbandonedFiles(s.destination);
+    s.file = NativeFile::CreateTemporary(s.destination, s.temporary);
+  }
+  if (!s.file.IsOpen()) s.Fail();
+  s.buffer.reserve(kBufferSize);
+}
+
+FileOut::~FileOut() {
+  if (state_->temporary.empty() || !state_->file.IsOpen()) return;
+  state_->file.Close();
+  RemoveFile(state_->temporary);
+}
+
+bool FileOut::IsOpen() const { return state_->file.IsOpen(); }
+
+void FileOut::Write(const void* bytes, size_t size) {
+  State& s = *state_;
+  if (s.buffer.size() + size > kBufferSize) s.Flush();
+  const char* source = static_cast<const char*>(bytes);
+  if (size >= kBufferSize)
+    s.Send(source, size);
+  else
+    s.buffer.insert(s.buffer.end(), source, source + size);
+}
+
+bool FileOut::Commit() {
+  State& s = *state_;
+  s.Flush();
+  const bool durable = s.durability == Durability::durable;
+  if (s.failure.empty() && durable && !s.temporary.empty() && !s.file.Flush()) s.Fail();
+  if (s.failure.empty()) {
+    const bool moved = s.temporary.empty() ? s.file.Close() : s.file.Rename(s.temporary, s.destination, durable);
+    if (!moved) s.Fail();
+  }
+  if (s.failure.empty()) {
+    s.temporary.clear();
+    return true;
+  }
+  Complain("cannot write %s: %s", s.destination.c_str(), s.failure.c_str());
+  if (s.file.IsOpen()) s.file.Close();
+  if (!s.temporary.empty()) RemoveFile(s.temporary);
+  s.temporary.clear();
+  return false;
+}
+
+}  // namespace norv

@@ -1,0 +1,106 @@
+// Raw little-endian fields and arrays in and out of files. A file is replaced as a whole or not at all.
+//
+// FileIn and FileOut answer to the same two calls, Field and Array, so that one function per format serves reading and
+// writing alike:
+//
+//   template <typename File> void Transfer(File& file, Thing& thing) { file.Field(thing.size); ... }
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+namespace norv {
+
+// Elements of raw files: plain numbers of the machine's own (little-endian) layout.
+template <typename T>
+concept RawElement = std::is_arithmetic_v<T>;
+
+// Reads a file from its start. What is read behind its end (or behind a read error) is zeros, and Complete() says so.
+class FileIn {
+ public:
+  static constexpr bool kReading = true;
+
+  // Opens for reading; a file that cannot be opened leaves IsOpen() false and the reason in Reason().
+  explicit FileIn(const std::string& path);
+  ~FileIn();
+  FileIn(const FileIn&) = delete;
+  FileIn& operator=(const FileIn&) = delete;
+
+  bool IsOpen() const;
+  // Bytes in the file when it was opened.
+  int64_t Size() const;
+  const std::string& Path() const;
+  // Why the file could not be opened, in the system's words.
+  const std::string& Reason() const;
+
+  template <RawElement T>
+  void Field(T& value) {
+    Read(&value, sizeof value);
+  }
+  template <RawElement T>
+  void Array(T* elements, size_t n) {
+    Read(elements, n * sizeof(T));
+  }
+  // Passes over bytes without reading them.
+  void Skip(int64_t bytes);
+
+  // False once something was asked for that the file does not hold.
+  bool Complete() const;
+  // Warns on standard error, naming the file, when it ended early.
+  void WarnIfShort() const;
+
+ private:
+  void Read(void* bytes, size_t size);
+
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+enum class Durability {
+  durable,  // on the disk before the new name stands
+  scratch,  // a file of this run only: never flushed to the disk
+};
+
+// Writes a file beside its destination under a temporary name that is locked while written; Commit() flushes it and
+// renames it over the destination, so that a crash, a kill or a full disk leaves the old file or the new one. What
+// other runs left behind half-written, and nobody holds locked, is removed on the way. A destination that exists and is
+// no regular file (a device, a pipe) is written directly.
+class FileOut {
+ public:
+  static constexpr bool kReading = false;
+
+  explicit FileOut(const std::string& path, Durability durability = Durability::durable);
+  // Not committed: the temporary file goes, the old file stays.
+  ~FileOut();
+  FileOut(const FileOut&) = delete;
+  FileOut& operator=(const FileOut&) = delete;
+
+  bool IsOpen() const;
+
+  template <RawElement T>
+  void Field(const T& value) {
+    Write(&value, sizeof value);
+  }
+  template <RawElement T>
+  void Array(const T* elements, size_t n) {
+    Write(elements, n * sizeof(T));
+  }
+
+  // True when every byte has reached the destination. Otherwise the reason is on standard error and the old file is as
+  // it was. Call once.
+  bool Commit();
+
+ private:
+  void Write(const void* bytes, size_t size);
+
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+// Deletes the file; a file that does not exist counts as deleted.
+bool RemoveFile(const std::string& path);
+
+}  // namespace norv

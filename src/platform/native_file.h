@@ -1,0 +1,67 @@
+// The system's own file calls behind platform/file, one implementation per platform. Nobody else includes this.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace norv {
+
+// A descriptor or handle; closed when it goes. Calls that fail leave the reason with the system (LastSystemError).
+class NativeFile {
+ public:
+#ifdef _WIN32
+  using Handle = void*;
+#else
+  using Handle = int;
+#endif
+
+  NativeFile();
+  ~NativeFile() { Close(); }
+  NativeFile(NativeFile&& other) noexcept : NativeFile() { std::swap(handle_, other.handle_); }
+  NativeFile& operator=(NativeFile&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
+
+  // Directories are refused.
+  static NativeFile OpenForReading(const std::string& path);
+  static NativeFile OpenForWriting(const std::string& path);
+  // A new file beside the destination, with the old one's permissions, locked until it is closed; its name goes to
+  // `name`.
+  static NativeFile CreateTemporary(const std::string& destination, std::string& name);
+
+  bool IsOpen() const;
+  int64_t Size() const;
+  // Bytes moved, 0 at the end of the file, negative on failure.
+  int64_t Read(void* bytes, size_t size);
+  int64_t Write(const void* bytes, size_t size);
+  // Moves the reading position on; false when that is behind the end.
+  bool Skip(int64_t bytes);
+  bool Flush();
+  bool Close();
+  // Renames this (flushed) file from its temporary name over the destination and closes it.
+  bool Rename(const std::string& temporary, const std::string& destination, bool durable);
+
+ private:
+  explicit NativeFile(Handle handle) : handle_(handle) {}
+  Handle handle_;
+};
+
+// The last failure of this thread in words.
+std::string LastSystemError();
+
+// The file behind a symbolic link, or the path itself.
+std::string FinalTarget(const std::string& path);
+
+// Whether the path exists and is neither a regular file nor a directory.
+bool IsSpecialFile(const std::string& path);
+
+// Removes temporary files beside the destination that no living process holds locked.
+void RemoveAbandonedFiles(const std::string& destination);
+
+// Temporary names end in this.
+inline constexpr char kTemporarySuffix[] = ".norv-tmp";
+
+}  // namespace norv

@@ -1,0 +1,28 @@
+// Where files are: the executable's directory, and how a bare name becomes a path. Paths are UTF-8 on every platform.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace norv {
+
+// Where a bare file name is looked up.
+enum class Folder {
+  executable,  // beside the executable
+  asGiven,     // the name is the path
+};
+
+// The executable's real path (symbolic links resolved) cut after its last separator, or the environment variable
+// NORV_DIR when that is set and not empty. Ends in a separator; asked of the system once.
+const std::string& ExecutableDirectory();
+
+std::string PathOf(const std::string& name, Folder folder);
+
+// The command line as UTF-8, whatever the platform hands to main().
+std::vector<std::string> CommandLine(int argc, char** argv);
+
+#ifdef _WIN32
+std::wstring Wide(const std::string& utf8);
+#endif
+
+}  // namespace norv

@@ -1,0 +1,33 @@
+// The one-dimensional reduction filters: value and support, the one table from code to filter and parameter, and the
+// taps.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "numeric/matrix2.h"
+
+namespace norv {
+
+enum class Filter { box, tent, lanczos, cubic, gaussian };
+
+struct FilterChoice {
+  Filter filter;
+  double parameter;  // lanczos: order; cubic: the cubic parameter; gaussian: sigma in small pixels; else unused
+};
+
+// The filter of a ShrinkOrder (training pairs) or of a kernel code (restoration); nothing for a code without a filter.
+std::optional<FilterChoice> FilterOfShrinkOrder(int32_t order);
+std::optional<FilterChoice> FilterOfKernelCode(int32_t code);
+
+// L x 1 taps with sum 1 for the integer factor f >= 1, symmetric about their centre: tap positions (i + 0.5) / f to
+// both sides for even f; a tap at 0 and i / f to both sides for odd f.
+void BuildTaps(matrix& taps, int32_t f, FilterChoice choice);
+
+// BuildTaps by ShrinkOrder; empty for an unknown one.
+void ShrinkKernel(matrix& kernel, int32_t f, int32_t shrinkOrder);
+
+// 0 for |x| >= a, else sinc(x) sinc(x / a) with sinc(t) = sin(pi t) / (pi t).
+double LanczosKernel(double x, double a);
+
+}  // namespace norv

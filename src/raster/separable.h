@@ -1,0 +1,44 @@
+// Separable filtering of planes: reduction by taps, its exact adjoint, and the table-driven resampler.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/matrix2.h"
+
+namespace norv {
+
+// Small plane from large plane: every small pixel is the weighted mean of the large pixels under its taps.
+//   high  w*f x h*f;  low  w x h, dimensioned by the caller;  kernel  L taps, offset (L - f) / 2
+// Along rows first, then along columns, each sum in tap order, single precision. Outside pixels are mirrored without
+// repeating the edge, as often as needed on short planes.
+void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel);
+
+// The exact adjoint of ShrinkMatrix: <ShrinkMatrix x, y> = <x, SpreadMatrix y> up to rounding. high is dimensioned
+// already and is overwritten.
+void SpreadMatrix(matrix& high, const matrix& low, const matrix& kernel);
+
+// Which source pixels an output position is made of.
+struct ResampleTable {
+  int32_t taps = 0;
+  std::vector<int32_t> start;  // one an output position: index of the first tap's source pixel, may be outside
+  std::vector<float> weights;  // taps an output position
+
+  int32_t Length() const { return static_cast<int32_t>(start.size()); }
+};
+
+// Lanczos weights of order a for `length` output positions p = k*step + offset: taps weights from trunc(p) - (taps - 1)
+// / 2 on, each row with sum 1. widen stretches the kernel for reductions (step > 1).
+void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a, double step, double offset,
+                    bool widen);
+
+// The tables that enlarge an axis of the given length by f: Lanczos-3 with 9 taps.
+ResampleTable EnlargementTable(int32_t length, int32_t f);
+
+// Along rows with the horizontal table, then along columns with the vertical one. Zero weights at both ends of a row
+// are left out; where a tap falls outside the axis, the taps inside count alone and the sum is divided by their weight
+// if that is positive.
+void ResampleSeparable(const matrix& plane, matrix& result, const ResampleTable& horizontal,
+                       const ResampleTable& vertical);
+
+}  // namespace norv
