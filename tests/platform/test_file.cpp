@@ -1,0 +1,179 @@
+// Files are replaced as a whole or not at all.
+#include <csignal>
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/file.h"
+#include "platform/native_file.h"
+
+using namespace norv;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Folder {
+  fs::path path;
+  Folder() {
+    std::string name = (fs::temp_directory_path() / "norv-file-XXXXXX").string();
+    REQUIRE(mkdtemp(name.data()));
+    path = name;
+  }
+  ~Folder() { fs::remove_all(path); }
+  std::string operator/(const char* name) const { return (path / name).string(); }
+  size_t Entries() const { return static_cast<size_t>(std::distance(fs::directory_iterator(path), {})); }
+};
+
+std::string Contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteText(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+
+// Standard error of our own messages goes nowhere while it lives.
+struct Quiet {
+  int saved = dup(2);
+  Quiet() { (void)!freopen("/dev/null", "w", stderr); }
+  ~Quiet() {
+    fflush(stderr);
+    dup2(saved, 2);
+    close(saved);
+  }
+};
+
+}  // namespace
+
+TEST_CASE("fields and arrays of any size come back as they were") {
+  Folder folder;
+  std::vector<float> large(700001);
+  for (size_t i = 0; i < large.size(); ++i) large[i] = static_cast<float>(i) * 0.25f;
+  {
+    FileOut out(folder / "a");
+    out.Field(int32_t{-7});
+    out.Array(large.data(), 3);
+    out.Array(large.data(), large.size());
+    out.Field(2.5f);
+    REQUIRE(out.Commit());
+  }
+  CHECK(fs::file_size(folder / "a") == 4 + 12 + 4 * large.size() + 4);
+  FileIn in(folder / "a");
+  REQUIRE(in.IsOpen());
+  int32_t count;
+  float last;
+  std::vector<float> first(3), rest(large.size());
+  in.Field(count);
+  in.Array(first.data(), 3);
+  in.Array(rest.data(), rest.size());
+  in.Field(last);
+  CHECK(count == -7);
+  CHECK(first[2] == 0.5f);
+  CHECK(rest == large);
+  CHECK(last == 2.5f);
+  CHECK(in.Complete());
+}
+
+TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
+  Folder folder;
+  WriteText(folder / "short", std::string(6, 'x'));
+  FileIn in(folder / "short");
+  int32_t whole = 1;
+  std::vector<uint8_t> rest(5, 9);
+  in.Field(whole);
+  CHECK(in.Complete());
+  in.Array(rest.data(), rest.size());
+  CHECK(whole == 0x78787878);
+  CHECK(rest == std::vector<uint8_t>{'x', 'x', 0, 0, 0});
+  CHECK_FALSE(in.Complete());
+
+  FileIn skipping(folder / "short");
+  skipping.Skip(5);
+  uint8_t byte;
+  skipping.Field(byte);
+  CHECK(byte == 'x');
+  CHECK(skipping.Complete());
+  skipping.Skip(1);
+  CHECK_FALSE(skipping.Complete());
+
+  CHECK_FALSE(FileIn(folder / "none").IsOpen());
+  CHECK_FALSE(FileIn(folder.path.string()).IsOpen());
+}
+
+TEST_CASE("a file that is not committed, or cannot be, leaves the old one and nothing else") {
+  Folder folder;
+  WriteText(folder / "data", "old");
+  {
+    FileOut out(folder / "data");
+    out.Field(1.0f);
+  }
+  CHECK(Contents(folder / "data") == "old");
+  CHECK(folder.Entries() == 1);
+
+  Quiet quiet;
+  fs::create_directory(folder.path / "directory");
+  {
+    FileOut out(folder / "directory");
+    out.Field(1.0f);
+    CHECK_FALSE(out.Commit());
+  }
+  CHECK(folder.Entries() == 2);
+  FileOut nowhere(folder / "missing/data");
+  CHECK_FALSE(nowhere.IsOpen());
+  CHECK_FALSE(nowhere.Commit());
+  // A device that is always full: every write fails with the system's own word for it.
+  FileOut full("/dev/full");
+  full.Field(1.0f);
+  CHECK_FALSE(full.Commit());
+}
+
+TEST_CASE("permissions stay, symbolic links stay links, abandoned files go and live ones stay") {
+  Folder folder;
+  WriteText(folder / "target", "old");
+  chmod((folder / "target").c_str(), 0640);
+  fs::create_symlink("target", folder.path / "link");
+  WriteText(folder / "other.99-0.norv-tmp", "left by a killed run");
+  FileOut live(folder / "live");
+  live.Field(1.0f);
+  FileOut out(folder / "link");
+  out.Field(int32_t{0x31323334});
+  REQUIRE(out.Commit());
+  CHECK(Contents(folder / "target") == "4321");
+  CHECK(fs::is_symlink(folder.path / "link"));
+  CHECK(fs::status(folder.path / "target").permissions() == fs::perms(0640));
+  CHECK_FALSE(fs::exists(folder.path / "other.99-0.norv-tmp"));
+  CHECK(live.Commit());
+  CHECK(folder.Entries() == 3);
+}
+
+TEST_CASE("a run killed at any instant leaves the old or the new file whole") {
+  Folder folder;
+  const std::string path = folder / "data";
+  const auto write = [&](char letter) {
+    FileOut out(path, Durability::scratch);
+    const std::string text(300000, letter);
+    for (int i = 0; i < 8; ++i) out.Array(text.data(), text.size());
+    return out.Commit();
+  };
+  REQUIRE(write('a'));
+  for (int round = 0; round < 40; ++round) {
+    const pid_t child = fork();
+    if (child == 0) {
+      for (char letter = 'b';; letter = static_cast<char>(letter == 'z' ? 'b' : letter + 1)) write(letter);
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(500 + 377 * round));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const std::string contents = Contents(path);
+    REQUIRE(contents.size() == 2400000);
+    REQUIRE(contents.find_first_not_of(contents[0]) == std::string::npos);
+  }
+  REQUIRE(write('a'));
+  CHECK(folder.Entries() == 1);
+}
