@@ -4,9 +4,13 @@
 
 namespace norv {
 
+// file: a path, of which the last component is named.
 [[noreturn]] void AssertionFailed(const char* condition, const char* file, int line);
 
 }  // namespace norv
 
-#define NORV_ASSERT(condition) \
-  ((condition) ? static_cast<void>(0) : ::norv::AssertionFailed(#condition, __FILE__, __LINE__))
+#define NORV_ASSERT(condition) NORV_ASSERT_TEXT(condition, #condition)
+
+// With the text that is to be printed for the condition.
+#define NORV_ASSERT_TEXT(condition, text) \
+  ((condition) ? static_cast<void>(0) : ::norv::AssertionFailed(text, __FILE__, __LINE__))
