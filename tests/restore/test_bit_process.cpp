@@ -1,0 +1,104 @@
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <doctest/doctest.h>
+#include <limits>
+#include <random>
+
+#include "restore/bit_process.h"
+
+using namespace norv;
+
+namespace {
+
+using Bytes = std::array<uint8_t, 3>;
+
+Bytes Convert(float first, float second, float third) {
+  const float colour[3] = {first, second, third};
+  Bytes bytes;
+  ToBytes(colour, bytes.data());
+  return bytes;
+}
+
+Bytes PixelOf(const BitImage& image, int32_t row, int32_t column) {
+  Bytes bytes;
+  std::memcpy(bytes.data(), image.rows[row] + 3 * column, 3);
+  return bytes;
+}
+
+FloatImage RandomImage(int32_t width, int32_t height, int32_t format) {
+  FloatImage image(width, height, kDefaultFormat);
+  std::mt19937 generator(5);
+  std::uniform_real_distribution<float> value(-40, 330);
+  for (int k = 0; k < 3; ++k)
+    for (int32_t i = 0; i < image.count; ++i) image.plane[k].x[i] = value(generator);
+  image.ConvertTo(format);
+  return image;
+}
+
+BitImage Filled(int32_t width, int32_t height, uint8_t byte) {
+  BitImage image(width, height);
+  std::memset(image.pixels.get(), byte, image.size);
+  return image;
+}
+
+}  // namespace
+
+TEST_CASE("colours to bytes: hue is kept, the third value comes first") {
+  const float infinity = std::numeric_limits<float>::infinity(), nan = std::nanf("");
+  CHECK(Convert(300, 150, 0) == Bytes{0, 128, 255});
+  CHECK(Convert(0, 150, 300) == Bytes{255, 128, 0});
+  CHECK(Convert(-5, 10.5f, 10.4999f) == Bytes{10, 11, 0});
+  CHECK(Convert(-1000, 510, 255) == Bytes{128, 255, 0});
+  CHECK(Convert(255, 254.5f, 254.49f) == Bytes{254, 255, 255});
+  CHECK(Convert(nan, 7, -nan) == Bytes{0, 7, 0});
+  CHECK(Convert(infinity, 7, -infinity) == Bytes{0, 0, 255});
+  CHECK(Convert(infinity, infinity, 3e38f) == Bytes{0, 255, 255});
+  CHECK(Convert(3e38f, 1.5e38f, nan) == Bytes{0, 128, 255});
+}
+
+TEST_CASE("a paste converts every pixel as ToBytes does, in every format") {
+  for (const int32_t format : {kDefaultFormat, int32_t{kLuminance}, int32_t{kWithFourth}}) {
+    CAPTURE(format);
+    const FloatImage source = RandomImage(263, 3, format);  // more than a block, and an odd rest
+    BitImage image = Filled(263, 3, 9);
+    PasteToBitImage(image, 0, 0, source, nullptr, 0, 0, 0, 0);
+    FloatImage display = source;
+    display.ConvertTo(kDefaultFormat);
+    for (int32_t r = 0; r < 3; ++r) {
+      for (int32_t c = 0; c < 263; ++c)
+        CHECK(PixelOf(image, r, c) ==
+              Convert(display.plane[0].z[r][c], display.plane[1].z[r][c], display.plane[2].z[r][c]));
+      CHECK(image.rows[r][3 * 263] == 9);  // the padding is nobody's
+    }
+  }
+}
+
+TEST_CASE("a paste leaves out margins, masked pixels and what lies outside") {
+  const FloatImage source = RandomImage(8, 7, kDefaultFormat);
+  BitMask mask;
+  mask.Resize(5, 6);
+  for (int32_t k = 0; k < 30; ++k)
+    if (k % 3 != 1) mask.Set(k / 5, k % 5);
+  for (const BitMask* use : {static_cast<const BitMask*>(nullptr), static_cast<const BitMask*>(&mask)}) {
+    for (int32_t y0 = -8; y0 <= 7; ++y0) {
+      for (int32_t x0 = -8; x0 <= 6; ++x0) {
+        BitImage image = Filled(5, 6, 77);
+        PasteToBitImage(image, x0, y0, source, use, 1, 2, 2, 1);  // rows 2..5, columns 1..5
+        for (int32_t y = 0; y < 6; ++y) {
+          for (int32_t x = 0; x < 5; ++x) {
+            const int32_t r = y - y0 + 2, c = x - x0 + 1;
+            const bool written = r >= 2 && r <= 5 && c >= 1 && c <= 5 && (!use || use->Get(y, x));
+            const Bytes expected =
+                written ? Convert(source.plane[0].z[r][c], source.plane[1].z[r][c], source.plane[2].z[r][c])
+                        : Bytes{77, 77, 77};
+            CHECK(PixelOf(image, y, x) == expected);
+          }
+        }
+      }
+    }
+  }
+  BitImage image = Filled(5, 6, 77);
+  PasteToBitImage(image, 0, 0, source, nullptr, 6, 6, 0, 0);  // margins that leave nothing
+  CHECK(PixelOf(image, 0, 0) == Bytes{77, 77, 77});
+}
