@@ -4,11 +4,13 @@
 #include "platform/paths.h"
 
 // Asks hybrid-graphics drivers to run the process on the discrete graphics processor.
+extern "C" {
 #ifdef _WIN32
-extern "C" __declspec(dllexport) unsigned long NvOptimusEnablementCuda = 1;
+__declspec(dllexport) unsigned long NvOptimusEnablementCuda = 1;
 #else
-extern "C" __attribute__((visibility("default"), used)) unsigned long NvOptimusEnablementCuda = 1;
+[[gnu::used]] unsigned long NvOptimusEnablementCuda = 1;
 #endif
+}
 
 int main(int argc, char** argv) {
   norv::PrepareConsole();

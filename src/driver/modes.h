@@ -1,0 +1,71 @@
+// The table of modes and their operations. Each operation decodes its own parameters, does the whole run's work and
+// says how the run ends; a failure that it does not handle is thrown as its message text (const char*).
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "driver/arguments.h"
+#include "restore/parameters.h"
+
+namespace norv {
+
+// What the operations are told besides their parameters.
+struct Request {
+  const Arguments& arguments;
+  int32_t mode;
+  int32_t start;       // Clock() when the run began
+  int32_t processors;  // asked of the system once
+  // The 21 parameters of the modes below 6; defaults in all others.
+  RestoreParameters restore;
+  int32_t threads;
+};
+
+enum class Ending {
+  report,       // the time and "Done!" follow
+  silent,       // the mode has said everything
+  unavailable,  // this build lacks the operation
+};
+
+// Restoration, restore_modes.cpp.
+Ending RestoreWholeImage(const Request& request);              // 0
+Ending RestoreImageInBands(const Request& request);            // 1
+Ending RestoreToBitImage(const Request& request);              // 2
+Ending RestoreInBandsThenProcessBits(const Request& request);  // 3
+Ending ProcessBitsInBands(const Request& request);             // 4
+Ending ProcessWholeBits(const Request& request);               // 5
+// Denoising, denoise_modes.cpp.
+Ending DenoiseByComponents(const Request& request);  // 6
+Ending DenoiseByGroups(const Request& request);      // 7
+// The processor benchmark, benchmark.cpp.
+Ending RunBenchmark(const Request& request);  // 8
+// The network's training and its samples, training_modes.cpp.
+Ending RunTraining(const Request& request);         // 9
+Ending AddTrainingPairs(const Request& request);    // 11
+Ending ShuffleTrainingSet(const Request& request);  // 12
+// The network at work, network_modes.cpp.
+Ending EnlargeByNetwork(const Request& request);     // 10
+Ending ReportNetStatistics(const Request& request);  // 13
+// Nothing but a notice, notice_modes.cpp.
+Ending NoticeOfSeries(const Request& request);  // 14
+Ending Notice(const Request& request);          // 15
+
+struct Mode {
+  int32_t number;
+  int32_t parameters;  // that it needs behind the mode's number
+  const char* names;   // of its parameters; null for the restoration's
+  Ending (*run)(const Request& request);
+};
+
+// Null for a number that no mode has.
+const Mode* FindMode(int32_t number);
+
+// The parameters that must stand behind the number, also of a mode that does not exist: negative ones need those of the
+// restoration, others none.
+int32_t NeededParameters(int32_t number);
+
+// How to call one mode, in one line, and the whole tool.
+std::string UsageOf(int32_t number);
+std::string Usage();
+
+}  // namespace norv
