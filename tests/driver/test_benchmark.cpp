@@ -1,0 +1,137 @@
+#include <cmath>
+#include <cstdio>
+#include <doctest/doctest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "driver/benchmark.h"
+#include "driver/dot.h"
+
+using namespace norv;
+
+namespace {
+
+matrix Sequence(int32_t length, float start, float step) {
+  matrix v(length, 1);
+  for (int32_t i = 0; i < length; ++i) v.x[i] = start + step * static_cast<float>(i % 97);
+  return v;
+}
+
+// The prescribed sum, one operation after the other.
+float PlainDot(const matrix& a, const matrix& b) {
+  const int32_t blocks = a.mn / 8 * 8;
+  float lanes[8] = {};
+  for (int32_t k = 0; k < blocks; ++k) {
+    const volatile float product = a.x[k] * b.x[k];
+    lanes[k % 8] += product;
+  }
+  for (int32_t k = blocks; k < a.mn; ++k) {
+    const volatile float product = a.x[k] * b.x[k];
+    lanes[0] += product;
+  }
+  for (int k = 1; k < 8; ++k) lanes[0] += lanes[k];
+  return lanes[0];
+}
+
+}  // namespace
+
+TEST_CASE("the benchmark's dot product sums eight lanes, then the rest into lane 0, then the lanes in order") {
+  for (int32_t length = 1; length <= 150; ++length) {
+    CAPTURE(length);
+    const matrix a = Sequence(length, 0.1f, 0.37f), b = Sequence(length, 5.3f, -0.11f);
+    CHECK(dot(a, b) == PlainDot(a, b));
+  }
+  // Every product of 11 elements in the one place of the order where another order would lose it.
+  matrix a(11, 1), b(11, 1);
+  b.ones();
+  a.fill(0);
+  a.x[0] = 1e8f, a.x[8] = 3.0f, a.x[9] = 3.0f, a.x[10] = 3.0f, a.x[1] = -1e8f, a.x[2] = 0.5f;
+  CHECK(dot(a, b) == 0.5f);  // each 3 alone is lost beside 1e8; summed first they would leave 8
+}
+
+TEST_CASE("the benchmark repeats in teams of any size and fills its vectors with numbers between 0 and 1") {
+  matrix a(kBenchmarkLength, 1), b(kBenchmarkLength, 1);
+  FillAtRandom(a);
+  FillAtRandom(b);
+  for (int32_t i = 0; i < kBenchmarkLength; ++i) {
+    CHECK(a.x[i] >= 5e-9f);
+    CHECK(a.x[i] <= 1.0f);
+    CHECK(a.x[i] != b.x[i]);
+  }
+  for (const int threads : {1, 3, 8}) CHECK(RepeatDot(a, b, 1000, threads) == PlainDot(a, b));
+}
+
+// A plain build computes everything anyway, in code of another shape.
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(_WIN32)
+namespace {
+
+struct Instruction {
+  unsigned long address;
+  std::string text;
+};
+
+// The executable's machine code of all functions whose readable name contains `name`; empty without a disassembler.
+std::vector<std::vector<Instruction>> Disassemble(const std::string& name) {
+  const std::string command = "objdump -d -C --no-show-raw-insn '" NORV_EXECUTABLE "' 2>&1";
+  FILE* pipe = popen(command.c_str(), "r");
+  std::vector<std::vector<Instruction>> functions;
+  bool inside = false;
+  char line[4096];
+  while (pipe && std::fgets(line, sizeof line, pipe)) {
+    unsigned long address;
+    int length = 0;
+    if (std::sscanf(line, "%lx <", &address) == 1 && line[0] != ' ') {
+      inside = std::string(line).find(name) != std::string::npos;
+      if (inside) functions.emplace_back();
+    } else if (inside && std::sscanf(line, " %lx: %n", &address, &length) == 1 && length > 0) {
+      functions.back().push_back({address, line + length});
+    }
+  }
+  if (pipe) pclose(pipe);
+  return functions;
+}
+
+int Count(const std::vector<Instruction>& code, const std::string& word) {
+  int count = 0;
+  for (const Instruction& instruction : code) count += instruction.text.find(word) != std::string::npos;
+  return count;
+}
+
+// The stretches of code between a backward jump's target and the jump.
+std::vector<std::vector<Instruction>> LoopsOf(const std::vector<Instruction>& code) {
+  std::vector<std::vector<Instruction>> loops;
+  for (const Instruction& jump : code) {
+    unsigned long target;
+    if (jump.text[0] != 'j' || std::sscanf(jump.text.c_str(), "%*s %lx", &target) != 1 || target > jump.address)
+      continue;
+    loops.emplace_back();
+    for (const Instruction& instruction : code)
+      if (instruction.address >= target && instruction.address <= jump.address) loops.back().push_back(instruction);
+  }
+  return loops;
+}
+
+}  // namespace
+
+TEST_CASE("the executable's machine code still computes every product of the benchmark") {
+  const auto kernels = Disassemble("<norv::dot(");
+  const auto repeats = Disassemble("norv::RepeatDot(");
+  if (kernels.empty() && Disassemble("<main>").empty()) {
+    MESSAGE("skipped: no disassembler for this executable");
+    return;
+  }
+  REQUIRE(kernels.size() == 1);
+  CHECK(Count(kernels[0], "vfm") == 0);
+  int blockLoops = 0;
+  for (const auto& loop : LoopsOf(kernels[0]))
+    blockLoops +=
+        Count(loop, "vmulps") == 1 && Count(loop, "vaddps") == 1 && Count(loop, "ymm") >= 2 && loop.size() <= 8;
+  CHECK(blockLoops == 1);
+
+  int callLoops = 0;
+  for (const auto& function : repeats)
+    for (const auto& loop : LoopsOf(function)) callLoops += Count(loop, "norv::dot(") > 0 && loop.size() <= 16;
+  CHECK(callLoops >= 1);
+}
+#endif
