@@ -1,0 +1,57 @@
+// The notification sound: played by a program found on the path, never waited for.
+#ifndef _WIN32
+
+#include <chrono>
+#include <doctest/doctest.h>
+#include <sys/stat.h>
+#include <thread>
+
+#include "support/process.h"
+#include "support/scratch.h"
+
+using namespace norv::test;
+
+namespace {
+
+// Waits up to 20 seconds for a file.
+bool Appears(const std::string& path) {
+  for (int i = 0; i < 2000 && !std::filesystem::exists(path); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return std::filesystem::exists(path);
+}
+
+}  // namespace
+
+TEST_CASE("the sound of the current directory plays on when the run has ended") {
+  const ScratchFolder folder;
+  REQUIRE(mkfifo((folder / "gate").c_str(), 0600) == 0);
+  // Says what it was given, but not before the gate opens.
+  WriteBytes(folder / "paplay",
+             "#!/bin/sh\nread go <gate\necho \"$* $(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\" >part\nmv "
+             "part heard\n");
+  std::filesystem::permissions(folder / "paplay", std::filesystem::perms::owner_all);
+  WriteBytes(folder / "norv.wav", "sound");
+  const Command command{
+      .arguments = {"14"}, .environment = {"PATH=" + folder.Path() + ":/bin:/usr/bin"}, .directory = folder.Path()};
+  const Outcome outcome = Run(command);
+  CHECK(outcome.exitCode == 0);
+  CHECK(outcome.errors == "");
+  CHECK(!std::filesystem::exists(folder / "heard"));
+  WriteBytes(folder / "gate", "go\n");
+  REQUIRE(Appears(folder / "heard"));
+  CHECK(ReadBytes(folder / "heard") == "norv.wav /dev/null\n/dev/null\n/dev/null\n");
+}
+
+TEST_CASE("without a sound or a player the run is silent") {
+  const ScratchFolder folder;
+  const Command command{.arguments = {"15"}, .environment = {"PATH=" + folder.Path()}, .directory = folder.Path()};
+  const Outcome noSound = Run(command);
+  WriteBytes(folder / "norv.wav", "sound");
+  const Outcome noPlayer = Run(command);
+  for (const Outcome& outcome : {noSound, noPlayer}) {
+    CHECK(outcome.exitCode == 0);
+    CHECK(outcome.errors == "");
+  }
+}
+
+#endif

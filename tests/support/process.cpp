@@ -1,0 +1,165 @@
+#include "support/process.h"
+
+#ifndef _WIN32
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <utmp.h>
+
+#include "support/scratch.h"
+
+extern char** environ;
+
+namespace norv::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Everything that a child needs between fork and exec, made beforehand: only async-signal-safe calls are left there.
+struct Prepared {
+  std::vector<std::string> words, settings;
+  std::vector<char*> argv, envp;
+
+  explicit Prepared(const Command& command) : words{command.executable} {
+    words.insert(words.end(), command.arguments.begin(), command.arguments.end());
+    for (char** setting = environ; *setting; ++setting)
+      if (!Replaced(*setting, command)) settings.push_back(*setting);
+    settings.insert(settings.end(), command.environment.begin(), command.environment.end());
+    for (std::string& word : words) argv.push_back(word.data());
+    for (std::string& setting : settings) envp.push_back(setting.data());
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
+  }
+
+  static bool Replaced(const std::string& setting, const Command& command) {
+    const std::string name = setting.substr(0, setting.find('=') + 1);
+    for (const std::string& other : command.environment)
+      if (other.rfind(name, 0) == 0) return true;
+    return false;
+  }
+};
+
+[[noreturn]] void Become(const Command& command, Prepared& prepared) {
+  for (char stream : command.closed) close(stream - '0');
+  if (chdir(command.directory.c_str()) == 0)
+    execve(command.executable.c_str(), prepared.argv.data(), prepared.envp.data());
+  _exit(127);
+}
+
+int WaitFor(pid_t child) {
+  const auto deadline = std::chrono::steady_clock::now() + 60s;
+  int status = 0;
+  while (waitpid(child, &status, WNOHANG) == 0) {
+    if (std::chrono::steady_clock::now() > deadline) kill(child, SIGKILL);
+    std::this_thread::sleep_for(2ms);
+  }
+  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+}  // namespace
+
+Outcome Run(const Command& command) {
+  const ScratchFolder folder;
+  const std::string input = folder / "input", output = folder / "output", errors = folder / "errors";
+  WriteBytes(input, command.input);
+  Prepared prepared(command);
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(open(input.c_str(), O_RDONLY | O_CLOEXEC), 0);
+    const std::string& target = command.output.empty() ? output : command.output;
+    dup2(open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 1);
+    dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666), 2);
+    Become(command, prepared);
+  }
+  REQUIRE(child > 0);
+  const int exitCode = WaitFor(child);
+  return {exitCode, ReadBytes(output), ReadBytes(errors)};
+}
+
+TerminalRun::TerminalRun(const Command& command) {
+  REQUIRE(openpty(&master_, &slave_, nullptr, nullptr, nullptr) == 0);
+  Prepared prepared(command);
+  child_ = fork();
+  if (child_ == 0) {
+    close(master_);
+    if (login_tty(slave_) == 0) Become(command, prepared);
+    _exit(127);
+  }
+  REQUIRE(child_ > 0);
+}
+
+TerminalRun::~TerminalRun() {
+  if (child_ > 0) {
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+  }
+  HangUp();
+  close(slave_);
+}
+
+termios TerminalRun::Settings() const {
+  termios settings{};
+  REQUIRE(tcgetattr(slave_, &settings) == 0);
+  return settings;
+}
+
+bool TerminalRun::WaitForEcho(bool echo) const {
+  for (int i = 0; i < 2000; ++i) {
+    if (((Settings().c_lflag & ECHO) != 0) == echo) return true;
+    std::this_thread::sleep_for(10ms);
+  }
+  return false;
+}
+
+void TerminalRun::Type(const std::string& keys) const {
+  REQUIRE(write(master_, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size()));
+}
+
+void TerminalRun::Signal(int signal) const { kill(child_, signal); }
+
+int TerminalRun::Wait() {
+  const int exitCode = WaitFor(child_);
+  child_ = -1;
+  return exitCode;
+}
+
+std::string TerminalRun::Shown() {
+  pollfd ready{master_, POLLIN, 0};
+  while (poll(&ready, 1, 50) > 0 && (ready.revents & POLLIN)) {
+    char bytes[4096];
+    const ssize_t got = read(master_, bytes, sizeof bytes);
+    if (got <= 0) break;
+    shown_.append(bytes, static_cast<size_t>(got));
+  }
+  return shown_;
+}
+
+std::string TerminalRun::Unread() const {
+  termios raw = Settings();
+  raw.c_lflag &= ~static_cast<tcflag_t>(ICANON);
+  raw.c_cc[VMIN] = 0;
+  raw.c_cc[VTIME] = 0;
+  tcsetattr(slave_, TCSANOW, &raw);
+  char bytes[64];
+  const ssize_t got = read(slave_, bytes, sizeof bytes);
+  return got > 0 ? std::string(bytes, static_cast<size_t>(got)) : "";
+}
+
+void TerminalRun::HangUp() {
+  if (master_ >= 0) close(master_);
+  master_ = -1;
+}
+
+}  // namespace norv::test
+
+#endif

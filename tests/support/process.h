@@ -1,0 +1,61 @@
+// Programs run as a user or the graphical program would: arguments, environment, streams, terminal, exit code.
+#pragma once
+
+#ifndef _WIN32
+
+#include <string>
+#include <sys/types.h>
+#include <termios.h>
+#include <vector>
+
+namespace norv::test {
+
+struct Command {
+  std::vector<std::string> arguments;
+  std::vector<std::string> environment = {};  // NAME=VALUE on top of the test's own
+  std::string executable = NORV_EXECUTABLE;
+  std::string directory = "/";  // current directory
+  std::string input = "";       // what standard input holds, then its end
+  std::string output = "";      // where standard output goes instead of the outcome
+  std::string closed = "";      // the standard streams that are closed at start, such as "02"
+};
+
+struct Outcome {
+  int exitCode;  // 128 + the signal that ended it
+  std::string output, errors;
+};
+
+// A run that lasts more than a minute is killed (137).
+Outcome Run(const Command& command);
+
+// A program on a terminal of its own; standard output and error go there too.
+class TerminalRun {
+ public:
+  explicit TerminalRun(const Command& command);
+  ~TerminalRun();
+  TerminalRun(const TerminalRun&) = delete;
+  TerminalRun& operator=(const TerminalRun&) = delete;
+
+  // Waits, up to 20 seconds, until the terminal echoes or does not; returns whether it came to that.
+  bool WaitForEcho(bool echo) const;
+  termios Settings() const;
+  void Type(const std::string& keys) const;
+  void Signal(int signal) const;
+  // Exit code as in Outcome.
+  int Wait();
+  // All that appeared on the terminal until now.
+  std::string Shown();
+  // What was typed but read by nobody.
+  std::string Unread() const;
+  // The terminal's other end goes away.
+  void HangUp();
+
+ private:
+  int master_ = -1, slave_ = -1;
+  pid_t child_ = -1;
+  std::string shown_;
+};
+
+}  // namespace norv::test
+
+#endif
