@@ -1,0 +1,35 @@
+#include "raster/bands.h"
+
+#include <algorithm>
+
+#include "raster/edges.h"
+
+namespace norv {
+
+BandPlan PlanBands(int32_t rows, int32_t threads) {
+  const int32_t whole = rows / threads;
+  if (whole < threads) return {1, rows};
+  const int32_t covering = whole + (rows % threads != 0);
+  return {threads, std::min(covering, rows)};
+}
+
+void CutBand(const FloatImage& source, int32_t firstRow, int32_t rows, FloatImage& band) {
+  band.Redim(source.width, rows, source.format);
+  for (int32_t p = 0; p < band.planes; ++p)
+    for (int32_t r = 0; r < band.plane[p].n; ++r) {
+      const float* from = source.plane[p].z[MirrorIndex(int64_t{firstRow} + r, source.height)];
+      std::copy_n(from, source.width, band.plane[p].z[r]);
+    }
+}
+
+void PasteBand(FloatImage& destination, int32_t row, const FloatImage& band, int32_t margin) {
+  const int32_t planes = std::min(destination.planes, band.planes);
+  for (int32_t p = 0; p < planes; ++p) {
+    const matrix& from = band.plane[p];
+    matrix& to = destination.plane[p];
+    const int64_t rows = std::min(int64_t{from.n} - 2 * int64_t{margin}, int64_t{to.n} - row);
+    for (int64_t r = 0; r < rows; ++r) std::copy_n(from.z[margin + r], std::min(from.m, to.m), to.z[row + r]);
+  }
+}
+
+}  // namespace norv
