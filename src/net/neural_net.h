@@ -45,8 +45,10 @@ struct NeuralNet {
   int32_t LastNi() const { return layers.empty() ? 0 : layers.back().Ni; }
 };
 
-// (Re)builds the structure, all parameters zero. The positive sizes must be a gap-free prefix and none negative:
-// otherwise throws the text that says so.
+// Null when the positive sizes are a gap-free prefix and none is negative; otherwise what is wrong with them.
+const char* WhyNotBuildable(int32_t N0, const std::array<int32_t, kMaxLayers>& sizes);
+
+// (Re)builds the structure, all parameters zero. Sizes that are not buildable throw the text that says why.
 void BuildNet(NeuralNet& net, int32_t N0, const std::array<int32_t, kMaxLayers>& sizes);
 
 void ClearNet(NeuralNet& net);

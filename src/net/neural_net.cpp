@@ -1,0 +1,113 @@
+#include "net/neural_net.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace norv {
+namespace {
+
+constexpr int32_t kSquareInputs = 49;  // units with that many inputs keep them as a 7 x 7 matrix
+constexpr int32_t kSquareSide = 7;
+
+// fold(w) for every weight of all layers but the last, in layer, unit and element order.
+template <typename Fold>
+void ForHiddenWeights(const NeuralNet& net, const Fold& fold) {
+  for (size_t k = 0; k + 1 < net.layers.size(); ++k)
+    for (const NetUnit& unit : net.layers[k].units)
+      for (int32_t i = 0; i < unit.W.mn; ++i) fold(unit.W.x[i]);
+}
+
+// Everything of a unit that evaluation needs.
+NetUnit EvaluationCopy(const NetUnit& unit) {
+  NetUnit copy;
+  copy.ActivationKind = unit.ActivationKind;
+  copy.Nin = unit.Nin;
+  copy.X = unit.X;
+  copy.W = unit.W;
+  copy.b = unit.b;
+  copy.z = unit.z;
+  copy.a = unit.a;
+  copy.delta = unit.delta;
+  copy.f = unit.f;
+  copy.df = unit.df;
+  return copy;
+}
+
+}  // namespace
+
+const char* WhyNotBuildable(int32_t N0, const std::array<int32_t, kMaxLayers>& sizes) {
+  if (N0 < 0 || *std::min_element(sizes.begin(), sizes.end()) < 0) return "network sizes must not be negative";
+  const auto firstAbsent = std::find(sizes.begin(), sizes.end(), 0);
+  if (std::any_of(firstAbsent, sizes.end(), [](int32_t Ni) { return Ni > 0; }))
+    return "a network must not lack a layer before its last one";
+  return nullptr;
+}
+
+void BuildNet(NeuralNet& net, int32_t N0, const std::array<int32_t, kMaxLayers>& sizes) {
+  if (const char* problem = WhyNotBuildable(N0, sizes)) throw problem;
+  ClearNet(net);
+  net.N0 = N0;
+  net.N = sizes;
+  net.Nlayers = static_cast<int32_t>(std::count_if(sizes.begin(), sizes.end(), [](int32_t Ni) { return Ni > 0; }));
+  net.layers.resize(net.Nlayers);
+  for (int32_t k = 0; k < net.Nlayers; ++k) {
+    net.layers[k].Ni = sizes[k];
+    net.layers[k].units.resize(sizes[k]);
+    for (NetUnit& unit : net.layers[k].units) InitUnit(unit, k == 0 ? N0 : sizes[k - 1]);
+  }
+}
+
+void ClearNet(NeuralNet& net) { net = NeuralNet(); }
+
+void CopyNetForEvaluation(NeuralNet& copy, const NeuralNet& net) {
+  ClearNet(copy);
+  copy.Nlayers = net.Nlayers;
+  copy.N0 = net.N0;
+  copy.N = net.N;
+  copy.SpareField = net.SpareField;
+  copy.Cost = net.Cost;
+  copy.SampleCost = net.SampleCost;
+  copy.layers.resize(net.layers.size());
+  for (size_t k = 0; k < net.layers.size(); ++k) {
+    copy.layers[k].Ni = net.layers[k].Ni;
+    for (const NetUnit& unit : net.layers[k].units) copy.layers[k].units.push_back(EvaluationCopy(unit));
+  }
+}
+
+void InitUnit(NetUnit& unit, int32_t nin) {
+  for (matrix* part : {&unit.X, &unit.W, &unit.V}) part->freemem();
+  unit.ActivationKind = 0;
+  unit.b = unit.z = unit.delta = 0;
+  unit.f = unit.df = nullptr;
+  unit.Nin = nin;
+  nin == kSquareInputs ? unit.X.dim(kSquareSide, kSquareSide) : unit.X.dim(nin, 1);
+  unit.W.dim(nin, 1);
+  unit.V.dim(nin, 1);
+  for (matrix* part : {&unit.X, &unit.W, &unit.V}) part->fill(0);
+}
+
+void BindActivation(NetUnit& unit) {
+  if (unit.ActivationKind < 0 || unit.ActivationKind >= kActivationKinds) return;
+  const Activation& activation = ActivationOf(unit.ActivationKind);
+  unit.f = activation.f;
+  unit.df = activation.df;
+}
+
+const char* WhyNotEvaluable(const NeuralNet& net) {
+  for (const NetLayer& layer : net.layers)
+    for (const NetUnit& unit : layer.units)
+      if (!unit.f || !unit.df) return "a unit of the network has no activation";
+  return nullptr;
+}
+
+void NetWeightStatistics(const NeuralNet& net, float& mean, float& std) {
+  int64_t count = 0;
+  float sum = 0, squares = 0;
+  ForHiddenWeights(net, [&](float w) { sum += w, ++count; });
+  const float share = 1.0f / static_cast<float>(count);
+  mean = sum * share;
+  ForHiddenWeights(net, [&](float w) { squares += (w - mean) * (w - mean); });
+  std = std::sqrt(squares * share);
+}
+
+}  // namespace norv
