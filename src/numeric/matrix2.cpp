@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "numeric/assert.h"
+#include "numeric/dmatrix.h"
 #include "platform/console.h"
 #include "platform/file.h"
 #include "platform/memory.h"
@@ -182,6 +183,14 @@ void matrix::getrow(const matrix& a, int32_t i) {
 void matrix::setrow(int32_t i, const matrix& v) {
   NORV_ASSERT_TEXT(n == v.mn && i < m, "n==a.mn && i<m");
   for (int32_t j = 0; j < n; ++j) z[j][i] = v.x[j];
+}
+
+void matrix::setrowd(int32_t i, const dmatrix& v) {
+  for (int32_t j = 0; j < v.mn; ++j) z[j][i] = static_cast<float>(v.x[j]);
+}
+
+void matrix::setcold(int32_t j, const dmatrix& v) {
+  for (int32_t i = 0; i < m; ++i) z[j][i] = static_cast<float>(v.x[i]);
 }
 
 // ---------------------------------------------------------------------------------------------------- products
