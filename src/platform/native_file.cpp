@@ -81,6 +81,11 @@ NativeFile NativeFile::OpenForWriting(const std::string& path) {
       CreateFileW(Wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr));
 }
 
+NativeFile NativeFile::OpenForUpdate(const std::string& path) {
+  return NativeFile(CreateFileW(Wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, 0, nullptr));
+}
+
 NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name) {
   for (;;) {
     name = TemporaryName(destination);
@@ -112,6 +117,12 @@ bool NativeFile::Skip(int64_t bytes) {
   LARGE_INTEGER distance, position;
   distance.QuadPart = bytes;
   return SetFilePointerEx(handle_, distance, &position, FILE_CURRENT) && position.QuadPart <= Size();
+}
+
+bool NativeFile::Seek(int64_t offset) {
+  LARGE_INTEGER distance;
+  distance.QuadPart = offset;
+  return SetFilePointerEx(handle_, distance, nullptr, FILE_BEGIN);
 }
 
 bool NativeFile::Flush() { return FlushFileBuffers(handle_); }
@@ -182,6 +193,10 @@ NativeFile NativeFile::OpenForWriting(const std::string& path) {
   return NativeFile(Retry([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC); }));
 }
 
+NativeFile NativeFile::OpenForUpdate(const std::string& path) {
+  return NativeFile(Retry([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC); }));
+}
+
 NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name) {
   for (;;) {
     name = TemporaryName(destination);
@@ -218,6 +233,8 @@ bool NativeFile::Skip(int64_t bytes) {
   const off_t position = lseek(handle_, bytes, SEEK_CUR);
   return position >= 0 && position <= Size();
 }
+
+bool NativeFile::Seek(int64_t offset) { return lseek(handle_, offset, SEEK_SET) == offset; }
 
 bool NativeFile::Flush() { return fsync(handle_) == 0; }
 

@@ -28,6 +28,8 @@ class NativeFile {
   // Directories are refused.
   static NativeFile OpenForReading(const std::string& path);
   static NativeFile OpenForWriting(const std::string& path);
+  // An existing file, to be changed in place.
+  static NativeFile OpenForUpdate(const std::string& path);
   // A new file beside the destination, with the old one's permissions, locked until it is closed; its name goes to
   // `name`.
   static NativeFile CreateTemporary(const std::string& destination, std::string& name);
@@ -39,6 +41,8 @@ class NativeFile {
   int64_t Write(const void* bytes, size_t size);
   // Moves the reading position on; false when that is behind the end.
   bool Skip(int64_t bytes);
+  // Moves to this distance from the file's start.
+  bool Seek(int64_t offset);
   bool Flush();
   bool Close();
   // Renames this (flushed) file from its temporary name over the destination and closes it.

@@ -1,0 +1,26 @@
+// One writer at a time: a file that is changed in place, or read and then replaced, is held against other runs.
+#pragma once
+
+#include <string>
+
+namespace norv {
+
+// Holds the file of that name, waiting while another run holds it. When it is held, the name stands for the file that
+// it stood for when the lock was taken, as long as all who replace it take the lock first. A file that does not exist
+// (and a file system without locks) is not held; nothing fails then.
+class FileLock {
+ public:
+  explicit FileLock(const std::string& path);
+  ~FileLock();
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+
+ private:
+#ifdef _WIN32
+  void* mutex_ = nullptr;
+#else
+  int descriptor_ = -1;
+#endif
+};
+
+}  // namespace norv
