@@ -1,0 +1,195 @@
+#include "net/row_net.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "net/backward.h"
+#include "numeric/assert.h"
+#include "platform/team.h"
+
+namespace norv {
+namespace {
+
+int32_t Padded(int32_t n) { return (n + kTrainBlock - 1) / kTrainBlock * kTrainBlock; }
+
+template <typename T>
+AlignedArray<T> Zeros(int64_t n) {
+  auto array = MakeAligned<T>(static_cast<size_t>(n));
+  std::fill_n(array.get(), n, T{0});
+  return array;
+}
+
+// A team costs some 30 microseconds and more; below so many weights one thread is done sooner.
+constexpr int64_t kTeamPays = int64_t{1} << 21;
+
+// Calls body(begin, end) on whole blocks of `count` units.
+template <typename Body>
+void Spread(int32_t threads, int64_t weights, int32_t count, const Body& body) {
+  if (threads <= 1 || weights < kTeamPays) return body(0, count);
+  ParallelRanges(threads, count / kTrainBlock, [&](int64_t begin, int64_t end) {
+    body(static_cast<int32_t>(begin) * kTrainBlock, static_cast<int32_t>(end) * kTrainBlock);
+  });
+}
+
+}  // namespace
+
+RowNet::RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t threads)
+    : net_(net),
+      costSelection_(costSelection),
+      momentum_(momentum),
+      threads_(threads),
+      update_(momentum == 0 ? TrainUpdate::plain : TrainUpdate::momentum),
+      kernels_(ActiveTrainKernels()),
+      lastInput_(static_cast<size_t>(net.N0)) {
+  NORV_ASSERT(WhyNotEvaluable(net) == nullptr);
+  int32_t inputs = net.N0;
+  for (const NetLayer& layer : net.layers) {
+    layers_.push_back(MakeLayer(layer, inputs, layers_.empty()));
+    inputs = layer.Ni;
+  }
+}
+
+RowNet::Layer RowNet::MakeLayer(const NetLayer& source, int32_t inputs, bool columns) const {
+  Layer layer{inputs, source.Ni, Padded(columns ? source.Ni : inputs), columns, {}, {}, {}, {}, {}, {}, {}, {}, {},
+              {},     {}};
+  const int64_t units = Padded(source.Ni), weights = layer.stride * (columns ? int64_t{inputs} : units);
+  layer.W = Zeros<float>(weights);
+  if (momentum_ != 0) layer.V = Zeros<float>(weights);
+  // One block more for the activations, which write whole blocks from any unit on.
+  for (AlignedArray<float>* row :
+       {&layer.bias, &layer.vb, &layer.z, &layer.a, &layer.previousA, &layer.delta, &layer.step})
+    *row = Zeros<float>(units + kTrainBlock);
+  layer.slope = Zeros<double>(units + kTrainBlock);
+  for (int32_t u = 0; u < source.Ni; ++u) {
+    const NetUnit& unit = source.units[static_cast<size_t>(u)];
+    for (int32_t i = 0; i < inputs; ++i) {
+      layer.W[layer.Place(u, i)] = unit.W.x[i];
+      if (momentum_ != 0) layer.V[layer.Place(u, i)] = unit.V.x[i];
+    }
+    layer.bias[u] = unit.b;
+    layer.vb[u] = unit.vb;
+    if (layer.kinds.empty() || layer.kinds.back().kind != unit.ActivationKind)
+      layer.kinds.push_back({u, u, unit.ActivationKind});
+    ++layer.kinds.back().end;
+  }
+  return layer;
+}
+
+void RowNet::SetRate(float nu, float bound) {
+  nu_ = nu;
+  bound_ = bound;
+}
+
+void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
+  const TrainSweep sweep{
+      layer.W.get(), layer.V.get(),    layer.inputs, layer.stride, pendingInput_ ? update_ : TrainUpdate::none,
+      momentum_,     layer.step.get(), previous,     input,        layer.bias.get(),
+      layer.z.get()};
+  const auto kernel = layer.columns ? kernels_.columns : kernels_.rows;
+  Spread(threads_, layer.Weights(), Padded(layer.units),
+         [&](int32_t begin, int32_t end) { kernel(sweep, begin, end); });
+}
+
+void RowNet::Activate(Layer& layer) {
+  layer.a.swap(layer.previousA);
+  for (const KindRun& run : layer.kinds) {
+    const Activation& activation = ActivationOf(run.kind);
+    for (int32_t u = run.begin; u < run.end; ++u) {
+      layer.a[u] = static_cast<float>(activation.f(layer.z[u]));
+      layer.slope[u] = activation.df(layer.z[u]);
+    }
+  }
+}
+
+void RowNet::Learn(const float* input, const float* target) {
+  const float *previous = pendingInput_, *current = input;
+  for (Layer& layer : layers_) {
+    Sweep(layer, previous, current);
+    Activate(layer);
+    previous = layer.previousA.get();
+    current = layer.a.get();
+  }
+  pendingInput_ = input;
+  learned_ = true;
+  OutputDeltas(target);
+  for (size_t k = layers_.size() - 1; k-- > 0;) HiddenDeltas(layers_[k], layers_[k + 1]);
+}
+
+// The bias is updated at once, the weights by the next sweep.
+void RowNet::FinishStep(Layer& layer, int32_t unit) {
+  const float step = nu_ * layer.delta[unit];
+  layer.step[unit] = step;
+  if (update_ == TrainUpdate::plain) {
+    layer.bias[unit] -= step;
+  } else {
+    layer.vb[unit] = momentum_ * layer.vb[unit] - step;
+    layer.bias[unit] += layer.vb[unit];
+  }
+}
+
+void RowNet::OutputDeltas(const float* target) {
+  Layer& layer = layers_.back();
+  float sampleCost = 0;
+  for (int32_t u = 0; u < layer.units; ++u) {
+    const OutputCost output = CostOfError(costSelection_, layer.a[u] - target[u]);
+    sampleCost += output.cost;
+    layer.delta[u] = ClippedDelta(layer.slope[u] * output.gradient, bound_);
+    FinishStep(layer, u);
+  }
+  net_.SampleCost = sampleCost;
+  net_.Cost += sampleCost;
+}
+
+void RowNet::HiddenDeltas(Layer& layer, const Layer& above) {
+  const TrainDeltas deltas{
+      above.W.get(), above.stride, above.units,       above.delta.get(), layer.slope.get(), bound_,        nu_,
+      momentum_,     update_,      layer.delta.get(), layer.step.get(),  layer.bias.get(),  layer.vb.get()};
+  Spread(threads_, above.Weights(), Padded(layer.units),
+         [&](int32_t begin, int32_t end) { kernels_.deltas(deltas, begin, end); });
+}
+
+void RowNet::Settle() {
+  if (!pendingInput_) return;
+  const float* previous = pendingInput_;
+  for (Layer& layer : layers_) {
+    Sweep(layer, previous, nullptr);
+    previous = layer.a.get();
+  }
+  std::copy_n(pendingInput_, lastInput_.size(), lastInput_.begin());
+  pendingInput_ = nullptr;
+}
+
+void RowNet::ForgetVelocities() {
+  Settle();
+  for (Layer& layer : layers_) {
+    std::fill_n(layer.vb.get(), Padded(layer.units), 0.0f);
+    if (layer.V)
+      std::fill_n(layer.V.get(), layer.stride * int64_t{layer.columns ? layer.inputs : Padded(layer.units)}, 0.0f);
+  }
+}
+
+void RowNet::StoreLayer(const Layer& layer, const float* input, NetLayer& target) const {
+  for (int32_t u = 0; u < layer.units; ++u) {
+    NetUnit& unit = target.units[static_cast<size_t>(u)];
+    for (int32_t i = 0; i < layer.inputs; ++i) unit.W.x[i] = layer.W[layer.Place(u, i)];
+    for (int32_t i = 0; momentum_ != 0 && i < layer.inputs; ++i) unit.V.x[i] = layer.V[layer.Place(u, i)];
+    unit.vb = layer.vb[u];
+    if (!learned_) continue;
+    std::copy_n(input, layer.inputs, unit.X.x);
+    unit.b = layer.bias[u];
+    unit.z = layer.z[u];
+    unit.a = layer.a[u];
+    unit.delta = layer.delta[u];
+  }
+}
+
+void RowNet::Finish() {
+  Settle();
+  const float* input = lastInput_.data();
+  for (size_t k = 0; k < layers_.size(); ++k) {
+    StoreLayer(layers_[k], input, net_.layers[k]);
+    input = layers_[k].a.get();
+  }
+}
+
+}  // namespace norv

@@ -1,0 +1,231 @@
+// Training sweeps over dense layers, included once per vector level inside that level's namespace.
+//
+//   columns   z[u] = b[u] + sum over i of x[i] W[i][u]; lanes are units. Weights lie input by input.
+//   rows      the same sums with lanes that are inputs. Weights lie unit by unit, so that the backward sums read them
+//   in
+//             order; the eight lane sums of four units are turned into four sums of eight at the end.
+//   deltas    delta[i] = slope[i] * sum over k of W[k][i] deltaAbove[k]; lanes are the lower layer's units.
+//
+// In each sum the additions are those of the plain dot product: eight lane sums (index mod 8, the tail to lane 0), then
+// lanes 1 to 7 added to lane 0 in order. No multiply-add is ever fused.
+
+using Float4 = float __attribute__((vector_size(16), may_alias));
+using Float8 = float __attribute__((vector_size(32), may_alias));
+using Int8 = int32_t __attribute__((vector_size(32), may_alias));
+#ifdef __AVX512F__
+inline constexpr int32_t kWide = 16;
+#else
+inline constexpr int32_t kWide = 8;
+#endif
+using Wide = float __attribute__((vector_size(4 * kWide), may_alias));
+using HalfWide = float __attribute__((vector_size(2 * kWide), may_alias));
+using WideDouble = double __attribute__((vector_size(4 * kWide), may_alias));  // as many as HalfWide
+
+template <class V, class T>
+inline V& At(T* p) {
+  return *reinterpret_cast<V*>(p);
+}
+template <class V, class T>
+inline const V& At(const T* p) {
+  return *reinterpret_cast<const V*>(p);
+}
+
+// ------------------------------------------------------------------------------------------------------- columns
+
+// Some vectors of units side by side, all inputs.
+template <int kVectors, TrainUpdate kUpdate, bool kEvaluate>
+struct Columns {
+  const TrainSweep& s;
+  int32_t u;
+  Wide minusStep[kVectors], sum[kVectors];
+
+  explicit Columns(const TrainSweep& sweep, int32_t unit) : s(sweep), u(unit) {
+    for (int v = 0; v < kVectors; ++v) minusStep[v] = -At<Wide>(s.step + u + v * kWide);
+  }
+
+  // The pending step and the product of one input.
+  inline __attribute__((always_inline)) void Tap(int32_t i) {
+    float* W = s.W + static_cast<int64_t>(i) * s.stride + u;
+    for (int v = 0; v < kVectors; ++v) {
+      Wide w = At<Wide>(W + v * kWide);
+      if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[v] * s.previous[i];
+      if constexpr (kUpdate == TrainUpdate::momentum) {
+        Wide& velocity = At<Wide>(s.V + static_cast<int64_t>(i) * s.stride + u + v * kWide);
+        const Wide decayed = velocity * s.momentum + minusStep[v] * s.previous[i];
+        velocity = decayed;
+        w += decayed;
+      }
+      if constexpr (kUpdate != TrainUpdate::none) At<Wide>(W + v * kWide) = w;
+      if constexpr (kEvaluate) sum[v] += w * s.input[i];
+    }
+  }
+
+  inline __attribute__((always_inline)) void Run() {
+    const int32_t whole = s.inputs / 8 * 8;
+    Wide total[kVectors] = {};
+    for (int32_t lane = 0; lane < 8; ++lane) {
+      for (int v = 0; v < kVectors; ++v) sum[v] = Wide{};
+      for (int32_t i = lane; i < whole; i += 8) Tap(i);
+      if (lane == 0)
+        for (int32_t i = whole; i < s.inputs; ++i) Tap(i);
+      for (int v = 0; v < kVectors; ++v) total[v] += sum[v];
+    }
+    if constexpr (kEvaluate)
+      for (int v = 0; v < kVectors; ++v) At<Wide>(s.z + u + v * kWide) = total[v] + At<Wide>(s.bias + u + v * kWide);
+  }
+};
+
+template <TrainUpdate kUpdate, bool kEvaluate>
+struct SweepColumns {
+  static void Run(const TrainSweep& sweep, int32_t begin, int32_t end) {
+    constexpr int kMost = 4;
+    int32_t u = begin;
+    for (; u + kMost * kWide <= end; u += kMost * kWide) Columns<kMost, kUpdate, kEvaluate>(sweep, u).Run();
+    for (; u + 2 * kWide <= end; u += 2 * kWide) Columns<2, kUpdate, kEvaluate>(sweep, u).Run();
+    for (; u < end; u += kWide) Columns<1, kUpdate, kEvaluate>(sweep, u).Run();
+  }
+};
+
+// ---------------------------------------------------------------------------------------------------------- rows
+
+inline Float8 Broadcast(float x) { return Float8{x, x, x, x, x, x, x, x}; }
+
+// Four vectors of eight lane sums become the four sums: lanes 1 to 7 added to lane 0 in order.
+inline __attribute__((always_inline)) Float4 AddLanes(Float8 a, Float8 b, Float8 c, Float8 d) {
+  const Float8 ab02 = __builtin_shuffle(a, b, Int8{0, 8, 1, 9, 4, 12, 5, 13});
+  const Float8 cd02 = __builtin_shuffle(c, d, Int8{0, 8, 1, 9, 4, 12, 5, 13});
+  const Float8 ab13 = __builtin_shuffle(a, b, Int8{2, 10, 3, 11, 6, 14, 7, 15});
+  const Float8 cd13 = __builtin_shuffle(c, d, Int8{2, 10, 3, 11, 6, 14, 7, 15});
+  // Lane k of the four units in the lower half, lane k + 4 in the upper one.
+  const Float8 lane[4] = {__builtin_shuffle(ab02, cd02, Int8{0, 1, 8, 9, 4, 5, 12, 13}),
+                          __builtin_shuffle(ab02, cd02, Int8{2, 3, 10, 11, 6, 7, 14, 15}),
+                          __builtin_shuffle(ab13, cd13, Int8{0, 1, 8, 9, 4, 5, 12, 13}),
+                          __builtin_shuffle(ab13, cd13, Int8{2, 3, 10, 11, 6, 7, 14, 15})};
+  Float4 total = __builtin_shufflevector(lane[0], lane[0], 0, 1, 2, 3);
+  for (int k = 1; k < 4; ++k) total += __builtin_shufflevector(lane[k], lane[k], 0, 1, 2, 3);
+  for (int k = 0; k < 4; ++k) total += __builtin_shufflevector(lane[k], lane[k], 4, 5, 6, 7);
+  return total;
+}
+
+// One weight with its pending step.
+template <TrainUpdate kUpdate>
+inline __attribute__((always_inline)) float UpdatedWeight(const TrainSweep& s, int32_t u, int32_t i) {
+  float& w = s.W[static_cast<int64_t>(u) * s.stride + i];
+  if constexpr (kUpdate == TrainUpdate::plain) w += -s.step[u] * s.previous[i];
+  if constexpr (kUpdate == TrainUpdate::momentum) {
+    float& velocity = s.V[static_cast<int64_t>(u) * s.stride + i];
+    velocity = velocity * s.momentum + -s.step[u] * s.previous[i];
+    w += velocity;
+  }
+  return w;
+}
+
+// Four units, all inputs.
+template <TrainUpdate kUpdate, bool kEvaluate>
+inline __attribute__((always_inline)) void FourRows(const TrainSweep& s, int32_t u) {
+  const int32_t whole = s.inputs / 8 * 8;
+  Float8 sum[4] = {};
+  Float8 minusStep[4];
+  for (int r = 0; r < 4; ++r) minusStep[r] = Broadcast(-s.step[u + r]);
+  for (int32_t i = 0; i < whole; i += 8)
+    for (int r = 0; r < 4; ++r) {
+      const int64_t place = static_cast<int64_t>(u + r) * s.stride + i;
+      Float8 w = At<Float8>(s.W + place);
+      if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[r] * At<Float8>(s.previous + i);
+      if constexpr (kUpdate == TrainUpdate::momentum) {
+        const Float8 velocity = At<Float8>(s.V + place) * s.momentum + minusStep[r] * At<Float8>(s.previous + i);
+        At<Float8>(s.V + place) = velocity;
+        w += velocity;
+      }
+      if constexpr (kUpdate != TrainUpdate::none) At<Float8>(s.W + place) = w;
+      if constexpr (kEvaluate) sum[r] += w * At<Float8>(s.input + i);
+    }
+  for (int32_t i = whole; i < s.inputs; ++i)
+    for (int r = 0; r < 4; ++r) {
+      const float w = UpdatedWeight<kUpdate>(s, u + r, i);
+      if constexpr (kEvaluate) sum[r][0] += w * s.input[i];
+    }
+  if constexpr (kEvaluate) At<Float4>(s.z + u) = AddLanes(sum[0], sum[1], sum[2], sum[3]) + At<Float4>(s.bias + u);
+}
+
+template <TrainUpdate kUpdate, bool kEvaluate>
+struct SweepRows {
+  static void Run(const TrainSweep& sweep, int32_t begin, int32_t end) {
+    for (int32_t u = begin; u < end; u += 4) FourRows<kUpdate, kEvaluate>(sweep, u);
+  }
+};
+
+// Which of the six sweeps is meant.
+template <template <TrainUpdate, bool> class Sweep>
+void ChooseSweep(const TrainSweep& s, int32_t begin, int32_t end) {
+  const bool evaluate = s.input != nullptr;
+  switch (s.update) {
+    case TrainUpdate::none:
+      if (evaluate) Sweep<TrainUpdate::none, true>::Run(s, begin, end);
+      break;
+    case TrainUpdate::plain:
+      evaluate ? Sweep<TrainUpdate::plain, true>::Run(s, begin, end)
+               : Sweep<TrainUpdate::plain, false>::Run(s, begin, end);
+      break;
+    case TrainUpdate::momentum:
+      evaluate ? Sweep<TrainUpdate::momentum, true>::Run(s, begin, end)
+               : Sweep<TrainUpdate::momentum, false>::Run(s, begin, end);
+      break;
+  }
+}
+
+inline void TrainColumns(const TrainSweep& sweep, int32_t begin, int32_t end) {
+  ChooseSweep<SweepColumns>(sweep, begin, end);
+}
+
+inline void TrainRows(const TrainSweep& sweep, int32_t begin, int32_t end) {
+  ChooseSweep<SweepRows>(sweep, begin, end);
+}
+
+// -------------------------------------------------------------------------------------------------------- deltas
+
+// slope times sum in double precision, rounded, then clipped so that a NaN stays one.
+inline __attribute__((always_inline)) Wide DeltaOf(const TrainDeltas& d, int32_t i, Wide sum) {
+  const HalfWide* half = reinterpret_cast<const HalfWide*>(&sum);
+  Wide delta;
+  HalfWide* result = reinterpret_cast<HalfWide*>(&delta);
+  for (int h = 0; h < 2; ++h) {
+    const WideDouble slope = At<WideDouble>(d.slope + i + h * kWide / 2);
+    result[h] = __builtin_convertvector(slope * __builtin_convertvector(half[h], WideDouble), HalfWide);
+  }
+  if (d.bound == 0) return delta;
+  const Wide bound = Wide{} + d.bound;
+  delta = bound < delta ? bound : delta;
+  return delta < -bound ? -bound : delta;
+}
+
+inline __attribute__((always_inline)) void FinishDelta(const TrainDeltas& d, int32_t i, Wide sum) {
+  const Wide delta = DeltaOf(d, i, sum);
+  const Wide step = delta * d.nu;
+  At<Wide>(d.delta + i) = delta;
+  At<Wide>(d.step + i) = step;
+  if (d.update == TrainUpdate::plain) {
+    At<Wide>(d.bias + i) -= step;
+  } else {
+    const Wide velocity = At<Wide>(d.vb + i) * d.momentum - step;
+    At<Wide>(d.vb + i) = velocity;
+    At<Wide>(d.bias + i) += velocity;
+  }
+}
+
+template <int kVectors>
+inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& d, int32_t i) {
+  Wide sum[kVectors] = {};
+  const float* W = d.W + i;
+  for (int32_t k = 0; k < d.units; ++k, W += d.stride)
+    for (int v = 0; v < kVectors; ++v) sum[v] += At<Wide>(W + v * kWide) * d.deltaAbove[k];
+  for (int v = 0; v < kVectors; ++v) FinishDelta(d, i + v * kWide, sum[v]);
+}
+
+inline void TrainLayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {
+  constexpr int kMost = 4;
+  int32_t i = begin;
+  for (; i + kMost * kWide <= end; i += kMost * kWide) DeltaBlock<kMost>(d, i);
+  for (; i + 2 * kWide <= end; i += 2 * kWide) DeltaBlock<2>(d, i);
+  for (; i < end; i += kWide) DeltaBlock<1>(d, i);
+}

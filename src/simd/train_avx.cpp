@@ -1,0 +1,2 @@
+#define NORV_TRAIN_LEVEL avx
+#include "simd/train_level-inl.h"

@@ -1,0 +1,2 @@
+#define NORV_TRAIN_LEVEL avx512
+#include "simd/train_level-inl.h"

@@ -1,0 +1,59 @@
+// What training a dense layer sample by sample needs of the machine's vectors. Results are the same bits at every
+// level.
+//
+// A layer's weights are updated late: the step that follows from one sample is added to the weights in the same sweep
+// that evaluates the next one, so that every weight is read and written once a sample.
+#pragma once
+
+#include <cstdint>
+
+namespace norv {
+
+// Counts of units and lengths of rows are padded to whole blocks of this by the owner; blocks of memory are aligned to
+// 64 bytes. What stands in the padding of an array may be anything, and so is what is computed from it.
+inline constexpr int32_t kTrainBlock = 16;
+
+// How the pending step changes the weights: not at all; W += (-step) X; V = momentum V + (-step) X, then W += V.
+enum class TrainUpdate : int32_t { none, plain, momentum };
+
+struct TrainSweep {
+  // columns: W[i * stride + u]; rows: W[u * stride + i], u counts units, i inputs. V the same.
+  float* W;
+  float* V;
+  int32_t inputs;
+  int32_t stride;
+  TrainUpdate update;
+  float momentum;
+  const float* step;      // nu times delta of the previous sample, one a unit
+  const float* previous;  // inputs of the previous sample
+  const float* input;     // inputs of this sample; null: only the weights are updated. Rows: both aligned.
+  const float* bias;
+  float* z;  // out: dot(input, W) + bias, one a unit, summed in eight lane sums, tail to the first, lanes in order
+};
+
+struct TrainDeltas {
+  const float* W;  // rows of the layer above
+  int32_t stride;
+  int32_t units;  // of the layer above
+  const float* deltaAbove;
+  const double* slope;  // df(z) of this layer's units
+  float bound;          // 0: none
+  float nu, momentum;
+  TrainUpdate update;  // plain or momentum
+  float* delta;        // out: df(z) times the sum of W delta in unit order, clipped
+  float* step;         // out: nu times delta
+  float* bias;         // updated: -= step, or += vb
+  float* vb;           // velocity = momentum velocity - step
+};
+
+struct TrainKernels {
+  // Units begin .. end - 1, both multiples of kTrainBlock.
+  void (*columns)(const TrainSweep& sweep, int32_t begin, int32_t end);
+  void (*rows)(const TrainSweep& sweep, int32_t begin, int32_t end);
+  void (*deltas)(const TrainDeltas& deltas, int32_t begin, int32_t end);
+};
+
+// Those of the active level.
+const TrainKernels& ActiveTrainKernels();
+
+}  // namespace norv
