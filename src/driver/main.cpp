@@ -17,6 +17,7 @@ namespace norv {
 namespace {
 
 constexpr int kRan = 0, kFailed = 1, kWrongUse = 2, kUnavailable = 3;
+constexpr int kInterrupted = 130;  // as a shell reports a run that Ctrl-C ended
 
 // The parameters of the restoration, which modes below 6 bring along and all others leave alone.
 Request MakeRequest(const Arguments& arguments, int32_t mode, int32_t start) {
@@ -36,7 +37,7 @@ int RunMode(const Request& request) {
     return kUnavailable;
   }
   if (ending == Ending::report) SayEndReport(request.start);
-  return kRan;
+  return ending == Ending::interrupted ? kInterrupted : kRan;
 }
 
 int Run(const Arguments& arguments) {

@@ -24,6 +24,7 @@ struct Request {
 enum class Ending {
   report,       // the time and "Done!" follow
   silent,       // the mode has said everything
+  interrupted,  // somebody stopped the run; its results so far are saved
   unavailable,  // this build lacks the operation
 };
 
