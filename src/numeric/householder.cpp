@@ -22,16 +22,24 @@ void Reflect(const double* reflector, double scale, double* const* column, int32
     for (int32_t j = 0; j < width; ++j) At(column[j] + i) -= factor[j] * At(reflector + i);
 }
 
-void ReflectAll(const double* reflector, double scale, double* const* column, int32_t count, int32_t begin,
-                int32_t length) {
-  int32_t j = 0;
-  for (; j + 4 <= count; j += 4) Reflect<4>(reflector, scale, column + j, begin, length);
-  for (; j < count; ++j) Reflect<1>(reflector, scale, column + j, begin, length);
+}  // namespace
+
+Reflection MakeReflector(const double* x, double* v, int32_t begin, int32_t end) {
+  const int32_t block = BlockOf(begin), length = PaddedLength(end) - block;
+  std::fill_n(v, PaddedLength(end), 0.0);
+  std::copy(x + begin, x + end, v + begin);
+  const double norm = std::sqrt(Dot(v + block, v + block, length));
+  if (norm == 0) return {0, 0};
+  const double result = v[begin] > 0 ? -norm : norm;
+  v[begin] -= result;
+  return {-1 / (result * v[begin]), result};
 }
 
-constexpr int32_t BlockOf(int32_t row) { return row / kColumnBlock * kColumnBlock; }
-
-}  // namespace
+void ReflectAll(const double* v, double scale, double* const* column, int32_t count, int32_t begin, int32_t length) {
+  int32_t j = 0;
+  for (; j + 4 <= count; j += 4) Reflect<4>(v, scale, column + j, begin, length);
+  for (; j < count; ++j) Reflect<1>(v, scale, column + j, begin, length);
+}
 
 QrReduction::QrReduction(Columns& a, int32_t rows)
     : rows_(rows), reflectors_(rows, std::min(rows, a.Count())), source_(a.Count()), norm_(a.Count()) {
@@ -58,16 +66,12 @@ void QrReduction::Pivot(Columns& a, int32_t k) {
 // Zeros column k below row k and reflects the columns behind it; false when the column has nothing left.
 bool QrReduction::Eliminate(Columns& a, int32_t k, double smallest) {
   double* v = reflectors_[k];
-  std::copy(a[k] + k, a[k] + rows_, v + k);
-  const int32_t begin = BlockOf(k);
-  const double norm = std::sqrt(Dot(v + begin, v + begin, a.Length() - begin));
-  if (norm <= smallest) return false;
-  const double diagonal = v[k] > 0 ? -norm : norm;
-  v[k] -= diagonal;
-  scale_.push_back(-1 / (diagonal * v[k]));
-  a[k][k] = diagonal;
+  const Reflection made = MakeReflector(a[k], v, k, rows_);
+  if (std::abs(made.result) <= smallest) return false;
+  scale_.push_back(made.scale);
+  a[k][k] = made.result;
   std::fill(a[k] + k + 1, a[k] + rows_, 0.0);
-  ReflectAll(v, scale_[k], a.Pointers() + k + 1, a.Count() - k - 1, begin, a.Length());
+  ReflectAll(v, scale_[k], a.Pointers() + k + 1, a.Count() - k - 1, BlockOf(k), a.Length());
   for (int32_t j = k + 1; j < a.Count(); ++j) {
     norm_[j] -= a[j][k] * a[j][k];
     // Too much has cancelled: sum afresh what remains.

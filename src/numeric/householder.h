@@ -8,7 +8,21 @@
 
 namespace norv {
 
-// A P = Q R with the columns taken in order of falling remaining norm (Businger and Golub 1965). R has `rank` rows;
+// The reflection x - v (scale <v, x>).
+struct Reflection {
+  double scale;
+  double result;  // what it makes of the leading element of the vector that it was made for; the others become 0
+};
+
+// For the elements begin .. end - 1 of x; v, zero outside them, is written. scale is 0 when they are all 0.
+Reflection MakeReflector(const double* x, double* v, int32_t begin, int32_t end);
+
+// Reflects columns by v, whose elements before begin (a multiple of the block) are zero.
+void ReflectAll(const double* v, double scale, double* const* column, int32_t count, int32_t begin, int32_t length);
+
+constexpr int32_t BlockOf(int32_t row) { return row / kColumnBlock * kColumnBlock; }
+
+// A P = Q R with the columns taken in order of falling remaining norm (Businger and Golub 1965). R has Rank() rows;
 // what remains below them is at most max(rows, columns) roundings of the largest column and is dropped.
 class QrReduction {
  public:
@@ -29,7 +43,7 @@ class QrReduction {
   int32_t rows_;
   int32_t rank_ = 0;
   Columns reflectors_;           // column k: zeros above row k
-  std::vector<double> scale_;    // reflection k: x - reflector * (scale * <reflector, x>)
+  std::vector<double> scale_;    // of each reflection
   std::vector<int32_t> source_;  // of each column
   std::vector<double> norm_;     // squares of what remains of each column ...
   std::vector<double> sure_;     // ... and when it was last summed afresh

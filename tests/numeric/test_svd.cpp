@@ -12,6 +12,7 @@
 #include "numeric/dmatrix.h"
 #include "numeric/matrix2.h"
 #include "numeric/random.h"
+#include "numeric/symmetric_eigen.h"
 #include "support/captured_output.h"
 
 using namespace norv;
@@ -129,6 +130,30 @@ TEST_CASE("a decomposition that does not settle says so and ends") {
     CHECK((U.m == 6 && U.n == 4 && W.m == 4 && V.n == 4 && std::isnan(W.x[0])));
   }
   CHECK(OutputOf([&] { CheckDecomposition(Random(20, 20, random), "random"); }) == "");
+}
+
+TEST_CASE("eigenvalues and eigenvectors of symmetric matrices") {
+  RandomGenerator random;
+  for (auto [n, rank] : {std::pair{1, 1}, {2, 2}, {3, 3}, {8, 8}, {36, 36}, {65, 65}, {20, 3}, {7, 0}}) {
+    CAPTURE(n);
+    const dmatrix factor = Random(n, std::max(rank, 1), random);
+    dmatrix a(n, n), values, vectors;
+    a.multTB(factor, factor);
+    if (rank == 0) a.fill(0);
+    for (int32_t i = 0; i < n; ++i) a.z[i][i] -= 0.25 * rank;  // negative values too
+    REQUIRE(SymmetricEigen(a, values, vectors));
+    REQUIRE((values.m == n && values.n == 1));
+    CHECK(std::is_sorted(values.x, values.x + n, std::greater<>()));
+    CHECK(Skewness(vectors, n) < 1e-13);
+    const dmatrix turned = Product(a, vectors);
+    double worst = 0;
+    for (int32_t k = 0; k < n; ++k)
+      for (int32_t i = 0; i < n; ++i) worst = std::max(worst, std::abs(turned.z[k][i] - values.x[k] * vectors.z[k][i]));
+    CHECK(worst <= 1e-13 * n * Largest(a));
+  }
+  dmatrix bad = Random(5, 5, random), values, vectors;
+  bad.x[3] = std::numeric_limits<double>::quiet_NaN();
+  CHECK(!SymmetricEigen(bad, values, vectors));
 }
 
 TEST_CASE("products of double matrices") {
