@@ -1,7 +1,9 @@
-// What is read outside an axis of n elements, as index rules.
+// What is read outside an axis of n elements, as index rules, and rectangles of planes cut by them.
 #pragma once
 
 #include <cstdint>
+
+#include "numeric/matrix2.h"
 
 namespace norv {
 
@@ -22,5 +24,14 @@ enum class EdgeRule { mirror, clamp };
 constexpr int64_t EdgeIndex(EdgeRule rule, int64_t i, int64_t n) {
   return rule == EdgeRule::mirror ? MirrorIndex(i, n) : ClampIndex(i, n);
 }
+
+// Pixels of a plane, some of which may lie outside it.
+struct Rectangle {
+  int64_t row, column;  // its top left pixel
+  int64_t rows, columns;
+};
+
+// Copies the rectangle to rows that are `stride` floats apart, by the rule where it lies outside. The plane has pixels.
+void CopyRectangle(const matrix& plane, EdgeRule rule, const Rectangle& area, float* target, int64_t stride);
 
 }  // namespace norv

@@ -1,0 +1,134 @@
+#include "net/enlarge.h"
+
+#include <algorithm>
+
+#include "net/enlarge_plane.h"
+#include "platform/team.h"
+#include "raster/bands.h"
+#include "raster/separable.h"
+
+namespace norv {
+namespace {
+
+constexpr int32_t kBandMargin = 3;  // the largest layout's radius
+constexpr char kDoing[] = "Enlarging";
+
+bool HasFourth(const FloatImage& image) { return ModelOf(image.format) == kWithFourth; }
+
+// Planes that go through the network.
+int64_t NetworkPlanes(const FloatImage& image, bool shortcut) { return shortcut ? 1 + HasFourth(image) : image.planes; }
+
+void EnlargePlane(const PlaneEnlarger& enlarger, matrix& plane, Progress& progress) {
+  if (!enlarger.Supported()) return;
+  matrix enlarged;
+  enlarger.Enlarge(plane, enlarged, progress);
+  plane.swap(enlarged);
+}
+
+void EnlargeAllChannels(const PlaneEnlarger& enlarger, FloatImage& image, Progress& progress) {
+  for (int32_t p = 0; p < image.planes; ++p) EnlargePlane(enlarger, image.plane[p], progress);
+  image.RefreshSize();
+}
+
+// Planes 1 and 2 of a luminance image. A network without outputs has no factor to resample by.
+void ResampleChrominance(FloatImage& image, int32_t factor) {
+  if (factor < 1 || image.count == 0) return;
+  ElementCount(EnlargedLength(image.width, factor), EnlargedLength(image.height, factor));
+  const ResampleTable horizontal = EnlargementTable(image.width, factor);
+  const ResampleTable vertical = EnlargementTable(image.height, factor);
+  for (const int32_t p : {1, 2}) {
+    matrix enlarged;
+    ResampleSeparable(image.plane[p], enlarged, horizontal, vertical);
+    image.plane[p].swap(enlarged);
+  }
+}
+
+// Cuts planes that a network without a layout has left larger than plane 0 to as many values.
+void FitPlanes(FloatImage& image) {
+  for (int32_t p = 1; p < image.planes; ++p) {
+    if (image.plane[p].m == image.width && image.plane[p].n == image.height) continue;
+    matrix fitted(image.width, image.height);
+    std::copy_n(image.plane[p].x, std::min(fitted.mn, image.plane[p].mn), fitted.x);
+    image.plane[p].swap(fitted);
+  }
+}
+
+void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, Progress& progress) {
+  const int32_t format = image.format;
+  matrix fourth;
+  if (HasFourth(image)) {
+    fourth = image.plane[3];
+    image.ConvertTo(kDisplay);
+  }
+  image.ConvertTo(kLuminance);
+  EnlargePlane(enlarger, image.plane[0], progress);
+  ResampleChrominance(image, enlarger.Factor());
+  image.RefreshSize();
+  FitPlanes(image);
+  image.ConvertTo(format);
+  if (!HasFourth(image)) return;
+  // Only now, so that no enlarged plane is ever held twice.
+  EnlargePlane(enlarger, fourth, progress);
+  image.plane[3].swap(fourth);
+}
+
+void EnlargeSingle(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, Progress& progress) {
+  shortcut ? EnlargeShortcut(enlarger, image, progress) : EnlargeAllChannels(enlarger, image, progress);
+}
+
+void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatImage& source, bool shortcut,
+                  const BandPlan& plan) {
+  const int32_t rows = plan.height + 2 * kBandMargin, factor = enlarger.Factor();
+  Progress progress(kDoing, NetworkPlanes(source, shortcut) * rows * plan.threads);
+  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+    const int32_t first = static_cast<int32_t>(i * plan.height);
+    if (first >= source.height) return;
+    FloatImage band;
+    CutBand(source, first - kBandMargin, rows, band);
+    EnlargeSingle(enlarger, band, shortcut, progress);
+    PasteBand(image, first * factor, band, kBandMargin * factor);
+  });
+}
+
+void EnlargeWhole(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut) {
+  Progress progress(kDoing, NetworkPlanes(image, shortcut) * image.height);
+  EnlargeSingle(enlarger, image, shortcut, progress);
+}
+
+void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& out) {
+  Progress progress(kDoing, plane.n);
+  enlarger.Enlarge(plane, out, progress);
+}
+
+}  // namespace
+
+void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads) {
+  const PlaneEnlarger enlarger(net, average);
+  if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
+  const bool teamSize = threads == 4 || threads == 8 || threads == 16;
+  const BandPlan plan = teamSize ? PlanBands(image.height, threads) : BandPlan{1, image.height};
+  FloatImage source;
+  if (plan.threads > 1) source = image;
+  const int32_t factor = enlarger.Factor();
+  image.Redim(EnlargedLength(image.width, factor), EnlargedLength(image.height, factor), image.format);
+  // One band: the cleared image is enlarged, on purpose; see the header.
+  plan.threads > 1 ? EnlargeBands(enlarger, image, source, shortcut, plan) : EnlargeWhole(enlarger, image, shortcut);
+}
+
+void NetEnlargeAllChannels(FloatImage& image, const NeuralNet& net, bool average) {
+  EnlargeWhole(PlaneEnlarger(net, average), image, false);
+}
+
+void NetEnlargeShortcut(FloatImage& image, const NeuralNet& net, bool average) {
+  EnlargeWhole(PlaneEnlarger(net, average), image, true);
+}
+
+void NetEnlargeChannel(const NeuralNet& net, const matrix& plane, matrix& out) {
+  EnlargeChannel(PlaneEnlarger(net, false), plane, out);
+}
+
+void NetEnlargeChannelAveraged(const NeuralNet& net, const matrix& plane, matrix& out) {
+  EnlargeChannel(PlaneEnlarger(net, true), plane, out);
+}
+
+}  // namespace norv

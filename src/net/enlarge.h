@@ -1,0 +1,26 @@
+// Images enlarged by a network, twice (4 outputs) or four times (16 outputs) on each axis.
+#pragma once
+
+#include "net/neural_net.h"
+#include "numeric/float_image.h"
+
+namespace norv {
+
+// In place. shortcut: only the luminance (and a fourth plane of model 0x2000) goes through the network, the chrominance
+// is resampled. average: the mean over the eight orientations.
+// threads: 1 works on the image as it is (0 too). 4, 8 and 16 cut it into that many bands with margins, each a small
+// image of its own; an image with fewer rows than threads squared and any other count enlarge a cleared image of the
+// enlarged size once more. Kept on purpose: the graphical program expects the size factor^2 back.
+// A network without a layout leaves the planes as they are.
+// Throws matrix's out-of-memory message; the image is then unusable.
+void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads);
+
+// A whole image or one band, in place, on the calling thread.
+void NetEnlargeAllChannels(FloatImage& image, const NeuralNet& net, bool average);
+void NetEnlargeShortcut(FloatImage& image, const NeuralNet& net, bool average);
+
+// One plane; without a layout for the network, out is not touched. out is another matrix than plane.
+void NetEnlargeChannel(const NeuralNet& net, const matrix& plane, matrix& out);
+void NetEnlargeChannelAveraged(const NeuralNet& net, const matrix& plane, matrix& out);
+
+}  // namespace norv

@@ -1,0 +1,165 @@
+// Enlargement has the bits of the plainest form, whatever the layout, the size, the road and the threads.
+#include <doctest/doctest.h>
+
+#include "net/enlarge.h"
+#include "net/layouts.h"
+#include "raster/orient.h"
+#include "support/nets.h"
+#include "support/plain_enlarge.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+struct Case {
+  int32_t inputs, outputs;
+};
+const std::vector<Case> kCases = {{8, 4}, {8, 16}, {24, 4}, {24, 16}, {48, 4}, {48, 16}, {49, 16}, {72, 16}};
+
+bool SameImage(const FloatImage& a, const FloatImage& b) {
+  bool same = a.width == b.width && a.height == b.height && a.count == b.count && a.format == b.format;
+  for (int32_t p = 0; p < 4; ++p) same = same && SameBits(a.plane[p], b.plane[p]);
+  return same;
+}
+
+FloatImage Enlarged(FloatImage image, const NeuralNet& net, bool shortcut, bool average, int32_t threads) {
+  NetEnlargeImage(image, net, shortcut, average, threads);
+  return image;
+}
+
+// The network that answers the same to everything.
+NeuralNet ConstantNet(int32_t inputs, int32_t outputs, float answer) {
+  NeuralNet net = RandomRecord(inputs, {outputs}, {12});
+  for (NetUnit& unit : net.layers[0].units) {
+    unit.W.fill(0);
+    unit.b = answer;
+  }
+  return net;
+}
+
+}  // namespace
+
+TEST_CASE("oriented inputs are the plain inputs of the turned neighbourhood") {
+  const matrix P = RandomPlane(7, 7, 1);
+  for (const int32_t inputs : {8, 24, 48, 49, 72}) {
+    const InputLayout& layout = *FindLayout(inputs);
+    for (int32_t k = 0; k < kOrientations; ++k) {
+      CAPTURE(inputs);
+      CAPTURE(k);
+      matrix turned, gathered(inputs, 1);
+      OrientMatrix(turned, P, k);
+      GatherInputs(layout, OrientedOffsets(layout, k, 7), &P.z[3][3], gathered.x);
+      CHECK(SameBits(gathered, PlainInput(turned, 3, 3, inputs)));
+    }
+  }
+}
+
+TEST_CASE("every layout and size of plane, plain and averaged, has the bits of the plain form") {
+  const std::pair<int32_t, int32_t> sizes[] = {{1, 1}, {1, 6}, {7, 1}, {2, 2}, {3, 5}, {70, 3}, {5, 35}};
+  for (const Case layout : kCases)
+    for (const auto& [w, h] : sizes) {
+      CAPTURE(layout.inputs);
+      CAPTURE(layout.outputs);
+      CAPTURE(w);
+      CAPTURE(h);
+      const NeuralNet net = RandomRecord(layout.inputs, {6, layout.outputs}, kExactKinds, w + h);
+      const matrix P = RandomPlane(w, h, w * h);
+      matrix out;
+      NetEnlargeChannel(net, P, out);
+      CHECK(SameBits(out, PlainChannel(net, P)));
+      NetEnlargeChannelAveraged(net, P, out);
+      CHECK(SameBits(out, PlainAveraged(net, P)));
+    }
+}
+
+TEST_CASE("planes wider than a tile and networks of one layer or many") {
+  const matrix P = RandomPlane(1100, 2, 9);
+  for (const std::vector<int32_t>& layers : {std::vector<int32_t>{4}, {9, 1, 17, 4}}) {
+    const NeuralNet net = RandomRecord(8, layers, kExactKinds);
+    matrix out;
+    NetEnlargeChannel(net, P, out);
+    CHECK(SameBits(out, PlainChannel(net, P)));
+  }
+}
+
+TEST_CASE("images of three and four planes, whole and by the shortcut") {
+  for (const int32_t format : {kDefaultFormat, kLuminance + 7, kWithFourth + 7})
+    for (const bool shortcut : {false, true})
+      for (const bool average : {false, true}) {
+        CAPTURE(format);
+        CAPTURE(shortcut);
+        const NeuralNet net = RandomRecord(24, {5, 16}, kExactKinds);
+        FloatImage image = RandomFloatImage(9, 6, format), expected = image;
+        image = Enlarged(image, net, shortcut, average, 1);
+        PlainImage(expected, net, shortcut, average);
+        CHECK(image.format == format);
+        CHECK(SameImage(image, expected));
+      }
+}
+
+TEST_CASE("bands are small images with mirrored margins") {
+  struct Bands {
+    int32_t threads, rows, height;
+  };
+  for (const Bands bands : {Bands{4, 17, 5}, {4, 16, 4}, {8, 65, 9}, {16, 257, 17}})
+    for (const bool shortcut : {false, true}) {
+      CAPTURE(bands.rows);
+      const NeuralNet net = RandomRecord(8, {3, 4}, kExactKinds);
+      const FloatImage image = RandomFloatImage(4, bands.rows, kWithFourth + 7);
+      const bool average = bands.threads == 4;
+      CHECK(SameImage(Enlarged(image, net, shortcut, average, bands.threads),
+                      PlainBands(image, net, shortcut, average, bands.height)));
+    }
+}
+
+// On purpose: the graphical program knows the size that such a request gives back.
+TEST_CASE("other thread counts and too few rows enlarge the cleared image once more") {
+  const NeuralNet net = ConstantNet(24, 4, 0.5f);
+  const FloatImage image = RandomFloatImage(3, 10, kWithFourth + 7);
+  for (const int32_t threads : {2, 3, 4, 5, 8, 16, 17, -1, -4}) {
+    CAPTURE(threads);
+    const FloatImage result = Enlarged(image, net, false, false, threads);
+    CHECK(result.width == 12);
+    CHECK(result.height == 40);
+    CHECK(result.plane[0].z[39][11] == 127.5f);
+    CHECK(result.plane[3].z[39][11] == 255 + 127.5f);
+  }
+  CHECK(SameImage(Enlarged(image, net, false, false, 0), Enlarged(image, net, false, false, 1)));
+}
+
+// On purpose: nothing is evaluated, and the size is taken from plane 0 as it is.
+TEST_CASE("networks without a layout leave the planes as they are") {
+  for (const Case layout : {Case{49, 4}, {72, 4}, {8, 9}, {25, 16}, {24, 1}}) {
+    CAPTURE(layout.inputs);
+    const NeuralNet net = RandomRecord(layout.inputs, {layout.outputs}, {12});
+    matrix out = RandomPlane(3, 2, 1);
+    NetEnlargeChannel(net, RandomPlane(5, 5, 2), out);
+    NetEnlargeChannelAveraged(net, RandomPlane(5, 5, 2), out);
+    CHECK(SameBits(out, RandomPlane(3, 2, 1)));
+    const FloatImage image = RandomFloatImage(6, 8, kWithFourth + 7);
+    CHECK(SameImage(Enlarged(image, net, false, false, 1), image));
+    // The resampled chrominance no longer fits the luminance; as many of its values as pixels are kept.
+    const FloatImage shortcut = Enlarged(image, net, true, false, 1);
+    CHECK(shortcut.width == 6);
+    CHECK(shortcut.height == 8);
+    for (int32_t p = 0; p < 4; ++p) CHECK(shortcut.plane[p].mn == 48);
+    CHECK(SameBits(shortcut.plane[3], image.plane[3]));
+    for (const int32_t threads : {2, 4}) Enlarged(RandomFloatImage(6, 17, kDefaultFormat), net, true, false, threads);
+  }
+  const FloatImage image = RandomFloatImage(6, 8, kDefaultFormat);
+  CHECK(Enlarged(image, NeuralNet(), true, false, 1).width == 6);
+}
+
+TEST_CASE("empty images stay empty and impossible sizes are refused") {
+  const NeuralNet net = ConstantNet(8, 16, 0);
+  for (const int32_t threads : {1, 2, 4})
+    for (const bool shortcut : {false, true}) CHECK(Enlarged(FloatImage(), net, shortcut, true, threads).count == 0);
+  FloatImage unknown;
+  unknown.Redim(4, 4, 0x30);
+  CHECK(Enlarged(unknown, net, true, false, 1).planes == 0);
+  FloatImage wide;
+  wide.width = wide.count = 600000000;
+  wide.height = 1;
+  CHECK_THROWS_AS(NetEnlargeImage(wide, net, false, false, 2), const char*);
+}

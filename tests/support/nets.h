@@ -1,0 +1,52 @@
+// Networks and planes of random values for tests, and comparison bit for bit.
+#pragma once
+
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "net/neural_net.h"
+
+namespace norv::test {
+
+// Kinds whose functions are plain arithmetic, so that nothing depends on how exp or log are rounded.
+inline const std::vector<int32_t> kExactKinds = {4, 5, 6, 7, 9, 12, 13, 14, 15};
+
+inline matrix RandomPlane(int32_t w, int32_t h, unsigned seed) {
+  std::mt19937 random(seed);
+  std::uniform_real_distribution<float> value(0, 255);
+  matrix plane(w, h);
+  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = value(random);
+  return plane;
+}
+
+// Every field of every unit is random; unit u of a layer has kind kinds[u mod their number].
+inline NeuralNet RandomRecord(int32_t N0, const std::vector<int32_t>& layers, const std::vector<int32_t>& kinds,
+                              unsigned seed = 1) {
+  std::mt19937 random(seed);
+  std::array<int32_t, kMaxLayers> sizes{};
+  std::copy(layers.begin(), layers.end(), sizes.begin());
+  NeuralNet net;
+  BuildNet(net, N0, sizes);
+  net.SpareField = 77;
+  net.Cost = 0.5f;
+  net.SampleCost = 0.25f;
+  for (NetLayer& layer : net.layers)
+    for (size_t u = 0; u < layer.units.size(); ++u) {
+      NetUnit& unit = layer.units[u];
+      std::normal_distribution<float> value(0, 1 / std::sqrt(static_cast<float>(unit.Nin) + 1));
+      for (matrix* part : {&unit.X, &unit.W, &unit.V})
+        for (int32_t i = 0; i < part->mn; ++i) part->x[i] = value(random);
+      for (float* field : {&unit.b, &unit.z, &unit.a, &unit.delta, &unit.vb}) *field = value(random);
+      unit.ActivationKind = kinds[u % kinds.size()];
+      BindActivation(unit);
+    }
+  return net;
+}
+
+inline bool SameBits(const matrix& a, const matrix& b) {
+  return a.m == b.m && a.n == b.n && (a.mn == 0 || std::memcmp(a.x, b.x, sizeof(float) * a.mn) == 0);
+}
+
+}  // namespace norv::test

@@ -1,0 +1,25 @@
+// Enlargement in its plainest form: turned planes, one pixel at a time, on the record. Every faster road has its bits.
+#pragma once
+
+#include "net/neural_net.h"
+#include "numeric/float_image.h"
+
+namespace norv::test {
+
+// What the network sees of pixel (r, c).
+matrix PlainInput(const matrix& P, int32_t r, int32_t c, int32_t inputs);
+
+matrix PlainChannel(const NeuralNet& net, const matrix& P);
+matrix PlainAveraged(const NeuralNet& net, const matrix& P);
+inline matrix PlainPlane(const NeuralNet& net, const matrix& P, bool average) {
+  return average ? PlainAveraged(net, P) : PlainChannel(net, P);
+}
+
+void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average);
+
+// Bands of q rows, each with three mirrored rows more at both ends.
+FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q);
+
+FloatImage RandomFloatImage(int32_t w, int32_t h, int32_t format);
+
+}  // namespace norv::test
