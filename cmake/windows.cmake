@@ -8,3 +8,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# One executable that needs nothing beside it: the static OpenMP run-time, not its import library.
+execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=libgomp.a
+  OUTPUT_VARIABLE staticOpenMp OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(OpenMP_gomp_LIBRARY ${staticOpenMp} CACHE FILEPATH "")
