@@ -1,5 +1,10 @@
 // Modes 10 and 13: enlargement by a network, and what its weights are like.
 #include "driver/modes.h"
+#include "driver/report.h"
+#include "net/enlarge.h"
+#include "net/net_file.h"
+#include "net/neural_net.h"
+#include "numeric/float_image.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -8,9 +13,31 @@ Ending EnlargeByNetwork(const Request& request) {
   const Arguments& arguments = request.arguments;
   const int32_t average = arguments.Integer(2), threads = arguments.Integer(3), shortcut = arguments.Integer(4);
   Say("\nNeural Net Enlargement\n\nShortcut = %d, Average = %d, Threads = %d", shortcut, average, threads);
-  return Ending::unavailable;
+  NeuralNet net;
+  LoadNet(net, "net.net", Folder::executable);
+  if (const char* reason = WhyNotEvaluable(net)) throw reason;
+  FloatImage image;
+  // On purpose no failure: a missing picture is enlarged as an empty one, and the run ends as usual even when the
+  // result cannot be written. The reason is on standard error then.
+  static_cast<void>(image.Load("input.fdib", Folder::executable));
+  NetEnlargeImage(image, net, shortcut != 0, average != 0, threads);
+  static_cast<void>(image.Save("output.fdib", Folder::executable));
+  return Ending::report;
 }
 
-Ending ReportNetStatistics(const Request&) { return Ending::unavailable; }
+Ending ReportNetStatistics(const Request&) {
+  NeuralNet net;
+  try {
+    LoadNet(net, "test.net", Folder::executable);
+  } catch (const char*) {
+    SayAndWaitForOneKey("\nNo test.net. Abort! Press any key.");
+    return Ending::silent;
+  }
+  float mean = 0, deviation = 0;
+  NetWeightStatistics(net, mean, deviation);
+  Say("\nMean = %f\n\nStd. Dev. = %f", Printable(mean), Printable(deviation));
+  SayAndWait("\n\n\nDone!\nPress any key 3 times to exit.", true);
+  return Ending::silent;
+}
 
 }  // namespace norv

@@ -1,0 +1,73 @@
+// Mode 13, and with it where the tool looks for its files.
+#ifndef _WIN32
+
+#include <doctest/doctest.h>
+
+#include "support/messages.h"
+#include "support/plain.h"
+#include "support/process.h"
+#include "support/scratch.h"
+
+using namespace norv::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+// A network whose weights, but for the output layer's, have this mean and the deviation 0.5.
+std::string NetOfMean(float mean) {
+  PlainNet net = RandomNet(2, {2, 1}, 12);
+  for (PlainUnit& unit : net.layers[0]) unit.W = {mean - 0.5f, mean + 0.5f};
+  return BytesOf(net);
+}
+
+std::string Statistics(const std::string& mean, const std::string& deviation) {
+  return kBanner + "\nMode = 13\nMean = " + mean + "\n\nStd. Dev. = " + deviation +
+         "\n\n\nDone!\nPress any key 3 times to exit.";
+}
+
+}  // namespace
+
+TEST_CASE("mode 13 prints mean and deviation; those of a single layer are no numbers") {
+  const ScratchFolder folder;
+  const Command command{.arguments = {"13"}, .environment = {"NORV_DIR=" + folder.Path()}};
+  WriteBytes(folder / "test.net", NetOfMean(-2));
+  CHECK(Run(command).output == Statistics("-2.000000", "0.500000"));
+  WriteBytes(folder / "test.net", BytesOf(RandomNet(3, {2}, 0)));
+  const Outcome single = Run(command);
+  CHECK(single.output == Statistics("nan", "nan"));
+  CHECK(single.errors == "");
+  CHECK(single.exitCode == 0);
+}
+
+TEST_CASE("mode 13 without a network gives up in its own words") {
+  const ScratchFolder folder;
+  const Outcome outcome = Run({.arguments = {"13"}, .environment = {"NORV_DIR=" + folder.Path()}});
+  CHECK(outcome.exitCode == 0);
+  CHECK(outcome.output == kBanner + "\nMode = 13\nNo test.net. Abort! Press any key.");
+}
+
+TEST_CASE("files lie beside the executable, whatever its folder is called and however it is started") {
+  const ScratchFolder scratch;
+  // Longer than one buffer of 512 bytes, with blanks and letters of several bytes.
+  fs::path folder = scratch.Path();
+  for (int i = 0; i < 12; ++i) folder /= "Größe 画像 of a rather long folder's name " + std::to_string(i);
+  fs::create_directories(folder);
+  fs::copy_file(NORV_EXECUTABLE, folder / "norv");
+  WriteBytes(folder / "test.net", NetOfMean(3));
+  CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
+
+  fs::create_directory(scratch / "bin");
+  fs::create_symlink(folder / "norv", scratch / "bin/tool");
+  CHECK(Run({.arguments = {"13"}, .executable = scratch / "bin/tool"}).output == Statistics("3.000000", "0.500000"));
+  CHECK(Run({.arguments = {"13"}, .executable = "./tool", .directory = scratch / "bin"}).output ==
+        Statistics("3.000000", "0.500000"));
+
+  WriteBytes(scratch / "test.net", NetOfMean(5));
+  for (const std::string end : {"", "/"})
+    CHECK(Run({.arguments = {"13"}, .environment = {"NORV_DIR=" + scratch.Path() + end}, .executable = folder / "norv"})
+              .output == Statistics("5.000000", "0.500000"));
+  CHECK(Run({.arguments = {"13"}, .environment = {"NORV_DIR="}, .executable = folder / "norv"}).output ==
+        Statistics("3.000000", "0.500000"));
+}
+
+#endif
