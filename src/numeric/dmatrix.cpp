@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "numeric/assert.h"
-#include "numeric/matrix2.h"
+#include "numeric/products.h"
 #include "platform/console.h"
 #include "platform/memory.h"
 
@@ -111,39 +111,23 @@ void dmatrix::copydata(const dmatrix& r) {
 
 void dmatrix::fill(double value) { std::fill_n(x, mn, value); }
 
-// Columns of a, scaled, added in order: contiguous whatever the shape.
 void dmatrix::mult(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.m && n == b.n && a.n == b.m, "m==a.m && n==b.n && a.n==b.m");
-  fill(0);
-  for (int32_t j = 0; j < n; ++j)
-    for (int32_t k = 0; k < a.n; ++k) {
-      const double factor = b.z[j][k];
-      double* __restrict target = z[j];
-      const double* column = a.z[k];
-      for (int32_t i = 0; i < m; ++i) target[i] += factor * column[i];
-    }
+  CombineAll(a.z, a.n, z, m, n, [&](int32_t k, int32_t j) { return b.z[j][k]; });
 }
 
 void dmatrix::multTA(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.n && n == b.n && a.m == b.m, "m==a.n && n==b.n && a.m==b.m");
-  for (int32_t j = 0; j < n; ++j)
-    for (int32_t i = 0; i < m; ++i) {
-      double sum = 0;
-      for (int32_t k = 0; k < a.m; ++k) sum += a.z[i][k] * b.z[j][k];
-      z[j][i] = sum;
-    }
+  for (int32_t j = 0; j < n; ++j) {
+    int32_t i = 0;
+    for (; i + 4 <= m; i += 4) DotColumns<4>(b.z[j], a.z + i, a.m, z[j] + i);
+    for (; i < m; ++i) DotColumns<1>(b.z[j], a.z + i, a.m, z[j] + i);
+  }
 }
 
 void dmatrix::multTB(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.m && n == b.m && a.n == b.n, "m==a.m && n==b.m && a.n==b.n");
-  fill(0);
-  for (int32_t j = 0; j < n; ++j)
-    for (int32_t k = 0; k < a.n; ++k) {
-      const double factor = b.z[k][j];
-      double* __restrict target = z[j];
-      const double* column = a.z[k];
-      for (int32_t i = 0; i < m; ++i) target[i] += factor * column[i];
-    }
+  CombineAll(a.z, a.n, z, m, n, [&](int32_t k, int32_t j) { return b.z[k][j]; });
 }
 
 }  // namespace norv

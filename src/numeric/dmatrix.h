@@ -39,7 +39,7 @@ class dmatrix {
   void fill(double value);
 
   // this = a b, this = transpose(a) b and this = a transpose(b). The target has the right size already (asserted) and
-  // is none of the factors. Each element is summed in a fixed order, the same on every machine.
+  // is none of the factors. mult and multTB sum in the order of the inner index, multTA in eight partial sums.
   void mult(const dmatrix& a, const dmatrix& b);
   void multTA(const dmatrix& a, const dmatrix& b);
   void multTB(const dmatrix& a, const dmatrix& b);

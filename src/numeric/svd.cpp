@@ -6,6 +6,7 @@
 #include "numeric/dmatrix.h"
 #include "numeric/householder.h"
 #include "numeric/index_sort.h"
+#include "numeric/products.h"
 #include "numeric/symmetric_eigen.h"
 #include "platform/console.h"
 
@@ -58,38 +59,11 @@ bool MakeAllOrthogonal(Columns& column, int32_t length) {
   return false;
 }
 
-// result[j] = sum over k of a[k] coefficient(k, j), each element summed in the order of k.
-template <int32_t width, typename Coefficient>
-void MultiplyColumns(const Columns& a, Columns& result, int32_t j, const Coefficient& coefficient) {
-  for (int32_t i = 0; i < a.Length(); i += kColumnBlock) {
-    Double4 low[width] = {}, high[width] = {};
-    for (int32_t k = 0; k < a.Count(); ++k) {
-      const double* x = a[k] + i;
-      for (int32_t l = 0; l < width; ++l) {
-        const double factor = coefficient(k, j + l);
-        low[l] += factor * At(x);
-        high[l] += factor * At(x + 4);
-      }
-    }
-    for (int32_t l = 0; l < width; ++l) {
-      At(result[j + l] + i) = low[l];
-      At(result[j + l] + i + 4) = high[l];
-    }
-  }
-}
-
-template <typename Coefficient>
-void Multiply(const Columns& a, Columns& result, int32_t count, const Coefficient& coefficient) {
-  int32_t j = 0;
-  for (; j + 4 <= count; j += 4) MultiplyColumns<4>(a, result, j, coefficient);
-  for (; j < count; ++j) MultiplyColumns<1>(a, result, j, coefficient);
-}
-
 // The eigenvectors of R transpose(R) for the upper triangle R with `rank` rows.
 Columns EigenvectorsOf(const Columns& r, int32_t rank) {
   Columns top(rank, r.Count()), gram(rank, rank);
   for (int32_t j = 0; j < r.Count(); ++j) std::copy_n(r[j], rank, top[j]);
-  Multiply(top, gram, rank, [&](int32_t k, int32_t i) { return top[k][i]; });
+  CombineAll(top.Pointers(), top.Count(), gram.Pointers(), rank, rank, [&](int32_t k, int32_t i) { return top[k][i]; });
   std::vector<double> values;
   DiagonaliseSymmetric(gram, rank, values);
   return gram;
@@ -120,7 +94,8 @@ Decomposition Decompose(Columns& a, int32_t rows, int32_t leftCount) {
   Columns triangle(columns, rank);
   for (int32_t i = 0; i < rank; ++i)
     for (int32_t j = i; j < columns; ++j) triangle[i][reduction.Source(j)] = a[j][i];
-  Multiply(triangle, turning, rank, [&](int32_t k, int32_t j) { return start[j][k]; });
+  CombineAll(triangle.Pointers(), rank, turning.Pointers(), columns, rank,
+             [&](int32_t k, int32_t j) { return start[j][k]; });
   Decomposition result = {Columns(rows, leftCount), std::vector<double>(columns), Columns(columns, columns), true};
   result.settled = MakeAllOrthogonal(turning, length);
   for (int32_t j = 0; j < rank; ++j) {

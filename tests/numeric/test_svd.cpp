@@ -158,22 +158,28 @@ TEST_CASE("eigenvalues and eigenvectors of symmetric matrices") {
 
 TEST_CASE("products of double matrices") {
   RandomGenerator random;
-  const dmatrix a = Random(5, 3, random), b = Random(3, 7, random);
-  dmatrix at(3, 5), bt(7, 3), viaLeft(5, 7), viaRight(5, 7);
-  for (int32_t i = 0; i < 5; ++i)
-    for (int32_t k = 0; k < 3; ++k) at.z[i][k] = a.z[k][i];
-  for (int32_t j = 0; j < 7; ++j)
-    for (int32_t k = 0; k < 3; ++k) bt.z[k][j] = b.z[j][k];
-  viaLeft.multTA(at, b);
-  viaRight.multTB(a, bt);
-  const dmatrix product = Product(a, b);
-  for (int32_t i = 0; i < 5; ++i)
-    for (int32_t j = 0; j < 7; ++j) {
-      const double sum = a.z[0][i] * b.z[j][0] + a.z[1][i] * b.z[j][1] + a.z[2][i] * b.z[j][2];
-      CHECK(std::abs(product.z[j][i] - sum) < 1e-14);
-      CHECK(std::abs(viaLeft.z[j][i] - sum) < 1e-14);
-      CHECK(std::abs(viaRight.z[j][i] - sum) < 1e-14);
+  for (auto [m, inner, n] : {std::array{5, 3, 7}, {1, 1, 1}, {8, 9, 4}, {19, 21, 10}}) {
+    const dmatrix a = Random(m, inner, random), b = Random(inner, n, random);
+    dmatrix at(inner, m), bt(n, inner), viaLeft(m, n), viaRight(m, n);
+    for (int32_t k = 0; k < inner; ++k) {
+      for (int32_t i = 0; i < m; ++i) at.z[i][k] = a.z[k][i];
+      for (int32_t j = 0; j < n; ++j) bt.z[k][j] = b.z[j][k];
     }
+    viaLeft.multTA(at, b);
+    viaRight.multTB(a, bt);
+    const dmatrix product = Product(a, b);
+    double worst = 0;
+    int different = 0;
+    for (int32_t i = 0; i < m; ++i)
+      for (int32_t j = 0; j < n; ++j) {
+        double sum = 0;
+        for (int32_t k = 0; k < inner; ++k) sum += b.z[j][k] * a.z[k][i];
+        different += product.z[j][i] != sum || viaRight.z[j][i] != sum;
+        worst = std::max(worst, std::abs(viaLeft.z[j][i] - sum));
+      }
+    CHECK(different == 0);
+    CHECK(worst < 1e-14);
+  }
 }
 
 TEST_CASE("double matrices change shape, are copied and round into single rows and columns") {
