@@ -82,7 +82,6 @@ void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatI
   Progress progress(kDoing, NetworkPlanes(source, shortcut) * rows * plan.threads);
   ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
     const int32_t first = static_cast<int32_t>(i * plan.height);
-    if (first >= source.height) return;
     FloatImage band;
     CutBand(source, first - kBandMargin, rows, band);
     EnlargeSingle(enlarger, band, shortcut, progress);

@@ -10,7 +10,7 @@ namespace norv {
 
 struct BandPlan {
   int32_t threads;  // bands, one a thread; 1 when the image has too few rows for that many
-  int32_t height;   // source rows of a band without its margins; band i starts at row i * height and may be empty
+  int32_t height;   // source rows of a band without its margins; band i starts at row i * height, the last is cut short
 };
 
 // threads >= 1. Bands of floor(rows / threads) rows; fewer rows than threads in that: one band of all rows; otherwise

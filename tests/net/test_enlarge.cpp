@@ -116,12 +116,20 @@ TEST_CASE("bands are small images with mirrored margins") {
 // On purpose: the graphical program knows the size that such a request gives back.
 TEST_CASE("other thread counts and too few rows enlarge the cleared image once more") {
   const NeuralNet net = ConstantNet(24, 4, 0.5f);
-  const FloatImage image = RandomFloatImage(3, 10, kWithFourth + 7);
-  for (const int32_t threads : {2, 3, 4, 5, 8, 16, 17, -1, -4}) {
+  const FloatImage low = RandomFloatImage(3, 10, kWithFourth + 7), image = RandomFloatImage(3, 40, kWithFourth + 7);
+  for (const auto& [source, threads] : {std::pair{&low, 4},
+                                        {&low, 8},
+                                        {&image, 16},
+                                        {&image, 2},
+                                        {&image, 3},
+                                        {&image, 5},
+                                        {&image, 17},
+                                        {&image, -1},
+                                        {&image, -4}}) {
     CAPTURE(threads);
-    const FloatImage result = Enlarged(image, net, false, false, threads);
+    const FloatImage result = Enlarged(*source, net, false, false, threads);
     CHECK(result.width == 12);
-    CHECK(result.height == 40);
+    CHECK(result.height == 4 * source->height);
     CHECK(result.plane[0].z[39][11] == 127.5f);
     CHECK(result.plane[3].z[39][11] == 255 + 127.5f);
   }
@@ -148,13 +156,17 @@ TEST_CASE("networks without a layout leave the planes as they are") {
     for (const int32_t threads : {2, 4}) Enlarged(RandomFloatImage(6, 17, kDefaultFormat), net, true, false, threads);
   }
   const FloatImage image = RandomFloatImage(6, 8, kDefaultFormat);
-  CHECK(Enlarged(image, NeuralNet(), true, false, 1).width == 6);
+  const FloatImage unchanged = Enlarged(image, NeuralNet(), true, false, 1);
+  CHECK(unchanged.plane[2].z[7][5] == doctest::Approx(image.plane[2].z[7][5]).epsilon(0.001));
 }
 
 TEST_CASE("empty images stay empty and impossible sizes are refused") {
   const NeuralNet net = ConstantNet(8, 16, 0);
   for (const int32_t threads : {1, 2, 4})
     for (const bool shortcut : {false, true}) CHECK(Enlarged(FloatImage(), net, shortcut, true, threads).count == 0);
+  FloatImage lines;
+  lines.height = 2000000000;
+  CHECK(Enlarged(lines, net, false, false, 4).height == 0);
   FloatImage unknown;
   unknown.Redim(4, 4, 0x30);
   CHECK(Enlarged(unknown, net, true, false, 1).planes == 0);
