@@ -20,15 +20,19 @@
 namespace norv {
 namespace {
 
+const char* programName = "norv";
+
 void PrintLine(const char* prefix, const char* format, va_list arguments) {
   std::fflush(stdout);
-  std::fputs(prefix, stderr);
+  std::fprintf(stderr, "%s: %s", programName, prefix);
   std::vfprintf(stderr, format, arguments);
   std::fputc('\n', stderr);
   std::fflush(stderr);
 }
 
 }  // namespace
+
+void NameProgram(const char* name) { programName = name; }
 
 void Say(const char* format, ...) {
   va_list arguments;
@@ -41,14 +45,14 @@ void Say(const char* format, ...) {
 void Warn(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  PrintLine("norv: warning: ", format, arguments);
+  PrintLine("warning: ", format, arguments);
   va_end(arguments);
 }
 
 void Complain(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  PrintLine("norv: ", format, arguments);
+  PrintLine("", format, arguments);
   va_end(arguments);
 }
 

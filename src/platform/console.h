@@ -9,6 +9,9 @@ namespace norv {
 // standard output passes bytes through unchanged on every platform. Called once, first.
 void PrepareConsole();
 
+// The name that stands before warnings and complaints from now on, norv by default; the text has to stay.
+void NameProgram(const char* name);
+
 // A message on standard output: exactly these characters, flushed at once. An unwritable standard output is ignored.
 [[gnu::format(gnu_printf, 1, 2)]] void Say(const char* format, ...);
 
