@@ -1,0 +1,16 @@
+// Whole files as bytes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace norv {
+
+// Throws a Failure that names the file when it cannot be read whole or does not fit into memory.
+std::vector<uint8_t> ReadBytes(const std::string& path);
+
+// Replaces the file as a whole; throws when that failed, the old file still there.
+void WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes);
+
+}  // namespace norv

@@ -1,0 +1,70 @@
+#include "kit/command.h"
+#include "kit/conversions.h"
+#include "kit/failure.h"
+#include "kit/scale.h"
+#include "net/net_file.h"
+
+namespace norv {
+namespace {
+
+struct EnlargeOptions {
+  std::string picture, out, method, net;
+  int32_t factor = 0;
+  NetEnlargement how;
+  WriteChoice choice;
+};
+
+void Declare(CLI::App& command, EnlargeOptions& options) {
+  command.add_option("PICTURE", options.picture, "a picture, .fdib, .mat or .bit")->required();
+  command.add_option("OUT", options.out, "the larger one, in the format that its name says")->required();
+  command.add_option("--factor", options.factor, "how many times larger (default: 2, or what the network does)")
+      ->type_name("N")
+      ->check(CLI::Range(2, 64))
+      ->default_str("");
+  command
+      .add_option("--method", options.method, "nearest, cubic, lanczos or net (default: net with --net, else lanczos)")
+      ->type_name("WAY")
+      ->check(CLI::IsMember({"nearest", "cubic", "lanczos", "net"}));
+  command.add_option("--net", options.net, "the .net file")->type_name("FILE");
+  command.add_flag("--average", options.how.average, "network: mean over the eight orientations, eight times the work");
+  command.add_flag("--shortcut", options.how.shortcut, "network: only for the luminance, a third of the work");
+  command.add_option("--threads", options.how.threads, "network: bands at the same time: 1, 4, 8 or 16")
+      ->type_name("N")
+      ->check(CLI::IsMember({1, 4, 8, 16}));
+  DeclareWriteChoice(command, options.choice);
+}
+
+Picture ByNet(const EnlargeOptions& options) {
+  if (RecogniseWholeFile(options.net) != FileKind::net) Fail("%s is no network", options.net.c_str());
+  NeuralNet net;
+  LoadNet(net, options.net, Folder::asGiven);
+  if (options.factor != 0 && options.factor * options.factor != net.LastNi())
+    Fail("%s does not enlarge %d times", options.net.c_str(), options.factor);
+  return EnlargeByNet(LoadImage(options.picture), net, options.how);
+}
+
+Picture ByMethod(const EnlargeOptions& options) {
+  const Picture picture = LoadImage(options.picture);
+  const int32_t factor = options.factor ? options.factor : 2;
+  if (options.method == "nearest") return RepeatPixels(picture, factor);
+  return InterpolatePicture(picture, factor, options.method == "cubic" ? Interpolation::cubic : Interpolation::lanczos);
+}
+
+void Run(const EnlargeOptions& options) {
+  const bool byNet = options.method == "net" || (options.method.empty() && !options.net.empty());
+  if (byNet && options.net.empty()) RefuseUsage("--method net needs --net FILE");
+  if (!byNet && !options.net.empty()) RefuseUsage("--net goes with --method net");
+  SaveImage(options.out, byNet ? ByNet(options) : ByMethod(options), options.choice);
+}
+
+}  // namespace
+
+CLI::App& AddEnlarge(CLI::App& kit) {
+  return AddCommand<EnlargeOptions>(kit, "enlarge",
+                                    "Make a picture larger: repeated pixels, interpolation or a network",
+                                    "norvkit enlarge small.png large.png --factor 2 --method lanczos\n  "
+                                    "norvkit enlarge small.png large.png --net test.net --average --threads 4",
+                                    Declare, Run);
+}
+
+}  // namespace norv

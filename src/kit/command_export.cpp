@@ -1,0 +1,34 @@
+#include "kit/command.h"
+#include "kit/conversions.h"
+#include "platform/console.h"
+
+namespace norv {
+namespace {
+
+struct ExportOptions {
+  std::string file, picture;
+  WriteChoice choice;
+  bool verbose = false;
+};
+
+void Declare(CLI::App& command, ExportOptions& options) {
+  command.add_option("FILE", options.file, ".fdib of any colour model, .mat (as grey) or .bit")->required();
+  command.add_option("PICTURE", options.picture, "the picture to write: .png, .jpg or .tif")->required();
+  DeclareWriteChoice(command, options.choice);
+  command.add_flag("--verbose", options.verbose, "say how many samples were outside 0..255");
+}
+
+void Run(const ExportOptions& options) {
+  if (!CodecOfName(options.picture)) RefuseUsage("PICTURE has to end in .png, .jpg or .tif: " + options.picture);
+  const int64_t moved = SaveImage(options.picture, LoadImage(options.file), options.choice);
+  if (options.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
+}
+
+}  // namespace
+
+CLI::App& AddExport(CLI::App& kit) {
+  return AddCommand<ExportOptions>(kit, "export", "Turn a file of ours into a picture",
+                                   "norvkit export output.fdib enlarged.png --bits 16", Declare, Run);
+}
+
+}  // namespace norv

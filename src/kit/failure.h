@@ -1,0 +1,21 @@
+// How the companion's commands give up.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace norv {
+
+// Ends the command with exit code 1 and this reason on standard error.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Throws a Failure whose text is put together as by printf.
+[[noreturn]] [[gnu::format(gnu_printf, 1, 2)]] void Fail(const char* format, ...);
+
+// Ends the command with exit code 1 where the reason is on standard error already.
+struct SaidFailure {};
+
+}  // namespace norv

@@ -1,0 +1,242 @@
+// The companion as people run it: commands, their files, reasons and exit codes.
+#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
+
+#include <doctest/doctest.h>
+
+#include "kit/conversions.h"
+#include "kit/failure.h"
+#include "kit/quality.h"
+#include "kit/scale.h"
+#include "net/net_file.h"
+#include "numeric/bit_image.h"
+#include "support/process.h"
+#include "support/scratch.h"
+
+using namespace norv;
+
+namespace {
+
+test::Outcome Kit(std::vector<std::string> arguments) {
+  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
+}
+
+bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+// A picture of gentle colours whose planes differ, alpha included.
+Picture Sample(int32_t width, int32_t height, int32_t channels) {
+  Picture picture(width, height, channels);
+  for (int32_t k = 0; k < channels; ++k)
+    for (int32_t r = 0; r < height; ++r)
+      for (int32_t x = 0; x < width; ++x) picture.plane[k].z[r][x] = static_cast<float>((7 * x + 5 * r + 40 * k) % 256);
+  return picture;
+}
+
+void Keep(const std::string& path, const Picture& picture, int32_t bits) {
+  WriteChoice choice;
+  choice.bits = bits;
+  WritePicture(path, picture, choice);
+}
+
+}  // namespace
+
+TEST_CASE("every command explains itself with an example") {
+  const test::Outcome whole = Kit({"--help"});
+  CHECK(whole.exitCode == 0);
+  for (const char* command : {"import", "export", "testcard", "shrink", "enlarge", "info", "compare", "new-net"}) {
+    CAPTURE(command);
+    CHECK(Contains(whole.output, std::string("\n  ") + command + " "));
+    const test::Outcome one = Kit({command, "--help"});
+    CHECK(one.exitCode == 0);
+    CHECK(Contains(one.output, std::string("Example:\n  norvkit ") + command));
+    CHECK(one.errors.empty());
+  }
+}
+
+TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {
+  test::ScratchFolder folder;
+  Keep(folder / "a.png", Sample(8, 8, 3), 8);
+  Keep(folder / "b.png", Sample(8, 9, 3), 8);
+  test::WriteBytes(folder / "text.png", "no picture");
+  const std::vector<std::vector<std::string>> wrong = {
+      {},
+      {"no-such-command"},
+      {"import", folder / "a.png"},
+      {"import", folder / "a.png", folder / "out.png"},
+      {"export", folder / "a.png", folder / "out.mat"},
+      {"export", folder / "a.png", folder / "out.png", "--bits", "12"},
+      {"new-net", folder / "out.net", "--layout", "50"},
+      {"new-net", folder / "out.net", "--hidden", "4,x"},
+      {"testcard", folder / "out.png", "--size", "100"},
+      {"shrink", folder / "a.png", folder / "out.png", "--factor", "1"},
+      {"enlarge", folder / "a.png", folder / "out.png", "--method", "net"},
+      {"compare", folder / "a.png", folder / "a.png", "--border", "-1"},
+  };
+  for (const auto& arguments : wrong) {
+    const test::Outcome outcome = Kit(arguments);
+    CAPTURE(outcome.errors);
+    CHECK(outcome.exitCode == 2);
+    CHECK(!outcome.errors.empty());
+    CHECK(outcome.output.empty());
+  }
+  const std::vector<std::vector<std::string>> failing = {
+      {"import", folder / "missing.png", folder / "out.fdib"},
+      {"import", folder / "text.png", folder / "out.fdib"},
+      {"import", folder / "a.png", folder / "no-folder/out.fdib"},
+      {"export", folder / "a.png", folder / "no-folder/out.png"},
+      {"export", folder / "a.png", folder / "out.jpg", "--bits", "16"},
+      {"new-net", folder / "out.net", "--layout", "8", "--start", "lanczos"},
+      {"compare", folder / "a.png", folder / "b.png"},
+      {"compare", folder / "a.png", folder / "a.png"},
+      {"shrink", folder / "a.png", folder / "out.png", "--order", "-7"},
+      {"shrink", folder / "a.png", folder / "out.png", "--factor", "9"},
+      {"info", folder / "text.png"},
+  };
+  for (const auto& arguments : failing) {
+    const test::Outcome outcome = Kit(arguments);
+    CAPTURE(outcome.errors);
+    CHECK(outcome.exitCode == 1);
+    CHECK(outcome.errors.rfind("norvkit: ", 0) == 0);
+  }
+  for (const char* name : {"out.png", "out.fdib", "out.jpg", "out.net", "out.mat"})
+    CHECK(test::ReadBytes(folder / name).empty());
+}
+
+TEST_CASE("pictures go into our files and come back") {
+  test::ScratchFolder folder;
+  Picture sample = Sample(13, 9, 4);
+  sample.plane[1].z[2][3] = 100.0f + 37.0f / 257;
+  Keep(folder / "a.png", sample, 16);
+  CHECK(Kit({"import", folder / "a.png", folder / "a.fdib"}).exitCode == 0);
+  const FloatImage image = LoadFloatImage(folder / "a.fdib");
+  CHECK(image.format == 0x2007);
+  CHECK(image.plane[1].z[2][3] == doctest::Approx(100.0 + 37.0 / 257).epsilon(1e-7));
+  CHECK(image.plane[3].z[2][3] == sample.plane[3].z[2][3]);
+  CHECK(Kit({"export", folder / "a.fdib", folder / "b.png", "--bits", "16"}).exitCode == 0);
+  CHECK(test::ReadBytes(folder / "a.png") == test::ReadBytes(folder / "b.png"));
+
+  CHECK(Kit({"import", folder / "a.png", folder / "a.mat"}).exitCode == 0);
+  matrix luminance;
+  luminance.load(folder / "a.mat", false, Folder::asGiven);
+  CHECK(luminance.z[4][6] == doctest::Approx(0.299 * sample.plane[0].z[4][6] + 0.587 * sample.plane[1].z[4][6] +
+                                             0.114 * sample.plane[2].z[4][6]));
+  CHECK(Kit({"export", folder / "a.mat", folder / "grey.png"}).exitCode == 0);
+  CHECK(ReadPicture(folder / "grey.png").channels == 1);
+
+  CHECK(Kit({"import", folder / "a.png", folder / "a.bit"}).exitCode == 0);
+  BitImage bytes;
+  bytes.Load(folder / "a.bit", Folder::asGiven);
+  CHECK(bytes.rows[4][3 * 6 + 2] == sample.plane[0].z[4][6]);
+  CHECK(bytes.rows[4][3 * 6] == sample.plane[2].z[4][6]);
+  CHECK(Kit({"export", folder / "a.bit", folder / "c.png"}).exitCode == 0);
+  CHECK(ReadPicture(folder / "c.png").plane[2].z[8][12] == sample.plane[2].z[8][12]);
+}
+
+TEST_CASE("a grey picture fills three planes, and any colour model is exported as display colours") {
+  test::ScratchFolder folder;
+  Keep(folder / "grey.png", Sample(6, 5, 1), 8);
+  CHECK(Kit({"import", folder / "grey.png", folder / "grey.fdib"}).exitCode == 0);
+  FloatImage image = LoadFloatImage(folder / "grey.fdib");
+  CHECK(image.format == kDefaultFormat);
+  for (int k = 1; k < 3; ++k) CHECK(image.plane[k].z[3][4] == image.plane[0].z[3][4]);
+  image.ConvertTo(kLuminance);
+  SaveFloatImage(folder / "y.fdib", image);
+  CHECK(Kit({"export", folder / "y.fdib", folder / "shown.png"}).exitCode == 0);
+  CHECK(ReadPicture(folder / "shown.png").plane[2].z[3][4] == image.plane[0].z[3][4]);
+}
+
+TEST_CASE("values outside 0..255 are clamped, which is said when asked for") {
+  test::ScratchFolder folder;
+  matrix plane(3, 2);
+  for (int32_t i = 0; i < 6; ++i) plane.x[i] = static_cast<float>(100 * i - 100);
+  plane.save(folder / "a.mat", Folder::asGiven);
+  const test::Outcome quiet = Kit({"export", folder / "a.mat", folder / "a.png"});
+  CHECK(quiet.errors.empty());
+  CHECK(ReadPicture(folder / "a.png").plane[0].x[0] == 0);
+  CHECK(ReadPicture(folder / "a.png").plane[0].x[5] == 255);
+  CHECK(Contains(Kit({"export", folder / "a.mat", folder / "a.png", "--verbose"}).errors, "3 samples"));
+}
+
+TEST_CASE("files are known by extension or by what they hold, and truncated ones are named as such") {
+  test::ScratchFolder folder;
+  NeuralNet net;
+  BuildNet(net, 3, {2, 1});
+  SaveNet(net, folder / "a.net", Folder::asGiven);
+  FloatImage image(5, 4, kDefaultFormat);
+  SaveFloatImage(folder / "a.fdib", image);
+  matrix plane(5, 4);
+  plane.fill(2);
+  plane.save(folder / "a.mat", Folder::asGiven);
+  BitImage bits(5, 4);
+  std::fill_n(bits.pixels.get(), bits.size, uint8_t{9});
+  bits.Save(folder / "a.bit", Folder::asGiven);
+  std::string set("\2\0\0\0\3\0\0\0\4\0\0\0", 12);
+  test::WriteBytes(folder / "a.dat", set + std::string(2 * 7 * 4, '\0'));
+  const std::pair<const char*, const char*> kinds[] = {
+      {"net", "network"}, {"fdib", "float image"}, {"mat", "matrix"}, {"bit", "bit image"}, {"dat", "training set"}};
+  for (const auto& [extension, kind] : kinds) {
+    CAPTURE(extension);
+    const std::string bytes = test::ReadBytes(folder / (std::string("a.") + extension));
+    const test::Outcome named = Kit({"info", folder / (std::string("a.") + extension)});
+    CHECK(named.exitCode == 0);
+    CHECK(Contains(named.output, std::string(": ") + kind));
+    test::WriteBytes(folder / "nameless", bytes);
+    CHECK(Contains(Kit({"info", folder / "nameless"}).output, std::string(": ") + kind));
+    test::WriteBytes(folder / (std::string("short.") + extension), bytes.substr(0, bytes.size() - 1));
+    const test::Outcome cut = Kit({"info", folder / (std::string("short.") + extension)});
+    CHECK(cut.exitCode == 1);
+    CHECK(Contains(cut.errors, "ends early"));
+  }
+}
+
+TEST_CASE("comparing says identical, or how far apart") {
+  test::ScratchFolder folder;
+  Picture a = Sample(30, 30, 3);
+  Keep(folder / "a.png", a, 8);
+  for (int k = 0; k < 3; ++k)
+    for (int32_t i = 0; i < a.plane[k].mn; ++i) a.plane[k].x[i] += a.plane[k].x[i] < 128 ? 1.0f : -1.0f;
+  a.plane[0].z[0][0] = 255;  // in the border
+  Keep(folder / "b.png", a, 8);
+  const test::Outcome same = Kit({"compare", folder / "a.png", folder / "a.png"});
+  CHECK(Contains(same.output, "luminance   PSNR identical  SSIM 1.0000"));
+  const test::Outcome apart = Kit({"compare", folder / "a.png", folder / "b.png"});
+  CHECK(Contains(apart.output, "red         PSNR  48.13 dB"));
+  CHECK(apart.exitCode == 0);
+  CHECK(!Contains(Kit({"compare", folder / "a.png", folder / "b.png", "--border", "0"}).output,
+                  "red         PSNR  48.13 dB"));
+}
+
+TEST_CASE("a picture made smaller and larger again is the same size and alike") {
+  test::ScratchFolder folder;
+  CHECK(Kit({"testcard", folder / "card.png", "--size", "121x97"}).exitCode == 0);
+  CHECK(Kit({"shrink", folder / "card.png", folder / "small.png", "--bits", "16"}).exitCode == 0);
+  CHECK(Kit({"new-net", folder / "l.net", "--start", "lanczos"}).exitCode == 0);
+  const Picture card = ReadPicture(folder / "card.png"), small = ReadPicture(folder / "small.png");
+  CHECK(small.Width() == 60);
+  CHECK(small.Height() == 48);
+  CHECK(small.bits == 16);
+  const std::vector<std::vector<std::string>> ways = {
+      {"--method", "nearest"},
+      {"--method", "cubic"},
+      {"--method", "lanczos"},
+      {"--net", folder / "l.net"},
+      {"--net", folder / "l.net", "--average", "--shortcut", "--threads", "4"}};
+  std::vector<Picture> results;
+  for (const auto& way : ways) {
+    std::vector<std::string> arguments = {"enlarge", folder / "small.png", folder / "large.png"};
+    arguments.insert(arguments.end(), way.begin(), way.end());
+    const test::Outcome outcome = Kit(arguments);
+    CAPTURE(outcome.errors);
+    CHECK(outcome.exitCode == 0);
+    results.push_back(ReadPicture(folder / "large.png"));
+    CHECK(results.back().Width() == 120);
+    CHECK(results.back().Height() == 96);
+  }
+  // The network that holds the interpolation, in every form, against the interpolation itself; chroma of the shortcut
+  // differs by its own rounding only.
+  for (const size_t i : {3, 4})
+    CHECK(Psnr(WithoutBorder(results[2].plane[1], 8), WithoutBorder(results[i].plane[1], 8)) > 90);
+  CHECK(Psnr(WithoutBorder(results[2].plane[1], 8), WithoutBorder(results[0].plane[1], 8)) < 40);
+  CHECK(Psnr(results[0].plane[0], RepeatPixels(small, 2).plane[0]) > 100);
+}
+
+#endif

@@ -1,0 +1,270 @@
+// Picture files there and back, odd kinds of them, and damaged ones.
+#ifdef NORVKIT_EXECUTABLE
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <doctest/doctest.h>
+#include <jpeglib.h>
+#include <png.h>
+#include <tiffio.h>
+
+#include "kit/conversions.h"
+#include "kit/failure.h"
+#include "support/scratch.h"
+
+using namespace norv;
+
+namespace {
+
+// Every value of a channel, every channel different, no two rows alike.
+Samples Pattern(int32_t width, int32_t height, int32_t channels, int32_t bits) {
+  Samples samples;
+  samples.Allocate(width, height, channels, bits);
+  uint32_t state = 12345;
+  for (uint8_t& byte : samples.bytes) byte = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  return samples;
+}
+
+Bytes Encoded(const Codec& codec, const Samples& samples) { return codec.encode(samples, {}); }
+
+// The reason for which these bytes are no picture, empty when they are one.
+std::string Refusal(const Codec& codec, const Bytes& bytes) {
+  try {
+    codec.decode(bytes);
+    return "";
+  } catch (const Failure& failure) {
+    return failure.what();
+  }
+}
+
+Bytes PaletteOrInterlaced(int colourType, int depth, int interlace, const Bytes& rows, int width, int height,
+                          bool transparent) {
+  test::ScratchFolder folder;
+  FILE* file = std::fopen((folder / "p.png").c_str(), "wb");
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_init_io(png, file);
+  png_set_IHDR(png, info, width, height, depth, colourType, interlace, 0, 0);
+  const png_color palette[4] = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {255, 0, 128}};
+  const png_byte alpha[2] = {0, 200};
+  if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette, 4);
+  if (transparent) png_set_tRNS(png, info, alpha, 2, nullptr);
+  png_write_info(png, info);
+  png_set_packing(png);
+  std::vector<png_bytep> pointers;
+  const size_t stride = rows.size() / height;
+  for (int r = 0; r < height; ++r) pointers.push_back(const_cast<png_bytep>(rows.data() + stride * r));
+  png_write_image(png, pointers.data());
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  std::fclose(file);
+  const std::string bytes = test::ReadBytes(folder / "p.png");
+  return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace
+
+TEST_CASE("PNG and TIFF keep every sample of 8 and 16 bits") {
+  for (const Codec* codec : {&kPng, &kTiff})
+    for (const int32_t bits : {8, 16})
+      for (int32_t channels = 1; channels <= 4; ++channels) {
+        const Samples samples = Pattern(37, 300, channels, bits);
+        const Bytes bytes = Encoded(*codec, samples);
+        CHECK(CodecOfContents(bytes) == codec);
+        const Samples again = codec->decode(bytes);
+        CAPTURE(codec->name);
+        CAPTURE(bits);
+        CAPTURE(channels);
+        CHECK(again.width == 37);
+        CHECK(again.height == 300);
+        CHECK(again.channels == channels);
+        CHECK(again.bits == bits);
+        CHECK(again.bytes == samples.bytes);
+        int64_t moved = 0;
+        CHECK(ToSamples(ToPicture(samples), bits, moved).bytes == samples.bytes);
+        CHECK(moved == 0);
+      }
+}
+
+TEST_CASE("a JPEG of smooth shading comes back within its loss") {
+  for (const int32_t channels : {1, 3}) {
+    Samples samples = Pattern(50, 40, channels, 8);
+    for (int32_t r = 0; r < 40; ++r)
+      for (int32_t x = 0; x < 50 * channels; ++x) samples.Row(r)[x] = static_cast<uint8_t>(3 * r + x / channels);
+    const Samples again = kJpeg.decode(Encoded(kJpeg, samples));
+    CHECK(again.channels == channels);
+    int worst = 0;
+    for (size_t i = 0; i < samples.bytes.size(); ++i)
+      worst = std::max(worst, std::abs(samples.bytes[i] - again.bytes[i]));
+    CHECK(worst <= 4);
+  }
+}
+
+TEST_CASE("values outside 0..255 move to the nearest end and the rest is rounded to nearest") {
+  Picture picture(5, 1, 1);
+  const float values[] = {-3, 300, 1.5f, 254.49f, NAN};
+  std::copy_n(values, 5, picture.plane[0].x);
+  int64_t moved = 0;
+  CHECK(ToSamples(picture, 8, moved).bytes == Bytes{0, 255, 2, 254, 0});
+  CHECK(moved == 3);
+}
+
+TEST_CASE("palettes, few bits, transparency and interlacing are unfolded") {
+  const Bytes indices = {0, 1, 2, 3, 3, 2, 1, 0};
+  const Samples palette = kPng.decode(PaletteOrInterlaced(PNG_COLOR_TYPE_PALETTE, 2, 0, indices, 4, 2, false));
+  CHECK(palette.channels == 3);
+  CHECK(Bytes(palette.bytes.begin() + 3, palette.bytes.begin() + 12) == Bytes{40, 50, 60, 70, 80, 90, 255, 0, 128});
+  const Samples clear = kPng.decode(PaletteOrInterlaced(PNG_COLOR_TYPE_PALETTE, 8, 0, indices, 4, 2, true));
+  CHECK(clear.channels == 4);
+  CHECK(clear.bytes[3] == 0);
+  CHECK(clear.bytes[7] == 200);
+  CHECK(clear.bytes[11] == 255);
+  const Samples twoLevels = kPng.decode(PaletteOrInterlaced(PNG_COLOR_TYPE_GRAY, 1, 0, {0, 1, 1, 0}, 2, 2, false));
+  CHECK(twoLevels.bytes == Bytes{0, 255, 255, 0});
+  const Samples grey = Pattern(19, 23, 1, 8);
+  CHECK(
+      kPng.decode(PaletteOrInterlaced(PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_ADAM7, grey.bytes, 19, 23, false)).bytes ==
+      grey.bytes);
+}
+
+TEST_CASE("TIFF tiles, separate planes, white as zero and multiplied alpha are read as what they show") {
+  test::ScratchFolder folder;
+  const std::string name = folder / "t.tif";
+  const Samples samples = Pattern(41, 35, 3, 16);
+  TIFF* tiff = TIFFOpen(name.c_str(), "w");
+  const auto start = [&](int channels, int bits, int photometric) {
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 41);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 35);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, channels);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
+  };
+  const auto read = [&] {
+    TIFFClose(tiff);
+    const std::string text = test::ReadBytes(name);
+    return kTiff.decode({text.begin(), text.end()});
+  };
+  start(3, 16, PHOTOMETRIC_RGB);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE);
+  TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+  TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+  for (uint16_t channel = 0; channel < 3; ++channel)
+    for (uint32_t y = 0; y < 35; y += 16)
+      for (uint32_t x = 0; x < 41; x += 16) {
+        uint16_t tile[256] = {};
+        for (uint32_t i = 0; i < 256; ++i)
+          if (const uint32_t r = y + i / 16, c = x + i % 16; r < 35 && c < 41)
+            std::memcpy(tile + i, samples.Row(static_cast<int32_t>(r)) + 6 * c + 2 * channel, 2);
+        TIFFWriteTile(tiff, tile, x, y, 0, channel);
+      }
+  CHECK(read().bytes == samples.bytes);
+
+  tiff = TIFFOpen(name.c_str(), "w");
+  start(1, 8, PHOTOMETRIC_MINISWHITE);
+  Bytes row(41, 250);
+  for (uint32_t y = 0; y < 35; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
+  CHECK(read().bytes == Bytes(41 * 35, 5));
+
+  tiff = TIFFOpen(name.c_str(), "w");
+  start(2, 8, PHOTOMETRIC_MINISBLACK);
+  const uint16_t multiplied = EXTRASAMPLE_ASSOCALPHA;
+  TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &multiplied);
+  row.clear();
+  for (int x = 0; x < 41; ++x) row.insert(row.end(), {50, 100});
+  for (uint32_t y = 0; y < 35; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
+  CHECK(read().bytes[0] == 128);  // 50 / (100 / 255), rounded
+}
+
+TEST_CASE("a photograph taken with the camera turned is shown upright") {
+  Bytes jpeg = Encoded(kJpeg, Pattern(16, 8, 1, 8));
+  // An EXIF segment in big-endian order with just the orientation: turn a quarter clockwise.
+  const Bytes exif = {0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0, 'M', 'M', 0, 42, 0, 0, 0, 8,
+                      0,    1,    1, 18, 0,   3,   0,   0,   0, 1, 0,   6,   0, 0,  0, 0, 0, 0};
+  const Picture plain = ToPicture(kJpeg.decode(jpeg));
+  jpeg.insert(jpeg.begin() + 2, exif.begin(), exif.end());
+  const Picture turned = ToPicture(kJpeg.decode(jpeg));
+  CHECK(turned.Width() == 8);
+  CHECK(turned.Height() == 16);
+  CHECK(turned.plane[0].z[0][7] == plain.plane[0].z[0][0]);
+  CHECK(turned.plane[0].z[15][7] == plain.plane[0].z[0][15]);
+  CHECK(turned.plane[0].z[0][0] == plain.plane[0].z[7][0]);
+}
+
+TEST_CASE("a JPEG of four inks becomes RGB") {
+  jpeg_compress_struct jpeg;
+  jpeg_error_mgr errors;
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&jpeg);
+  unsigned char* memory = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&jpeg, &memory, &size);
+  jpeg.image_width = jpeg.image_height = 8;
+  jpeg.input_components = 4;
+  jpeg.in_color_space = JCS_CMYK;
+  jpeg_set_defaults(&jpeg);
+  jpeg_set_quality(&jpeg, 100, TRUE);
+  jpeg_start_compress(&jpeg, TRUE);
+  Bytes row;
+  for (int x = 0; x < 8; ++x) row.insert(row.end(), {255, 128, 0, 200});
+  for (int r = 0; r < 8; ++r) {
+    JSAMPROW pointer = row.data();
+    jpeg_write_scanlines(&jpeg, &pointer, 1);
+  }
+  jpeg_finish_compress(&jpeg);
+  jpeg_destroy_compress(&jpeg);
+  const Samples samples = kJpeg.decode(Bytes(memory, memory + size));
+  std::free(memory);
+  CHECK(samples.channels == 3);
+  CHECK(std::abs(samples.bytes[0] - 200) <= 2);
+  CHECK(std::abs(samples.bytes[1] - 100) <= 2);
+  CHECK(samples.bytes[2] <= 2);
+}
+
+TEST_CASE("a picture cut anywhere is refused with a reason") {
+  for (const Codec* codec : {&kPng, &kJpeg, &kTiff}) {
+    const Bytes whole = Encoded(*codec, Pattern(16, 16, 3, 8));
+    int accepted = 0;
+    for (size_t length = 0; length < whole.size(); length += 1 + whole.size() / 400)
+      accepted += Refusal(*codec, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))).empty();
+    CAPTURE(codec->name);
+    CHECK(accepted == 0);
+  }
+}
+
+TEST_CASE("damaged bytes end in a picture or a reason, never in a fault") {
+  uint32_t state = 1;
+  for (const Codec* codec : {&kPng, &kJpeg, &kTiff}) {
+    const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->sixteenBits ? 16 : 8));
+    int refused = 0;
+    for (int run = 0; run < 500; ++run) {
+      Bytes bytes = whole;
+      for (int i = 0; i < 3; ++i) {
+        state = state * 1664525 + 1013904223;
+        bytes[state / 65536 % (run % 2 ? bytes.size() : 64)] ^= static_cast<uint8_t>(1 << (state >> 29));
+      }
+      refused += !Refusal(*codec, bytes).empty();
+    }
+    CAPTURE(codec->name);
+    CHECK(refused > 50);
+  }
+}
+
+TEST_CASE("pictures that cannot fit are refused before memory is taken") {
+  Bytes png = Encoded(kPng, Pattern(1, 1, 3, 8));
+  // Width and height of the header, then its checksum.
+  const uint8_t sizes[] = {0, 15, 0x42, 0x3F, 0, 15, 0x42, 0x3F};
+  std::copy_n(sizes, 8, png.begin() + 16);
+  const png_uint_32 checksum = [&] {
+    uint32_t crc = 0xFFFFFFFF;
+    for (int i = 12; i < 29; ++i) {
+      crc ^= png[i];
+      for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    }
+    return ~crc;
+  }();
+  for (int i = 0; i < 4; ++i) png[29 + i] = static_cast<uint8_t>(checksum >> (24 - 8 * i));
+  CHECK(Refusal(kPng, png) == "the picture has more than 2^31 pixels");
+}
+
+#endif
