@@ -36,8 +36,8 @@ Ending RestoreInBandsThenProcessBits(const Request& request);  // 3
 Ending ProcessBitsInBands(const Request& request);             // 4
 Ending ProcessWholeBits(const Request& request);               // 5
 // Denoising, denoise_modes.cpp.
-Ending DenoiseByComponents(const Request& request);  // 6
-Ending DenoiseByGroups(const Request& request);      // 7
+Ending RunComponentDenoiser(const Request& request);  // 6
+Ending RunGroupDenoiser(const Request& request);      // 7
 // The processor benchmark, benchmark.cpp.
 Ending RunBenchmark(const Request& request);  // 8
 // The network's training and its samples, training_modes.cpp.

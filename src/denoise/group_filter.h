@@ -1,0 +1,34 @@
+// Noise removal by low-rank approximation of groups of similar patches.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/matrix2.h"
+
+namespace norv {
+
+struct GroupSettings {
+  int32_t iterations;
+  int32_t side;     // of the patches
+  double strength;  // of the singular-value weights
+  double feedback;  // of the residual, per iteration
+  bool ranked;      // patches weigh the less, the higher their group's rank
+  bool twoStep;     // fewer groups, found by a coarse search
+  int threads;      // results do not depend on it
+};
+
+// A plane to work on and its noise's standard deviation in its own units.
+struct NoisyPlane {
+  matrix* plane;
+  double sigma;
+  int number;  // of the plane in its image
+};
+
+// Denoises all planes at once. Each iteration feeds back a part of what was removed, groups patches by likeness in the
+// result so far, approximates every group by one of low rank, with the noise that is left there, and averages (Gu, Xie,
+// Meng, Zuo, Feng and Zhang, Weighted nuclear norm minimization and its applications to low level vision, IJCV 2017).
+// Planes smaller than a patch stay unchanged.
+void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& settings);
+
+}  // namespace norv

@@ -1,0 +1,31 @@
+// Weighted nuclear norm minimisation of a group of similar patches.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace norv {
+
+// Replaces `count` vectors of `length` values by their approximation of low rank: X with the least
+//   |Y - X|^2 + 4 sigma^2 sum_k w_k s_k(X),  w_k = strength * sqrt(count) / (s_k(X) + epsilon),
+// in closed form on the singular values of Y (Gu, Zhang, Zuo and Feng, Weighted nuclear norm minimization with
+// application to image denoising, CVPR 2014). The mean vector is left out and put back. Keeps its scratch.
+class LowRank {
+ public:
+  // vectors: count rows of `length` floats, overwritten. Returns the rank of the approximation, the mean apart.
+  int32_t Approximate(float* vectors, int32_t length, int32_t count, float sigma, float strength);
+
+ private:
+  void TakeMean(float* vectors);
+  void FormGram();
+  int32_t ShrinkSpectrum(double threshold);
+  void Project();
+
+  int32_t length_ = 0, count_ = 0;
+  int32_t side_ = 0, runs_ = 0;  // the Gram matrix is side x side, a sum over runs
+  int64_t stride_ = 0;           // side rounded up to whole vectors
+  std::vector<float> mean_, runsOfValues_, gram_, projected_;
+  std::vector<double> square_, values_;
+};
+
+}  // namespace norv

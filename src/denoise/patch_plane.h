@@ -1,0 +1,44 @@
+// A plane as patch work wants it, and sums of overlapping patches.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/matrix2.h"
+
+namespace norv {
+
+// Width x height values whose rows may be read a vector beyond their end (zeros there).
+struct PatchPlane {
+  int32_t width = 0, height = 0;
+  int64_t stride = 0;
+  std::vector<float> values;
+
+  PatchPlane(int32_t newWidth, int32_t newHeight);
+  explicit PatchPlane(const matrix& plane);
+  float* Row(int64_t r) { return values.data() + r * stride; }
+  const float* Row(int64_t r) const { return values.data() + r * stride; }
+  void CopyTo(matrix& plane) const;
+};
+
+// Weighted sums of patches over the rows first .. end - 1 of a plane, by one thread.
+class PatchSums {
+ public:
+  void Reset(const PatchPlane& plane, int64_t firstRow, int64_t endRow);
+  int64_t FirstRow() const { return first_; }
+  int64_t EndRow() const { return end_; }
+  // Where the sums of weighted values and of weights of a row of the plane are; rows may be written a vector beyond
+  // their end.
+  float* Values(int64_t row) { return values_.data() + (row - first_) * stride_; }
+  float* Weights(int64_t row) { return weights_.data() + (row - first_) * stride_; }
+  // Adds all of these sums to others that cover their rows.
+  void AddTo(PatchSums& total) const;
+  // The weighted means; where nothing was added the plane keeps its value.
+  void Finish(PatchPlane& plane) const;
+
+ private:
+  int64_t first_ = 0, end_ = 0, stride_ = 0;
+  std::vector<float> values_, weights_;
+};
+
+}  // namespace norv

@@ -1,0 +1,28 @@
+// An image's planes while they are denoised: on the display scale or as luminance and chrominance, without damage.
+#pragma once
+
+#include <vector>
+
+#include "denoise/group_filter.h"
+#include "numeric/float_image.h"
+
+namespace norv {
+
+// Converts the image on construction and back to its format in Finish().
+class WorkingPlanes {
+ public:
+  // Throws the message of an unknown format code.
+  WorkingPlanes(FloatImage& image, bool luminance);
+
+  // The three planes with their noise: `sigma` in grey levels of the display becomes each plane's own; estimated per
+  // plane when sigma is not positive. Planes without noise are left out.
+  std::vector<NoisyPlane> Noisy(double sigma);
+  void Finish();
+
+ private:
+  FloatImage& image_;
+  int32_t format_;
+  matrix fourth_;
+};
+
+}  // namespace norv

@@ -1,0 +1,164 @@
+// Both denoisers as a whole.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <doctest/doctest.h>
+
+#include "denoise/component_filter.h"
+#include "denoise/components.h"
+#include "denoise/denoise.h"
+#include "denoise/group_filter.h"
+#include "support/nets.h"
+#include "support/noisy_pictures.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+// Three different planes, noisy alike, as RGB.
+FloatImage NoisyImage(int32_t width, int32_t height, double sigma) {
+  FloatImage image(width, height, kDefaultFormat);
+  for (int k = 0; k < 3; ++k) {
+    const matrix scene = Scene(width, height);
+    for (int32_t i = 0; i < scene.mn; ++i) image.plane[k].x[i] = scene.x[i] * static_cast<float>(1 - 0.2 * k);
+    AddNoise(image.plane[k], sigma, 7 + k);
+  }
+  return image;
+}
+
+bool SamePlanes(const FloatImage& a, const FloatImage& b) {
+  bool same = a.format == b.format;
+  for (int k = 0; k < 4; ++k) same &= SameBits(a.plane[k], b.plane[k]);
+  return same;
+}
+
+FloatImage ByGroups(FloatImage image, const GroupRequest& request) {
+  DenoiseByGroups(image, request);
+  return image;
+}
+
+}  // namespace
+
+TEST_CASE("components remove noise, with the same bits for every number of threads") {
+  const matrix clean = Scene(150, 90);
+  matrix noisy = clean, components;
+  AddNoise(noisy, 20, 1);
+  LearnComponents(noisy, 6, 1, components);
+  for (const bool hard : {true, false}) {
+    CAPTURE(hard);
+    matrix one = noisy, three = noisy, few = noisy;
+    FilterByComponents(one, 20, components, {6, 0, hard, 1});
+    FilterByComponents(three, 20, components, {6, 0, hard, 3});
+    FilterByComponents(few, 20, components, {6, 12, hard, 1});
+    CHECK(SameBits(one, three));
+    CHECK(PeakRatio(one, clean) > PeakRatio(noisy, clean) + 10);
+    CHECK(PeakRatio(few, clean) > PeakRatio(noisy, clean) + 9);
+    CHECK_FALSE(SameBits(one, few));
+  }
+  // Without noise nothing goes; with one component a patch keeps one shape only.
+  matrix kept = noisy;
+  FilterByComponents(kept, 1e-6, components, {6, 0, false, 2});
+  double difference = 0;
+  for (int32_t i = 0; i < kept.mn; ++i) difference = std::max(difference, std::abs(double{kept.x[i]} - noisy.x[i]));
+  CHECK(difference < 1e-3);
+}
+
+TEST_CASE("planes as small as a patch and rows that end anywhere") {
+  for (const auto& [w, h] : {std::pair{5, 5}, {5, 40}, {40, 5}, {21, 22}}) {
+    matrix plane = Scene(w, h), components;
+    AddNoise(plane, 10, 5);
+    LearnComponents(plane, 5, 2, components);
+    FilterByComponents(plane, 10, components, {5, 0, false, 2});
+    matrix grouped = Scene(w, h);
+    FilterGroups({{&grouped, 10, 0}}, {2, 5, 2.83, 0.1, true, false, 2});
+    for (const matrix* result : {&plane, &grouped})
+      CHECK(std::all_of(result->x, result->x + result->mn, [](float v) { return v > 0 && v < 255; }));
+  }
+}
+
+TEST_CASE("groups remove noise, with the same bits in parallel") {
+  GroupRequest request;
+  request.sigma = 20;
+  request.iterations = 3;
+  request.luminance = false;
+  const FloatImage noisy = NoisyImage(90, 64, 20);
+  const matrix clean = Scene(90, 64);
+  const double before = PeakRatio(noisy.plane[0], clean);
+  const FloatImage parallel = ByGroups(noisy, request);
+  request.parallel = false;
+  const FloatImage serial = ByGroups(noisy, request);
+  CHECK(SamePlanes(parallel, serial));
+  CHECK(PeakRatio(serial.plane[0], clean) > before + 10);
+  for (bool GroupRequest::*flag : {&GroupRequest::ranked, &GroupRequest::luminance}) {
+    GroupRequest changed = request;
+    changed.*flag = true;
+    const FloatImage result = ByGroups(noisy, changed);
+    CHECK(PeakRatio(result.plane[0], clean) > before + 9);
+    CHECK_FALSE(SamePlanes(result, serial));
+  }
+  request.twoStep = false;
+  CHECK(PeakRatio(ByGroups(noisy, request).plane[0], clean) > before + 10);
+  request.sigma = 0;  // estimated
+  CHECK(PeakRatio(ByGroups(noisy, request).plane[0], clean) > before + 9);
+}
+
+TEST_CASE("what asks for nothing, or is too small, stays as it is in every format") {
+  for (const int32_t format : {kDefaultFormat, int32_t{kLuminance}, int32_t{kWithFourth}}) {
+    FloatImage image = NoisyImage(7, 20, 10);
+    image.ConvertTo(format);
+    const FloatImage original = image;
+    GroupRequest groups;
+    groups.iterations = 0;
+    DenoiseByGroups(image, groups);
+    groups = {};
+    groups.side = 0;
+    DenoiseByGroups(image, groups);
+    groups.side = 8;
+    DenoiseByGroups(image, groups);
+    ComponentRequest components;
+    components.side = -3;
+    DenoiseByComponents(image, components);
+    components.side = 8;
+    DenoiseByComponents(image, components);
+    CHECK(SamePlanes(image, original));
+  }
+  FloatImage empty;
+  DenoiseByGroups(empty, {});
+  CHECK(empty.count == 0);
+}
+
+TEST_CASE("a fourth plane passes through, and the format stays") {
+  FloatImage image = NoisyImage(40, 30, 20);
+  image.ConvertTo(kWithFourth | 7);
+  for (int32_t i = 0; i < image.count; ++i) image.plane[3].x[i] = static_cast<float>(i % 251);
+  const FloatImage original = image;
+  GroupRequest request;
+  request.iterations = 1;
+  DenoiseByGroups(image, request);
+  CHECK(image.format == original.format);
+  CHECK(SameBits(image.plane[3], original.plane[3]));
+  CHECK_FALSE(SameBits(image.plane[1], original.plane[1]));
+}
+
+TEST_CASE("values out of range and damaged pixels") {
+  const FloatImage noisy = NoisyImage(30, 30, 20);
+  GroupRequest wild, tame;
+  wild.iterations = tame.iterations = 1;
+  wild.side = 99;
+  tame.side = 12;
+  wild.sigma = 1e9f;
+  tame.sigma = 255;
+  wild.strength = tame.strength = 1;
+  wild.feedback = -4;
+  tame.feedback = 0;
+  CHECK(SamePlanes(ByGroups(noisy, wild), ByGroups(noisy, tame)));
+
+  FloatImage damaged = noisy;
+  damaged.plane[0].z[4][5] = std::nanf("");
+  damaged.plane[1].z[0][0] = HUGE_VALF;
+  damaged.plane[2].z[29][29] = -3e38f;
+  const FloatImage result = ByGroups(damaged, tame);
+  for (int k = 0; k < 3; ++k)
+    CHECK(std::all_of(result.plane[k].x, result.plane[k].x + result.count, [](float v) { return std::abs(v) < 400; }));
+}

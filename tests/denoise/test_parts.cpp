@@ -1,0 +1,162 @@
+// The parts of the denoisers against plain second ways.
+#include <algorithm>
+#include <cmath>
+#include <doctest/doctest.h>
+
+#include "denoise/components.h"
+#include "denoise/low_rank.h"
+#include "denoise/noise_level.h"
+#include "denoise/patch_search.h"
+#include "numeric/dmatrix.h"
+#include "numeric/symmetric.h"
+#include "support/noisy_pictures.h"
+
+using namespace norv;
+using namespace norv::test;
+
+TEST_CASE("the estimate of the noise") {
+  for (const double sigma : {10.0, 20.0, 50.0}) {
+    CAPTURE(sigma);
+    matrix plane = Scene(160, 130);
+    AddNoise(plane, sigma, 3);
+    CHECK(EstimateNoise(plane) == doctest::Approx(sigma).epsilon(sigma < 15 ? 0.25 : 0.1));
+  }
+  matrix flat(9, 1), constant(6, 5), corner(2, 2);
+  flat.fill(7);
+  constant.fill(7);
+  corner.fill(0);
+  corner.x[3] = 2;
+  CHECK(EstimateNoise(flat) == 0);
+  CHECK(EstimateNoise(constant) == 0);
+  CHECK(EstimateNoise(corner) == doctest::Approx(1 / 0.67448975));
+}
+
+TEST_CASE("eigenvectors of symmetric matrices agree with the singular value decomposition") {
+  for (const int32_t n : {1, 2, 3, 5, 36, 64}) {
+    for (const int32_t rank : {n, (n + 1) / 2}) {
+      CAPTURE(n);
+      CAPTURE(rank);
+      dmatrix factor(n, rank), square(n, n), U, W, V;
+      for (int32_t i = 0; i < factor.mn; ++i) factor.x[i] = std::sin(1.7 * i * i + 0.3 * i);
+      square.multTB(factor, factor);
+      std::vector<double> vectors(square.x, square.x + square.mn), values(static_cast<size_t>(n));
+      REQUIRE(DecomposeSymmetric(n, vectors.data(), values.data()));
+      double error = 0, skew = 0;
+      for (int32_t i = 0; i < n; ++i) {
+        for (int32_t j = 0; j < n; ++j) {
+          double sum = 0, dot = 0;
+          for (int32_t k = 0; k < n; ++k) {
+            sum += vectors[i + n * k] * values[k] * vectors[j + n * k];
+            dot += vectors[k + n * i] * vectors[k + n * j];
+          }
+          error = std::max(error, std::abs(sum - square.z[j][i]));
+          skew = std::max(skew, std::abs(dot - (i == j)));
+        }
+      }
+      square.svd(U, W, V);
+      CHECK(error <= 1e-14 * n * W.x[0]);
+      CHECK(skew <= 1e-13);
+      std::sort(values.begin(), values.end(), std::greater<>());
+      for (int32_t k = 0; k < n; ++k) CHECK(std::abs(values[k] - W.x[k]) <= 1e-14 * n * W.x[0]);
+    }
+  }
+}
+
+TEST_CASE("the search finds the nearest patches of its window") {
+  matrix plane = Scene(37, 29);
+  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::floor(plane.x[i] / 8);  // exact sums, and many equal ones
+  const PatchPlane patches(plane);
+  for (const SearchWindow window : {SearchWindow{6, 1}, SearchWindow{9, 2}, SearchWindow{40, 3}}) {
+    for (const int32_t side : {2, 5, 12}) {
+      PatchSearch search(patches, side, window);
+      for (const auto& [row, column] : {std::pair{0, 0}, {29 - side, 37 - side}, {9, 20}, {17, 3}}) {
+        std::vector<std::pair<float, uint32_t>> all;
+        for (int32_t r = 0; r <= 29 - side; ++r) {
+          for (int32_t c = 0; c <= 37 - side; ++c) {
+            const int32_t down = std::abs(r - row), right = std::abs(c - column);
+            if (std::max(down, right) > window.radius || down % window.step || right % window.step) continue;
+            float distance = r == row && c == column ? -1.0f : 0.0f;  // itself before its equals
+            for (int32_t i = 0; i < side; ++i)
+              for (int32_t j = 0; j < side; ++j)
+                distance += std::pow(plane.z[row + i][column + j] - plane.z[r + i][c + j], 2.0f);
+            all.push_back({distance, static_cast<uint32_t>(r * patches.stride + c)});
+          }
+        }
+        const size_t count = std::min<size_t>(20, all.size());
+        std::sort(all.begin(), all.end());
+        std::vector<uint32_t> expected, found;
+        for (size_t k = 0; k < count; ++k) expected.push_back(all[k].second);
+        std::sort(expected.begin(), expected.end());
+        search.Find(row, column, 20, found);
+        CHECK(found == expected);
+      }
+    }
+  }
+}
+
+TEST_CASE("the low-rank approximation is the closed form on the singular values") {
+  LowRank lowRank;
+  for (const auto& [length, count] : {std::pair{9, 24}, {25, 14}, {16, 16}, {4, 1}}) {
+    CAPTURE(length);
+    CAPTURE(count);
+    std::vector<float> vectors(static_cast<size_t>(length * count));
+    for (int32_t i = 0; i < length * count; ++i)
+      vectors[i] =
+          static_cast<float>(50 + 30 * std::sin(i % length) * std::cos(0.4 * (i / length)) + 9 * std::sin(i * i));
+    dmatrix group(length, count), U, W, V;
+    std::vector<double> mean(static_cast<size_t>(length));
+    for (int32_t i = 0; i < group.mn; ++i) mean[i % length] += vectors[i] / static_cast<double>(count);
+    for (int32_t i = 0; i < group.mn; ++i) group.x[i] = vectors[i] - mean[i % length];
+    group.svd(U, W, V);
+    constexpr float kSigma = 2, kStrength = 2.83f;
+    const double threshold = 4.8 * kStrength * std::sqrt(count) * kSigma * kSigma;
+    int32_t rank = 0;
+    for (int32_t k = 0; k < W.m; ++k) {
+      const double s = W.x[k], rest = s * s - threshold;
+      rank += rest > 0;
+      W.x[k] = rest > 0 ? (s + std::sqrt(rest)) / 2 : 0;
+    }
+    CHECK(lowRank.Approximate(vectors.data(), length, count, kSigma, kStrength) == rank);
+    if (count > 1) CHECK(rank > 0);
+    double error = 0;
+    for (int32_t j = 0; j < count; ++j) {
+      for (int32_t i = 0; i < length; ++i) {
+        double value = mean[i];
+        for (int32_t k = 0; k < W.m; ++k) value += U.z[k][i] * W.x[k] * V.z[k][j];
+        error = std::max(error, std::abs(value - vectors[j * length + i]));
+      }
+    }
+    CHECK(error < 1e-3);
+  }
+}
+
+TEST_CASE("learned components are orthonormal and in order of the variance along them") {
+  matrix plane = Scene(90, 70), components, again;
+  AddNoise(plane, 5, 4);
+  LearnComponents(plane, 4, 1, components);
+  LearnComponents(plane, 4, 3, again);
+  CHECK(std::equal(components.x, components.x + components.mn, again.x));
+  REQUIRE(AreComponents(components, 4));
+  CHECK_FALSE(AreComponents(components, 5));
+  double previous = 1e30;
+  for (int32_t k = 1; k <= 16; ++k) {
+    double variance = 0;
+    for (int32_t r = 0; r + 4 <= plane.n; ++r) {
+      for (int32_t c = 0; c + 4 <= plane.m; ++c) {
+        double value = 0;
+        for (int32_t i = 0; i < 16; ++i)
+          value += components.z[k][i] * (plane.z[r + i / 4][c + i % 4] - components.z[0][i]);
+        variance += value * value;
+      }
+    }
+    CHECK(variance <= previous * 1.0001);
+    previous = variance;
+    for (int32_t j = 1; j < k; ++j) {
+      double dot = 0;
+      for (int32_t i = 0; i < 16; ++i) dot += components.z[k][i] * components.z[j][i];
+      CHECK(std::abs(dot) < 1e-5);
+    }
+  }
+  components.z[3][0] = std::nanf("");
+  CHECK_FALSE(AreComponents(components, 4));
+}
