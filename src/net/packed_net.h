@@ -52,6 +52,7 @@ class PackedNet {
   };
 
   void PackLayer(const NetLayer& layer, int32_t layerInputs);
+  static void Activate(const Run& run, float* rows, int32_t pixels);
 
   int32_t inputs, outputs;
   int64_t widestRows = 0;

@@ -19,6 +19,9 @@ inline constexpr int32_t kUnitsPerTile = 4;
 // A row of functions of single floats: y[i] = (float) f((double) x[i]), i < n. x and y may be the same.
 using RowFunction = void (*)(const float* x, float* y, int64_t n);
 
+// The same with results in double precision: y[i] = f((double) x[i]).
+using DoubleRowFunction = void (*)(const float* x, double* y, int64_t n);
+
 struct Kernels {
   // The level that the compiler was asked for in the file of this table.
   VectorLevel level;
@@ -42,9 +45,9 @@ struct Kernels {
   // tail, then 1, 9, 17 .., then 2, 10 .. to 7, 15 ..: the weights i of the tile's units; then their biases.
   void (*evaluateLayer)(const float* weights, int32_t inputs, int32_t units, const float* x, float* z, int32_t pixels);
 
-  // Activation kinds 0 to 17 (null for 0), see net/activation.h: the function and its derivative.
-  RowFunction activation[18];
-  RowFunction activationDerivative[18];
+  // By activation kind, 0 to 17 (null for 0), see net/activation.h: the function and its derivative.
+  const RowFunction* activation;
+  const DoubleRowFunction* activationDerivative;
 };
 
 // The table of the level in use; see simd/level.h.

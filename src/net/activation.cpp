@@ -1,0 +1,34 @@
+#include "net/activation.h"
+
+#include <cstddef>
+
+#include "numeric/assert.h"
+
+#define NORV_LEVEL scalar
+#define NORV_VECTOR_BYTES 32
+// clang-format off
+#include "simd/vectors-inl.h"
+#include "simd/math-inl.h"
+#include "simd/activation-inl.h"
+// clang-format on
+
+namespace norv {
+
+namespace {
+
+template <typename List>
+struct Rows;
+template <typename... Kinds>
+struct Rows<scalar::KindList<Kinds...>> {
+  static constexpr Activation kRows[] = {{nullptr, nullptr},
+                                         {Kinds::template f<double>, Kinds::template df<double>}...};
+};
+
+}  // namespace
+
+const Activation& ActivationOf(int32_t kind) {
+  NORV_ASSERT(kind >= 0 && kind < kActivationKinds);
+  return Rows<scalar::AllKinds>::kRows[kind];
+}
+
+}  // namespace norv

@@ -1,0 +1,40 @@
+// Activation functions on rows of floats. To be included like vectors-inl.h, after activation-inl.h.
+
+namespace norv::NORV_LEVEL {
+
+// y[i] = function(x[i]) in vectors of doubles; the last ones by way of a padded copy.
+template <typename T, typename Function>
+inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
+  using Results = T __attribute__((vector_size(kDoubleLanes * sizeof(T))));
+  const auto step = [function](const float* from, T* to) {
+    Store(__builtin_convertvector(function(__builtin_convertvector(Load<HalfFloats>(from), Doubles)), Results), to);
+  };
+  int64_t i = 0;
+  for (; i + kDoubleLanes <= n; i += kDoubleLanes) step(x + i, y + i);
+  if (i == n) return;
+  float lastX[kDoubleLanes] = {};
+  T lastY[kDoubleLanes];
+  for (int64_t j = i; j < n; ++j) lastX[j - i] = x[j];
+  step(lastX, lastY);
+  for (int64_t j = i; j < n; ++j) y[j] = lastY[j - i];
+}
+
+template <typename Kind>
+void ActivationRow(const float* x, float* y, int64_t n) {
+  EachInDoubles(x, y, n, [](Doubles z) { return Kind::f(z); });
+}
+
+template <typename Kind>
+void DerivativeRow(const float* x, double* y, int64_t n) {
+  EachInDoubles(x, y, n, [](Doubles z) { return Kind::df(z); });
+}
+
+template <typename List>
+struct RowTables;
+template <typename... Kinds>
+struct RowTables<KindList<Kinds...>> {
+  static constexpr RowFunction kActivation[] = {nullptr, ActivationRow<Kinds>...};
+  static constexpr DoubleRowFunction kDerivative[] = {nullptr, DerivativeRow<Kinds>...};
+};
+
+}  // namespace norv::NORV_LEVEL
