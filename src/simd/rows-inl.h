@@ -2,12 +2,11 @@
 
 namespace norv::NORV_LEVEL {
 
-// y[i] = function(x[i]) in vectors of doubles; the last ones by way of a padded copy.
+// y[i] = function(x[i]), which turns a vector of doubles into what is stored; the last ones by way of a padded copy.
 template <typename T, typename Function>
 inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
-  using Results = T __attribute__((vector_size(kDoubleLanes * sizeof(T))));
   const auto step = [function](const float* from, T* to) {
-    Store(__builtin_convertvector(function(__builtin_convertvector(Load<HalfFloats>(from), Doubles)), Results), to);
+    Store(function(__builtin_convertvector(Load<HalfFloats>(from), Doubles)), to);
   };
   int64_t i = 0;
   for (; i + kDoubleLanes <= n; i += kDoubleLanes) step(x + i, y + i);
@@ -21,7 +20,7 @@ inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
 
 template <typename Kind>
 void ActivationRow(const float* x, float* y, int64_t n) {
-  EachInDoubles(x, y, n, [](Doubles z) { return Kind::f(z); });
+  EachInDoubles(x, y, n, [](Doubles z) { return __builtin_convertvector(Kind::f(z), HalfFloats); });
 }
 
 template <typename Kind>

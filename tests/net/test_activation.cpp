@@ -1,0 +1,58 @@
+// The table of activation kinds against the formulas as they are written down, with the C library's functions.
+#include <cmath>
+#include <cstring>
+#include <doctest/doctest.h>
+#include <limits>
+#include <random>
+
+#include "net/activation.h"
+#include "simd/kernels.h"
+#include "support/plain_activation.h"
+
+using namespace norv;
+using namespace norv::test;
+
+TEST_CASE("every kind has the formula's single-precision results") {
+  std::mt19937 random(5);
+  for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
+    int different = 0;
+    for (int i = 0; i < 300000; ++i) {
+      // Half of them of any exponent, half where the functions bend.
+      const auto bits = static_cast<uint32_t>(random());
+      float x = static_cast<float>(static_cast<int32_t>(bits)) * 0x1p-26f;
+      if (i % 2) std::memcpy(&x, &bits, sizeof x);
+      const float got = static_cast<float>(ActivationOf(kind).f(x)),
+                  want = static_cast<float>(PlainActivation(kind, x));
+      different += std::memcmp(&got, &want, sizeof x) != 0 && !(std::isnan(got) && std::isnan(want));
+    }
+    CHECK_MESSAGE(different == 0, "kind ", kind);
+  }
+}
+
+TEST_CASE("ends of the activation kinds") {
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const double x : {infinity, -infinity, std::nan(""), 0.0, -0.0})
+    for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
+      const double got = ActivationOf(kind).f(x), want = PlainActivation(kind, x);
+      CAPTURE(kind);
+      CAPTURE(x);
+      CHECK((static_cast<float>(got) == static_cast<float>(want) || (std::isnan(got) && std::isnan(want))));
+      CHECK((std::isnan(want) || std::signbit(got) == std::signbit(want)));
+    }
+  CHECK(ActivationOf(16).f(710) == infinity);  // exp overflows on the way, on purpose: written down as log(exp(x) + 1)
+  CHECK(std::isnan(ActivationOf(17).f(-infinity)));
+}
+
+TEST_CASE("derivatives are those of the functions") {
+  for (int32_t kind = 1; kind < kActivationKinds; ++kind)
+    for (double x = -7.3; x < 8; x += 0.37) {
+      const double step = 1e-4;
+      const double slope = (ActivationOf(kind).f(x + step) - ActivationOf(kind).f(x - step)) / (2 * step);
+      CHECK_MESSAGE(ActivationOf(kind).df(x) == doctest::Approx(slope).epsilon(1e-6), "kind ", kind, " at ", x);
+    }
+}
+
+TEST_CASE("kind 0 has no functions") {
+  CHECK(!ActivationOf(0).f);
+  CHECK(!ActivationOf(0).df);
+}

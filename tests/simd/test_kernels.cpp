@@ -1,0 +1,99 @@
+// The kernel table: the level that runs, and vectors of every length against plain loops.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <doctest/doctest.h>
+#include <random>
+#include <vector>
+
+#include "net/activation.h"
+#include "net/forward.h"
+#include "support/levels.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+std::vector<float> RandomFloats(size_t n, unsigned seed) {
+  std::mt19937 random(seed);
+  std::normal_distribution<float> value(0, 1);
+  std::vector<float> floats(n);
+  for (float& x : floats) x = value(random);
+  return floats;
+}
+
+// Random bits: every exponent, infinities and NaN among them.
+std::vector<float> AnyFloats(size_t n) {
+  std::mt19937 random(1);
+  std::vector<float> floats(n);
+  for (float& x : floats) {
+    const auto bits = static_cast<uint32_t>(random());
+    std::memcpy(&x, &bits, sizeof x);
+  }
+  for (const float x : {0.f, -0.f, HUGE_VALF, -HUGE_VALF, NAN, 88.72284f, -103.97208f, 709.7827f, 1e-45f, -1e-45f, 1.f})
+    floats.push_back(x);
+  return floats;
+}
+
+template <typename T>
+size_t Differences(const std::vector<T>& a, const std::vector<T>& b) {
+  size_t different = 0;
+  for (size_t i = 0; i < a.size(); ++i)
+    different += std::memcmp(&a[i], &b[i], sizeof(T)) != 0 && !(std::isnan(a[i]) && std::isnan(b[i]));
+  return different;
+}
+
+}  // namespace
+
+TEST_CASE("the level asked for is the level that runs") {
+  for (const VectorLevel level : AvailableLevels()) {
+    const ForcedLevel forced(level);
+    CHECK(ActiveLevel() == level);
+    // What the compiler was told in the kernels' own file.
+    CHECK(ActiveKernels().level == level);
+  }
+  if (const char* word = std::getenv("NORV_SIMD"); word && *word) CHECK(std::string(NameOf(ActiveLevel())) == word);
+}
+
+TEST_CASE("vector helpers of every length have the plain loops' bits") {
+  for (const VectorLevel level : AvailableLevels()) {
+    const Kernels& kernels = KernelsOf(level);
+    for (int32_t n = 0; n <= 100; ++n) {
+      const std::vector<float> x = RandomFloats(n + 1, n), y = RandomFloats(n + 1, n + 500);
+      CHECK(kernels.dot(x.data(), y.data(), n) == DotProduct(x.data(), y.data(), n));
+      std::vector<float> scaled = y, sum = y, product = y, plainScaled = y, plainSum = y, plainProduct = y;
+      kernels.addScaled(scaled.data(), 0.3f, x.data(), n);
+      kernels.add(sum.data(), x.data(), n);
+      kernels.scale(product.data(), 0.3f, n);
+      for (int32_t i = 0; i < n; ++i) {
+        const volatile float step = 0.3f * x[i];
+        plainScaled[i] = y[i] + step;
+        plainSum[i] = y[i] + x[i];
+        plainProduct[i] = y[i] * 0.3f;
+      }
+      CHECK(scaled == plainScaled);
+      CHECK(sum == plainSum);
+      CHECK(product == plainProduct);
+    }
+  }
+}
+
+TEST_CASE("activation rows have the bits of the single functions at every level") {
+  const std::vector<float> x = AnyFloats(20001);
+  for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
+    CAPTURE(kind);
+    const Activation& single = ActivationOf(kind);
+    std::vector<float> f(x.size());
+    std::vector<double> df(x.size());
+    for (size_t i = 0; i < x.size(); ++i) f[i] = static_cast<float>(single.f(x[i])), df[i] = single.df(x[i]);
+    for (const VectorLevel level : AvailableLevels()) {
+      std::vector<float> row(x.size());
+      std::vector<double> derivatives(x.size());
+      KernelsOf(level).activation[kind](x.data(), row.data(), static_cast<int64_t>(x.size()));
+      KernelsOf(level).activationDerivative[kind](x.data(), derivatives.data(), static_cast<int64_t>(x.size()));
+      CHECK(Differences(row, f) == 0);
+      CHECK(Differences(derivatives, df) == 0);
+    }
+  }
+}
