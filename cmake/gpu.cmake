@@ -1,0 +1,31 @@
+# The kernels for graphics processors, compiled into the tool where they are asked for and a CUDA compiler is found. The
+# run-time is linked statically and looks for a driver only when something is launched, so the tool runs on any machine.
+option(NORV_GPU "Compile the kernels for graphics processors into the tool" OFF)
+if(NORV_GPU)
+  find_program(NORV_NVCC nvcc HINTS ENV CUDACXX ENV CUDA_PATH PATHS /usr/local/cuda PATH_SUFFIXES bin)
+  if(NORV_NVCC AND NOT WIN32)
+    set(CMAKE_CUDA_COMPILER ${NORV_NVCC})
+    if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
+      set(CMAKE_CUDA_ARCHITECTURES 75)  # the oldest that every current compiler knows; newer ones translate it
+    endif()
+    enable_language(CUDA)
+    set(CMAKE_CUDA_STANDARD 17)
+    add_library(norv_gpu OBJECT src/gpu/kernels.cu)
+    target_include_directories(norv_gpu PUBLIC src)
+    target_compile_options(norv_gpu PRIVATE -Werror=all-warnings "-Xcompiler=-Wall,-Wextra,-Werror")
+    set_target_properties(norv_gpu PROPERTIES CUDA_RUNTIME_LIBRARY Static)
+    # As objects, not as a library: the kernels are registered although nothing calls them.
+    find_package(CUDAToolkit REQUIRED)
+    target_link_libraries(norv PRIVATE norv_gpu CUDA::cudart_static)
+    set_target_properties(norv PROPERTIES LINKER_LANGUAGE CXX)
+
+    enable_testing()
+    add_executable(norv_gpu_test tests/gpu/self_test.cu)
+    target_link_libraries(norv_gpu_test PRIVATE norv_gpu)
+    set_target_properties(norv_gpu_test PROPERTIES CUDA_RUNTIME_LIBRARY Static)
+    add_test(NAME gpu_kernels COMMAND norv_gpu_test)
+    set_tests_properties(gpu_kernels PROPERTIES SKIP_RETURN_CODE 77)
+  else()
+    message(STATUS "The kernels for graphics processors are left out: no CUDA compiler (nvcc) is found")
+  endif()
+endif()
