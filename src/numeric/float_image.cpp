@@ -1,6 +1,7 @@
 #include "numeric/float_image.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/console.h"
 #include "platform/file.h"
@@ -45,6 +46,21 @@ void Transfer(File& file, Image& image) {
   TransferPixels(file, image);
 }
 
+// The first `count` pixels (fewer where a plane has fewer), run by run by way of display RGB.
+void ConvertPlanes(std::array<matrix, 4>& plane, const ColourModel& from, const ColourModel& to, int32_t count) {
+  constexpr int32_t kRun = 256;
+  float rgb[3][kRun];
+  float* const display[] = {rgb[0], rgb[1], rgb[2]};
+  for (int32_t k = 0; k < std::max(from.planes, to.planes); ++k) count = std::min(count, plane[k].mn);
+  for (int32_t i = 0; i < count; i += kRun) {
+    float* at[4] = {};
+    for (int32_t k = 0; k < std::max(from.planes, to.planes); ++k) at[k] = plane[k].x + i;
+    const int32_t n = std::min(kRun, count - i);
+    from.runFromModel(display, at, n);
+    to.runToModel(at, display, n);
+  }
+}
+
 }  // namespace
 
 FloatImage::FloatImage() { SelectModel(kDefaultFormat); }
@@ -69,15 +85,16 @@ void FloatImage::Redim(int32_t newWidth, int32_t newHeight, int32_t newFormat) {
     return;
   }
   *this = FloatImage();
-  const int32_t newCount = ElementCount(newWidth, newHeight);
-  SelectModel(newFormat);
-  for (int32_t k = 0; k < planes; ++k) {
-    plane[k].dim(newWidth, newHeight);
-    plane[k].fill(ModelOf(format) == kWithFourth && k == 3 ? 255.0f : 0.0f);
+  FloatImage made;  // nothing of it stays when memory runs out
+  made.width = newWidth;
+  made.height = newHeight;
+  made.count = ElementCount(newWidth, newHeight);
+  made.SelectModel(newFormat);
+  for (int32_t k = 0; k < made.planes; ++k) {
+    made.plane[k].dim(newWidth, newHeight);
+    made.plane[k].fill(ModelOf(newFormat) == kWithFourth && k == 3 ? 255.0f : 0.0f);
   }
-  width = newWidth;
-  height = newHeight;
-  count = newCount;
+  *this = std::move(made);
 }
 
 void FloatImage::ConvertTo(int32_t newFormat) {
@@ -86,18 +103,11 @@ void FloatImage::ConvertTo(int32_t newFormat) {
     return;
   }
   const ColourModel *from = FindModel(format), *to = FindModel(newFormat);
-  const int32_t oldPlanes = planes;
+  if (!from || !to) return Redim(width, height, newFormat);
+  for (int32_t k = from->planes; k < to->planes; ++k) plane[k].dim(plane[0].m, plane[0].n);
+  ConvertPlanes(plane, *from, *to, count);
+  for (int32_t k = to->planes; k < from->planes; ++k) plane[k].freemem();
   SelectModel(newFormat);
-  for (int32_t k = oldPlanes; k < planes; ++k) plane[k].dim(plane[0].m, plane[0].n);
-  int32_t pixels = from && to ? count : 0;
-  for (int32_t k = 0; k < std::max(oldPlanes, planes); ++k) pixels = std::min(pixels, plane[k].mn);
-  for (int32_t i = 0; i < pixels; ++i) {
-    float pixel[4], display[4], result[4];
-    for (int32_t k = 0; k < oldPlanes; ++k) pixel[k] = plane[k].x[i];
-    to->toModel(result, from->fromModel(display, pixel));
-    for (int32_t k = 0; k < planes; ++k) plane[k].x[i] = result[k];
-  }
-  for (int32_t k = planes; k < oldPlanes; ++k) plane[k].freemem();
 }
 
 void FloatImage::RefreshSize() {

@@ -32,6 +32,7 @@ struct FloatImage {
   void Redim(int32_t newWidth, int32_t newHeight, int32_t newFormat);
 
   // Every pixel from its model over display RGB to the new one. Same model: only the format is stored. The mask stays.
+  // From or to an unknown format: as Redim.
   void ConvertTo(int32_t newFormat);
 
   // Width, height and count from plane 0, after the planes were replaced.

@@ -139,7 +139,6 @@ bool DiagonaliseSymmetric(Columns& a, int32_t n, std::vector<double>& values) {
       }
       int32_t low = high - 1;
       while (low > 0 && IsLinked(t, low - 1)) --low;
-      t.beside[high] = 0;
       Step(t, low, high, turn.data());
       TurnColumns(a, turn.data(), low, high);
     }

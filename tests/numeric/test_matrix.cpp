@@ -139,6 +139,9 @@ TEST_CASE("copies of a matrix are deep and carry the indices") {
   e.copydata(b);
   CHECK(Counts(e));
   CHECK(e.ip[1] == 71);
+  b.ip[1] = 5;
+  e.copydata(b);
+  CHECK(e.ip[1] == 5);
   matrix f(6, 1);
   f.copydata(b);
   CHECK(Counts(f));

@@ -69,8 +69,12 @@ std::vector<float> RandomKeys(int n, int distinct, RandomGenerator& random) {
 TEST_CASE("the pseudo-random sequence") {
   RandomGenerator random;
   for (int32_t expected : {8029, 7945, 3194, 1715, 3125}) CHECK(random.Next() == expected);
-  int counts[10] = {};
-  for (int i = 0; i < 100000; ++i) ++counts[random.Next() / 1000];
+  int counts[10] = {}, beyond = 0;
+  for (int i = 0; i < 100000; ++i) {
+    ++counts[random.Next() / 1000];
+    beyond += random.s1 >= 9973 || random.s2 >= 99991 || random.s3 >= 224729;
+  }
+  CHECK(beyond == 0);
   CHECK(*std::min_element(counts, counts + 10) > 9000);
   // One generator for the process: it goes on where the last caller stopped.
   bool moved = false;
