@@ -9,7 +9,14 @@
 namespace norv {
 namespace {
 
-const Codec* const kCodecs[] = {&kPng, &kJpeg, &kTiff};
+const Codec* const kCodecs[] = {
+    &kPng,
+    &kJpeg,
+    &kTiff,
+#ifdef NORV_WEBP
+    &kWebp,
+#endif
+};
 
 }  // namespace
 
@@ -31,6 +38,12 @@ const Codec* CodecOfContents(std::span<const uint8_t> start) {
   for (const Codec* codec : kCodecs)
     if (codec->recognise(start)) return codec;
   return nullptr;
+}
+
+std::string KnownFormats() {
+  std::string names;
+  for (const Codec* codec : kCodecs) names += (names.empty() ? "" : ", ") + std::string(codec->name);
+  return names;
 }
 
 const Codec* CodecOfName(const std::string& path) {

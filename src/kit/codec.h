@@ -46,6 +46,9 @@ struct Codec {
 const Codec* CodecOfContents(std::span<const uint8_t> start);
 const Codec* CodecOfName(const std::string& path);
 
+// The names of all formats, for people.
+std::string KnownFormats();
+
 // The part of the name behind its last point in lower case; empty without one.
 std::string ExtensionOf(const std::string& path);
 
@@ -53,5 +56,8 @@ std::string ExtensionOf(const std::string& path);
 int32_t TurnOfOrientationTag(int32_t tag);
 
 extern const Codec kPng, kJpeg, kTiff;
+#ifdef NORV_WEBP
+extern const Codec kWebp;
+#endif
 
 }  // namespace norv

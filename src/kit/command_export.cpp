@@ -19,7 +19,8 @@ void Declare(CLI::App& command, ExportOptions& options) {
 }
 
 void Run(const ExportOptions& options) {
-  if (!CodecOfName(options.picture)) RefuseUsage("PICTURE has to end in .png, .jpg or .tif: " + options.picture);
+  if (!CodecOfName(options.picture))
+    RefuseUsage("PICTURE has to be named as a picture (" + KnownFormats() + "): " + options.picture);
   const int64_t moved = SaveImage(options.picture, LoadImage(options.file), options.choice);
   if (options.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }

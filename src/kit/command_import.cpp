@@ -9,7 +9,7 @@ struct ImportOptions {
 };
 
 void Declare(CLI::App& command, ImportOptions& options) {
-  command.add_option("PICTURE", options.picture, "PNG, JPEG or TIFF, 8 or 16 bits")->required();
+  command.add_option("PICTURE", options.picture, "PNG, JPEG, TIFF or WebP, 8 or 16 bits")->required();
   command
       .add_option("FILE", options.file,
                   ".fdib (three planes; with alpha four), .mat (one plane of luminance, as for training) or .bit")

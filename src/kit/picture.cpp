@@ -51,7 +51,7 @@ Picture WithoutAlpha(const Picture& picture) {
 
 Picture Decode(const Bytes& bytes) {
   const Codec* codec = CodecOfContents(bytes);
-  if (!codec) Fail("no picture of a known format (PNG, JPEG, TIFF)");
+  if (!codec) Fail("no picture of a known format (%s)", KnownFormats().c_str());
   return ToPicture(codec->decode(bytes));
 }
 
@@ -94,7 +94,7 @@ Picture ReadPicture(const std::string& path) {
 
 int64_t WritePicture(const std::string& path, const Picture& picture, const WriteChoice& choice) {
   const Codec* codec = CodecOfName(path);
-  if (!codec) Fail("%s: no picture format for this name (.png, .jpg, .tif)", path.c_str());
+  if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), KnownFormats().c_str());
   if (choice.bits == 16 && !codec->sixteenBits) Fail("%s: %s holds 8 bits a sample only", path.c_str(), codec->name);
   const int32_t bits = choice.bits ? choice.bits : codec->sixteenBits ? picture.bits : 8;
   const bool drop = picture.HasAlpha() && !codec->alpha;

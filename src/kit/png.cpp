@@ -110,6 +110,7 @@ Bytes EncodePng(const Samples& samples, const EncodingChoice&) {
   session.TakeRows(const_cast<uint8_t*>(samples.bytes.data()), samples.RowBytes(), samples.height);
   session.Run([&] {
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+    png_set_compression_level(png, 4);  // a third of the time of the usual 6 for files 5 % larger
     png_set_write_fn(png, &session, PngSession::OnWrite, PngSession::OnFlush);
     png_set_IHDR(png, info, samples.width, samples.height, samples.bits, kColourTypes[samples.channels],
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);

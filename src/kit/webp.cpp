@@ -1,0 +1,63 @@
+// WebP through libwebp, where the build found it.
+#ifdef NORV_WEBP
+
+#include <cstring>
+#include <webp/decode.h>
+#include <webp/encode.h>
+
+#include "kit/codec.h"
+#include "kit/failure.h"
+
+namespace norv {
+namespace {
+
+bool IsWebp(std::span<const uint8_t> start) {
+  return start.size() >= 12 && std::memcmp(start.data(), "RIFF", 4) == 0 &&
+         std::memcmp(start.data() + 8, "WEBP", 4) == 0;
+}
+
+Samples DecodeWebp(const Bytes& bytes) {
+  WebPBitstreamFeatures features;
+  if (WebPGetFeatures(bytes.data(), bytes.size(), &features) != VP8_STATUS_OK) Fail("WebP: damaged or cut short");
+  if (features.has_animation) Fail("WebP: an animation is no picture");
+  Samples samples;
+  samples.Allocate(features.width, features.height, features.has_alpha ? 4 : 3, 8);
+  const auto decode = features.has_alpha ? WebPDecodeRGBAInto : WebPDecodeRGBInto;
+  const int stride = static_cast<int>(samples.RowBytes());
+  if (!decode(bytes.data(), bytes.size(), samples.bytes.data(), samples.bytes.size(), stride))
+    Fail("WebP: damaged or cut short");
+  return samples;
+}
+
+// The format knows no grey: three equal channels instead.
+Samples InColour(const Samples& grey) {
+  Samples samples;
+  samples.Allocate(grey.width, grey.height, grey.channels + 2, 8);
+  const uint8_t* source = grey.bytes.data();
+  for (uint8_t* target = samples.bytes.data(); source != grey.bytes.data() + grey.bytes.size();
+       source += grey.channels) {
+    for (int k = 0; k < 3; ++k) *target++ = source[0];
+    if (grey.channels == 2) *target++ = source[1];
+  }
+  return samples;
+}
+
+Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
+  if (any.channels <= 2) return EncodeWebp(InColour(any), choice);
+  uint8_t* memory = nullptr;
+  const auto encode = any.channels == 4 ? WebPEncodeRGBA : WebPEncodeRGB;
+  const size_t size = encode(any.bytes.data(), any.width, any.height, static_cast<int>(any.RowBytes()),
+                             static_cast<float>(choice.quality), &memory);
+  Bytes bytes(memory, memory + size);
+  WebPFree(memory);
+  if (size == 0) Fail("WebP: the picture is larger than 16383 x 16383 or memory ran out");
+  return bytes;
+}
+
+}  // namespace
+
+const Codec kWebp = {"WebP", {"webp"}, false, true, IsWebp, DecodeWebp, EncodeWebp};
+
+}  // namespace norv
+
+#endif
