@@ -21,6 +21,12 @@ if(NOT WIN32)
     endif()
     add_executable(norvkit src/kit/main.cpp)
     target_link_libraries(norvkit PRIVATE norv_kit)
+    find_program(SCDOC scdoc)
+    if(SCDOC)
+      add_custom_command(OUTPUT norvkit.1 DEPENDS docs/norvkit.1.scd
+        COMMAND ${SCDOC} < ${PROJECT_SOURCE_DIR}/docs/norvkit.1.scd > norvkit.1)
+      add_custom_target(manual ALL DEPENDS norvkit.1)
+    endif()
   else()
     message(STATUS "norvkit is left out: it needs CLI11, libpng, libjpeg and libtiff "
       "(libcli11-dev libpng-dev libjpeg62-turbo-dev libtiff-dev)")
