@@ -7,7 +7,7 @@
 #include "numeric/householder.h"
 #include "numeric/index_sort.h"
 #include "numeric/products.h"
-#include "numeric/symmetric_eigen.h"
+#include "numeric/symmetric.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -65,7 +65,7 @@ Columns EigenvectorsOf(const Columns& r, int32_t rank) {
   for (int32_t j = 0; j < r.Count(); ++j) std::copy_n(r[j], rank, top[j]);
   CombineAll(top.Pointers(), top.Count(), gram.Pointers(), rank, rank, [&](int32_t k, int32_t i) { return top[k][i]; });
   std::vector<double> values;
-  DiagonaliseSymmetric(gram, rank, values);
+  DecomposeSymmetric(gram, values);
   return gram;
 }
 

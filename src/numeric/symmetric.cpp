@@ -1,173 +1,166 @@
 #include "numeric/symmetric.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <vector>
+
+#include "numeric/householder.h"
 
 namespace norv {
 namespace {
 
-constexpr int kMostIterations = 30;
-
-typedef double Four __attribute__((vector_size(32)));
-typedef double FourAnywhere __attribute__((vector_size(32), aligned(8), may_alias));
-
-// Four partial sums, then the rest into the first of them: one order at every vector width.
-double Dot(const double* x, const double* y, int32_t n) {
-  Four sum = {};
-  int32_t i = 0;
-  for (; i + 4 <= n; i += 4)
-    sum += *reinterpret_cast<const FourAnywhere*>(x + i) * *reinterpret_cast<const FourAnywhere*>(y + i);
-  double s = sum[0];
-  for (; i < n; ++i) s += x[i] * y[i];
-  return s + sum[1] + sum[2] + sum[3];
-}
-
-// y += s * x
-void AddScaled(double* __restrict y, double s, const double* __restrict x, int32_t n) {
-  for (int32_t i = 0; i < n; ++i) y[i] += s * x[i];
-}
-
-// The plane rotations of one sweep, last column pair first: pair k turns columns high - k - 1 and high - k.
-struct Sweep {
-  std::vector<double> cosine, sine;
+// Pending change of the columns not yet eliminated: column j loses v w[j] + w v[j].
+struct RankTwo {
+  const double* v;
+  const double* w;
 };
 
-// Reduces a to the diagonals d and e (e[i] beside d[i] and d[i + 1]); the reflectors I - v v^T / scale stay in a's
-// columns below the first subdiagonal place, their scales in `scale` (0: none).
-void Tridiagonalise(int32_t n, double* a, double* d, double* e, double* scale) {
-  std::vector<double> w(static_cast<size_t>(n));
-  for (int32_t k = 0; k + 1 < n; ++k) {
-    double* v = a + int64_t{n} * k + k + 1;
-    const int32_t m = n - k - 1;
-    d[k] = v[-1];
-    const double square = Dot(v, v, m), length = std::sqrt(square);
-    e[k] = v[0] > 0 ? -length : length;
-    scale[k] = square - v[0] * e[k];
-    if (m == 1) e[k] = v[0];
-    if (m == 1 || scale[k] == 0) {
-      scale[k] = 0;
-      continue;
+// Changes `width` columns and takes their products with `next`, in one pass over them.
+template <int32_t width>
+void ChangeAndMultiply(double* const* column, int32_t j, const RankTwo& change, const double* next, double* product,
+                       int32_t begin, int32_t length) {
+  Double4 even[width] = {}, odd[width] = {};
+  for (int32_t i = begin; i < length; i += kColumnBlock)
+    for (int32_t k = 0; k < width; ++k) {
+      double* x = column[j + k] + i;
+      At(x) -= At(change.v + i) * change.w[j + k] + At(change.w + i) * change.v[j + k];
+      At(x + 4) -= At(change.v + i + 4) * change.w[j + k] + At(change.w + i + 4) * change.v[j + k];
+      even[k] += At(x) * At(next + i);
+      odd[k] += At(x + 4) * At(next + i + 4);
     }
-    v[0] -= e[k];
-    double* rest = a + (int64_t{n} + 1) * (k + 1);
-    for (int32_t j = 0; j < m; ++j) w[j] = 0;
-    for (int32_t j = 0; j < m; ++j) AddScaled(w.data(), v[j] / scale[k], rest + int64_t{n} * j, m);
-    AddScaled(w.data(), -Dot(v, w.data(), m) / (2 * scale[k]), v, m);
-    for (int32_t j = 0; j < m; ++j) {
-      AddScaled(rest + int64_t{n} * j, -w[j], v, m);
-      AddScaled(rest + int64_t{n} * j, -v[j], w.data(), m);
+  for (int32_t k = 0; k < width; ++k) product[j + k] = Sum(even[k] + odd[k]);
+}
+
+struct Tridiagonal {
+  std::vector<double> diagonal, beside;
+};
+
+// a becomes the orthonormal columns in which it has the returned form.
+Tridiagonal Tridiagonalise(Columns& a, int32_t n) {
+  Tridiagonal t = {std::vector<double>(n), std::vector<double>(n)};
+  Columns reflector(n, n), zero(n, 2), product(n, 2);
+  std::vector<double> scale(n);
+  RankTwo change = {zero[0], zero[0]};
+  for (int32_t k = 0; k < n; ++k) {
+    double* column = a[k];
+    for (int32_t i = k; i < n; ++i) column[i] -= change.v[i] * change.w[k] + change.w[i] * change.v[k];
+    t.diagonal[k] = column[k];
+    if (k + 1 >= n) break;
+    const Reflection made = MakeReflector(column, reflector[k], k + 1, n);
+    t.beside[k] = made.result;
+    scale[k] = made.scale;
+    const double* v = reflector[k];
+    double* w = product[k % 2];
+    std::fill_n(w, a.Length(), 0.0);
+    const int32_t begin = BlockOf(k + 1);
+    int32_t j = k + 1;
+    for (; j + 4 <= n; j += 4) ChangeAndMultiply<4>(a.Pointers(), j, change, v, w, begin, a.Length());
+    for (; j < n; ++j) ChangeAndMultiply<1>(a.Pointers(), j, change, v, w, begin, a.Length());
+    const double half = 0.5 * made.scale * made.scale * Dot(v + begin, w + begin, a.Length() - begin);
+    for (int32_t i = k + 1; i < n; ++i) w[i] = made.scale * w[i] - half * v[i];
+    change = {v, w};
+  }
+  for (int32_t j = 0; j < n; ++j) {
+    std::fill_n(a[j], a.Length(), 0.0);
+    a[j][j] = 1;
+  }
+  for (int32_t k = n - 2; k >= 0; --k)
+    ReflectAll(reflector[k], scale[k], a.Pointers() + k + 1, n - k - 1, BlockOf(k + 1), a.Length());
+  return t;
+}
+
+struct Turn {
+  double c, s;
+};
+
+// One implicit QR step on rows low .. high, whose neighbours are all linked; turn[k] mixes rows k and k + 1.
+void Step(Tridiagonal& t, int32_t low, int32_t high, Turn* turn) {
+  double *d = t.diagonal.data(), *e = t.beside.data();
+  const double half = 0.5 * (d[high - 1] - d[high]), last = e[high - 1];
+  const double root = std::sqrt(half * half + last * last);
+  const double shift = d[high] - last * (last / (half >= 0 ? half + root : half - root));
+  double x = d[low] - shift, bulge = e[low];
+  for (int32_t k = low; k < high; ++k) {
+    const double length = std::sqrt(x * x + bulge * bulge);
+    const double c = length == 0 ? 1 : x / length, s = length == 0 ? 0 : bulge / length;
+    if (k > low) e[k - 1] = length;
+    const double change = (d[k + 1] - d[k]) * s + 2 * c * e[k];
+    d[k] += s * change;
+    d[k + 1] -= s * change;
+    x = e[k] = c * change - e[k];
+    bulge = s * e[k + 1];
+    e[k + 1] *= c;
+    turn[k] = {c, s};
+  }
+}
+
+// The turns of a step on the vectors, `vectors4` times four rows at a time so that the column passed on stays in
+// registers.
+template <int32_t vectors4>
+void TurnRows(double* const* column, const Turn* turn, int32_t low, int32_t high, int32_t row) {
+  Double4 carried[vectors4];
+  for (int32_t i = 0; i < vectors4; ++i) carried[i] = At(column[low] + row + 4 * i);
+  for (int32_t k = low; k < high; ++k) {
+    const double c = turn[k].c, s = turn[k].s;
+    for (int32_t i = 0; i < vectors4; ++i) {
+      const Double4 next = At(column[k + 1] + row + 4 * i);
+      At(column[k] + row + 4 * i) = c * carried[i] + s * next;
+      carried[i] = c * next - s * carried[i];
     }
   }
-  d[n - 1] = a[int64_t{n} * n - 1];
+  for (int32_t i = 0; i < vectors4; ++i) At(column[high] + row + 4 * i) = carried[i];
 }
 
-// The product of the reflectors in a's place.
-void FormReflectors(int32_t n, double* a, const double* scale) {
-  std::vector<double> v;
-  for (int32_t k = n - 1; k >= 0; --k) {
-    // Column k of the product is a unit vector above; the reflector of column k - 1 reaches rows and columns from k on.
-    double* column = a + int64_t{n} * k;
-    const int32_t m = n - k;
-    if (k > 0) v.assign(column - n + k, column);
-    for (int32_t i = 0; i < n; ++i) column[i] = i == k;
-    if (k == 0 || scale[k - 1] == 0) continue;
-    for (int32_t j = k; j < n; ++j) {
-      double* target = a + int64_t{n} * j + k;
-      AddScaled(target, -Dot(v.data(), target, m) / scale[k - 1], v.data(), m);
-    }
-  }
+void TurnColumns(Columns& a, const Turn* turn, int32_t low, int32_t high) {
+  int32_t row = 0;
+  for (; row + 16 <= a.Length(); row += 16) TurnRows<4>(a.Pointers(), turn, low, high, row);
+  for (; row < a.Length(); row += 8) TurnRows<2>(a.Pointers(), turn, low, high, row);
 }
 
-// Turns the columns low .. high of a by a sweep's rotations, a strip of rows at a time, so that the column that two
-// rotations share stays in registers. Returns the first row that is left.
-template <typename Strip>
-int32_t TurnStrips(int32_t row, int32_t n, double* a, int32_t low, int32_t high, const Sweep& sweep) {
-  constexpr int32_t kRows = sizeof(Strip) / sizeof(double);
-  for (; row + kRows <= n; row += kRows) {
-    double* column = a + int64_t{n} * high + row;
-    Strip left, right;
-    std::memcpy(&right, column, sizeof right);
-    for (int32_t k = 0; k < high - low; ++k, column -= n) {
-      const double c = sweep.cosine[k], s = sweep.sine[k];
-      std::memcpy(&left, column - n, sizeof left);
-      const Strip turned = s * left + c * right;
-      std::memcpy(column, &turned, sizeof turned);
-      right = c * left - s * right;
-    }
-    std::memcpy(column, &right, sizeof right);
-  }
-  return row;
-}
-
-void TurnColumns(int32_t n, double* a, int32_t low, int32_t high, const Sweep& sweep) {
-  const int32_t row = TurnStrips<Four>(0, n, a, low, high, sweep);
-  TurnStrips<double>(row, n, a, low, high, sweep);
-}
-
-// One QL sweep over d[low .. high] with an implicit shift, its rotations into `sweep`. Returns the column down to which
-// they reach: low, or above it when the matrix fell apart on the way.
-int32_t RotateDiagonals(double* d, double* e, int32_t low, int32_t high, Sweep& sweep) {
-  double g = (d[low + 1] - d[low]) / (2 * e[low]);
-  const double hypotenuse = std::sqrt(g * g + 1);
-  g = d[high] - d[low] + e[low] / (g + (g < 0 ? -hypotenuse : hypotenuse));
-  double s = 1, c = 1, p = 0;
-  for (int32_t i = high - 1; i >= low; --i) {
-    const double f = s * e[i], b = c * e[i], r = std::sqrt(f * f + g * g);
-    e[i + 1] = i + 1 < high ? r : 0;
-    if (r == 0) {
-      d[i + 1] -= p;
-      return i + 1;
-    }
-    s = f / r;
-    c = g / r;
-    g = d[i + 1] - p;
-    const double t = (d[i] - g) * s + 2 * c * b;
-    p = s * t;
-    d[i + 1] = g + p;
-    g = c * t - b;
-    sweep.cosine[high - 1 - i] = c;
-    sweep.sine[high - 1 - i] = s;
-  }
-  d[low] -= p;
-  e[low] = g;
-  return low;
-}
-
-double LargestMagnitude(const double* d, const double* e, int32_t n) {
+// Links below a rounding of the whole matrix count as none, for it is no more exact than that.
+double SmallestLink(const Tridiagonal& t) {
   double largest = 0;
-  for (int32_t i = 0; i < n; ++i) largest = std::max(largest, std::max(std::abs(d[i]), std::abs(e[i])));
-  return largest;
+  for (const std::vector<double>* part : {&t.diagonal, &t.beside})
+    for (double value : *part) largest = std::max(largest, std::abs(value));
+  return 0.5 * largest * std::numeric_limits<double>::epsilon();
+}
+
+bool IsLinked(const Tridiagonal& t, int32_t k, double smallest) {
+  const double neighbours = std::abs(t.diagonal[k]) + std::abs(t.diagonal[k + 1]);
+  return !(std::abs(t.beside[k]) <= smallest + std::numeric_limits<double>::epsilon() * neighbours);
 }
 
 }  // namespace
 
-bool DecomposeSymmetric(int32_t n, double* a, double* values) {
-  if (n <= 0) return true;
-  std::vector<double> e(static_cast<size_t>(n)), scale(static_cast<size_t>(n));
-  double* d = values;
-  Tridiagonalise(n, a, d, e.data(), scale.data());
-  FormReflectors(n, a, scale.data());
-  e[n - 1] = 0;
-  Sweep sweep{std::vector<double>(static_cast<size_t>(n)), std::vector<double>(static_cast<size_t>(n))};
-  constexpr double epsilon = std::numeric_limits<double>::epsilon();
-  const double floor = LargestMagnitude(d, e.data(), n) * epsilon / 2;
+bool DecomposeSymmetric(Columns& a, std::vector<double>& values) {
+  constexpr int kMostSteps = 30;
+  const int32_t n = a.Count();
+  Tridiagonal t = Tridiagonalise(a, n);
+  const double smallest = SmallestLink(t);
+  std::vector<Turn> turn(n);
   bool settled = true;
-  for (int32_t low = 0; low < n; ++low) {
-    for (int iteration = 0;; ++iteration) {
-      int32_t high = low;
-      while (high + 1 < n && std::abs(e[high]) > floor + epsilon * (std::abs(d[high]) + std::abs(d[high + 1]))) ++high;
-      if (high == low) break;
-      if (iteration == kMostIterations) {
+  for (int32_t high = n - 1; high > 0 && settled; --high)
+    for (int step = 0; IsLinked(t, high - 1, smallest); ++step) {
+      if (step == kMostSteps) {
         settled = false;
         break;
       }
-      const int32_t reached = RotateDiagonals(d, e.data(), low, high, sweep);
-      TurnColumns(n, a, reached, high, sweep);
+      int32_t low = high - 1;
+      while (low > 0 && IsLinked(t, low - 1, smallest)) --low;
+      Step(t, low, high, turn.data());
+      TurnColumns(a, turn.data(), low, high);
     }
-  }
+  values = std::move(t.diagonal);
+  return settled;
+}
+
+bool DecomposeSymmetric(int32_t n, double* a, double* values) {
+  if (n <= 0) return true;
+  Columns columns(n, n);
+  for (int32_t j = 0; j < n; ++j) std::copy_n(a + int64_t{n} * j, n, columns[j]);
+  std::vector<double> found;
+  const bool settled = DecomposeSymmetric(columns, found);
+  std::copy(found.begin(), found.end(), values);
+  for (int32_t j = 0; j < n; ++j) std::copy_n(columns[j], n, a + int64_t{n} * j);
   return settled;
 }
 
