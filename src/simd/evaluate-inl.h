@@ -5,6 +5,10 @@
 
 namespace norv::NORV_LEVEL {
 
+// Wide vectors run fastest one at a time, which lets each multiplication fetch its weight itself; narrow ones would
+// wait for those fetches, so that two share each weight.
+inline constexpr int kTileVectors = NORV_VECTOR_BYTES == 64 ? 1 : 2;
+
 template <int vectors>
 struct TileSums {
   Floats of[kUnitsPerTile][vectors];
@@ -60,11 +64,9 @@ inline void EvaluateTile(const float* weights, int32_t inputs, const float* x, f
 
 inline void EvaluateLayer(const float* weights, int32_t inputs, int32_t units, const float* x, float* z,
                           int32_t pixels) {
-  constexpr int kPair = 2 * kFloatLanes;
+  constexpr int kStep = kTileVectors * kFloatLanes;
   for (int32_t u = 0; u < units; u += kUnitsPerTile) {
-    int32_t p = 0;
-    for (; p + kFloatLanes < pixels; p += kPair) EvaluateTile<2>(weights, inputs, x + p, z + p);
-    if (p < pixels) EvaluateTile<1>(weights, inputs, x + p, z + p);
+    for (int32_t p = 0; p < pixels; p += kStep) EvaluateTile<kTileVectors>(weights, inputs, x + p, z + p);
     weights += int64_t{inputs + 1} * kUnitsPerTile;
     z += kUnitsPerTile * kPixelsPerBlock;
   }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <immintrin.h>
 
 #include "simd/kernels.h"
 
@@ -13,6 +14,7 @@
 #include "simd/math-inl.h"
 #include "simd/activation-inl.h"
 #include "simd/rows-inl.h"
+#include "simd/logistic-inl.h"
 #include "simd/linear-inl.h"
 #include "simd/evaluate-inl.h"
 // clang-format on

@@ -5,9 +5,7 @@ namespace norv::NORV_LEVEL {
 // y[i] = function(x[i]), which turns a vector of doubles into what is stored; the last ones by way of a padded copy.
 template <typename T, typename Function>
 inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
-  const auto step = [function](const float* from, T* to) {
-    Store(function(__builtin_convertvector(Load<HalfFloats>(from), Doubles)), to);
-  };
+  const auto step = [function](const float* from, T* to) { Store(function(Widen(Load<HalfFloats>(from))), to); };
   int64_t i = 0;
   for (; i + kDoubleLanes <= n; i += kDoubleLanes) step(x + i, y + i);
   if (i == n) return;
@@ -20,7 +18,7 @@ inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
 
 template <typename Kind>
 void ActivationRow(const float* x, float* y, int64_t n) {
-  EachInDoubles(x, y, n, [](Doubles z) { return __builtin_convertvector(Kind::f(z), HalfFloats); });
+  EachInDoubles(x, y, n, [](Doubles z) { return Narrow(Kind::f(z)); });
 }
 
 template <typename Kind>
@@ -28,11 +26,15 @@ void DerivativeRow(const float* x, double* y, int64_t n) {
   EachInDoubles(x, y, n, [](Doubles z) { return Kind::df(z); });
 }
 
+// What the tables hold; a kind with a faster way has a row function of its own.
+template <typename Kind>
+inline constexpr RowFunction kActivationRow = ActivationRow<Kind>;
+
 template <typename List>
 struct RowTables;
 template <typename... Kinds>
 struct RowTables<KindList<Kinds...>> {
-  static constexpr RowFunction kActivation[] = {nullptr, ActivationRow<Kinds>...};
+  static constexpr RowFunction kActivation[] = {nullptr, kActivationRow<Kinds>...};
   static constexpr DoubleRowFunction kDerivative[] = {nullptr, DerivativeRow<Kinds>...};
 };
 

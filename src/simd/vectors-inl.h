@@ -87,4 +87,14 @@ inline void Store(V v, T* to) {
   __builtin_memcpy(to, &v, sizeof(V));
 }
 
+inline Doubles Widen(HalfFloats x) {
+#if defined(__AVX512F__) && NORV_VECTOR_BYTES == 64
+  return _mm512_maskz_cvtps_pd(0xff, x);  // the compiler converts it by halves otherwise
+#else
+  return __builtin_convertvector(x, Doubles);
+#endif
+}
+
+inline HalfFloats Narrow(Doubles x) { return __builtin_convertvector(x, HalfFloats); }
+
 }  // namespace norv::NORV_LEVEL
