@@ -1,0 +1,236 @@
+// Mode 9 as the graphical program runs it: messages, files, backups, interrupts.
+#ifndef _WIN32
+
+#include <chrono>
+#include <csignal>
+#include <doctest/doctest.h>
+#include <numeric>
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "net/net_file.h"
+#include "net/train.h"
+#include "numeric/index_sort.h"
+#include "numeric/random.h"
+#include "support/captured_output.h"
+#include "support/messages.h"
+#include "support/process.h"
+#include "support/samples.h"
+#include "support/scratch.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+const std::string kReminder =
+    "\n\n" + std::string(43, '-') + " REMINDER " + std::string(43, '-') +
+    "\nNow, you can continue to use NorvImageProcessor.exe because it doesn't wait for this to complete.\n";
+
+Command CommandIn(const ScratchFolder& folder, const std::vector<std::string>& arguments) {
+  return {.arguments = arguments, .environment = {"NORV_DIR=" + folder.Path()}, .input = "kkkk"};
+}
+
+// A folder with test.net and test.dat.
+struct Workplace {
+  explicit Workplace(int32_t N = 200) : set(MakeSamples(N, 8, 4)), net(MakeNet(8, {12, 4}, 0)) {
+    SaveNet(net, folder / "test.net", Folder::asGiven);
+    SaveTrainingSet(set, folder / "test.dat", Folder::asGiven);
+  }
+  std::string Bytes(const std::string& name) const { return ReadBytes(folder / name); }
+
+  ScratchFolder folder;
+  TrainingSet set;
+  NeuralNet net;
+};
+
+std::string NetBytes(const NeuralNet& net) {
+  const ScratchFolder folder;
+  SaveNet(net, folder / "net", Folder::asGiven);
+  return ReadBytes(folder / "net");
+}
+
+std::string Request(const std::string& numbers) {
+  return kBanner + "\nMode = 9\n" + numbers + "\nSoundNotification = 0\n";
+}
+
+constexpr char kFirstBackup[] = "\nBackup file, previousprevioustest.net, is written.";
+constexpr char kSecondBackup[] = "\nBackup file, previoustest.net, is written.";
+
+}  // namespace
+
+TEST_CASE("mode 9: a run says what it does, rotates the backups and writes what the plain form learns") {
+  Workplace place;
+  const std::string original = place.Bytes("test.net");
+  WriteBytes(place.folder / "previoustest.net", NetBytes(MakeNet(5, {3}, 1)));
+  const std::string older = place.Bytes("previoustest.net");
+  const Outcome outcome = Run(CommandIn(place.folder, {"9", "3", "0.05", "0.01", "2", "1", "0.02", "0.5", "4", "0"}));
+  CHECK(outcome.exitCode == 0);
+  CHECK(outcome.errors == "");
+  const std::string protocol = OutputOf([&] {
+    TrainNet(place.net, place.set, {3, 0.05f, 0.01f, 2, 1, 0.02f, 0.5f, 1}, TrainedForm::record);
+  });
+  const std::string expected = Request(
+                                   "iters = 3, nu0 = 0.050000, nuf = 0.010000, CostSelection = 2, Alternate = 1,\nClip "
+                                   "= 0.020000, Momentum = 0.500000, Number of Threads = 4") +
+                               kFirstBackup + kSecondBackup + kReminder + protocol +
+                               "\nResults were written to test.net\n";
+  CHECK(outcome.output.substr(0, expected.size()) == expected);
+  const std::regex ending(
+      R"(\n[\d.]+ secs, [\d.]+ mins\., [\d.]+ hrs\., [\d.]+ days\nDone!\nPress any key 3 times to exit\.)");
+  CHECK(std::regex_match(outcome.output.substr(std::min(expected.size(), outcome.output.size())), ending));
+  CHECK(std::regex_search(
+      protocol,
+      std::regex(
+          R"(^\n1 of 3  \(nu = 0\.050000\)  Cost = \d\.\d{6}e[-+]\d\d\n2 of 3  \(nu = 0\.030000\)  Cost = \S+,     Change = \S+\n3 of 3)")));
+  CHECK(place.Bytes("test.net") == NetBytes(place.net));
+  CHECK(place.Bytes("previoustest.net") == original);
+  CHECK(place.Bytes("previousprevioustest.net") == older);
+  CHECK(place.Bytes("test.dat") == FileBytes(place.set));
+}
+
+TEST_CASE("mode 9: without an older network an empty one is the oldest backup") {
+  Workplace place;
+  const Outcome outcome = Run(CommandIn(place.folder, {"9", "2", "0.05", "0.01", "0", "0", "0", "0", "1", "0"}));
+  CHECK(outcome.errors == "");
+  CHECK(outcome.output.find(std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup + kReminder) !=
+        std::string::npos);
+  CHECK(place.Bytes("previousprevioustest.net") == std::string(84, '\0'));
+}
+
+TEST_CASE("mode 9: epochs that shuffle go on from each other's order, and temp.dat is gone afterwards") {
+  Workplace place(300);
+  const Outcome outcome = Run(CommandIn(place.folder, {"9", "3", "0.05", "0.01", "0", "3", "0", "0", "1", "0"}));
+  CHECK(outcome.exitCode == 0);
+  CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
+  CHECK(place.Bytes("test.dat") == FileBytes(place.set));
+  // One epoch after the other by hand, its rate as the whole run's.
+  RandomGenerator generator;
+  for (const float nu : {0.05f, 0.5f * (0.01f - 0.05f) + 0.05f, (0.01f - 0.05f) + 0.05f}) {
+    std::vector<float> keys;
+    for (int32_t i = 0; i < place.set.N; ++i) {
+      const int32_t low = generator.Next(), high = generator.Next();
+      keys.push_back(static_cast<float>((high * 10000 + low) * 1e-8 + 5e-9));
+    }
+    std::vector<int32_t> order(300);
+    IndexSort(order.data(), keys.data(), place.set.N);
+    TrainingSet next = MakeSamples(300, 8, 4);
+    for (int32_t j = 0; j < 300; ++j) std::copy_n(place.set.Input(j), 12, next.Record(order[j]));
+    place.set = std::move(next);
+    // Of two epochs with equal rates the first one is taken: its network is what an epoch leaves.
+    NeuralNet& net = place.net;
+    TrainNet(net, place.set, {2, nu, nu, 0, 0, 0, 0, 1}, TrainedForm::record,
+             [&, done = false](const EpochReport&) mutable {
+               if (!done) SaveNet(net, place.folder / "epoch", Folder::asGiven);
+               done = true;
+             });
+    LoadNet(net, place.folder / "epoch", Folder::asGiven);
+  }
+  CHECK(place.Bytes("test.net") == NetBytes(place.net));
+}
+
+TEST_CASE("mode 9: what cannot be trained is said, waits for one key and changes nothing but the backups") {
+  const std::vector<std::string> arguments{"9", "1", "0", "0", "0", "0", "0", "0", "1", "0"};
+  const auto ending = [](const Outcome& outcome) {
+    return outcome.output.substr(outcome.output.find("SoundNotification = 0\n") + 22);
+  };
+  {
+    const ScratchFolder folder;
+    const Outcome outcome = Run(CommandIn(folder, arguments));
+    CHECK(outcome.exitCode == 0);
+    CHECK(ending(outcome) ==
+          std::string("\nNo previoustest.net") + kFirstBackup + "\nNo test.net. Abort! Press any key.");
+  }
+  Workplace place;
+  const std::string net = place.Bytes("test.net");
+  const std::string backups = std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup;
+  const auto check = [&](const std::string& last) {
+    const Outcome outcome = Run(CommandIn(place.folder, arguments));
+    CHECK(outcome.exitCode == 0);
+    CHECK(ending(outcome) == backups + last);
+    CHECK(place.Bytes("test.net") == net);
+    std::filesystem::remove(place.folder / "previoustest.net");
+  };
+  for (const std::string& bytes : {std::string(), FileBytes(place.set).substr(0, 5000)}) {
+    WriteBytes(place.folder / "test.dat", bytes);
+    check("\nNo test.dat. Abort! Press any key.");
+  }
+  const std::string incompatible = "\n\ntest.net and test.dat are incompatible.\n\n";
+  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(3, 24, 4)));
+  check(incompatible + "N0 = 8, Nin = 24\nLastNi = 4, Ny = 4\nN = 3");
+  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(2, 8, 16)));
+  check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 16\nN = 2");
+  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(0, 8, 4)));
+  check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 4\nN = 0");
+}
+
+TEST_CASE("mode 9: failures that nobody handles end with their reason, the network kept") {
+  const std::vector<std::string> arguments{"9", "2", "0.1", "0.1", "0", "3", "0", "0", "1", "0"};
+  {
+    Workplace place;
+    place.net.layers[0].units[3].ActivationKind = 0;
+    SaveNet(place.net, place.folder / "test.net", Folder::asGiven);
+    const std::string net = place.Bytes("test.net");
+    const Outcome outcome = Run(CommandIn(place.folder, arguments));
+    CHECK(outcome.exitCode == 1);
+    CHECK(outcome.errors != "");
+    CHECK(place.Bytes("test.net") == net);
+  }
+  Workplace place;
+  const std::string net = place.Bytes("test.net");
+  std::filesystem::create_symlink("/dev/full", place.folder / "temp.dat");
+  const Outcome outcome = Run(CommandIn(place.folder, arguments));
+  CHECK(outcome.exitCode == 1);
+  CHECK(outcome.errors.find("No space left") != std::string::npos);
+  CHECK(outcome.output.find("Results were written") == std::string::npos);
+  CHECK(place.Bytes("test.net") == net);
+  CHECK_FALSE(std::filesystem::is_symlink(place.folder / "temp.dat"));
+}
+
+TEST_CASE("mode 9: the first interrupt saves what was learned, without a word on standard output") {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Workplace place(3000);
+    const std::string before = place.Bytes("test.net");
+    Command command = CommandIn(place.folder, {"9", "1000000000", "0.001", "0.001", "0", "3", "0", "0", "1", "0"});
+    command.output = place.folder / "stdout";
+    TerminalRun run(command);
+    // The second epoch's line shows that a whole epoch is done.
+    for (int i = 0; i < 200 && place.Bytes("stdout").find("\n2 of ") == std::string::npos; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    run.Signal(signal);
+    CHECK(run.Wait() == 130);
+    CHECK(run.Shown().find("norv: training was stopped") != std::string::npos);
+    CHECK(run.Shown().find("Epoch ") != std::string::npos);
+    const std::string output = place.Bytes("stdout");
+    CHECK(output.find("Results were written") == std::string::npos);
+    CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
+    NeuralNet net;
+    LoadNet(net, place.folder / "test.net", Folder::asGiven);
+    CHECK(place.Bytes("test.net") != before);
+    // Cost is that of the last line.
+    char cost[64];
+    std::snprintf(cost, sizeof cost, "Cost = %e,", net.Cost);
+    CHECK(output.rfind(cost) > output.rfind('\n'));
+  }
+}
+
+TEST_CASE("mode 9: the second interrupt ends at once and leaves the old network") {
+  // One epoch of which every sample takes a while, so that the first wish is not met at once.
+  const ScratchFolder folder;
+  const NeuralNet net = MakeNet(8, {4000, 4000, 4}, 14);
+  SaveNet(net, folder / "test.net", Folder::asGiven);
+  SaveTrainingSet(MakeSamples(20000, 8, 4), folder / "test.dat", Folder::asGiven);
+  const std::string before = ReadBytes(folder / "test.net");
+  Command command = CommandIn(folder, {"9", "2", "0.001", "0.001", "0", "0", "0", "0", "1", "0"});
+  command.output = folder / "stdout";
+  TerminalRun run(command);
+  for (int i = 0; i < 200 && ReadBytes(folder / "stdout").find("REMINDER") == std::string::npos; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  run.Signal(SIGINT);
+  run.Signal(SIGTERM);
+  CHECK(run.Wait() == 128 + SIGTERM);
+  CHECK(ReadBytes(folder / "test.net") == before);
+}
+
+#endif
