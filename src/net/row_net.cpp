@@ -92,13 +92,10 @@ void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
 
 void RowNet::Activate(Layer& layer) {
   layer.a.swap(layer.previousA);
-  for (const KindRun& run : layer.kinds) {
-    const Activation& activation = ActivationOf(run.kind);
-    for (int32_t u = run.begin; u < run.end; ++u) {
-      layer.a[u] = static_cast<float>(activation.f(layer.z[u]));
-      layer.slope[u] = activation.df(layer.z[u]);
-    }
-  }
+  // In rising order: what a run writes behind its end is overwritten by the next one.
+  for (const KindRun& run : layer.kinds)
+    kernels_.activate[run.kind](layer.z.get() + run.begin, run.end - run.begin, layer.a.get() + run.begin,
+                                layer.slope.get() + run.begin);
 }
 
 void RowNet::Learn(const float* input, const float* target) {

@@ -1,13 +1,16 @@
-// Training sweeps over dense layers, included once per vector level inside that level's namespace.
+// Training sweeps over dense layers. To be included like vectors-inl.h, after activation-inl.h.
 //
 //   columns   z[u] = b[u] + sum over i of x[i] W[i][u]; lanes are units. Weights lie input by input.
 //   rows      the same sums with lanes that are inputs. Weights lie unit by unit, so that the backward sums read them
 //   in
 //             order; the eight lane sums of four units are turned into four sums of eight at the end.
+//   activate  a = f(z) and df(z), which share what they have in common.
 //   deltas    delta[i] = slope[i] * sum over k of W[k][i] deltaAbove[k]; lanes are the lower layer's units.
 //
 // In each sum the additions are those of the plain dot product: eight lane sums (index mod 8, the tail to lane 0), then
 // lanes 1 to 7 added to lane 0 in order. No multiply-add is ever fused.
+
+namespace norv::NORV_LEVEL {
 
 using Float4 = float __attribute__((vector_size(16), may_alias));
 using Float8 = float __attribute__((vector_size(32), may_alias));
@@ -229,3 +232,55 @@ inline void TrainLayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {
   for (; i + 2 * kWide <= end; i += 2 * kWide) DeltaBlock<2>(d, i);
   for (; i < end; i += kWide) DeltaBlock<1>(d, i);
 }
+
+// --------------------------------------------------------------------------------------------------- activations
+
+struct ValueAndSlope {
+  Doubles value, slope;
+};
+
+template <typename Kind>
+struct Both {
+  static inline ValueAndSlope Of(Doubles x) { return {Kind::f(x), Kind::df(x)}; }
+};
+
+// Where f alone may cut off what no float can show, one exponential of the whole range serves both.
+template <>
+struct Both<Logistic> {
+  static inline ValueAndSlope Of(Doubles x) {
+    const Doubles s = 1.0 / (Exp(-x) + 1.0);
+    return {s, (1.0 - s) * s};
+  }
+};
+template <>
+struct Both<CentredLogistic> {
+  static inline ValueAndSlope Of(Doubles x) {
+    const ValueAndSlope both = Both<Logistic>::Of(x);
+    return {both.value - 0.5, both.slope};
+  }
+};
+template <>
+struct Both<ExponentialLinear> {
+  static inline ValueAndSlope Of(Doubles x) {
+    const Doubles e = Exp(x);
+    return {x > 0.0 ? x : e - 1.0, x > 0.0 ? Fill<Doubles>(1) : e};
+  }
+};
+
+template <typename Kind>
+void ActivateRow(const float* z, int32_t n, float* a, double* slope) {
+  for (int32_t i = 0; i < n; i += kDoubleLanes) {
+    const ValueAndSlope both = Both<Kind>::Of(__builtin_convertvector(Load<HalfFloats>(z + i), Doubles));
+    Store(__builtin_convertvector(both.value, HalfFloats), a + i);
+    Store(both.slope, slope + i);
+  }
+}
+
+template <typename List>
+struct ActivateTable;
+template <typename... Kinds>
+struct ActivateTable<KindList<Kinds...>> {
+  static constexpr TrainActivation kRows[] = {nullptr, ActivateRow<Kinds>...};
+};
+
+}  // namespace norv::NORV_LEVEL

@@ -3,26 +3,26 @@
 #include "simd/level.h"
 
 namespace norv {
-namespace avx {
-extern const TrainKernels trainKernels;
+namespace train_avx {
+extern const TrainKernels kTrainKernels;
 }
-namespace avx2 {
-extern const TrainKernels trainKernels;
+namespace train_avx2 {
+extern const TrainKernels kTrainKernels;
 }
-namespace avx512 {
-extern const TrainKernels trainKernels;
+namespace train_avx512 {
+extern const TrainKernels kTrainKernels;
 }
 
 const TrainKernels& ActiveTrainKernels() {
   switch (ActiveLevel()) {
     case VectorLevel::avx512:
-      return avx512::trainKernels;
+      return train_avx512::kTrainKernels;
     case VectorLevel::avx2:
-      return avx2::trainKernels;
+      return train_avx2::kTrainKernels;
     case VectorLevel::avx:
       break;
   }
-  return avx::trainKernels;
+  return train_avx::kTrainKernels;
 }
 
 }  // namespace norv

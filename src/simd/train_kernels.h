@@ -46,11 +46,15 @@ struct TrainDeltas {
   float* vb;           // velocity = momentum velocity - step
 };
 
+// a = (float) f(z) and slope = df(z) of n units; writes whole blocks, so up to kTrainBlock - 1 elements more.
+using TrainActivation = void (*)(const float* z, int32_t n, float* a, double* slope);
+
 struct TrainKernels {
   // Units begin .. end - 1, both multiples of kTrainBlock.
   void (*columns)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*rows)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*deltas)(const TrainDeltas& deltas, int32_t begin, int32_t end);
+  const TrainActivation* activate;  // by kind, 1 to 17
 };
 
 // Those of the active level.

@@ -1,14 +1,20 @@
-// The training kernels of the one level for which the including file is compiled; it names that level.
+// The training kernels of one level. A level's file defines NORV_LEVEL and NORV_VECTOR_BYTES and includes this once;
+// nothing with code in it is included outside that level's namespace.
+#include <cstddef>
+#include <cstdint>
+
 #include "simd/train_kernels.h"
 
-namespace norv::NORV_TRAIN_LEVEL {
-namespace {
-
+// clang-format off
+#include "simd/vectors-inl.h"
+#include "simd/math-inl.h"
+#include "simd/activation-inl.h"
 #include "simd/train-inl.h"
+// clang-format on
 
-}  // namespace
+namespace norv::NORV_LEVEL {
 
-extern const TrainKernels trainKernels;
-const TrainKernels trainKernels = {TrainColumns, TrainRows, TrainLayerDeltas};
+extern const TrainKernels kTrainKernels;
+const TrainKernels kTrainKernels = {TrainColumns, TrainRows, TrainLayerDeltas, ActivateTable<AllKinds>::kRows};
 
-}  // namespace norv::NORV_TRAIN_LEVEL
+}  // namespace norv::NORV_LEVEL
