@@ -2,6 +2,7 @@
 // nothing with code in it is included outside that level's namespace.
 #include <cstddef>
 #include <cstdint>
+#include <immintrin.h>
 
 #include "simd/train_kernels.h"
 
