@@ -1,14 +1,42 @@
 // Modes 0 to 5: restoration of float images and of bit images.
 #include "driver/modes.h"
 #include "driver/report.h"
+#include "numeric/float_image.h"
+#include "restore/restore_image.h"
 
 namespace norv {
+namespace {
 
-Ending RestoreWholeImage(const Request&) { return Ending::unavailable; }
+// On purpose no failure: a missing picture is restored as an empty one, and the run ends as usual even when the result
+// cannot be written. The reason is on standard error then.
+FloatImage LoadPicture(Folder folder) {
+  FloatImage image;
+  static_cast<void>(image.Load("input.fdib", folder));
+  return image;
+}
+
+void SavePicture(const FloatImage& image) { static_cast<void>(image.Save("output.fdib", Folder::executable)); }
+
+void RestoreVisibly(FloatImage& image, const RestoreParameters& parameters) {
+  Progress progress("Restoring", RestorationWork(parameters, image.format));
+  RestoreImage(image, parameters, &progress);
+}
+
+}  // namespace
+
+Ending RestoreWholeImage(const Request& request) {
+  FloatImage image = LoadPicture(Folder::executable);
+  RestoreVisibly(image, request.restore);
+  SavePicture(image);
+  return Ending::report;
+}
 
 Ending RestoreImageInBands(const Request& request) {
-  ClampThreads(request.threads, request.processors);
-  return Ending::unavailable;
+  FloatImage image = LoadPicture(Folder::executable);
+  const int32_t threads = ClampThreads(request.threads, request.processors);
+  RestoreImageThreaded(image, request.restore, threads);
+  SavePicture(image);
+  return Ending::report;
 }
 
 Ending RestoreToBitImage(const Request&) { return Ending::unavailable; }

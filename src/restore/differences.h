@@ -1,0 +1,164 @@
+// The weighted difference operators of the update steps, row by row, each with its residual and its adjoint.
+//
+// A term owns its weights and its residual s. Two sweeps over the rows of a plane p make a step: one sums the squares
+// of q = D p, the other forms q again, takes alpha q from s and gathers g += D' s. q is never stored.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/matrix2.h"
+#include "platform/memory.h"
+#include "restore/orientation_field.h"
+#include "restore/weights.h"
+#include "simd/restore_kernels.h"
+
+namespace norv {
+
+// Planes are w x h, w and h >= 1, of one size for the life of a term.
+class DifferenceTerm {
+ public:
+  virtual ~DifferenceTerm() = default;
+
+  // The weights of the plane as it stands; dimensions the residual.
+  virtual void Weigh(const matrix& x) = 0;
+  // s = 0
+  virtual void Clear() = 0;
+  // sums[0..7] += the squares of row r of D p; reads the rows r and r + 1 (mirrored).
+  virtual void AddSquares(double* sums, const matrix& p, int32_t r) const = 0;
+  // Row r of s -= alpha D p. Rows in order from 0 on.
+  virtual void Step(const matrix& p, int32_t r, float alpha) = 0;
+  // g += row r of D' s. Rows in order, each after Step of row r + 1 (of r, when that is the last).
+  virtual void AddAdjoint(float* g, int32_t r) const = 0;
+};
+
+// What all operators on 2 x 2 cells share: the adjoint, gathered from what the cells of three rows add to their
+// corners.
+class CellTerm : public DifferenceTerm {
+ public:
+  CellTerm(int32_t w, int32_t h);
+  void AddAdjoint(float* g, int32_t r) const override;
+
+ protected:
+  // Of row r, one of the latest three; zeros before the first and behind the last row.
+  CornerRow Corners(int64_t r) const;
+  int32_t w_, h_;
+
+ private:
+  int64_t stride_;
+  AlignedArray<float> corners_;
+};
+
+// w d1 and -w d2 of the (w-1) x (h-1) cells inside.
+class IsotropicTerm : public CellTerm {
+ public:
+  IsotropicTerm(int32_t w, int32_t h, const Weighting& weighting) : CellTerm(w, h), weighting_(weighting) {}
+  void Weigh(const matrix& x) override;
+  void Clear() override;
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+
+ private:
+  Weighting weighting_;
+  matrix weights_, s1_, s2_;
+};
+
+// The same with weights taken once from a reference plane, whatever plane is asked about.
+class ReferenceTerm : public IsotropicTerm {
+ public:
+  ReferenceTerm(const matrix& reference, const Weighting& weighting);
+  void Weigh(const matrix&) override {}
+};
+
+// w (d1 u2 - d2 u1) of all cells, mirrored at the far borders.
+class CrossTerm : public CellTerm {
+ public:
+  CrossTerm(int32_t w, int32_t h, const Weighting& weighting, const OrientationField& field)
+      : CellTerm(w, h), weighting_(weighting), field_(field) {}
+  void Weigh(const matrix& x) override;
+  void Clear() override { s_.fill(0); }
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+
+ private:
+  Weighting weighting_;
+  const OrientationField& field_;
+  matrix weights_, s_;
+};
+
+// d1 v2 - d2 v1 of all cells with v = w u: weighing multiplies the field's vectors in place.
+class ScaledCrossTerm : public CellTerm {
+ public:
+  ScaledCrossTerm(int32_t w, int32_t h, const Weighting& weighting, OrientationField& field)
+      : CellTerm(w, h), weighting_(weighting), field_(field) {}
+  void Weigh(const matrix& x) override;
+  void Clear() override { s_.fill(0); }
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+
+ private:
+  Weighting weighting_;
+  OrientationField& field_;
+  matrix s_;
+};
+
+// Cross and dot differences of all cells in one sweep, each with weights of its own.
+class DirectionalTerm : public CellTerm {
+ public:
+  DirectionalTerm(int32_t w, int32_t h, const Weighting& cross, const Weighting& dot, const OrientationField& field)
+      : CellTerm(w, h), cross_(cross), dot_(dot), field_(field) {}
+  void Weigh(const matrix& x) override;
+  void Clear() override;
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+
+ private:
+  Weighting cross_, dot_;
+  const OrientationField& field_;
+  matrix crossWeights_, dotWeights_, s_, t_;
+};
+
+// The cross differences at listed pixels only.
+class MaskedTerm : public CellTerm {
+ public:
+  MaskedTerm(int32_t w, int32_t h, const Weighting& weighting, const OrientationField& field, const PixelList& pixels)
+      : CellTerm(w, h), weighting_(weighting), field_(field), pixels_(pixels) {}
+  void Weigh(const matrix& x) override { WeighListed(weights_, x, field_, pixels_, weighting_); }
+  void Clear() override { s_.assign(weights_.size(), 0.0f); }
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+
+ private:
+  float Difference(const matrix& p, int32_t r, int64_t k) const;
+
+  Weighting weighting_;
+  const OrientationField& field_;
+  const PixelList& pixels_;
+  std::vector<float> weights_, s_;
+};
+
+// w (x(r, c+1) - x(r, c)) and w (x(r+1, c) - x(r, c)), each with weights of its own.
+class AxisTerm : public DifferenceTerm {
+ public:
+  AxisTerm(int32_t w, int32_t h, const Weighting& weighting);
+  void Weigh(const matrix& x) override;
+  void Clear() override;
+  void AddSquares(double* sums, const matrix& p, int32_t r) const override;
+  void Step(const matrix& p, int32_t r, float alpha) override;
+  void AddAdjoint(float* g, int32_t r) const override;
+
+ private:
+  // Weighted residuals of one of the latest three rows, with a zero at both ends.
+  float* Across(int64_t r) const { return rows_.get() + (r % 3) * 2 * stride_ + kPadding; }
+  float* Down(int64_t r) const { return Across(r) + stride_; }
+  static constexpr int64_t kPadding = 8;
+
+  int32_t w_, h_;
+  int64_t stride_;
+  Weighting weighting_;
+  matrix across_, down_, s_, t_;
+  AlignedArray<float> rows_;
+  AlignedArray<float> zeros_;
+};
+
+}  // namespace norv

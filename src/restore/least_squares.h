@@ -1,0 +1,28 @@
+// The one conjugate-gradient solver of the restoration.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "numeric/matrix2.h"
+#include "restore/differences.h"
+#include "restore/kernel_pair.h"
+
+namespace norv {
+
+// Planes that a solver works in, two of the large size and two of the small; made once, reused by every call.
+struct SolverScratch {
+  matrix direction, gradient;         // p and g
+  matrix residual, reducedDirection;  // r0 and q0
+
+  explicit SolverScratch(const KernelPair& pair);
+};
+
+// Takes `steps` steps of conjugate gradients (Hestenes and Stiefel 1952, least-squares form) from x towards the minimum
+// of |R x - y|^2 + the sum of |D x|^2 over the terms, whose weights stand. Residuals are carried along, never formed
+// anew from x; two sweeps over the rows a step. Sums of squares in double precision in an order that depends on nothing
+// but the sizes, then rounded. Allocates nothing. False when x has become NaN, which no further step would change.
+bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms,
+                        int32_t steps, SolverScratch& scratch);
+
+}  // namespace norv

@@ -1,0 +1,43 @@
+// The direction of the strongest change at every pixel, from the smoothed structure tensor of the cell differences.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/matrix2.h"
+#include "raster/edges.h"
+#include "simd/restore_kernels.h"
+
+namespace norv {
+
+// The vectors (cos, sin) as two planes; (0, 0) where the plane does not change. After they were multiplied by weights
+// they are no unit vectors any more.
+struct OrientationField {
+  matrix u1, u2;
+
+  DirectionRow Row(int32_t r, int64_t c = 0) const { return {u1.z[r] + c, u2.z[r] + c}; }
+};
+
+// Field of the plane x with the tensor's planes smoothed by a Gaussian of `scale` pixels (radius ceil(3 scale),
+// mirrored edges); 0, less and NaN: no smoothing. Scales beyond 100 times the longer side count as that.
+void FindOrientation(OrientationField& field, const matrix& x, double scale);
+
+// Weighted neighbours on an axis of n elements: element i gathers the elements MirrorIndex(i + offset) with weights of
+// sum 1. A reach longer than the mirror's period is folded onto one period.
+struct SmoothingTaps {
+  std::vector<int64_t> offsets;  // ascending
+  std::vector<float> weights;
+};
+SmoothingTaps GaussianTaps(double scale, int64_t n);
+
+// The cells of row r of a plane, mirrored at the far borders: body(cells, column, count) for runs of neighbours.
+template <typename Body>
+void ForCells(const matrix& x, int32_t r, const Body& body) {
+  const float* upper = x.z[r];
+  const float* lower = x.z[MirrorIndex(int64_t{r} + 1, x.n)];
+  const int64_t last = x.m - 1;
+  body(CellRow{upper, lower, 1}, int64_t{0}, last);
+  body(CellRow{upper + last, lower + last, MirrorIndex(last + 1, x.m) - last}, last, int64_t{1});
+}
+
+}  // namespace norv

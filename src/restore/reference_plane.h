@@ -1,0 +1,13 @@
+// The plane that the last iterations of the Lorentzian regulariser take their isotropic weights from.
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/matrix2.h"
+
+namespace norv {
+
+// The initial enlargement of the observed plane by f, computed in double precision, negated, then rounded.
+matrix ReferencePlane(const matrix& observed, int32_t f);
+
+}  // namespace norv

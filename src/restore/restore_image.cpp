@@ -1,0 +1,186 @@
+#include "restore/restore_image.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "numeric/dmatrix.h"
+#include "platform/console.h"
+#include "platform/team.h"
+#include "raster/bands.h"
+#include "raster/filters.h"
+#include "raster/separable.h"
+#include "restore/edge_mask.h"
+#include "restore/restore_plane.h"
+
+namespace norv {
+namespace {
+
+constexpr int32_t kMarkingType = 3;
+constexpr int32_t kDecorrelated = 5;
+constexpr int32_t kAgainDisplay = 4;
+
+// The format that a colour representation works in; 0: the image's own.
+int32_t WorkingFormat(int32_t representation) {
+  constexpr std::array<int32_t, 6> kFormats = {0, kLuminance, kIntensity, kLuminanceAgain, kDisplayAgain, kDisplay};
+  return representation >= 0 && representation <= kDecorrelated ? kFormats[representation] : 0;
+}
+
+// Colour planes that are restored; the others are only enlarged. In representations that gather the detail in their
+// first plane it is only that one.
+int32_t RestoredPlanes(const RestoreParameters& parameters, int32_t planes) {
+  return (parameters.representation & ~kAgainDisplay) == 0 ? planes : 1;
+}
+
+int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) {
+  const ColourModel* model = FindModel(format);
+  const bool converted = WorkingFormat(parameters.representation) != 0 || ModelOf(format) == kWithFourth;
+  return converted || !model ? 3 : model->planes;
+}
+
+// ------------------------------------------------------------------------------------------- decorrelation
+
+using ColourMatrix = std::array<std::array<double, 3>, 3>;
+
+// Second moments of the three planes, not centred.
+dmatrix SecondMoments(const FloatImage& image) {
+  dmatrix moments(3, 3);
+  moments.fill(0);
+  for (int32_t k = 0; k < 3; ++k)
+    for (int32_t j = 0; j < 3; ++j) {
+      double sum = 0;
+      for (int32_t i = 0; i < image.count; ++i)
+        sum += static_cast<double>(image.plane[j].x[i]) * static_cast<double>(image.plane[k].x[i]);
+      moments.z[k][j] = sum / image.count;
+    }
+  return moments;
+}
+
+// Row k is the k-th singular vector of the second moments.
+ColourMatrix DecorrelatingMatrix(const FloatImage& image) {
+  dmatrix u, w, v;
+  SecondMoments(image).svd(u, w, v);
+  ColourMatrix rows;
+  for (int32_t k = 0; k < 3; ++k)
+    for (int32_t j = 0; j < 3; ++j) rows[k][j] = u.z[k][j];
+  return rows;
+}
+
+ColourMatrix Transposed(const ColourMatrix& a) {
+  ColourMatrix t;
+  for (size_t k = 0; k < 3; ++k)
+    for (size_t j = 0; j < 3; ++j) t[k][j] = a[j][k];
+  return t;
+}
+
+void TransformColours(FloatImage& image, const ColourMatrix& rows) {
+  for (int32_t i = 0; i < image.plane[0].mn; ++i) {
+    std::array<double, 3> colour;
+    for (size_t j = 0; j < 3; ++j) colour[j] = static_cast<double>(image.plane[j].x[i]);
+    for (size_t k = 0; k < 3; ++k)
+      image.plane[k].x[i] =
+          static_cast<float>(rows[k][0] * colour[0] + rows[k][1] * colour[1] + rows[k][2] * colour[2]);
+  }
+}
+
+// --------------------------------------------------------------------------------------------------- planes
+
+// A plane as it was observed, and the plane of the image that it is enlarged into.
+struct PlanePair {
+  matrix observed;
+  matrix* working;
+};
+
+void EnlargePlane(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask) {
+  const ResampleTable across = EnlargementTable(pair.observed.m, parameters.factor);
+  const ResampleTable down = EnlargementTable(pair.observed.n, parameters.factor);
+  matrix enlarged;
+  ResampleSeparable(pair.observed, enlarged, across, down);
+  pair.working->swap(enlarged);
+  if (parameters.type == kMarkingType) MarkEdges(mask, *pair.working, parameters.edgeThreshold);
+}
+
+// Enlarges every plane, then restores the first `restored` and the last one if it was kept aside.
+void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastToo, BitMask& mask,
+                   const RestoreParameters& parameters, Progress* progress) {
+  for (PlanePair& pair : planes) EnlargePlane(pair, parameters, mask);
+  GrowMask(mask, parameters.factor / 2);
+  const FilterChoice filter = *FilterOfKernelCode(parameters.kernel);
+  for (size_t k = 0; k < planes.size(); ++k)
+    if (k < static_cast<size_t>(restored) || (lastToo && k + 1 == planes.size()))
+      RestorePlane(*planes[k].working, mask, planes[k].observed, filter, parameters, progress);
+}
+
+void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
+  image.mask = BitMask();
+  const int32_t format = image.format, working = WorkingFormat(parameters.representation);
+  const bool fourthAside = ModelOf(format) == kWithFourth;
+  matrix fourth;
+  std::vector<PlanePair> planes;
+  if (fourthAside) {
+    planes.push_back({image.plane[3], &fourth});
+    image.ConvertTo(kDisplay);
+  }
+  if (working != 0) image.ConvertTo(working);
+  ColourMatrix decorrelating{};
+  const bool decorrelated = parameters.representation == kDecorrelated;
+  if (decorrelated) {
+    decorrelating = DecorrelatingMatrix(image);
+    TransformColours(image, decorrelating);
+  }
+  for (int32_t p = image.planes - 1; p >= 0; --p)
+    planes.insert(planes.begin(), PlanePair{std::move(image.plane[p]), &image.plane[p]});
+  RestorePlanes(planes, RestoredPlanes(parameters, image.planes), fourthAside, image.mask, parameters, progress);
+  if (!parameters.keepMask) image.mask = BitMask();
+  image.RefreshSize();
+  if (decorrelated) TransformColours(image, Transposed(decorrelating));
+  if (parameters.representation != 0 || fourthAside) image.ConvertTo(format);
+  if (fourthAside) image.plane[3].swap(fourth);
+}
+
+void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row, int32_t height,
+                 const RestoreParameters& parameters, Progress* progress) {
+  FloatImage band;
+  CutBand(source, row - kBandMargin, height + 2 * kBandMargin, band);
+  RestoreImage(band, parameters, progress);
+  PasteBand(destination, row * parameters.factor, band, kBandMargin * parameters.factor);
+}
+
+}  // namespace
+
+void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
+  if (parameters.factor < 1) throw "the enlargement factor must be 1 or more";
+  if (!FilterOfKernelCode(parameters.kernel)) throw "there is no kernel with this code";
+  if (!FindModel(format)) throw "the image's format code has no colour model";
+  const int64_t limit = std::numeric_limits<int32_t>::max();
+  const int64_t w = int64_t{width} * parameters.factor, h = int64_t{height} * parameters.factor;
+  if (w > limit || h > limit || (h > 0 && w > limit / h)) throw "the enlarged image is too large";
+}
+
+void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
+  CheckRestoration(parameters, image.width, image.height, image.format);
+  if (image.count > 0) RestoreCounted(image, parameters, progress);
+}
+
+void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {
+  Say("\nNumber of threads = %d", threads);
+  CheckRestoration(parameters, image.width, image.height, image.format);
+  if (image.count == 0) return;
+  const FloatImage source = image;
+  const BandPlan plan = PlanBands(source.height, std::max(threads, 1));
+  CheckRestoration(parameters, source.width, plan.height + 2 * kBandMargin, source.format);
+  Progress progress("Restoring", plan.threads * RestorationWork(parameters, source.format));
+  image.Redim(source.width * parameters.factor, source.height * parameters.factor, source.format);
+  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+    const int64_t row = i * plan.height;
+    if (row < source.height) RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress);
+  });
+}
+
+int64_t RestorationWork(const RestoreParameters& parameters, int32_t format) {
+  const int32_t planes = RestoredPlanes(parameters, PlanesWhileWorking(parameters, format));
+  return OuterIterations(parameters) * (planes + (ModelOf(format) == kWithFourth));
+}
+
+}  // namespace norv

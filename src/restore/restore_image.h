@@ -1,0 +1,30 @@
+// The restoration of whole images: colour representation, planes, edge mask, and bands on several threads.
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/float_image.h"
+#include "platform/progress.h"
+#include "restore/parameters.h"
+
+namespace norv {
+
+// Source rows that a band shares with each of its neighbours.
+inline constexpr int32_t kBandMargin = 20;
+
+// Throws a message (const char*) when the factor is below 1, the kernel code has no filter, the format has no colour
+// model or the enlarged image would have more than 2^31 - 1 pixels.
+void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format);
+
+// Enlarges and restores the image in place. Throws as CheckRestoration, before anything is changed. An empty image
+// stays as it is. progress: null, or advanced by RestorationWork().
+void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr);
+
+// The same in horizontal bands with margins, one a thread; says the thread count first. 0 threads and fewer work as 1,
+// which is one band. The image's mask is left alone.
+void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
+
+// Units of progress that the restoration of one image or band takes.
+int64_t RestorationWork(const RestoreParameters& parameters, int32_t format);
+
+}  // namespace norv

@@ -1,0 +1,123 @@
+#include "restore/restore_plane.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "restore/differences.h"
+#include "restore/edge_mask.h"
+#include "restore/least_squares.h"
+#include "restore/recipes.h"
+#include "restore/reference_plane.h"
+
+namespace norv {
+namespace {
+
+class PlaneRestorer {
+ public:
+  PlaneRestorer(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
+                const RestoreParameters& parameters, Progress* progress)
+      : working_(working),
+        observed_(observed),
+        parameters_(parameters),
+        recipe_(RecipeOf(parameters.type)),
+        progress_(progress),
+        mask_(parameters.type == kMaskedType ? DilateMask(mask) : mask),
+        pixels_(mask_),
+        pair_(filter, parameters.factor, observed.m, observed.n),
+        scratch_(pair_) {}
+
+  void Run() {
+    Iterate(recipe_.first, true);
+    if (recipe_.secondPass && parameters_.emphasis > 0 && parameters_.iterations != 0) {
+      EmphasiseDeviations(working_, observed_, mask_, parameters_.factor, parameters_.emphasis);
+      Iterate(recipe_.first, recipe_.followField);
+    }
+    if (!recipe_.tail.terms.empty()) terms_.clear();
+    Iterate(recipe_.tail, true);
+  }
+
+ private:
+  static constexpr int32_t kMaskedType = 3;
+
+  void Iterate(const Stage& stage, bool followField) {
+    const int64_t iterations = int64_t{parameters_.iterations} * stage.iterationFactor;
+    if (stage.terms.empty() || iterations <= 0) return;
+    if (terms_.empty()) MakeTerms(stage);
+    for (int64_t i = 0; i < iterations; ++i) {
+      if (needsField_ && followField)
+        FindOrientation(field_, working_, static_cast<double>(parameters_.factor) * parameters_.orientationScale);
+      for (const auto& term : terms_) term->Weigh(working_);
+      if (!Update(parameters_.steps / stage.stepDivisor)) return;
+      if (progress_) progress_->Advance();
+    }
+  }
+
+  bool Update(int32_t steps) {
+    std::vector<DifferenceTerm*> terms;
+    for (const auto& term : terms_) terms.push_back(term.get());
+    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, scratch_);
+  }
+
+  void MakeTerms(const Stage& stage) {
+    needsField_ = false;
+    for (const TermKind kind : stage.terms)
+      if (auto term = MakeTerm(kind, stage.rule)) terms_.push_back(std::move(term));
+  }
+
+  std::unique_ptr<DifferenceTerm> MakeTerm(TermKind kind, Rule rule) {
+    const int32_t w = working_.m, h = working_.n;
+    const Weighting plain{rule, parameters_.lambda, parameters_.delta, parameters_.shapeDot};
+    const Weighting cross{rule, parameters_.lambdaCross, parameters_.deltaCross, parameters_.shapeCross};
+    if (kind == TermKind::isotropic) return std::make_unique<IsotropicTerm>(w, h, plain);
+    if (kind == TermKind::axis) return std::make_unique<AxisTerm>(w, h, plain);
+    if (kind == TermKind::reference)
+      return std::make_unique<ReferenceTerm>(ReferencePlane(observed_, parameters_.factor), plain);
+    const bool ifAsked = kind == TermKind::crossIfAsked || kind == TermKind::scaledIfAsked;
+    if (ifAsked && !(cross.lambda > 0)) return nullptr;
+    needsField_ = true;
+    if (kind == TermKind::scaledIfAsked) return std::make_unique<ScaledCrossTerm>(w, h, cross, field_);
+    if (kind == TermKind::crossAndDot) return std::make_unique<DirectionalTerm>(w, h, cross, plain, field_);
+    if (kind == TermKind::masked) return std::make_unique<MaskedTerm>(w, h, cross, field_, pixels_);
+    return std::make_unique<CrossTerm>(w, h, cross, field_);
+  }
+
+  matrix& working_;
+  const matrix& observed_;
+  const RestoreParameters& parameters_;
+  const Recipe& recipe_;
+  Progress* progress_;
+  BitMask mask_;  // the dilated one for the masked type, else the image's
+  PixelList pixels_;
+  KernelPair pair_;
+  SolverScratch scratch_;
+  OrientationField field_;
+  std::vector<std::unique_ptr<DifferenceTerm>> terms_;
+  bool needsField_ = false;
+};
+
+}  // namespace
+
+void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
+                  const RestoreParameters& parameters, Progress* progress) {
+  if (working.mn > 0) PlaneRestorer(working, mask, observed, filter, parameters, progress).Run();
+}
+
+int64_t OuterIterations(const RestoreParameters& parameters) {
+  const Recipe& recipe = RecipeOf(parameters.type);
+  const int64_t iterations = std::max(parameters.iterations, 0);
+  const int64_t passes = recipe.first.terms.empty() ? 0 : recipe.secondPass && parameters.emphasis > 0 ? 2 : 1;
+  return iterations * (passes + (recipe.tail.terms.empty() ? 0 : recipe.tail.iterationFactor));
+}
+
+void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount) {
+  const bool masked = !mask.Empty() && mask.width == working.m && mask.height == working.n;
+  for (int32_t r = 0; r < working.n; ++r)
+    for (int32_t c = 0; c < working.m; ++c) {
+      if (masked && !mask.Get(r, c)) continue;
+      float& x = working.z[r][c];
+      x += (x - observed.z[r / f][c / f]) * amount;
+    }
+}
+
+}  // namespace norv

@@ -1,0 +1,27 @@
+// The restoration of one plane: iteratively reweighted least squares with an edge-preserving regulariser.
+#pragma once
+
+#include <cstdint>
+
+#include "numeric/bit_mask.h"
+#include "numeric/matrix2.h"
+#include "platform/progress.h"
+#include "raster/filters.h"
+#include "restore/parameters.h"
+
+namespace norv {
+
+// Makes the working plane (f*w x f*h, an enlargement of the observed one, w x h) sharper while it stays consistent
+// with the observed plane under the filter's reduction. mask: the image's grown edge mask, empty when nothing was
+// marked. progress: may be null; advanced by OuterIterations().
+void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
+                  const RestoreParameters& parameters, Progress* progress);
+
+// Outer iterations that the parameters ask for on one plane.
+int64_t OuterIterations(const RestoreParameters& parameters);
+
+// Every pixel of a small pixel's f x f block moves away from it: x += (x - y) * amount. With a mask of the working
+// plane's size, only the pixels set in it.
+void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount);
+
+}  // namespace norv

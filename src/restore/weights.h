@@ -1,0 +1,56 @@
+// Weights of the differences: what is measured at a place (isotropic, cross, dot, axis) times the rule that makes a
+// weight of it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "numeric/bit_mask.h"
+#include "numeric/matrix2.h"
+#include "restore/orientation_field.h"
+
+namespace norv {
+
+enum class Rule {
+  huber,       // lambda up to delta, then falling so that w g grows as the square root of Huber's penalty
+  lorentzian,  // lambda sqrt(ln(1 + g^2 / s^2) / g^2) with s = delta sqrt 2
+  shaped,      // Huber's rule with the power p in place of 1 in its penalty beyond delta
+};
+
+struct Weighting {
+  Rule rule;
+  float lambda;
+  float delta;
+  float shape = 1;  // p of the shaped rule; 0 or less: the logarithmic limit
+};
+
+// Weights of n measured values, in place. squared: the values are g^2, else g with any sign.
+void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared);
+
+// Of the (w-1) x (h-1) cells of x; w is dimensioned to that.
+void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting);
+// Of the w x h mirrored cells, across and along the directions.
+void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting);
+void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting);
+// Of neighbours in rows ((w-1) x h) and in columns (w x (h-1)).
+void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting);
+
+// The set pixels of a mask in raster order.
+struct PixelList {
+  std::vector<int32_t> column;
+  std::vector<int64_t> begin;  // of every row in column, one more than rows
+
+  explicit PixelList(const BitMask& mask);
+};
+
+// Cross weights at those pixels only, stored compactly.
+void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
+                 const Weighting& weighting);
+
+// Differences along and across at one mirrored cell, for code off the fast road.
+struct CellDifferences {
+  float d1, d2;
+};
+CellDifferences CellAt(const matrix& x, int32_t r, int32_t c);
+
+}  // namespace norv

@@ -1,0 +1,346 @@
+// Bodies of the restoration's row kernels: one formula each, written once for a vector of eight floats and for the
+// single floats of the tail. To be included by the file of one level, with NORV_LEVEL naming its namespace.
+#include <immintrin.h>
+
+#include "simd/restore_kernels.h"
+
+namespace norv::NORV_LEVEL {
+namespace {
+
+using Floats [[gnu::vector_size(32)]] = float;
+using FloatsAnywhere [[gnu::vector_size(32), gnu::aligned(4), gnu::may_alias]] = float;
+using Doubles [[gnu::vector_size(32)]] = double;
+constexpr int64_t kLanes = 8;
+
+template <typename V>
+inline V Load(const float* p);
+template <>
+inline Floats Load<Floats>(const float* p) {
+  return *reinterpret_cast<const FloatsAnywhere*>(p);
+}
+template <>
+inline float Load<float>(const float* p) {
+  return *p;
+}
+inline void Store(float* p, Floats v) { *reinterpret_cast<FloatsAnywhere*>(p) = v; }
+inline void Store(float* p, float v) { *p = v; }
+inline Floats SquareRoot(Floats v) { return _mm256_sqrt_ps(v); }
+inline float SquareRoot(float v) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(v))); }
+inline Doubles SquareRoot(Doubles v) { return _mm256_sqrt_pd(v); }
+
+// body(V{}, i) for whole vectors, then for single elements.
+template <typename Body>
+inline void ForRow(int64_t n, const Body& body) {
+  int64_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) body(Floats{}, i);
+  for (; i < n; ++i) body(float{}, i);
+}
+
+// sums[i mod 8] += value(V{}, i) for i < n.
+template <typename Value>
+inline void SumRow(double* sums, int64_t n, const Value& value) {
+  Doubles low = _mm256_loadu_pd(sums), high = _mm256_loadu_pd(sums + 4);
+  int64_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) {
+    const __m256 v = value(Floats{}, i);
+    low += static_cast<Doubles>(_mm256_cvtps_pd(_mm256_castps256_ps128(v)));
+    high += static_cast<Doubles>(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)));
+  }
+  _mm256_storeu_pd(sums, low);
+  _mm256_storeu_pd(sums + 4, high);
+  for (int64_t lane = 0; i < n; ++i, ++lane) sums[lane] += static_cast<double>(value(float{}, i));
+}
+
+// ------------------------------------------------------------------------------------------ rows and their phases
+
+// Sums of this many vectors stay in registers while the rows pass.
+constexpr int64_t kSums = 4;
+
+inline void CombineBlock(float* out, const float* const* rows, const float* taps, int64_t count, int64_t j) {
+  Floats sum[kSums] = {};
+  for (int64_t i = 0; i < count; ++i)
+    for (int64_t k = 0; k < kSums; ++k) sum[k] += taps[i] * Load<Floats>(rows[i] + j + k * kLanes);
+  for (int64_t k = 0; k < kSums; ++k) Store(out + j + k * kLanes, sum[k]);
+}
+
+void CombineRows(float* out, const float* const* rows, const float* taps, int64_t count, int64_t n) {
+  int64_t j = 0;
+  for (; j + kSums * kLanes <= n; j += kSums * kLanes) CombineBlock(out, rows, taps, count, j);
+  const auto combine = [&](auto one, int64_t k) {
+    auto sum = one;
+    for (int64_t i = 0; i < count; ++i) sum += taps[i] * Load<decltype(one)>(rows[i] + j + k);
+    Store(out + j + k, sum);
+  };
+  ForRow(n - j, combine);
+}
+
+template <int64_t kFactor>
+void SplitBy(float* phases, int64_t stride, const float* line, int64_t f, int64_t n) {
+  const int64_t factor = kFactor ? kFactor : f;
+  for (int64_t p = 0; p < factor; ++p)
+    for (int64_t j = 0; j < n; ++j) phases[p * stride + j] = line[factor * j + p];
+}
+
+void SplitPhases(float* phases, int64_t stride, const float* line, int64_t f, int64_t n) {
+  const auto split = f == 2 ? SplitBy<2> : f == 3 ? SplitBy<3> : f == 4 ? SplitBy<4> : SplitBy<0>;
+  split(phases, stride, line, f, n);
+}
+
+template <int64_t kFactor>
+void JoinBy(float* __restrict line, const float* __restrict phases, int64_t stride, int64_t f, int64_t n) {
+  const int64_t factor = kFactor ? kFactor : f;
+  for (int64_t j = 0; j < n; ++j)
+    for (int64_t p = 0; p < factor; ++p) line[factor * j + p] = phases[p * stride + j];
+}
+
+void JoinPhases(float* line, const float* phases, int64_t stride, int64_t f, int64_t n) {
+  const auto join = f == 2 ? JoinBy<2> : f == 3 ? JoinBy<3> : f == 4 ? JoinBy<4> : JoinBy<0>;
+  join(line, phases, stride, f, n);
+}
+
+// ------------------------------------------------------------------------------------------------- plain rows
+
+void ScaleAndAdd(float* y, float s, const float* x, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    Store(y + i, s * Load<V>(y + i) + Load<V>(x + i));
+  });
+}
+
+void AddScaled(float* y, float s, const float* x, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    Store(y + i, Load<V>(y + i) + s * Load<V>(x + i));
+  });
+}
+
+void AddDifferences(float* y, const float* a, const float* b, const float* c, const float* d, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    Store(y + i, Load<V>(y + i) + ((Load<V>(a + i) - Load<V>(b + i)) + (Load<V>(c + i) - Load<V>(d + i))));
+  });
+}
+
+void AddSquares(double* sums, const float* x, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    const auto v = Load<decltype(one)>(x + i);
+    return v * v;
+  });
+}
+
+void AddDifferenceSquares(double* sums, const float* a, const float* b, const float* w, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V q = Load<V>(w + i) * (Load<V>(a + i) - Load<V>(b + i));
+    return q * q;
+  });
+}
+
+// ------------------------------------------------------------------------------------------- weighted differences
+
+template <typename V>
+inline V First(CellRow x, int64_t i) {
+  return Load<V>(x.lower + i + x.next) - Load<V>(x.upper + i);
+}
+template <typename V>
+inline V Second(CellRow x, int64_t i) {
+  return Load<V>(x.lower + i) - Load<V>(x.upper + i + x.next);
+}
+template <typename V>
+inline V Cross(CellRow x, DirectionRow u, int64_t i) {
+  return First<V>(x, i) * Load<V>(u.u2 + i) - Second<V>(x, i) * Load<V>(u.u1 + i);
+}
+template <typename V>
+inline V Dot(CellRow x, DirectionRow u, int64_t i) {
+  return First<V>(x, i) * Load<V>(u.u1 + i) + Second<V>(x, i) * Load<V>(u.u2 + i);
+}
+
+// s -= alpha q; returns the new s.
+template <typename V>
+inline V Advance(float* s, float alpha, V q) {
+  const V advanced = Load<V>(s) - alpha * q;
+  Store(s, advanced);
+  return advanced;
+}
+
+void IsotropicSquares(double* sums, CellRow p, const float* w, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V q1 = Load<V>(w + i) * First<V>(p, i), q2 = Load<V>(w + i) * Second<V>(p, i);
+    return q1 * q1 + q2 * q2;
+  });
+}
+
+void IsotropicStep(CellRow p, const float* w, float alpha, float* s1, float* s2, CornerRow out, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V weight = Load<V>(w + i);
+    Store(out.first + i, weight * Advance(s1 + i, alpha, weight * First<V>(p, i)));
+    Store(out.second + i, weight * Advance(s2 + i, alpha, weight * -Second<V>(p, i)));
+  });
+}
+
+void CrossSquares(double* sums, CellRow p, DirectionRow u, const float* w, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V q = Load<V>(w + i) * Cross<V>(p, u, i);
+    return q * q;
+  });
+}
+
+void CrossStep(CellRow p, DirectionRow u, const float* w, float alpha, float* s, CornerRow out, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V weight = Load<V>(w + i), a = weight * Advance(s + i, alpha, weight * Cross<V>(p, u, i));
+    Store(out.first + i, a * Load<V>(u.u2 + i));
+    Store(out.second + i, a * Load<V>(u.u1 + i));
+  });
+}
+
+void ScaledCrossSquares(double* sums, CellRow p, DirectionRow u, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    const auto q = Cross<decltype(one)>(p, u, i);
+    return q * q;
+  });
+}
+
+void ScaledCrossStep(CellRow p, DirectionRow u, float alpha, float* s, CornerRow out, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V a = Advance(s + i, alpha, Cross<V>(p, u, i));
+    Store(out.first + i, a * Load<V>(u.u2 + i));
+    Store(out.second + i, a * Load<V>(u.u1 + i));
+  });
+}
+
+void DirectionalSquares(double* sums, CellRow p, DirectionRow u, const float* w, const float* v, int64_t n) {
+  SumRow(sums, n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V cross = Load<V>(w + i) * Cross<V>(p, u, i), dot = Load<V>(v + i) * Dot<V>(p, u, i);
+    return cross * cross + dot * dot;
+  });
+}
+
+void DirectionalStep(CellRow p, DirectionRow u, const float* w, const float* v, float alpha, float* s, float* t,
+                     CornerRow out, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V across = Load<V>(w + i), along = Load<V>(v + i), u1 = Load<V>(u.u1 + i), u2 = Load<V>(u.u2 + i);
+    const V a = across * Advance(s + i, alpha, across * Cross<V>(p, u, i));
+    const V b = along * Advance(t + i, alpha, along * Dot<V>(p, u, i));
+    Store(out.first + i, a * u2 + b * u1);
+    Store(out.second + i, a * u1 - b * u2);
+  });
+}
+
+void DifferenceStep(const float* a, const float* b, const float* w, float alpha, float* s, float* out, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V weight = Load<V>(w + i);
+    Store(out + i, weight * Advance(s + i, alpha, weight * (Load<V>(a + i) - Load<V>(b + i))));
+  });
+}
+
+// ------------------------------------------------------------------------------------------ measures and weights
+
+void MeasureIsotropic(float* out, CellRow x, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V d1 = First<V>(x, i), d2 = Second<V>(x, i);
+    Store(out + i, d1 * d1 + d2 * d2);
+  });
+}
+
+void MeasureCross(float* out, CellRow x, DirectionRow u, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) { Store(out + i, Cross<decltype(one)>(x, u, i)); });
+}
+
+void MeasureDot(float* out, CellRow x, DirectionRow u, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) { Store(out + i, Dot<decltype(one)>(x, u, i)); });
+}
+
+void MeasureDifference(float* out, const float* a, const float* b, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) { Store(out + i, Load<decltype(one)>(a + i) - Load<decltype(one)>(b + i)); });
+}
+
+void SquareRoots(float* x, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) { Store(x + i, SquareRoot(Load<decltype(one)>(x + i))); });
+}
+
+void Huber(float* x, float lambda, float delta, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V value = Load<V>(x + i), g = value < 0 ? -value : value;
+    const V beyond = lambda * SquareRoot((2 * g - delta) * delta) / g, inside = V{} + lambda;
+    Store(x + i, g <= delta ? inside : beyond);
+  });
+}
+
+// ---------------------------------------------------------------------------------------------- orientation
+
+void Tensor(float* j11, float* j12, float* j22, CellRow x, int64_t n) {
+  ForRow(n, [&](auto one, int64_t i) {
+    using V = decltype(one);
+    const V d1 = First<V>(x, i), d2 = Second<V>(x, i);
+    Store(j11 + i, d1 * d1);
+    Store(j12 + i, d1 * d2);
+    Store(j22 + i, d2 * d2);
+  });
+}
+
+constexpr float kNoDirection = 1e-8f;
+
+// Four pixels: the half angle of (difference, twice), cosine and sine, neither by a cancelling subtraction.
+inline void HalfAngle(Doubles difference, Doubles twice, __m128& cosine, __m128& sine) {
+  const Doubles length = SquareRoot(difference * difference + twice * twice);
+  const Doubles size = difference < 0 ? -difference : difference;
+  const Doubles larger = SquareRoot((length + size) / (2 * length)), smaller = twice / (2 * length * larger);
+  const Doubles sign = twice < 0 ? Doubles{} - 1 : Doubles{} + 1;
+  const auto right = difference >= 0;
+  cosine = _mm256_cvtpd_ps(right ? larger : smaller * sign);
+  sine = _mm256_cvtpd_ps(right ? smaller : larger * sign);
+}
+
+inline void DirectionBlock(float* u1, float* u2, const float* j11, const float* j12, const float* j22) {
+  const Floats mixed = Load<Floats>(j12), difference = Load<Floats>(j11) - Load<Floats>(j22);
+  __m128 cosine[2], sine[2];
+  for (int half = 0; half < 2; ++half) {
+    const auto part = [&](Floats v) { return half ? _mm256_extractf128_ps(v, 1) : _mm256_castps256_ps128(v); };
+    HalfAngle(_mm256_cvtps_pd(part(difference)), 2 * static_cast<Doubles>(_mm256_cvtps_pd(part(mixed))), cosine[half],
+              sine[half]);
+  }
+  const Floats sizeOfMixed = mixed < 0 ? -mixed : mixed, size = difference < 0 ? -difference : difference;
+  const auto none = (sizeOfMixed < kNoDirection) & (size < kNoDirection);
+  Store(u1, none ? Floats{} : static_cast<Floats>(_mm256_set_m128(cosine[1], cosine[0])));
+  Store(u2, none ? Floats{} : static_cast<Floats>(_mm256_set_m128(sine[1], sine[0])));
+}
+
+void Direction(float* u1, float* u2, const float* j11, const float* j12, const float* j22, int64_t n) {
+  int64_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) DirectionBlock(u1 + i, u2 + i, j11 + i, j12 + i, j22 + i);
+  if (i == n) return;
+  float block[5][kLanes] = {};
+  for (int64_t k = 0; i + k < n; ++k) {
+    block[0][k] = j11[i + k];
+    block[1][k] = j12[i + k];
+    block[2][k] = j22[i + k];
+  }
+  DirectionBlock(block[3], block[4], block[0], block[1], block[2]);
+  for (int64_t k = 0; i + k < n; ++k) {
+    u1[i + k] = block[3][k];
+    u2[i + k] = block[4][k];
+  }
+}
+
+}  // namespace
+
+extern const RestoreKernels kRestoreKernels;
+const RestoreKernels kRestoreKernels = {
+    CombineRows,        SplitPhases,          JoinPhases,         ScaleAndAdd,     AddScaled,      AddDifferences,
+    AddSquares,         AddDifferenceSquares, IsotropicSquares,   IsotropicStep,   CrossSquares,   CrossStep,
+    ScaledCrossSquares, ScaledCrossStep,      DirectionalSquares, DirectionalStep, DifferenceStep, MeasureIsotropic,
+    MeasureCross,       MeasureDot,           MeasureDifference,  SquareRoots,     Huber,          Tensor,
+    Direction,
+};
+
+}  // namespace norv::NORV_LEVEL

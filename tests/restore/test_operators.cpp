@@ -1,0 +1,115 @@
+// The linear operators of the restoration: adjoints, and the reduction against the plain one.
+#include <cmath>
+#include <doctest/doctest.h>
+#include <memory>
+#include <vector>
+
+#include "raster/separable.h"
+#include "restore/differences.h"
+#include "restore/edge_mask.h"
+#include "restore/kernel_pair.h"
+#include "support/random_plane.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+struct Size {
+  int32_t w, h;
+};
+constexpr Size kSizes[] = {{1, 1}, {2, 1}, {1, 2}, {2, 2}, {3, 2}, {5, 7}, {8, 3}, {9, 16}, {33, 5}, {1, 9}, {17, 1}};
+
+// g = D' D p, row by row as the solver does it.
+matrix Normal(DifferenceTerm& term, const matrix& p) {
+  matrix g(p.m, p.n);
+  g.fill(0);
+  term.Clear();
+  for (int32_t r = 0; r < p.n; ++r) {
+    term.Step(p, r, -1);
+    if (r > 0) term.AddAdjoint(g.z[r - 1], r - 1);
+  }
+  term.AddAdjoint(g.z[p.n - 1], p.n - 1);
+  return g;
+}
+
+double Energy(const DifferenceTerm& term, const matrix& p) {
+  double sums[8] = {};
+  for (int32_t r = 0; r < p.n; ++r) term.AddSquares(sums, p, r);
+  double total = 0;
+  for (const double sum : sums) total += sum;
+  return total;
+}
+
+constexpr Weighting kWeighting{Rule::huber, 0.7f, 20};
+
+}  // namespace
+
+TEST_CASE("every difference operator's adjoint: <D p, D p> = <p, D' D p>, and D' D is symmetric") {
+  for (const Size size : kSizes) {
+    const matrix x = RandomPlane(size.w, size.h, 1), p = RandomPlane(size.w, size.h, 2, -1, 1);
+    const matrix q = RandomPlane(size.w, size.h, 3, -1, 1);
+    OrientationField field, scaled;
+    FindOrientation(field, x, 0.8);
+    FindOrientation(scaled, x, 0.8);
+    BitMask mask;
+    MarkEdges(mask, x, 90);
+    const PixelList pixels(DilateMask(mask));
+    std::vector<std::unique_ptr<DifferenceTerm>> terms;
+    terms.push_back(std::make_unique<IsotropicTerm>(size.w, size.h, kWeighting));
+    terms.push_back(std::make_unique<ReferenceTerm>(q, kWeighting));
+    terms.push_back(std::make_unique<CrossTerm>(size.w, size.h, kWeighting, field));
+    terms.push_back(std::make_unique<ScaledCrossTerm>(size.w, size.h, kWeighting, scaled));
+    terms.push_back(std::make_unique<DirectionalTerm>(size.w, size.h, kWeighting, kWeighting, field));
+    terms.push_back(std::make_unique<MaskedTerm>(size.w, size.h, kWeighting, field, pixels));
+    terms.push_back(std::make_unique<AxisTerm>(size.w, size.h, kWeighting));
+    for (size_t k = 0; k < terms.size(); ++k) {
+      CAPTURE(k);
+      CAPTURE(size.w);
+      CAPTURE(size.h);
+      terms[k]->Weigh(x);
+      const matrix normal = Normal(*terms[k], p);
+      const double scale = 1e-5 * size.w * size.h;
+      CHECK(Product(p, normal) == doctest::Approx(Energy(*terms[k], p)).epsilon(1e-5).scale(scale));
+      CHECK(std::abs(Product(q, normal) - Product(Normal(*terms[k], q), p)) < scale);
+      if (k < 5 && size.w > 1 && size.h > 1) CHECK(Energy(*terms[k], p) > 0);
+    }
+  }
+}
+
+TEST_CASE("the kernel pair: the plain reduction, and <R x, y> = <x, E y>, for every code") {
+  for (const int32_t code : {0, 1, 2, 3, 4, 5, 15, -1, -2, -3, -4, -5, -11, -13, -20, -21, -22, -31, -35})
+    for (const int32_t f : {1, 2, 3, 4, 7})
+      for (const Size size : kSizes) {
+        CAPTURE(code);
+        CAPTURE(f);
+        CAPTURE(size.w);
+        CAPTURE(size.h);
+        const FilterChoice filter = *FilterOfKernelCode(code);
+        KernelPair pair(filter, f, size.w, size.h);
+        const matrix x = RandomPlane(f * size.w, f * size.h, 4, -1, 1), y = RandomPlane(size.w, size.h, 5, -1, 1);
+        matrix reduced(size.w, size.h), plain(size.w, size.h), spread(x.m, x.n), taps;
+        for (int32_t i = 0; i < size.h; ++i) pair.ReduceRow(x, i, reduced.z[i]);
+        for (int32_t r = 0; r < x.n; ++r) pair.SpreadRow(y, r, spread.z[r]);
+        BuildTaps(taps, f, filter);
+        ShrinkMatrix(plain, x, taps);
+        double apart = 0;
+        for (int32_t i = 0; i < plain.mn; ++i)
+          apart = std::max(apart, std::abs(static_cast<double>(plain.x[i] - reduced.x[i])));
+        REQUIRE(apart < 1e-5);
+        REQUIRE(std::abs(Product(reduced, y) - Product(x, spread)) < 1e-5 * std::sqrt(x.mn + 1.0));
+      }
+}
+
+TEST_CASE("a row of the small plane needs none of the large one beyond LastSource") {
+  KernelPair pair(*FilterOfKernelCode(3), 2, 6, 7);
+  matrix x = RandomPlane(12, 14, 6);
+  for (int32_t i = 0; i < 7; ++i) {
+    float before[6], after[6];
+    pair.ReduceRow(x, i, before);
+    matrix changed = x;
+    for (int32_t r = pair.LastSource(i) + 1; r < 14; ++r) std::fill_n(changed.z[r], 12, 1e6f);
+    pair.ReduceRow(changed, i, after);
+    CHECK(std::equal(before, before + 6, after));
+  }
+}

@@ -1,0 +1,128 @@
+// Weights, directions and edge masks against their definitions.
+#include <cmath>
+#include <doctest/doctest.h>
+#include <limits>
+
+#include "raster/separable.h"
+#include "restore/edge_mask.h"
+#include "restore/reference_plane.h"
+#include "restore/weights.h"
+#include "support/plain_restore.h"
+#include "support/random_plane.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+float Weight(float g, const Weighting& weighting, bool squared = false) {
+  ApplyRule(&g, 1, weighting, squared);
+  return g;
+}
+
+}  // namespace
+
+TEST_CASE("rules: flat places, the join at delta, and the squared penalty that each weight stands for") {
+  const Weighting huber{Rule::huber, 0.5f, 3}, lorentzian{Rule::lorentzian, 0.5f, 3};
+  const double sigma = 3 * std::sqrt(2.0);
+  CHECK(Weight(0, huber) == 0.5f);
+  CHECK(Weight(3, huber) == 0.5f);
+  CHECK(Weight(-2, huber) == 0.5f);
+  CHECK(Weight(0, lorentzian) == doctest::Approx(0.5 / sigma));
+  for (const float g : {3.5f, -10.0f, 255.0f}) {
+    const double size = std::abs(static_cast<double>(g));
+    CHECK(Weight(g, huber) == doctest::Approx(0.5 * std::sqrt((2 * size - 3) * 3) / size));
+    CHECK(Weight(g * g, huber, true) == doctest::Approx(Weight(g, huber)));
+    CHECK(Weight(g, lorentzian) == doctest::Approx(0.5 * std::sqrt(std::log1p(size * size / (sigma * sigma))) / size));
+    CHECK(Weight(g * g, lorentzian, true) == doctest::Approx(Weight(g, lorentzian)));
+    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 1}) == doctest::Approx(Weight(g, huber)));
+    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 0.5f}) ==
+          doctest::Approx(0.5 * 3 * std::sqrt(1 + 4 * (std::sqrt(size / 3) - 1)) / size));
+    const double limit = 0.5 * 3 * std::sqrt(1 + 2 * std::log(size / 3)) / size;
+    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 0}) == doctest::Approx(limit));
+    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, -2}) == doctest::Approx(limit));
+    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 1e-4f}) == doctest::Approx(limit).epsilon(1e-3));
+  }
+}
+
+TEST_CASE("the orientation field, unsmoothed, smoothed, and with scales beyond the plane") {
+  for (const int32_t w : {1, 2, 9, 21})
+    for (const double scale : {0.0, 0.4, 1.4, 9.0}) {
+      const matrix x = RandomPlane(w, 6, 11);
+      OrientationField field;
+      FindOrientation(field, x, scale);
+      const PlainField plain = PlainOrientation(PlainPlane(x), scale);
+      for (int32_t i = 0; i < x.mn; ++i) {
+        CAPTURE(w);
+        CAPTURE(scale);
+        // The direction counts, not its sense.
+        const double u1 = static_cast<double>(field.u1.x[i]), u2 = static_cast<double>(field.u2.x[i]);
+        const double v1 = plain.u1.v[static_cast<size_t>(i)], v2 = plain.u2.v[static_cast<size_t>(i)];
+        CHECK(u1 * u1 + u2 * u2 == doctest::Approx(v1 * v1 + v2 * v2));
+        CHECK(std::abs(u1 * v2 - u2 * v1) < 1e-3);
+      }
+    }
+}
+
+TEST_CASE("no direction on a flat plane; NaN means no smoothing; infinite scales count as a bounded one") {
+  matrix flat(9, 9);
+  flat.fill(3);
+  OrientationField field, other;
+  FindOrientation(field, flat, 1);
+  for (int32_t i = 0; i < 81; ++i) CHECK((field.u1.x[i] == 0 && field.u2.x[i] == 0));
+  const matrix x = RandomPlane(9, 9, 12);
+  FindOrientation(field, x, std::numeric_limits<double>::quiet_NaN());
+  FindOrientation(other, x, 0);
+  CHECK(std::equal(field.u1.x, field.u1.x + 81, other.u1.x));
+  FindOrientation(field, x, std::numeric_limits<double>::infinity());
+  FindOrientation(other, x, 900);
+  CHECK(std::equal(field.u1.x, field.u1.x + 81, other.u1.x));
+}
+
+TEST_CASE("edges: a step is marked on both sides, masks unite, growth stops at the border, dilation looks ahead") {
+  matrix step(8, 6);
+  for (int32_t r = 0; r < 6; ++r)
+    for (int32_t c = 0; c < 8; ++c) step.z[r][c] = c < 4 ? 0 : 100;
+  BitMask mask;
+  MarkEdges(mask, step, 100);
+  for (int32_t r = 0; r < 6; ++r)
+    for (int32_t c = 0; c < 8; ++c) CHECK(mask.Get(r, c) == (r >= 1 && r <= 4 && (c == 3 || c == 4)));
+  BitMask strict = mask;
+  MarkEdges(strict, step, 101);
+  CHECK(strict.words == mask.words);
+  GrowMask(strict, 2);
+  CHECK(strict.Get(0, 1));
+  CHECK_FALSE(strict.Get(2, 0));
+  const BitMask dilated = DilateMask(mask);
+  CHECK(dilated.Get(0, 2));
+  CHECK_FALSE(dilated.Get(1, 5));
+  CHECK_FALSE(dilated.Get(5, 4));
+  BitMask border;
+  border.Resize(4, 4);
+  border.Set(0, 1);
+  GrowMask(border, 5);
+  CHECK(border.words[0] == 2u);
+}
+
+TEST_CASE("diagonal edges are marked by the diagonal gradients alone") {
+  matrix x(3, 3);
+  x.fill(0);
+  x.z[0][1] = x.z[0][2] = x.z[1][2] = 30;
+  // q = 90 and p = 0 beat h = v = 60: squared 8100 against 7200, over 9.
+  BitMask mask;
+  MarkEdges(mask, x, 29.9f);
+  CHECK(mask.Get(1, 1));
+  BitMask none;
+  MarkEdges(none, x, 30.1f);
+  CHECK_FALSE(none.Get(1, 1));
+}
+
+TEST_CASE("the reference plane is the negated enlargement") {
+  for (const int32_t f : {1, 2, 3}) {
+    const matrix y = RandomPlane(7, 5, 13), reference = ReferencePlane(y, f);
+    matrix large;
+    ResampleSeparable(y, large, EnlargementTable(7, f), EnlargementTable(5, f));
+    REQUIRE(reference.mn == large.mn);
+    for (int32_t i = 0; i < large.mn; ++i) CHECK(std::abs(reference.x[i] + large.x[i]) < 1e-3f);
+  }
+}
