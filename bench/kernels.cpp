@@ -1,0 +1,145 @@
+// Network evaluation without any road around it, ns a pixel of the network 48-64-64-4: the packed form at each vector
+// level against the record's own evaluation and against the machine's limit of separate multiplications and additions.
+#include "simd/kernels.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <cmath>
+
+#include "net/forward.h"
+#include "net/packed_net.h"
+#include "peak.h"
+#include "simd/level.h"
+
+namespace norv {
+namespace {
+
+constexpr int32_t kInputs = 48;
+constexpr int64_t kOperations = 2 * (48 * 64 + 64 * 64 + 64 * 4);  // a pixel, activations not counted
+
+// A steady stream of values from -0.5 to 0.5.
+class Values {
+ public:
+  float Next() {
+    state_ = state_ * 1664525 + 1013904223;
+    return static_cast<float>(state_ >> 8) / 16777216.0f - 0.5f;
+  }
+
+ private:
+  uint32_t state_ = 1;
+};
+
+NeuralNet MakeNet(int64_t kind) {
+  NeuralNet net;
+  BuildNet(net, kInputs, {64, 64, 4});
+  Values values;
+  for (NetLayer& layer : net.layers)
+    for (NetUnit& unit : layer.units) {
+      for (int32_t i = 0; i < unit.Nin; ++i) unit.W.x[i] = values.Next() * 2 / std::sqrt(static_cast<float>(unit.Nin));
+      unit.b = values.Next();
+      unit.ActivationKind = static_cast<int32_t>(kind);
+      BindActivation(unit);
+    }
+  return net;
+}
+
+void CountPixels(benchmark::State& state, double pixels) {
+  state.counters["pixel"] =
+      benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// The level that a benchmark asks for, until it ends. False, with the benchmark skipped, where the machine lacks it.
+class Level {
+ public:
+  Level(benchmark::State& state, int64_t level) : isThere_(level <= static_cast<int64_t>(MachineLevel())) {
+    if (!isThere_) return state.SkipWithError("this machine lacks the level");
+    ForceLevel(static_cast<VectorLevel>(level));
+    state.SetLabel(NameOf(ActiveLevel()));
+  }
+  ~Level() { ForceLevel(before_); }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+  explicit operator bool() const { return isThere_; }
+
+ private:
+  VectorLevel before_ = ActiveLevel();
+  bool isThere_;
+};
+
+// The time that the limit allows for the network's arithmetic alone.
+void Limit(benchmark::State& state) {
+  const Level level(state, state.range(0));
+  if (!level) return;
+  const bool isWide = ActiveLevel() == VectorLevel::avx512;
+  constexpr int64_t kRounds = 1000;
+  for (auto _ : state) benchmark::DoNotOptimize(isWide ? wide::PeakRounds(kRounds) : narrow::PeakRounds(kRounds));
+  const int64_t operations = kRounds * (isWide ? wide::kPeakOperations : narrow::kPeakOperations);
+  CountPixels(state, static_cast<double>(operations) / static_cast<double>(kOperations));
+}
+
+void Record(benchmark::State& state) {
+  NeuralNet net = MakeNet(state.range(0));
+  constexpr int kPixels = 64;
+  Values values;
+  matrix inputs(kInputs, kPixels), input(kInputs, 1);
+  for (int32_t i = 0; i < inputs.mn; ++i) inputs.x[i] = values.Next();
+  for (auto _ : state)
+    for (int32_t p = 0; p < kPixels; ++p) {
+      std::copy_n(inputs.z[p], kInputs, input.x);
+      ForwardPass(net, input, 1);
+      benchmark::DoNotOptimize(net.layers[2].units[3].a);
+    }
+  CountPixels(state, kPixels);
+}
+
+void Packed(benchmark::State& state) {
+  const Level level(state, state.range(0));
+  if (!level) return;
+  const PackedNet net(MakeNet(state.range(1)));
+  PackedNet::Scratch scratch(net);
+  Values values;
+  for (int64_t i = 0; i < kInputs * kPixelsPerBlock; ++i) scratch.Input(0)[i] = values.Next();
+  for (auto _ : state) benchmark::DoNotOptimize(net.EvaluateBlock(scratch, kPixelsPerBlock));
+  CountPixels(state, kPixelsPerBlock);
+}
+
+// One layer's products, and one activation kind over as many values.
+void Products(benchmark::State& state) {
+  const Level level(state, state.range(0));
+  if (!level) return;
+  const AlignedArray<float> rows = MakeAligned<float>(64 * kPixelsPerBlock), weights = MakeAligned<float>(64 * 65),
+                            sums = MakeAligned<float>(64 * kPixelsPerBlock);
+  Values values;
+  for (int i = 0; i < 64 * kPixelsPerBlock; ++i) rows[i] = values.Next();
+  for (int i = 0; i < 64 * 65; ++i) weights[i] = values.Next();
+  for (auto _ : state) {
+    ActiveKernels().evaluateLayer(weights.get(), 64, 64, rows.get(), sums.get(), kPixelsPerBlock);
+    benchmark::ClobberMemory();
+  }
+  state.counters["flops"] =
+      benchmark::Counter(2 * 64 * 64 * kPixelsPerBlock, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void Activation(benchmark::State& state) {
+  const Level level(state, state.range(0));
+  if (!level) return;
+  constexpr int64_t kCount = 64 * kPixelsPerBlock;
+  const AlignedArray<float> sums = MakeAligned<float>(kCount), results = MakeAligned<float>(kCount);
+  Values values;
+  for (int64_t i = 0; i < kCount; ++i) sums[i] = 8 * values.Next();
+  for (auto _ : state) {
+    ActiveKernels().activation[state.range(1)](sums.get(), results.get(), kCount);
+    benchmark::ClobberMemory();
+  }
+  state.counters["value"] =
+      benchmark::Counter(kCount, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+BENCHMARK(Limit)->ArgName("level")->DenseRange(0, 2);
+BENCHMARK(Record)->ArgName("kind")->Arg(14)->Arg(1);
+BENCHMARK(Packed)->ArgNames({"level", "kind"})->ArgsProduct({{0, 1, 2}, {14, 1}});
+BENCHMARK(Products)->ArgName("level")->DenseRange(0, 2);
+BENCHMARK(Activation)->ArgNames({"level", "kind"})->ArgsProduct({{1, 2}, {1, 2, 3, 8, 10, 11, 14, 15, 16, 17}});
+
+}  // namespace
+}  // namespace norv
