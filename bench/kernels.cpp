@@ -52,7 +52,10 @@ void CountPixels(benchmark::State& state, double pixels) {
 class Level {
  public:
   Level(benchmark::State& state, int64_t level) : isThere_(level <= static_cast<int64_t>(MachineLevel())) {
-    if (!isThere_) return state.SkipWithError("this machine lacks the level");
+    if (!isThere_) {
+      state.SkipWithError("this machine lacks the level");
+      return;
+    }
     ForceLevel(static_cast<VectorLevel>(level));
     state.SetLabel(NameOf(ActiveLevel()));
   }
