@@ -28,7 +28,7 @@ enum class Ending {
   unavailable,  // this build lacks the operation
 };
 
-// Restoration, restore_modes.cpp.
+// Restoration, restore_modes.cpp and (from 2 on) bit_modes.cpp.
 Ending RestoreWholeImage(const Request& request);              // 0
 Ending RestoreImageInBands(const Request& request);            // 1
 Ending RestoreToBitImage(const Request& request);              // 2

@@ -1,4 +1,4 @@
-// Modes 0 to 5: restoration of float images and of bit images.
+// Modes 0 and 1: restoration of float images.
 #include "driver/modes.h"
 #include "driver/report.h"
 #include "numeric/float_image.h"
@@ -9,9 +9,9 @@ namespace {
 
 // On purpose no failure: a missing picture is restored as an empty one, and the run ends as usual even when the result
 // cannot be written. The reason is on standard error then.
-FloatImage LoadPicture(Folder folder) {
+FloatImage LoadPicture() {
   FloatImage image;
-  static_cast<void>(image.Load("input.fdib", folder));
+  static_cast<void>(image.Load("input.fdib", Folder::executable));
   return image;
 }
 
@@ -25,32 +25,18 @@ void RestoreVisibly(FloatImage& image, const RestoreParameters& parameters) {
 }  // namespace
 
 Ending RestoreWholeImage(const Request& request) {
-  FloatImage image = LoadPicture(Folder::executable);
+  FloatImage image = LoadPicture();
   RestoreVisibly(image, request.restore);
   SavePicture(image);
   return Ending::report;
 }
 
 Ending RestoreImageInBands(const Request& request) {
-  FloatImage image = LoadPicture(Folder::executable);
+  FloatImage image = LoadPicture();
   const int32_t threads = ClampThreads(request.threads, request.processors);
   RestoreImageThreaded(image, request.restore, threads);
   SavePicture(image);
   return Ending::report;
 }
-
-Ending RestoreToBitImage(const Request&) { return Ending::unavailable; }
-
-Ending RestoreInBandsThenProcessBits(const Request& request) {
-  ClampThreads(request.threads, request.processors);
-  return Ending::unavailable;
-}
-
-Ending ProcessBitsInBands(const Request& request) {
-  ClampBitThreads(request.threads, request.processors);
-  return Ending::unavailable;
-}
-
-Ending ProcessWholeBits(const Request&) { return Ending::unavailable; }
 
 }  // namespace norv

@@ -4,6 +4,11 @@
 #include <cstring>
 
 #include "numeric/assert.h"
+#include "platform/progress.h"
+#include "platform/team.h"
+#include "raster/bands.h"
+#include "raster/edges.h"
+#include "restore/restore_image.h"
 
 namespace norv {
 namespace {
@@ -104,6 +109,27 @@ Span Clip(int64_t sourceLength, int64_t before, int64_t after, int64_t start, in
   return {std::max(before, -offset), std::min(sourceLength - after, length - offset), offset};
 }
 
+// The pixels of a row of bytes in the image's format.
+void FromBytes(const uint8_t* bytes, FloatImage& image, int32_t row) {
+  const PixelFunction convert = image.planes == 4 ? image.toModel4 : image.toModel;
+  for (int32_t c = 0; c < image.width; ++c, bytes += 3) {
+    const float display[3] = {static_cast<float>(bytes[2]), static_cast<float>(bytes[1]), static_cast<float>(bytes[0])};
+    float model[4];
+    convert(model, display);
+    for (int32_t k = 0; k < image.planes; ++k) image.plane[k].z[row][c] = model[k];
+  }
+}
+
+void ProcessBand(const BitImage& source, BitImage& destination, int32_t row, int32_t height,
+                 const RestoreParameters& parameters, int32_t format, Progress& progress) {
+  FloatImage band(source.width, height + 2 * kBandMargin, format);
+  for (int32_t r = 0; r < band.height; ++r)
+    FromBytes(source.rows[MirrorIndex(int64_t{row} - kBandMargin + r, source.height)], band, r);
+  RestoreImage(band, parameters, &progress);
+  const int32_t margin = kBandMargin * parameters.factor;
+  PasteToBitImage(destination, 0, row * parameters.factor, band, nullptr, 0, 0, margin, margin);
+}
+
 }  // namespace
 
 void ToBytes(const float* colour, uint8_t* out) {
@@ -129,6 +155,20 @@ void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& s
         if (mask->Get(row, column + i)) std::memcpy(target + 3 * i, bytes + 3 * i, 3);
     }
   }
+}
+
+void ProcessBitImage(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t threads) {
+  const BandPlan plan = PlanBands(image.height, std::max(threads, 1));
+  CheckRestoration(parameters, image.width, image.height, bandFormat);
+  if (image.count > 0) CheckRestoration(parameters, image.width, plan.height + 2 * kBandMargin, bandFormat);
+  BitImage enlarged(image.width * parameters.factor, image.height * parameters.factor);
+  Progress progress("Restoring", plan.threads * RestorationWork(parameters, bandFormat));
+  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+    const int64_t row = i * plan.height;
+    if (image.count > 0 && row < image.height)
+      ProcessBand(image, enlarged, static_cast<int32_t>(row), plan.height, parameters, bandFormat, progress);
+  });
+  image.swap(enlarged);
 }
 
 }  // namespace norv

@@ -6,6 +6,7 @@
 #include "numeric/bit_image.h"
 #include "numeric/bit_mask.h"
 #include "numeric/float_image.h"
+#include "restore/parameters.h"
 
 namespace norv {
 
@@ -19,5 +20,12 @@ void ToBytes(const float* colour, uint8_t* out);
 // bit in the mask (dest's coordinates, null: none) is clear, are skipped.
 void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& source, const BitMask* mask,
                      int32_t left, int32_t right, int32_t top, int32_t bottom);
+
+// Enlarges and restores the image in place, in horizontal bands with margins, one a thread (0 threads and fewer work as
+// 1): each a FloatImage of the format code bandFormat, cut out of the source with rows outside mirrored, restored as
+// RestoreImage() does and pasted. Throws as CheckRestoration(), or the out-of-memory message, before anything is
+// changed or when the enlarged image does not fit into memory. An empty image becomes an empty image of the enlarged
+// sizes.
+void ProcessBitImage(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t threads);
 
 }  // namespace norv
