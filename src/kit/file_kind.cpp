@@ -37,7 +37,7 @@ int64_t FloatImageBytes(const Header& h) {
 }
 
 int64_t BitImageBytes(const Header& h) {
-  if (h[0] < 0 || h[1] < 0) return kSenseless;
+  if (Elements(h[0], h[1]) < 0) return kSenseless;
   const int64_t bytes = (int64_t{h[0]} * 3 + 3) / 4 * 4 * h[1];
   return bytes <= kMostElements ? 8 + bytes : kSenseless;
 }
