@@ -12,6 +12,7 @@
 using namespace norv;
 using namespace norv::test;
 
+#ifdef __GLIBC__  // the C library whose exp, log and atan the results were compared with for every float there is
 TEST_CASE("every kind has the formula's single-precision results") {
   std::mt19937 random(5);
   for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
@@ -28,6 +29,7 @@ TEST_CASE("every kind has the formula's single-precision results") {
     CHECK_MESSAGE(different == 0, "kind ", kind);
   }
 }
+#endif
 
 TEST_CASE("ends of the activation kinds") {
   const double infinity = std::numeric_limits<double>::infinity();
