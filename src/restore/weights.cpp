@@ -1,37 +1,14 @@
 #include "restore/weights.h"
 
-#include <cmath>
-
 #include "raster/edges.h"
-#include "simd/math.h"
 #include "simd/restore_kernels.h"
 
 namespace norv {
 namespace {
 
-void ApplyLorentzian(float* values, int64_t n, const Weighting& weighting, bool squared) {
-  // The isotropic measure takes its constant in single precision, on purpose.
-  const double sigma = squared ? static_cast<double>(weighting.delta * 1.4142135f)
-                               : static_cast<double>(weighting.delta) * 1.4142135623730951;
-  const double lambda = static_cast<double>(weighting.lambda);
-  for (int64_t i = 0; i < n; ++i) {
-    const double value = static_cast<double>(values[i]), g2 = squared ? value : value * value;
-    const double w = g2 > 1e-10 ? lambda * std::sqrt(Log(1 + g2 / (sigma * sigma)) / g2) : lambda / sigma;
-    values[i] = static_cast<float>(w);
-  }
-}
-
-// Huber's penalty beyond delta with t = g / delta: 1 + (2 / p)(t^p - 1), which is 2 t - 1 for p = 1.
-double ShapedPenalty(double t, double p) { return p > 0 ? 1 + 2 / p * (Pow(t, p) - 1) : 1 + 2 * Log(t); }
-
-void ApplyShaped(float* values, int64_t n, const Weighting& weighting, bool squared) {
-  const double lambda = static_cast<double>(weighting.lambda), delta = static_cast<double>(weighting.delta);
-  const double p = static_cast<double>(weighting.shape);
-  for (int64_t i = 0; i < n; ++i) {
-    const double value = static_cast<double>(values[i]), g = squared ? std::sqrt(value) : std::abs(value);
-    const double w = g <= delta ? lambda : lambda * delta * std::sqrt(ShapedPenalty(g / delta, p)) / g;
-    values[i] = static_cast<float>(w);
-  }
+// The isotropic measure, which is squared, takes its constant in single precision, on purpose.
+double Sigma(float delta, bool squared) {
+  return squared ? static_cast<double>(delta * 1.4142135f) : static_cast<double>(delta) * 1.4142135623730951;
 }
 
 // Weights of the mirrored cells of every row, measured by a kernel.
@@ -47,14 +24,16 @@ void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, const Me
 }  // namespace
 
 void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared) {
+  const RestoreKernels& kernels = ActiveRestoreKernels();
+  const double lambda = static_cast<double>(weighting.lambda), delta = static_cast<double>(weighting.delta);
+  if (squared && weighting.rule != Rule::lorentzian) kernels.squareRoot(values, n);
   switch (weighting.rule) {
     case Rule::huber:
-      if (squared) ActiveRestoreKernels().squareRoot(values, n);
-      return ActiveRestoreKernels().huber(values, weighting.lambda, weighting.delta, n);
+      return kernels.huber(values, weighting.lambda, weighting.delta, n);
     case Rule::lorentzian:
-      return ApplyLorentzian(values, n, weighting, squared);
+      return kernels.lorentzian(values, lambda, Sigma(weighting.delta, squared), squared, n);
     case Rule::shaped:
-      return ApplyShaped(values, n, weighting, squared);
+      return kernels.shaped(values, lambda, delta, static_cast<double>(weighting.shape), n);
   }
 }
 

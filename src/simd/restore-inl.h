@@ -1,15 +1,22 @@
 // Bodies of the restoration's row kernels: one formula each, written once for a vector of eight floats and for the
-// single floats of the tail. To be included by the file of one level, with NORV_LEVEL naming its namespace.
+// single floats of the tail. To be included by the file of one level, with NORV_LEVEL naming a namespace of its own and
+// NORV_VECTOR_BYTES the level's vectors.
+#include <cstddef>
+#include <cstdint>
 #include <immintrin.h>
 
 #include "simd/restore_kernels.h"
+// clang-format off
+#include "simd/vectors-inl.h"
+#include "simd/math-inl.h"
+// clang-format on
 
 namespace norv::NORV_LEVEL {
 namespace {
 
-using Floats [[gnu::vector_size(32)]] = float;
+using Floats [[gnu::vector_size(32)]] = float;  // eight at every level: wider ones gave nothing
 using FloatsAnywhere [[gnu::vector_size(32), gnu::aligned(4), gnu::may_alias]] = float;
-using Doubles [[gnu::vector_size(32)]] = double;
+using FourDoubles [[gnu::vector_size(32)]] = double;
 constexpr int64_t kLanes = 8;
 
 template <typename V>
@@ -26,7 +33,16 @@ inline void Store(float* p, Floats v) { *reinterpret_cast<FloatsAnywhere*>(p) = 
 inline void Store(float* p, float v) { *p = v; }
 inline Floats SquareRoot(Floats v) { return _mm256_sqrt_ps(v); }
 inline float SquareRoot(float v) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(v))); }
-inline Doubles SquareRoot(Doubles v) { return _mm256_sqrt_pd(v); }
+inline FourDoubles SquareRoot(FourDoubles v) { return _mm256_sqrt_pd(v); }
+#if NORV_VECTOR_BYTES == 64
+inline Doubles SquareRoot(Doubles v) { return _mm512_maskz_sqrt_pd(0xff, v); }  // the unmasked one warns
+#endif
+inline double SquareRoot(double v) { return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(v))); }
+
+// Starts to fetch what a stream of rows will be asked for soon: the hardware's own prefetching ends at every page,
+// which is every row of a megapixel plane.
+constexpr int64_t kAhead = 512;
+inline void Prefetch(const float* p) { __builtin_prefetch(p + kAhead); }
 
 // body(V{}, i) for whole vectors, then for single elements.
 template <typename Body>
@@ -39,12 +55,12 @@ inline void ForRow(int64_t n, const Body& body) {
 // sums[i mod 8] += value(V{}, i) for i < n.
 template <typename Value>
 inline void SumRow(double* sums, int64_t n, const Value& value) {
-  Doubles low = _mm256_loadu_pd(sums), high = _mm256_loadu_pd(sums + 4);
+  FourDoubles low = _mm256_loadu_pd(sums), high = _mm256_loadu_pd(sums + 4);
   int64_t i = 0;
   for (; i + kLanes <= n; i += kLanes) {
     const __m256 v = value(Floats{}, i);
-    low += static_cast<Doubles>(_mm256_cvtps_pd(_mm256_castps256_ps128(v)));
-    high += static_cast<Doubles>(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)));
+    low += static_cast<FourDoubles>(_mm256_cvtps_pd(_mm256_castps256_ps128(v)));
+    high += static_cast<FourDoubles>(_mm256_cvtps_pd(_mm256_extractf128_ps(v, 1)));
   }
   _mm256_storeu_pd(sums, low);
   _mm256_storeu_pd(sums + 4, high);
@@ -103,6 +119,8 @@ void JoinPhases(float* line, const float* phases, int64_t stride, int64_t f, int
 void ScaleAndAdd(float* y, float s, const float* x, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(y + i);
+    Prefetch(x + i);
     Store(y + i, s * Load<V>(y + i) + Load<V>(x + i));
   });
 }
@@ -110,6 +128,8 @@ void ScaleAndAdd(float* y, float s, const float* x, int64_t n) {
 void AddScaled(float* y, float s, const float* x, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(y + i);
+    Prefetch(x + i);
     Store(y + i, Load<V>(y + i) + s * Load<V>(x + i));
   });
 }
@@ -166,6 +186,7 @@ inline V Advance(float* s, float alpha, V q) {
 void IsotropicSquares(double* sums, CellRow p, const float* w, int64_t n) {
   SumRow(sums, n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
     const V q1 = Load<V>(w + i) * First<V>(p, i), q2 = Load<V>(w + i) * Second<V>(p, i);
     return q1 * q1 + q2 * q2;
   });
@@ -174,6 +195,9 @@ void IsotropicSquares(double* sums, CellRow p, const float* w, int64_t n) {
 void IsotropicStep(CellRow p, const float* w, float alpha, float* s1, float* s2, CornerRow out, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(s1 + i);
+    Prefetch(s2 + i);
     const V weight = Load<V>(w + i);
     Store(out.first + i, weight * Advance(s1 + i, alpha, weight * First<V>(p, i)));
     Store(out.second + i, weight * Advance(s2 + i, alpha, weight * -Second<V>(p, i)));
@@ -276,6 +300,40 @@ void Huber(float* x, float lambda, float delta, int64_t n) {
   });
 }
 
+// body(value, is a vector) of every element as a double, whole vectors first; the result rounded.
+template <typename Body>
+inline void ForRowInDouble(float* x, int64_t n, const Body& body) {
+  int64_t i = 0;
+  for (; i + kDoubleLanes <= n; i += kDoubleLanes) {
+    HalfFloats v;
+    __builtin_memcpy(&v, x + i, sizeof v);
+    v = Narrow(body(Widen(v)));
+    __builtin_memcpy(x + i, &v, sizeof v);
+  }
+  for (; i < n; ++i) x[i] = static_cast<float>(body(static_cast<double>(x[i])));
+}
+
+void Lorentzian(float* x, double lambda, double sigma, bool squared, int64_t n) {
+  ForRowInDouble(x, n, [&](auto value) {
+    using V = decltype(value);
+    const V g2 = squared ? value : value * value;
+    const V beyond = lambda * SquareRoot(NORV_LEVEL::Log(1 + g2 / (sigma * sigma)) / g2);
+    return g2 > 1e-10 ? beyond : Fill<V>(lambda / sigma);
+  });
+}
+
+void Shaped(float* x, double lambda, double delta, double shape, int64_t n) {
+  ForRowInDouble(x, n, [&](auto value) {
+    using V = decltype(value);
+    const V g = Magnitude(value), weak = Fill<V>(lambda), t = g / delta;
+    const auto inside = g <= delta;
+    if (!AnyLane(!inside)) return weak;
+    const V penalty = shape > 0 ? 1 + 2 / shape * (NORV_LEVEL::Pow(t, Fill<V>(shape)) - 1) : 1 + 2 * NORV_LEVEL::Log(t);
+    const V beyond = lambda * delta * SquareRoot(penalty) / g;
+    return inside ? weak : beyond;
+  });
+}
+
 // ---------------------------------------------------------------------------------------------- orientation
 
 void Tensor(float* j11, float* j12, float* j22, CellRow x, int64_t n) {
@@ -291,11 +349,11 @@ void Tensor(float* j11, float* j12, float* j22, CellRow x, int64_t n) {
 constexpr float kNoDirection = 1e-8f;
 
 // Four pixels: the half angle of (difference, twice), cosine and sine, neither by a cancelling subtraction.
-inline void HalfAngle(Doubles difference, Doubles twice, __m128& cosine, __m128& sine) {
-  const Doubles length = SquareRoot(difference * difference + twice * twice);
-  const Doubles size = difference < 0 ? -difference : difference;
-  const Doubles larger = SquareRoot((length + size) / (2 * length)), smaller = twice / (2 * length * larger);
-  const Doubles sign = twice < 0 ? Doubles{} - 1 : Doubles{} + 1;
+inline void HalfAngle(FourDoubles difference, FourDoubles twice, __m128& cosine, __m128& sine) {
+  const FourDoubles length = SquareRoot(difference * difference + twice * twice);
+  const FourDoubles size = difference < 0 ? -difference : difference;
+  const FourDoubles larger = SquareRoot((length + size) / (2 * length)), smaller = twice / (2 * length * larger);
+  const FourDoubles sign = twice < 0 ? FourDoubles{} - 1 : FourDoubles{} + 1;
   const auto right = difference >= 0;
   cosine = _mm256_cvtpd_ps(right ? larger : smaller * sign);
   sine = _mm256_cvtpd_ps(right ? smaller : larger * sign);
@@ -306,8 +364,8 @@ inline void DirectionBlock(float* u1, float* u2, const float* j11, const float* 
   __m128 cosine[2], sine[2];
   for (int half = 0; half < 2; ++half) {
     const auto part = [&](Floats v) { return half ? _mm256_extractf128_ps(v, 1) : _mm256_castps256_ps128(v); };
-    HalfAngle(_mm256_cvtps_pd(part(difference)), 2 * static_cast<Doubles>(_mm256_cvtps_pd(part(mixed))), cosine[half],
-              sine[half]);
+    HalfAngle(_mm256_cvtps_pd(part(difference)), 2 * static_cast<FourDoubles>(_mm256_cvtps_pd(part(mixed))),
+              cosine[half], sine[half]);
   }
   const Floats sizeOfMixed = mixed < 0 ? -mixed : mixed, size = difference < 0 ? -difference : difference;
   const auto none = (sizeOfMixed < kNoDirection) & (size < kNoDirection);
@@ -336,10 +394,32 @@ void Direction(float* u1, float* u2, const float* j11, const float* j12, const f
 
 extern const RestoreKernels kRestoreKernels;
 const RestoreKernels kRestoreKernels = {
-    CombineRows,        SplitPhases,          JoinPhases,         ScaleAndAdd,     AddScaled,      AddDifferences,
-    AddSquares,         AddDifferenceSquares, IsotropicSquares,   IsotropicStep,   CrossSquares,   CrossStep,
-    ScaledCrossSquares, ScaledCrossStep,      DirectionalSquares, DirectionalStep, DifferenceStep, MeasureIsotropic,
-    MeasureCross,       MeasureDot,           MeasureDifference,  SquareRoots,     Huber,          Tensor,
+    CombineRows,
+    SplitPhases,
+    JoinPhases,
+    ScaleAndAdd,
+    AddScaled,
+    AddDifferences,
+    AddSquares,
+    AddDifferenceSquares,
+    IsotropicSquares,
+    IsotropicStep,
+    CrossSquares,
+    CrossStep,
+    ScaledCrossSquares,
+    ScaledCrossStep,
+    DirectionalSquares,
+    DirectionalStep,
+    DifferenceStep,
+    MeasureIsotropic,
+    MeasureCross,
+    MeasureDot,
+    MeasureDifference,
+    SquareRoots,
+    Huber,
+    Lorentzian,
+    Shaped,
+    Tensor,
     Direction,
 };
 

@@ -4,26 +4,26 @@
 
 namespace norv {
 
-namespace avx {
+namespace restore_avx {
 extern const RestoreKernels kRestoreKernels;
 }
-namespace avx2 {
+namespace restore_avx2 {
 extern const RestoreKernels kRestoreKernels;
 }
-namespace avx512 {
+namespace restore_avx512 {
 extern const RestoreKernels kRestoreKernels;
 }
 
 const RestoreKernels& ActiveRestoreKernels() {
   switch (ActiveLevel()) {
     case VectorLevel::avx:
-      return avx::kRestoreKernels;
+      return restore_avx::kRestoreKernels;
     case VectorLevel::avx2:
-      return avx2::kRestoreKernels;
+      return restore_avx2::kRestoreKernels;
     case VectorLevel::avx512:
-      return avx512::kRestoreKernels;
+      return restore_avx512::kRestoreKernels;
   }
-  return avx::kRestoreKernels;
+  return restore_avx::kRestoreKernels;
 }
 
 }  // namespace norv

@@ -1,0 +1,82 @@
+// Reduction, its adjoint and the resampler against plain double loops.
+#include <cmath>
+#include <doctest/doctest.h>
+
+#include "raster/filters.h"
+#include "raster/separable.h"
+#include "support/plain_restore.h"
+#include "support/random_plane.h"
+
+using namespace norv;
+using namespace norv::test;
+
+TEST_CASE("reduction is the plain double sum, its adjoint exact, on planes shorter than the kernel too") {
+  for (const int32_t order : {0, 1, 3, 5, -1, -13, -20})
+    for (const int32_t f : {1, 2, 3, 4})
+      for (const auto& [w, h] : {std::pair{1, 1}, {2, 1}, {3, 4}, {1, 5}, {7, 2}, {12, 9}}) {
+        matrix taps;
+        ShrinkKernel(taps, f, order);
+        const matrix high = RandomPlane(w * f, h * f, 1), back = RandomPlane(w, h, 2);
+        matrix low(w, h), spread(w * f, h * f);
+        ShrinkMatrix(low, high, taps);
+        SpreadMatrix(spread, back, taps);
+        const PlainPlane plain = PlainReduce(PlainPlane(high), f, Vector(taps.x, taps.x + taps.mn));
+        CAPTURE(order);
+        CAPTURE(f);
+        for (int32_t i = 0; i < low.mn; ++i)
+          CHECK(static_cast<double>(low.x[i]) == doctest::Approx(plain.v[static_cast<size_t>(i)]).epsilon(1e-5));
+        CHECK(Product(low, back) == doctest::Approx(Product(high, spread)).epsilon(1e-5));
+      }
+}
+
+TEST_CASE("a flat plane stays flat, reduced and enlarged") {
+  for (const int32_t f : {1, 2, 3, 4}) {
+    matrix flat(5, 3), large;
+    flat.fill(77);
+    ResampleSeparable(flat, large, EnlargementTable(5, f), EnlargementTable(3, f));
+    CHECK(large.m == 5 * f);
+    CHECK(large.n == 3 * f);
+    for (int32_t i = 0; i < large.mn; ++i) CHECK(large.x[i] == doctest::Approx(77).epsilon(1e-6));
+  }
+}
+
+TEST_CASE("the enlargement's tables: starts are truncated towards zero, rows sum to 1") {
+  const ResampleTable table = EnlargementTable(3, 2);
+  CHECK(table.taps == 9);
+  CHECK(table.start == std::vector<int32_t>{-4, -4, -4, -3, -3, -2});
+  for (int32_t k = 0; k < 6; ++k) {
+    double sum = 0;
+    for (int32_t j = 0; j < 9; ++j) sum += static_cast<double>(table.weights[static_cast<size_t>(9 * k + j)]);
+    CHECK(sum == doctest::Approx(1).epsilon(1e-6));
+  }
+  // A reduction by 2 with the kernel stretched spans twice as many pixels as without.
+  ResampleTable plain, wide;
+  LanczosWeights(plain, 4, 13, 3, 2, 0.5, false);
+  LanczosWeights(wide, 4, 13, 3, 2, 0.5, true);
+  CHECK(plain.weights[2] == 0);
+  CHECK(wide.weights[2] != 0);
+}
+
+TEST_CASE("resampling: inner positions are plain sums, cut ones are divided by the weight inside") {
+  const matrix plane = RandomPlane(11, 1, 3);
+  const ResampleTable across = EnlargementTable(11, 3), down = EnlargementTable(1, 1);
+  matrix large;
+  ResampleSeparable(plane, large, across, down);
+  REQUIRE(large.m == 33);
+  for (int32_t k = 0; k < 33; ++k) {
+    double sum = 0, inside = 0;
+    bool cut = false;
+    for (int32_t j = 0; j < 9; ++j) {
+      const double weight = static_cast<double>(across.weights[static_cast<size_t>(9 * k + j)]);
+      const int32_t i = across.start[static_cast<size_t>(k)] + j;
+      if (weight == 0) continue;
+      if (i < 0 || i > 10) {
+        cut = true;
+        continue;
+      }
+      sum += weight * static_cast<double>(plane.x[i]);
+      inside += weight;
+    }
+    CHECK(static_cast<double>(large.x[k]) == doctest::Approx(cut ? sum / inside : sum).epsilon(1e-5));
+  }
+}
