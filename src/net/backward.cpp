@@ -1,16 +1,10 @@
 #include "net/backward.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "platform/team.h"
 #include "simd/math.h"
 
 namespace norv {
 namespace {
-
-constexpr float kSmoothed = 0.003921569f;  // 1/255: below it the smoothed absolute cost is a parabola
-constexpr float kParabola = 127.49999f, kParabolaOffset = 0.0019607844f, kParabolaSlope = 254.99998f;
 
 // Team size for a layer: 4 threads always, 8 or 16 only when they divide its units evenly.
 int TeamFor(int32_t threads, int32_t units) {
@@ -59,20 +53,9 @@ void MomentumStep(NetUnit& unit, float nu, float momentum) {
 
 }  // namespace
 
-OutputCost CostOfError(int32_t costSelection, float e) {
-  const bool absolute = costSelection == 1 || costSelection == 2;
-  if (costSelection == 2 && std::abs(e) <= kSmoothed) return {e * e * kParabola + kParabolaOffset, e * kParabolaSlope};
-  if (absolute) return {std::abs(e), e < 0 ? -1.0f : e == 0 ? e : 1.0f};
-  if (costSelection == 3) {
-    const float argument = e * e + 1;
-    return {static_cast<float>(Log(argument)), 2 * e / argument};
-  }
-  return {e * 0.5f * e, e};
-}
-
-float ClippedDelta(double product, float bound) {
-  const float delta = static_cast<float>(product);
-  return bound == 0 ? delta : std::max(std::min(delta, bound), -bound);
+OutputCost LogarithmicCost(float e) {
+  const float argument = e * e + 1;
+  return {static_cast<float>(Log(argument)), 2 * e / argument};
 }
 
 void BackPropagate(NeuralNet& net, const float* target, int32_t costSelection, float bound, int32_t threads) {

@@ -47,11 +47,43 @@ RowNet::RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t th
     layers_.push_back(MakeLayer(layer, inputs, layers_.empty()));
     inputs = layer.Ni;
   }
+  for (size_t k = 0; k < layers_.size(); ++k) Connect(layers_[k], k + 1 < layers_.size() ? &layers_[k + 1] : nullptr);
+}
+
+void RowNet::Connect(Layer& layer, const Layer* above) const {
+  TrainSweep& s = layer.sweep;
+  s = {};
+  s.W = layer.W.get();
+  s.V = layer.V.get();
+  s.inputs = layer.inputs;
+  s.stride = layer.stride;
+  s.update = TrainUpdate::none;
+  s.momentum = momentum_;
+  s.step = layer.step.get();
+  s.bias = layer.bias.get();
+  s.z = layer.z.get();
+  TrainDeltas& d = layer.deltas;
+  d = {};
+  d.slope = layer.slope.get();
+  d.momentum = momentum_;
+  d.update = update_;
+  d.delta = layer.delta.get();
+  d.step = layer.step.get();
+  d.bias = layer.bias.get();
+  d.vb = layer.vb.get();
+  if (!above) return;
+  d.W = above->W.get();
+  d.stride = above->stride;
+  d.units = above->units;
+  d.deltaAbove = above->delta.get();
 }
 
 RowNet::Layer RowNet::MakeLayer(const NetLayer& source, int32_t inputs, bool columns) const {
-  Layer layer{inputs, source.Ni, Padded(columns ? source.Ni : inputs), columns, {}, {}, {}, {}, {}, {}, {}, {}, {},
-              {},     {}};
+  Layer layer;
+  layer.inputs = inputs;
+  layer.units = source.Ni;
+  layer.stride = Padded(columns ? source.Ni : inputs);
+  layer.columns = columns;
   const int64_t units = Padded(source.Ni), weights = layer.stride * (columns ? int64_t{inputs} : units);
   layer.W = Zeros<float>(weights);
   if (momentum_ != 0) layer.V = Zeros<float>(weights);
@@ -78,13 +110,17 @@ RowNet::Layer RowNet::MakeLayer(const NetLayer& source, int32_t inputs, bool col
 void RowNet::SetRate(float nu, float bound) {
   nu_ = nu;
   bound_ = bound;
+  for (Layer& layer : layers_) {
+    layer.deltas.nu = nu;
+    layer.deltas.bound = bound;
+  }
 }
 
 void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
-  const TrainSweep sweep{
-      layer.W.get(), layer.V.get(),    layer.inputs, layer.stride, pendingInput_ ? update_ : TrainUpdate::none,
-      momentum_,     layer.step.get(), previous,     input,        layer.bias.get(),
-      layer.z.get()};
+  TrainSweep& sweep = layer.sweep;
+  sweep.update = pendingInput_ ? update_ : TrainUpdate::none;
+  sweep.previous = previous;
+  sweep.input = input;
   const auto kernel = layer.columns ? kernels_.columns : kernels_.rows;
   Spread(threads_, layer.Weights(), Padded(layer.units),
          [&](int32_t begin, int32_t end) { kernel(sweep, begin, end); });
@@ -138,11 +174,8 @@ void RowNet::OutputDeltas(const float* target) {
 }
 
 void RowNet::HiddenDeltas(Layer& layer, const Layer& above) {
-  const TrainDeltas deltas{
-      above.W.get(), above.stride, above.units,       above.delta.get(), layer.slope.get(), bound_,        nu_,
-      momentum_,     update_,      layer.delta.get(), layer.step.get(),  layer.bias.get(),  layer.vb.get()};
   Spread(threads_, above.Weights(), Padded(layer.units),
-         [&](int32_t begin, int32_t end) { kernels_.deltas(deltas, begin, end); });
+         [&](int32_t begin, int32_t end) { kernels_.deltas(layer.deltas, begin, end); });
 }
 
 void RowNet::Settle() {

@@ -35,11 +35,14 @@ class RowNet : public Trainer {
   };
 
   struct Layer {
-    int32_t inputs, units, stride;
-    bool columns;
+    int32_t inputs = 0, units = 0, stride = 0;
+    bool columns = false;
     AlignedArray<float> W, V, bias, vb, z, a, previousA, delta, step;
     AlignedArray<double> slope;
     std::vector<KindRun> kinds;
+    // What the kernels are told, of which only the inputs change from sample to sample and the rate with SetRate().
+    TrainSweep sweep{};
+    TrainDeltas deltas{};
 
     int64_t Place(int32_t unit, int32_t input) const {
       return columns ? int64_t{input} * stride + unit : int64_t{unit} * stride + input;
@@ -48,6 +51,7 @@ class RowNet : public Trainer {
   };
 
   Layer MakeLayer(const NetLayer& source, int32_t inputs, bool columns) const;
+  void Connect(Layer& layer, const Layer* above) const;
   // The pending update, together with the evaluation of `input` unless that is null.
   void Sweep(Layer& layer, const float* previous, const float* input);
   void Activate(Layer& layer);
