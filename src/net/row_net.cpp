@@ -72,6 +72,9 @@ void RowNet::Connect(Layer& layer, const Layer* above) const {
   d.bias = layer.bias.get();
   d.vb = layer.vb.get();
   if (!above) return;
+  // The last layer's deltas are formed one by one, from exact slopes.
+  constexpr int32_t kLogistic = 1;
+  if (layer.kinds.size() == 1 && layer.kinds[0].kind == kLogistic) d.z = layer.z.get();
   d.W = above->W.get();
   d.stride = above->stride;
   d.units = above->units;
@@ -128,6 +131,7 @@ void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
 
 void RowNet::Activate(Layer& layer) {
   layer.a.swap(layer.previousA);
+  if (layer.deltas.z) return kernels_.activateLogistic(layer.z.get(), layer.units, layer.a.get(), layer.slope.get());
   // In rising order: what a run writes behind its end is overwritten by the next one.
   for (const KindRun& run : layer.kinds)
     kernels_.activate[run.kind](layer.z.get() + run.begin, run.end - run.begin, layer.a.get() + run.begin,

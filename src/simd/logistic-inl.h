@@ -27,10 +27,10 @@ inline constexpr double kShortExp2[] = {1.0,
                                         1.5310079402249296e-05,
                                         1.3255224878668817e-06};  // relative error below 2^-39.7 for -1/2 .. 1/2
 
-// 1 / (exp(-x) + 1) with a relative error below 2^-39 for |x| <= kShortRange.
 inline constexpr float kShortRange = 87;
 
-inline Doubles ShortLogistic(Doubles x) {
+// exp(-x) with a relative error below 2^-39.5 for |x| <= kShortRange.
+inline Doubles ShortExpOfNegative(Doubles x) {
   const Doubles log2e = Fill<Doubles>(-0x1.71547652b82fep+0);
   const Doubles shifted = MultiplyAdd(x, log2e, Fill<Doubles>(kRounder));
   const Doubles r = MultiplyAdd(x, log2e, -(shifted - kRounder));
@@ -42,8 +42,11 @@ inline Doubles ShortLogistic(Doubles x) {
 #pragma GCC unroll 4
   for (int i = 5; i >= 0; i -= 2) odd = MultiplyAdd(odd, r2, c(i));
   const Doubles power = MultiplyAdd(odd, r, even);
-  return 1.0 / (FromBits<Doubles>(ToBits(power) + (ToBits(shifted) << 52)) + 1.0);
+  return FromBits<Doubles>(ToBits(power) + (ToBits(shifted) << 52));
 }
+
+// 1 / (exp(-x) + 1) with a relative error below 2^-39 for |x| <= kShortRange.
+inline Doubles ShortLogistic(Doubles x) { return 1.0 / (ShortExpOfNegative(x) + 1.0); }
 
 // Whether any value of a or b is within 2^-37 of the middle between two floats, in parts of the value.
 inline bool AnyNearMiddle(Doubles a, Doubles b) {

@@ -21,8 +21,6 @@ inline constexpr int32_t kWide = 16;
 inline constexpr int32_t kWide = 8;
 #endif
 using Wide = float __attribute__((vector_size(4 * kWide), may_alias));
-using HalfWide = float __attribute__((vector_size(2 * kWide), may_alias));
-using WideDouble = double __attribute__((vector_size(4 * kWide), may_alias));  // as many as HalfWide
 
 template <class V, class T>
 inline V& At(T* p) {
@@ -187,15 +185,37 @@ inline void TrainRows(const TrainSweep& sweep, int32_t begin, int32_t end) {
 
 // -------------------------------------------------------------------------------------------------------- deltas
 
+// Whether any product is below the smallest normal float, where floats are farther apart; a sum of 0 gives an exact 0.
+inline __attribute__((always_inline)) bool AnyTiny(Wide delta, Wide sum) {
+  constexpr float kSmallestNormal = 0x1p-126f;
+#if NORV_VECTOR_BYTES == 64
+  return _mm512_cmp_ps_mask(_mm512_abs_ps(__m512(delta)), _mm512_set1_ps(kSmallestNormal), _CMP_LE_OQ) &
+         _mm512_cmp_ps_mask(__m512(sum), _mm512_setzero_ps(), _CMP_NEQ_UQ);
+#else
+  const auto tiny = (delta <= kSmallestNormal) & (delta >= -kSmallestNormal) & (sum != 0.0f);
+  return !_mm256_testz_si256(__m256i(tiny), __m256i(tiny));
+#endif
+}
+
+// What the exact slopes give where the short ones leave it open.
+[[gnu::noinline]] inline Wide ExactLogisticProduct(const float* z, Wide sum) {
+  Wide product;
+  for (int32_t k = 0; k < kWide; k += kDoubleLanes)
+    Store(Narrow(Logistic::df(Widen(Load<HalfFloats>(z + k))) * Widen(Load<HalfFloats>(&At<float>(&sum) + k))),
+          &At<float>(&product) + k);
+  return product;
+}
+
 // slope times sum in double precision, rounded, then clipped so that a NaN stays one.
 inline __attribute__((always_inline)) Wide DeltaOf(const TrainDeltas& d, int32_t i, Wide sum) {
-  const HalfWide* half = reinterpret_cast<const HalfWide*>(&sum);
+  const HalfFloats* half = reinterpret_cast<const HalfFloats*>(&sum);
+  const Doubles first = Load<Doubles>(d.slope + i) * Widen(half[0]);
+  const Doubles second = Load<Doubles>(d.slope + i + kDoubleLanes) * Widen(half[1]);
   Wide delta;
-  HalfWide* result = reinterpret_cast<HalfWide*>(&delta);
-  for (int h = 0; h < 2; ++h) {
-    const WideDouble slope = At<WideDouble>(d.slope + i + h * kWide / 2);
-    result[h] = __builtin_convertvector(slope * __builtin_convertvector(half[h], WideDouble), HalfWide);
-  }
+  reinterpret_cast<HalfFloats*>(&delta)[0] = Narrow(first);
+  reinterpret_cast<HalfFloats*>(&delta)[1] = Narrow(second);
+  if (d.z && __builtin_expect(AnyNearMiddle(first, second) || AnyTiny(delta, sum), 0))
+    delta = ExactLogisticProduct(d.z + i, sum);
   if (d.bound == 0) return delta;
   const Wide bound = Wide{} + d.bound;
   delta = bound < delta ? bound : delta;
@@ -270,9 +290,31 @@ struct Both<ExponentialLinear> {
 template <typename Kind>
 void ActivateRow(const float* z, int32_t n, float* a, double* slope) {
   for (int32_t i = 0; i < n; i += kDoubleLanes) {
-    const ValueAndSlope both = Both<Kind>::Of(__builtin_convertvector(Load<HalfFloats>(z + i), Doubles));
-    Store(__builtin_convertvector(both.value, HalfFloats), a + i);
+    const ValueAndSlope both = Both<Kind>::Of(Widen(Load<HalfFloats>(z + i)));
+    Store(Narrow(both.value), a + i);
     Store(both.slope, slope + i);
+  }
+}
+
+// The slopes below rest on it: 1 - s of the exact ones has too few bits left beyond.
+inline constexpr float kShortSlopeLimit = 9;
+
+// exp(-x) s^2 is (1 - s) s with a relative error below 2^-38.7.
+inline void ActivateLogistic(const float* z, int32_t n, float* a, double* slope) {
+  for (int32_t i = 0; i < n; i += kFloatLanes) {
+    const Doubles e0 = ShortExpOfNegative(Widen(Load<HalfFloats>(z + i)));
+    const Doubles e1 = ShortExpOfNegative(Widen(Load<HalfFloats>(z + i + kDoubleLanes)));
+    const Doubles s0 = 1.0 / (e0 + 1.0), s1 = 1.0 / (e1 + 1.0);
+    // From -kShortRange to kShortSlopeLimit.
+    constexpr float kCentre = (kShortSlopeLimit - kShortRange) / 2, kReach = (kShortSlopeLimit + kShortRange) / 2;
+    if (__builtin_expect(AnyBeyond(Load<Floats>(z + i) - kCentre, kReach) || AnyNearMiddle(s0, s1), 0)) {
+      ActivateRow<Logistic>(z + i, kFloatLanes, a + i, slope + i);
+      continue;
+    }
+    Store(Narrow(s0), a + i);
+    Store(Narrow(s1), a + i + kDoubleLanes);
+    Store(s0 * s0 * e0, slope + i);
+    Store(s1 * s1 * e1, slope + i + kDoubleLanes);
   }
 }
 

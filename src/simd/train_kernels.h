@@ -37,6 +37,7 @@ struct TrainDeltas {
   int32_t units;  // of the layer above
   const float* deltaAbove;
   const double* slope;  // df(z) of this layer's units
+  const float* z;       // null: the slopes are exact. Else they come from activateLogistic, and these are its z.
   float bound;          // 0: none
   float nu, momentum;
   TrainUpdate update;  // plain or momentum
@@ -55,6 +56,9 @@ struct TrainKernels {
   void (*rows)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*deltas)(const TrainDeltas& deltas, int32_t begin, int32_t end);
   const TrainActivation* activate;  // by kind, 1 to 17
+  // The same for kind 1 with slopes of 38 bits, which nearly always decide how a delta is rounded: `deltas` finds out
+  // when they do not and takes the exact ones. For layers of this kind alone; z as in `deltas`.
+  TrainActivation activateLogistic;
 };
 
 // Those of the active level.

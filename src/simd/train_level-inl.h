@@ -4,18 +4,22 @@
 #include <cstdint>
 #include <immintrin.h>
 
+#include "simd/kernels.h"
 #include "simd/train_kernels.h"
 
 // clang-format off
 #include "simd/vectors-inl.h"
 #include "simd/math-inl.h"
 #include "simd/activation-inl.h"
+#include "simd/rows-inl.h"
+#include "simd/logistic-inl.h"
 #include "simd/train-inl.h"
 // clang-format on
 
 namespace norv::NORV_LEVEL {
 
 extern const TrainKernels kTrainKernels;
-const TrainKernels kTrainKernels = {TrainColumns, TrainRows, TrainLayerDeltas, ActivateTable<AllKinds>::kRows};
+const TrainKernels kTrainKernels = {TrainColumns, TrainRows, TrainLayerDeltas, ActivateTable<AllKinds>::kRows,
+                                    ActivateLogistic};
 
 }  // namespace norv::NORV_LEVEL
