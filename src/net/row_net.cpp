@@ -22,12 +22,12 @@ AlignedArray<T> Zeros(int64_t n) {
 // A team costs some 30 microseconds and more; below so many weights one thread is done sooner.
 constexpr int64_t kTeamPays = int64_t{1} << 21;
 
-// Calls body(begin, end) on whole blocks of `count` units.
+// Calls body(begin, end) on 0 .. count - 1, split between whole blocks.
 template <typename Body>
 void Spread(int32_t threads, int64_t weights, int32_t count, const Body& body) {
   if (threads <= 1 || weights < kTeamPays) return body(0, count);
-  ParallelRanges(threads, count / kTrainBlock, [&](int64_t begin, int64_t end) {
-    body(static_cast<int32_t>(begin) * kTrainBlock, static_cast<int32_t>(end) * kTrainBlock);
+  ParallelRanges(threads, Padded(count) / kTrainBlock, [&](int64_t begin, int64_t end) {
+    body(static_cast<int32_t>(begin) * kTrainBlock, std::min(static_cast<int32_t>(end) * kTrainBlock, count));
   });
 }
 
@@ -125,7 +125,7 @@ void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
   sweep.previous = previous;
   sweep.input = input;
   const auto kernel = layer.columns ? kernels_.columns : kernels_.rows;
-  Spread(threads_, layer.Weights(), Padded(layer.units),
+  Spread(threads_, layer.Weights(), layer.columns ? Padded(layer.units) : layer.units,
          [&](int32_t begin, int32_t end) { kernel(sweep, begin, end); });
 }
 

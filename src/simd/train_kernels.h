@@ -51,7 +51,7 @@ struct TrainDeltas {
 using TrainActivation = void (*)(const float* z, int32_t n, float* a, double* slope);
 
 struct TrainKernels {
-  // Units begin .. end - 1, both multiples of kTrainBlock.
+  // Units begin .. end - 1, both multiples of kTrainBlock; any end for rows, which take them by fours.
   void (*columns)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*rows)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*deltas)(const TrainDeltas& deltas, int32_t begin, int32_t end);

@@ -106,6 +106,29 @@ TEST_CASE("training: each kind alone, up to infinities and worse") {
   CHECK(FormsAgree(MakeNet(24, {16, 16, 4}, 0), set, {2, 0.01f, 0.01f, 2, 0, 0.1f, 0.5f, 1}));
 }
 
+TEST_CASE("training: deltas of logistic units are exact where their short exponentials leave them open") {
+  // One delta in some 8000 is near enough to a rounding boundary; nothing is learned, so that all samples are
+  // independent and their deltas seen.
+  constexpr int32_t kSamples = 4000;
+  NeuralNet plain = MakeNet(8, {128, 128, 4}, 1, 5);
+  for (NetUnit& unit : plain.layers[0].units) unit.b *= 30;
+  NeuralNet packed = plain;
+  const TrainingSet set = MakeSamples(kSamples, 8, 4);
+  const auto record = MakeRecordTrainer(plain, 0, 0, 1);
+  RowNet rows(packed, 0, 0, 1);
+  int32_t differences = 0;
+  for (int32_t i = 0; i < kSamples; ++i) {
+    for (Trainer* trainer : {record.get(), static_cast<Trainer*>(&rows)}) {
+      trainer->Learn(set.Input(i), set.Target(i));
+      trainer->Finish();
+    }
+    for (size_t k = 0; k < 2; ++k)
+      for (size_t u = 0; u < 128; ++u)
+        differences += !IsSame(plain.layers[k].units[u].delta, packed.layers[k].units[u].delta);
+  }
+  CHECK(differences == 0);
+}
+
 TEST_CASE("training: every supported team learns the same, on the record and in rows") {
   const NeuralNet net = MakeNet(8, {16, 10, 16}, 0);
   const TrainingSet set = MakeSamples(10, 8, 16);
