@@ -1,7 +1,8 @@
-// The road to bytes against a memory copy of the same planes.
+// The road to bytes against a memory copy of the same planes; the processor benchmark against a loop written in place.
 #include <benchmark/benchmark.h>
 #include <cstring>
 
+#include "driver/benchmark.h"
 #include "restore/bit_process.h"
 
 using namespace norv;
@@ -44,5 +45,39 @@ void PasteToBytes(benchmark::State& state, int32_t format) {
 }
 BENCHMARK_CAPTURE(PasteToBytes, display, kDefaultFormat)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(PasteToBytes, luminance, kLuminance)->Unit(benchmark::kMillisecond);
+
+// The processor benchmark's product in a million repetitions, through its function.
+constexpr uint32_t kProducts = 1000000;
+
+void RepeatedDot(benchmark::State& state) {
+  matrix a(kBenchmarkLength, 1), b(kBenchmarkLength, 1);
+  FillAtRandom(a);
+  FillAtRandom(b);
+  for (auto _ : state) benchmark::DoNotOptimize(RepeatDot(a, b, kProducts, 1));
+  state.SetItemsProcessed(state.iterations() * kProducts);
+}
+BENCHMARK(RepeatedDot)->Unit(benchmark::kMillisecond);
+
+// The same sum in place, with a barrier in every pass.
+void DotInPlace(benchmark::State& state) {
+  typedef float Eight __attribute__((vector_size(32)));
+  matrix a(kBenchmarkLength, 1), b(kBenchmarkLength, 1);
+  FillAtRandom(a);
+  FillAtRandom(b);
+  for (auto _ : state) {
+    for (uint32_t k = 0; k < kProducts; ++k) {
+      const float *x = a.x, *y = b.x;
+      asm volatile("" : "+r"(x), "+r"(y) : : "memory");
+      Eight sum = {};
+      for (int32_t i = 0; i < kBenchmarkLength; i += 8)
+        sum += *reinterpret_cast<const Eight*>(y + i) * *reinterpret_cast<const Eight*>(x + i);
+      float total = sum[0];
+      for (int lane = 1; lane < 8; ++lane) total += sum[lane];
+      benchmark::DoNotOptimize(total);
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kProducts);
+}
+BENCHMARK(DotInPlace)->Unit(benchmark::kMillisecond);
 
 }  // namespace
