@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <immintrin.h>
 
 #include "simd/kernels.h"
 

@@ -3,6 +3,8 @@
 // To be included through kernels-inl.h or math.cpp, which define NORV_LEVEL (the namespace that keeps one level's code
 // apart from the others') and NORV_VECTOR_BYTES.
 
+#include <immintrin.h>
+
 namespace norv::NORV_LEVEL {
 
 inline constexpr int kFloatLanes = NORV_VECTOR_BYTES / 4;
@@ -87,11 +89,12 @@ inline void Store(V v, T* to) {
   __builtin_memcpy(to, &v, sizeof(V));
 }
 
+// By intrinsics, as the compiler's own conversion takes two halves, one of them by way of memory.
 inline Doubles Widen(HalfFloats x) {
-#if defined(__AVX512F__) && NORV_VECTOR_BYTES == 64
-  return _mm512_maskz_cvtps_pd(0xff, x);  // the compiler converts it by halves otherwise
+#if NORV_VECTOR_BYTES == 64
+  return _mm512_maskz_cvtps_pd(0xff, x);
 #else
-  return __builtin_convertvector(x, Doubles);
+  return _mm256_cvtps_pd(x);
 #endif
 }
 
