@@ -151,6 +151,7 @@ void AddSquares(double* sums, const float* x, int64_t n) {
 void AddDifferenceSquares(double* sums, const float* a, const float* b, const float* w, int64_t n) {
   SumRow(sums, n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
     const V q = Load<V>(w + i) * (Load<V>(a + i) - Load<V>(b + i));
     return q * q;
   });
@@ -207,6 +208,9 @@ void IsotropicStep(CellRow p, const float* w, float alpha, float* s1, float* s2,
 void CrossSquares(double* sums, CellRow p, DirectionRow u, const float* w, int64_t n) {
   SumRow(sums, n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const V q = Load<V>(w + i) * Cross<V>(p, u, i);
     return q * q;
   });
@@ -215,6 +219,10 @@ void CrossSquares(double* sums, CellRow p, DirectionRow u, const float* w, int64
 void CrossStep(CellRow p, DirectionRow u, const float* w, float alpha, float* s, CornerRow out, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(s + i);
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const V weight = Load<V>(w + i), a = weight * Advance(s + i, alpha, weight * Cross<V>(p, u, i));
     Store(out.first + i, a * Load<V>(u.u2 + i));
     Store(out.second + i, a * Load<V>(u.u1 + i));
@@ -223,6 +231,8 @@ void CrossStep(CellRow p, DirectionRow u, const float* w, float alpha, float* s,
 
 void ScaledCrossSquares(double* sums, CellRow p, DirectionRow u, int64_t n) {
   SumRow(sums, n, [&](auto one, int64_t i) {
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const auto q = Cross<decltype(one)>(p, u, i);
     return q * q;
   });
@@ -231,6 +241,9 @@ void ScaledCrossSquares(double* sums, CellRow p, DirectionRow u, int64_t n) {
 void ScaledCrossStep(CellRow p, DirectionRow u, float alpha, float* s, CornerRow out, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(s + i);
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const V a = Advance(s + i, alpha, Cross<V>(p, u, i));
     Store(out.first + i, a * Load<V>(u.u2 + i));
     Store(out.second + i, a * Load<V>(u.u1 + i));
@@ -240,6 +253,10 @@ void ScaledCrossStep(CellRow p, DirectionRow u, float alpha, float* s, CornerRow
 void DirectionalSquares(double* sums, CellRow p, DirectionRow u, const float* w, const float* v, int64_t n) {
   SumRow(sums, n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(v + i);
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const V cross = Load<V>(w + i) * Cross<V>(p, u, i), dot = Load<V>(v + i) * Dot<V>(p, u, i);
     return cross * cross + dot * dot;
   });
@@ -249,6 +266,12 @@ void DirectionalStep(CellRow p, DirectionRow u, const float* w, const float* v, 
                      CornerRow out, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(v + i);
+    Prefetch(s + i);
+    Prefetch(t + i);
+    Prefetch(u.u1 + i);
+    Prefetch(u.u2 + i);
     const V across = Load<V>(w + i), along = Load<V>(v + i), u1 = Load<V>(u.u1 + i), u2 = Load<V>(u.u2 + i);
     const V a = across * Advance(s + i, alpha, across * Cross<V>(p, u, i));
     const V b = along * Advance(t + i, alpha, along * Dot<V>(p, u, i));
@@ -260,6 +283,8 @@ void DirectionalStep(CellRow p, DirectionRow u, const float* w, const float* v, 
 void DifferenceStep(const float* a, const float* b, const float* w, float alpha, float* s, float* out, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
+    Prefetch(w + i);
+    Prefetch(s + i);
     const V weight = Load<V>(w + i);
     Store(out + i, weight * Advance(s + i, alpha, weight * (Load<V>(a + i) - Load<V>(b + i))));
   });
