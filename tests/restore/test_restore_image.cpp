@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "raster/separable.h"
+#include "restore/edge_mask.h"
 #include "restore/restore_image.h"
 #include "restore/restore_plane.h"
 #include "support/captured_output.h"
@@ -134,6 +135,22 @@ TEST_CASE("the edge mask stays only when asked for, at the enlarged size, and le
       CHECK(image.mask.Empty() == !(keep && type == 3));
       if (!image.mask.Empty()) CHECK(image.mask.width == 16);
     }
+}
+
+TEST_CASE("the mask unites the edges of all enlarged planes and grows by half the factor") {
+  const FloatImage picture = Picture(8, 6, kDefaultFormat);
+  for (const int32_t factor : {1, 2, 5}) {
+    RestoreParameters p = Parameters(0, 3);
+    p.factor = factor;
+    p.edgeThreshold = 90;
+    p.keepMask = true;
+    FloatImage image = picture;
+    RestoreImage(image, p);
+    BitMask expected;
+    for (int32_t k = 0; k < 3; ++k) MarkEdges(expected, Enlarged(picture.plane[k], factor), 90);
+    GrowMask(expected, factor / 2);
+    CHECK(image.mask.words == expected.words);
+  }
 }
 
 TEST_CASE("bands are real images with margins, cut and pasted") {
