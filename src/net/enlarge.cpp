@@ -67,7 +67,8 @@ void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, Progress&
   FitPlanes(image);
   image.ConvertTo(format);
   if (!HasFourth(image)) return;
-  // Only now, so that no enlarged plane is ever held twice.
+  // Only now, and with its place empty, so that no enlarged plane is ever held twice.
+  image.plane[3].freemem();
   EnlargePlane(enlarger, fourth, progress);
   image.plane[3].swap(fourth);
 }
