@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 #include "denoise/low_rank.h"
@@ -164,6 +165,7 @@ void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& se
     if (std::min(plane.plane->m, plane.plane->n) < settings.side) continue;
     jobs.push_back(std::make_unique<Job>(plane, settings));
     Job* job = jobs.back().get();
+    if (job->noisy.values.size() > std::numeric_limits<uint32_t>::max()) throw "the image is too large for groups";
     const int64_t rows = static_cast<int64_t>(job->rows.size());
     for (int64_t r = 0; r < rows; r += kStripRows) strips.push_back({job, r, std::min(r + kStripRows, rows), {}});
   }

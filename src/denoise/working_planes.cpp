@@ -57,7 +57,7 @@ double NoiseFactor(PixelFunction toModel, int plane) {
 }  // namespace
 
 WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance) : image_(image), format_(image.format) {
-  if (!FindModel(format_)) throw "Unknown image format!";
+  if (!FindModel(format_)) throw "the image's format code has no colour model";
   if (ModelOf(format_) == kWithFourth) fourth_ = image.plane[3];
   image_.ConvertTo(luminance ? kLuminance : kDisplay);
   int64_t repaired = 0;

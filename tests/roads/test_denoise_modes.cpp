@@ -63,6 +63,7 @@ TEST_CASE("mode 6 learns numbered matrices and uses them for a series") {
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.errors.find("dr0.mat") != std::string::npos);
     CHECK(outcome.errors.find("learned from the image") != std::string::npos);
+    CHECK(ReadBytes(folder / "dr0.mat") == bytes);  // a file that does not fit stays as it is
     CHECK(ReadBytes(folder / "a.fdib") == ReadBytes(folder / "b.fdib"));
   }
 }
