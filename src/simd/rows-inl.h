@@ -11,9 +11,9 @@ inline void EachInDoubles(const float* x, T* y, int64_t n, Function function) {
   if (i == n) return;
   float lastX[kDoubleLanes] = {};
   T lastY[kDoubleLanes];
-  for (int64_t j = i; j < n; ++j) lastX[j - i] = x[j];
+  for (int j = 0; j < kDoubleLanes && i + j < n; ++j) lastX[j] = x[i + j];
   step(lastX, lastY);
-  for (int64_t j = i; j < n; ++j) y[j] = lastY[j - i];
+  for (int j = 0; j < kDoubleLanes && i + j < n; ++j) y[i + j] = lastY[j];
 }
 
 template <typename Kind>

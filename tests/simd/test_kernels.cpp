@@ -1,6 +1,7 @@
 // The kernel table: the level that runs, and vectors of every length against plain loops.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <doctest/doctest.h>
 #include <random>
@@ -95,5 +96,24 @@ TEST_CASE("activation rows have the bits of the single functions at every level"
       CHECK(Differences(row, f) == 0);
       CHECK(Differences(derivatives, df) == 0);
     }
+  }
+}
+
+TEST_CASE("the logistic row decides results near the middle between two floats as the single function does") {
+  std::vector<float> x, f;
+  for (int i = 0; i < 3000000; ++i) {
+    const float argument = static_cast<float>(i) * 6e-6f - 9;
+    const double value = ActivationOf(1).f(argument);
+    uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    if (std::abs(static_cast<int64_t>(bits & 0x1fffffff) - 0x10000000) > 0x4000) continue;
+    x.push_back(argument);
+    f.push_back(static_cast<float>(value));
+  }
+  CHECK(x.size() > 50);
+  for (const VectorLevel level : AvailableLevels()) {
+    std::vector<float> row(x.size());
+    KernelsOf(level).activation[1](x.data(), row.data(), static_cast<int64_t>(x.size()));
+    CHECK(Differences(row, f) == 0);
   }
 }
