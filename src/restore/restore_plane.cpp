@@ -23,7 +23,7 @@ class PlaneRestorer {
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
         mask_(parameters.type == kMaskedType ? DilateMask(mask) : mask),
-        pixels_(mask_),
+        pixels_(mask_, working.n),
         pair_(filter, parameters.factor, observed.m, observed.n),
         scratch_(pair_) {}
 

@@ -72,9 +72,9 @@ void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& w
 
 // ------------------------------------------------------------------------------------------------ listed pixels
 
-PixelList::PixelList(const BitMask& mask) : begin(static_cast<size_t>(mask.height) + 1, 0) {
-  for (int32_t r = 0; r < mask.height; ++r) {
-    for (int32_t c = 0; c < mask.width; ++c)
+PixelList::PixelList(const BitMask& mask, int32_t rows) : begin(static_cast<size_t>(rows) + 1, 0) {
+  for (int32_t r = 0; r < rows; ++r) {
+    for (int32_t c = 0; c < mask.width && r < mask.height; ++c)
       if (mask.Get(r, c)) column.push_back(c);
     begin[r + 1] = static_cast<int64_t>(column.size());
   }

@@ -40,7 +40,8 @@ struct PixelList {
   std::vector<int32_t> column;
   std::vector<int64_t> begin;  // of every row in column, one more than rows
 
-  explicit PixelList(const BitMask& mask);
+  // rows: of the plane that the pixels are of; those that the mask lacks hold none.
+  PixelList(const BitMask& mask, int32_t rows);
 };
 
 // Cross weights at those pixels only, stored compactly.

@@ -54,7 +54,7 @@ TEST_CASE("every difference operator's adjoint: <D p, D p> = <p, D' D p>, and D'
     FindOrientation(scaled, x, 0.8);
     BitMask mask;
     MarkEdges(mask, x, 90);
-    const PixelList pixels(DilateMask(mask));
+    const PixelList pixels(DilateMask(mask), size.h);
     std::vector<std::unique_ptr<DifferenceTerm>> terms;
     terms.push_back(std::make_unique<IsotropicTerm>(size.w, size.h, kWeighting));
     terms.push_back(std::make_unique<ReferenceTerm>(q, kWeighting));

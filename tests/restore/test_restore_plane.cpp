@@ -167,6 +167,14 @@ TEST_CASE("nothing is done without iterations or steps, and only emphasis for ne
   }
 }
 
+TEST_CASE("the masked type without any mask is the plain one") {
+  Case masked(6, 5, Parameters(3)), plain(6, 5, Parameters(4));
+  masked.mask = BitMask();
+  masked.parameters.emphasis = 0;
+  plain.parameters.type = -1;
+  CHECK(SameBits(masked.Fast(), plain.Fast()));
+}
+
 TEST_CASE("the same bits at every vector level") {
   for (int32_t type = -1; type <= 7; ++type)
     for (const int32_t width : {7, 23, 50}) {
