@@ -139,7 +139,7 @@ TEST_CASE("training: every supported team learns the same, on the record and in 
         CHECK(IsSame(Trained(net, set, {2, 0.05f, 0.01f, 3, 1, 0.01f, momentum, threads}, form), expected));
   }
   // Layers so large that a team pays.
-  const NeuralNet large = MakeNet(24, {1500, 1500, 4}, 14);
+  const NeuralNet large = MakeNet(24, {2900, 2900, 4}, 14);
   const TrainingSet few = MakeSamples(2, 24, 4);
   CHECK(IsSame(Trained(large, few, {2, 0.001f, 0.001f, 0, 0, 0, 0.5f, 4}, TrainedForm::rows),
                Trained(large, few, {2, 0.001f, 0.001f, 0, 0, 0, 0.5f, 1}, TrainedForm::record)));
