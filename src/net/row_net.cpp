@@ -1,7 +1,8 @@
 #include "net/row_net.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
+#include <cmath>
 
 #include "net/backward.h"
 #include "numeric/assert.h"
@@ -30,6 +31,17 @@ void Spread(int32_t threads, int64_t weights, int32_t count, const Body& body) {
   ParallelRanges(threads, Padded(count) / kTrainBlock, [&](int64_t begin, int64_t end) {
     body(static_cast<int32_t>(begin) * kTrainBlock, std::min(static_cast<int32_t>(end) * kTrainBlock, count));
   });
+}
+
+constexpr int32_t kLogistic = 1;
+
+// Whether a product with a short slope (see TrainKernels) rounds to the float that the exact one rounds to: it is 0 or
+// of a normal float's size, and not within 2^-37 of the middle between two floats.
+bool IsRoundingDecided(double product) {
+  constexpr uint64_t kMiddle = uint64_t{1} << 28, kWindow = uint64_t{1} << 15;
+  const uint64_t rest = std::bit_cast<uint64_t>(product) & (2 * kMiddle - 1);
+  const bool near = rest - (kMiddle - kWindow) < 2 * kWindow;
+  return product == 0 || (std::abs(product) > 0x1p-126 && !near);
 }
 
 }  // namespace
@@ -73,8 +85,6 @@ void RowNet::Connect(Layer& layer, const Layer* above) const {
   d.bias = layer.bias.get();
   d.vb = layer.vb.get();
   if (!above) return;
-  // The last layer's deltas are formed one by one, from exact slopes.
-  constexpr int32_t kLogistic = 1;
   if (layer.kinds.size() == 1 && layer.kinds[0].kind == kLogistic) d.z = layer.z.get();
   d.W = above->W.get();
   d.stride = above->stride;
@@ -171,7 +181,10 @@ void RowNet::OutputDeltas(const float* target) {
   for (int32_t u = 0; u < layer.units; ++u) {
     const OutputCost output = CostOfError(costSelection_, layer.a[u] - target[u]);
     sampleCost += output.cost;
-    layer.delta[u] = ClippedDelta(layer.slope[u] * output.gradient, bound_);
+    double product = layer.slope[u] * output.gradient;
+    if (layer.deltas.z && !IsRoundingDecided(product))
+      product = ActivationOf(kLogistic).df(layer.z[u]) * output.gradient;
+    layer.delta[u] = ClippedDelta(product, bound_);
     FinishStep(layer, u);
   }
   net_.SampleCost = sampleCost;
