@@ -84,8 +84,8 @@ void RowNet::Connect(Layer& layer, const Layer* above) const {
   d.step = layer.step.get();
   d.bias = layer.bias.get();
   d.vb = layer.vb.get();
-  if (!above) return;
   if (layer.kinds.size() == 1 && layer.kinds[0].kind == kLogistic) d.z = layer.z.get();
+  if (!above) return;
   d.W = above->W.get();
   d.stride = above->stride;
   d.units = above->units;
