@@ -83,10 +83,13 @@ TEST_CASE("any number of pixels of a block is evaluated, and the inputs stay") {
 }
 
 TEST_CASE("zeros keep their sign, infinities and NaN spread as in the record") {
-  NeuralNet net = RandomRecord(17, {4, 4}, {12}, 6);
+  NeuralNet net = RandomRecord(17, {4}, {12}, 6);
   for (NetLayer& layer : net.layers)
     for (NetUnit& unit : layer.units) unit.b = -0.f;
-  for (int32_t i = 0; i < 17; ++i) net.layers[0].units[1].W.x[i] = -0.f;
+  for (int32_t i = 0; i < 17; ++i) {
+    net.layers[0].units[1].W.x[i] = -0.f;
+    net.layers[0].units[3].W.x[i] = 1;  // products of -0 alone, in pixel 5
+  }
   net.layers[0].units[2].W.x[9] = std::numeric_limits<float>::infinity();
   matrix inputs = RandomInputs(17, 6);
   inputs.z[3][2] = std::numeric_limits<float>::quiet_NaN();
