@@ -77,16 +77,6 @@ TEST_CASE("modes 14 and 15 say that a series has ended; the end of the input cou
   }
 }
 
-TEST_CASE("standard streams that are closed or full change nothing") {
-  for (const std::string closed : {"0", "1", "2", "012"}) {
-    const Outcome outcome = Run({.arguments = {"15"}, .closed = closed});
-    CHECK(outcome.exitCode == 0);
-    CHECK(outcome.errors == "");
-  }
-  CHECK(Run({.arguments = {"15"}, .output = "/dev/full"}).exitCode == 0);
-  CHECK(Run({.arguments = {"15"}, .output = "/dev/full"}).errors == "");
-}
-
 TEST_CASE("modes say what they were asked for before they do it") {
   const ScratchFolder folder;
   const auto said = [&](std::vector<std::string> words) {

@@ -150,6 +150,20 @@ TEST_CASE("without a network, or with one that cannot be evaluated, the run fail
   }
 }
 
+TEST_CASE("standard streams that are closed or full leave the result alone") {
+  const PlainNet net = RandomNet(24, {4}, 12);
+  const PlainImage image = RandomImage(4, 4, 23, 3);
+  const Enlargement run(BytesOf(net), BytesOf(image), "0", "1", "0");
+  Command command{.arguments = {"10", "0", "1", "0"}, .environment = {"NORV_DIR=" + run.folder.Path()}};
+  for (const std::string closed : {"0", "1", "2", "012", "full"}) {
+    std::filesystem::remove(run.folder / "output.fdib");
+    command.output = closed == "full" ? "/dev/full" : "";
+    command.closed = closed == "full" ? "" : closed;
+    CHECK(Run(command).exitCode == 0);
+    CHECK(ReadBytes(run.folder / "output.fdib") == BytesOf(EnlargeBy24(image, net)));
+  }
+}
+
 TEST_CASE("a missing picture is an empty one; a result that cannot be written ends the run as usual") {
   const std::string net = BytesOf(RandomNet(24, {4}, 12)), said = "\nMode = 10\nNeural Net Enlargement\n\n";
   const Enlargement empty(net, "", "0", "4", "0");
