@@ -39,8 +39,7 @@ OutputCost LogarithmicCost(float e);
 inline OutputCost CostOfError(int32_t costSelection, float e) {
   constexpr float kSmoothed = 0.003921569f;  // 1/255: below it the smoothed absolute cost is a parabola
   constexpr float kParabola = 127.49999f, kParabolaOffset = 0.0019607844f, kParabolaSlope = 254.99998f;
-  if (costSelection == 2 && std::abs(e) <= kSmoothed)
-    return {e * e * kParabola + kParabolaOffset, e * kParabolaSlope};
+  if (costSelection == 2 && std::abs(e) <= kSmoothed) return {e * e * kParabola + kParabolaOffset, e * kParabolaSlope};
   if (costSelection == 1 || costSelection == 2) return {std::abs(e), e < 0 ? -1.0f : e == 0 ? e : 1.0f};
   if (costSelection == 3) return LogarithmicCost(e);
   return {e * 0.5f * e, e};
