@@ -140,42 +140,66 @@ Reach ReachOf(const ResampleTable& table, int32_t k, int64_t length) {
   return reach;
 }
 
-// y[i] = the sum over the reach of weight times the line `stride` elements further on, for n elements.
-void Gather(float* y, const float* lines, int64_t stride, const Reach& reach, int64_t n) {
+// y[i] = the sum over the reach of weight times element i of its lines, for n elements; line(j) is source line j.
+template <typename Line>
+void Gather(float* y, const Line& line, const Reach& reach, int64_t n) {
   std::fill_n(y, n, 0.0f);
-  for (int64_t j = 0; j < reach.count; ++j) AddScaled(y, lines + (reach.first + j) * stride, reach.weights[j], n);
+  for (int64_t j = 0; j < reach.count; ++j) AddScaled(y, line(reach.first + j), reach.weights[j], n);
   if (reach.divisor != 1)
     for (int64_t i = 0; i < n; ++i) y[i] /= reach.divisor;
 }
 
-// Rows are resampled side by side, so that the arithmetic runs on neighbouring elements.
-constexpr int64_t kRowsAtOnce = 16;
+// Rows of a plane resampled along their length, a few side by side, so that the arithmetic runs on neighbouring
+// elements.
+class RowResampler {
+ public:
+  static constexpr int64_t kRowsAtOnce = 16;
 
-void ResampleRows(const matrix& plane, matrix& result, const ResampleTable& table) {
-  std::vector<Reach> reaches;
-  for (int32_t k = 0; k < table.Length(); ++k) reaches.push_back(ReachOf(table, k, plane.m));
-  const auto lines = MakeAligned<float>(static_cast<size_t>(plane.m * kRowsAtOnce));
-  std::fill_n(lines.get(), plane.m * kRowsAtOnce, 0.0f);
-  float sums[kRowsAtOnce];
-  for (int32_t r0 = 0; r0 < plane.n; r0 += kRowsAtOnce) {
-    const int64_t rows = std::min<int64_t>(kRowsAtOnce, plane.n - r0);
-    for (int64_t r = 0; r < rows; ++r)
-      for (int32_t c = 0; c < plane.m; ++c) lines[c * kRowsAtOnce + r] = plane.z[r0 + r][c];
-    for (int32_t k = 0; k < table.Length(); ++k) {
-      Gather(sums, lines.get(), kRowsAtOnce, reaches[k], kRowsAtOnce);
-      for (int64_t r = 0; r < rows; ++r) result.z[r0 + r][k] = sums[r];
-    }
+  RowResampler(const matrix& plane, const ResampleTable& table)
+      : plane_(plane), columns_(MakeAligned<float>(static_cast<size_t>(plane.m * kRowsAtOnce))) {
+    for (int32_t k = 0; k < table.Length(); ++k) reaches_.push_back(ReachOf(table, k, plane.m));
+    std::fill_n(columns_.get(), plane.m * kRowsAtOnce, 0.0f);
   }
-}
+
+  // Source rows first, first + 1, ... into rows of `stride` floats; returns how many.
+  int64_t Resample(int64_t first, float* rows, int64_t stride) {
+    const int64_t count = std::min<int64_t>(kRowsAtOnce, plane_.n - first);
+    for (int64_t r = 0; r < count; ++r)
+      for (int32_t c = 0; c < plane_.m; ++c) columns_[c * kRowsAtOnce + r] = plane_.z[first + r][c];
+    const auto column = [&](int64_t c) { return columns_.get() + c * kRowsAtOnce; };
+    for (size_t k = 0; k < reaches_.size(); ++k) {
+      float sums[kRowsAtOnce];
+      Gather(sums, column, reaches_[k], kRowsAtOnce);
+      for (int64_t r = 0; r < count; ++r) rows[r * stride + static_cast<int64_t>(k)] = sums[r];
+    }
+    return count;
+  }
+
+ private:
+  const matrix& plane_;
+  std::vector<Reach> reaches_;
+  AlignedArray<float> columns_;  // the rows at work, element by element
+};
 
 }  // namespace
 
+// The second pass reads the first one's rows from a ring that holds what its taps reach, never a whole plane of them.
 void ResampleSeparable(const matrix& plane, matrix& result, const ResampleTable& horizontal,
                        const ResampleTable& vertical) {
-  matrix wide(plane.mn == 0 ? 0 : horizontal.Length(), plane.n);
-  if (wide.mn != 0) ResampleRows(plane, wide, horizontal);
-  result.dim(wide.m, wide.mn == 0 ? 0 : vertical.Length());
-  for (int32_t k = 0; k < result.n; ++k) Gather(result.z[k], wide.x, wide.m, ReachOf(vertical, k, wide.n), result.m);
+  const bool empty = plane.mn == 0 || horizontal.Length() == 0 || vertical.Length() == 0;
+  result.dim(empty ? 0 : horizontal.Length(), empty ? 0 : vertical.Length());
+  if (empty) return;
+  constexpr int64_t kPiece = RowResampler::kRowsAtOnce;
+  const int64_t width = result.m, ringRows = (vertical.taps + kPiece - 1) / kPiece * kPiece + kPiece;
+  const auto ring = MakeAligned<float>(static_cast<size_t>(ringRows * width));
+  const auto line = [&](int64_t r) { return ring.get() + r % ringRows * width; };
+  RowResampler rows(plane, horizontal);
+  int64_t done = 0;
+  for (int32_t k = 0; k < result.n; ++k) {
+    const Reach reach = ReachOf(vertical, k, plane.n);
+    while (done < reach.first + reach.count) done += rows.Resample(done, ring.get() + done % ringRows * width, width);
+    Gather(result.z[k], line, reach, width);
+  }
 }
 
 }  // namespace norv
