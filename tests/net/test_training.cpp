@@ -224,7 +224,8 @@ TEST_CASE("training: one epoch has no rate, so everything becomes NaN; on purpos
 }
 
 TEST_CASE("training: no epoch changes nothing; a rate of 0 with clipping clips nothing") {
-  const NeuralNet net = MakeNet(8, {6, 4}, 1);
+  NeuralNet net = MakeNet(8, {6, 4}, 1);
+  net.layers[0].units[1].X.x[2] = net.layers[1].units[2].a = 5;
   const TrainingSet set = MakeSamples(4, 8, 4);
   for (const int32_t iters : {0, -3, std::numeric_limits<int32_t>::min()})
     CHECK(IsSame(Trained(net, set, {iters, 0.1f, 0.1f, 0, 0, 0, 0, 1}, TrainedForm::rows), net));
@@ -250,6 +251,29 @@ TEST_CASE("training: costs other than the first are reported without a root, ord
   CHECK(IsSame(root.layers[0].units[1].W, plain.layers[0].units[1].W));
   options.alternate = 2;
   CHECK_FALSE(IsSame(Trained(net, set, options, TrainedForm::rows).layers[0].units[1].W, plain.layers[0].units[1].W));
+}
+
+TEST_CASE("training: the order of the samples and the reported cost are those of a loop by hand") {
+  const NeuralNet net = MakeNet(8, {6, 4}, 1);
+  const TrainingSet set = MakeSamples(9, 8, 4);
+  for (int32_t alternate = 0; alternate <= 2; ++alternate)
+    for (int32_t costSelection = 0; costSelection <= 4; ++costSelection) {
+      NeuralNet expected = net;
+      const auto trainer = MakeRecordTrainer(expected, costSelection, 0, 1);
+      trainer->SetRate(0.1f, 0);
+      for (int32_t epoch = 0; epoch < 3; ++epoch) {
+        expected.Cost = 0;
+        const bool backward = alternate == 2 || (alternate == 1 && epoch == 1);
+        for (int32_t i = 0; i < 9; ++i) {
+          const int32_t sample = backward ? 8 - i : i;
+          trainer->Learn(set.Input(sample), set.Target(sample));
+        }
+      }
+      expected.Cost *= 1 / 72.0f;
+      if (costSelection == 0) expected.Cost = std::sqrt(expected.Cost);
+      const TrainingOptions options{3, 0.1f, 0.1f, costSelection, alternate, 0, 0, 1};
+      CHECK(IsSame(Trained(net, set, options, TrainedForm::rows), expected));
+    }
 }
 
 TEST_CASE("sparkline: from the least to the greatest, odd values blank, the last ones only") {
