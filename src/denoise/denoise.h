@@ -13,6 +13,7 @@ namespace norv {
 
 enum class ComponentSource {
   learn,  // learned from each plane, and written as "dr0.mat", "dr1.mat" ... beside the executable
+  own,    // learned from each plane, and kept by nobody
   files,  // those files; where one is missing or does not fit, said on standard error, the plane itself
 };
 

@@ -1,5 +1,6 @@
 #include "denoise/working_planes.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "denoise/noise_level.h"
@@ -54,6 +55,11 @@ double NoiseFactor(PixelFunction toModel, int plane) {
   return std::sqrt(square);
 }
 
+// The chrominance of a grey picture, for one.
+bool IsFlat(const matrix& plane) {
+  return std::all_of(plane.x, plane.x + plane.mn, [&](float value) { return value == plane.x[0]; });
+}
+
 }  // namespace
 
 WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance) : image_(image), format_(image.format) {
@@ -70,7 +76,7 @@ std::vector<NoisyPlane> WorkingPlanes::Noisy(double sigma) {
   for (int k = 0; k < 3; ++k) {
     matrix& plane = image_.plane[k];
     const double own = sigma > 0 ? sigma * NoiseFactor(image_.toModel, k) : EstimateNoise(plane);
-    if (own > 0) planes.push_back({&plane, own, k});
+    if (own > 0 && !IsFlat(plane)) planes.push_back({&plane, own, k});
   }
   return planes;
 }

@@ -15,7 +15,7 @@ class WorkingPlanes {
   WorkingPlanes(FloatImage& image, bool luminance);
 
   // The three planes with their noise: `sigma` in grey levels of the display becomes each plane's own; estimated per
-  // plane when sigma is not positive. Planes without noise are left out.
+  // plane when sigma is not positive. Planes without noise, or of one value, are left out.
   std::vector<NoisyPlane> Noisy(double sigma);
   void Finish();
 

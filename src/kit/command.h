@@ -36,6 +36,9 @@ CLI::App& AddCompare(CLI::App& kit);
 CLI::App& AddTestCard(CLI::App& kit);
 CLI::App& AddShrink(CLI::App& kit);
 CLI::App& AddEnlarge(CLI::App& kit);
+CLI::App& AddRestore(CLI::App& kit);
+CLI::App& AddDenoise(CLI::App& kit);
+CLI::App& AddNoise(CLI::App& kit);
 CLI::App& AddNewNet(CLI::App& kit);
 
 }  // namespace norv

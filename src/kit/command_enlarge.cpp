@@ -1,6 +1,7 @@
 #include "kit/command.h"
 #include "kit/conversions.h"
 #include "kit/failure.h"
+#include "kit/restore_picture.h"
 #include "kit/scale.h"
 #include "net/net_file.h"
 
@@ -10,6 +11,7 @@ namespace {
 struct EnlargeOptions {
   std::string picture, out, method, net;
   int32_t factor = 0;
+  bool denoise = false;
   NetEnlargement how;
   WriteChoice choice;
 };
@@ -31,7 +33,14 @@ void Declare(CLI::App& command, EnlargeOptions& options) {
   command.add_option("--threads", options.how.threads, "network: bands at the same time: 1, 4, 8 or 16")
       ->type_name("N")
       ->check(CLI::IsMember({1, 4, 8, 16}));
+  command.add_flag("--denoise", options.denoise, "remove noise first, as norvkit denoise does");
   DeclareWriteChoice(command, options.choice);
+}
+
+Picture LoadInput(const EnlargeOptions& options) {
+  Picture picture = LoadImage(options.picture);
+  if (options.denoise) DenoisePicture(picture, {.threads = options.how.threads});
+  return picture;
 }
 
 Picture ByNet(const EnlargeOptions& options) {
@@ -40,11 +49,11 @@ Picture ByNet(const EnlargeOptions& options) {
   LoadNet(net, options.net, Folder::asGiven);
   if (options.factor != 0 && options.factor * options.factor != net.LastNi())
     Fail("%s does not enlarge %d times", options.net.c_str(), options.factor);
-  return EnlargeByNet(LoadImage(options.picture), net, options.how);
+  return EnlargeByNet(LoadInput(options), net, options.how);
 }
 
 Picture ByMethod(const EnlargeOptions& options) {
-  const Picture picture = LoadImage(options.picture);
+  const Picture picture = LoadInput(options);
   const int32_t factor = options.factor ? options.factor : 2;
   if (options.method == "nearest") return RepeatPixels(picture, factor);
   return InterpolatePicture(picture, factor, options.method == "cubic" ? Interpolation::cubic : Interpolation::lanczos);

@@ -3,13 +3,16 @@
 #include <algorithm>
 
 #include "kit/failure.h"
-#include "numeric/bit_image.h"
 #include "restore/bit_process.h"
 
 namespace norv {
 namespace {
 
 constexpr int32_t kAlphaFormat = kWithFourth | 7;
+
+void SaveBitImage(const std::string& path, const FloatImage& image) { ToBitImage(image).Save(path, Folder::asGiven); }
+
+}  // namespace
 
 // The bytes of a pixel stand from the third value to the first.
 Picture ToPicture(const BitImage& image) {
@@ -20,14 +23,12 @@ Picture ToPicture(const BitImage& image) {
   return picture;
 }
 
-void SaveBitImage(const std::string& path, const FloatImage& image) {
+BitImage ToBitImage(const FloatImage& image) {
   BitImage bytes(image.width, image.height);
   std::fill_n(bytes.pixels.get(), bytes.size, uint8_t{0});  // the padding
   PasteToBitImage(bytes, 0, 0, image, nullptr, 0, 0, 0, 0);
-  bytes.Save(path, Folder::asGiven);
+  return bytes;
 }
-
-}  // namespace
 
 FloatImage ToFloatImage(Picture picture) {
   FloatImage image(0, 0, picture.HasAlpha() ? kAlphaFormat : kDefaultFormat);

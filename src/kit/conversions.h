@@ -5,6 +5,7 @@
 
 #include "kit/file_kind.h"
 #include "kit/picture.h"
+#include "numeric/bit_image.h"
 #include "numeric/float_image.h"
 
 namespace norv {
@@ -15,6 +16,10 @@ FloatImage ToFloatImage(Picture picture);
 
 // Display RGB of any known colour model; the fourth plane of the 0x2000 family is the alpha plane.
 Picture ToPicture(FloatImage image);
+
+// Display RGB to three bytes a pixel, values above 255 scaled down with their colour, and back.
+BitImage ToBitImage(const FloatImage& image);
+Picture ToPicture(const BitImage& image);
 
 // A plane as a grey picture. Used up.
 Picture GreyPicture(matrix plane);

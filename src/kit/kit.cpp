@@ -15,12 +15,14 @@ struct CommandRow {
 
 constexpr char kInAndOut[] = "Pictures in and out";
 constexpr char kScale[] = "Smaller and larger";
+constexpr char kNoise[] = "Noise";
 constexpr char kLook[] = "Look and measure";
 constexpr char kNetworks[] = "Networks";
 
 constexpr CommandRow kCommands[] = {
     {kInAndOut, AddImport}, {kInAndOut, AddExport}, {kInAndOut, AddTestCard}, {kScale, AddShrink},
-    {kScale, AddEnlarge},   {kLook, AddInfo},       {kLook, AddCompare},      {kNetworks, AddNewNet},
+    {kScale, AddEnlarge},   {kScale, AddRestore},   {kNoise, AddDenoise},     {kNoise, AddNoise},
+    {kLook, AddInfo},       {kLook, AddCompare},    {kNetworks, AddNewNet},
 };
 
 // Options as "--name N=default"; what they allow is in their own words.

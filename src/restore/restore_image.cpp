@@ -165,14 +165,18 @@ void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progre
 
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {
   Say("\nNumber of threads = %d", threads);
+  RestoreImageInBands(image, parameters, threads, threads);
+}
+
+void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
   CheckRestoration(parameters, image.width, image.height, image.format);
   if (image.count == 0) return;
   const FloatImage source = image;
-  const BandPlan plan = PlanBands(source.height, std::max(threads, 1));
+  const BandPlan plan = PlanBands(source.height, std::max(bands, 1));
   CheckRestoration(parameters, source.width, plan.height + 2 * kBandMargin, source.format);
   Progress progress("Restoring", plan.threads * RestorationWork(parameters, source.format));
   image.Redim(source.width * parameters.factor, source.height * parameters.factor, source.format);
-  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+  ParallelFor(std::clamp(threads, 1, plan.threads), plan.threads, [&](int64_t i) {
     const int64_t row = i * plan.height;
     if (row < source.height) RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress);
   });

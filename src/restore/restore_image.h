@@ -24,6 +24,9 @@ void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progre
 // which is one band. The image's mask is left alone.
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
 
+// The same in silence, with any number of bands on `threads` threads.
+void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters, int32_t bands, int32_t threads);
+
 // Units of progress that the restoration of one image or band takes.
 int64_t RestorationWork(const RestoreParameters& parameters, int32_t format);
 

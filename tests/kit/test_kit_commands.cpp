@@ -42,7 +42,8 @@ void Keep(const std::string& path, const Picture& picture, int32_t bits) {
 TEST_CASE("every command explains itself with an example") {
   const test::Outcome whole = Kit({"--help"});
   CHECK(whole.exitCode == 0);
-  for (const char* command : {"import", "export", "testcard", "shrink", "enlarge", "info", "compare", "new-net"}) {
+  for (const char* command : {"import", "export", "testcard", "shrink", "enlarge", "restore", "denoise", "noise",
+                              "info", "compare", "new-net"}) {
     CAPTURE(command);
     CHECK(Contains(whole.output, std::string("\n  ") + command + " "));
     const test::Outcome one = Kit({command, "--help"});

@@ -1,0 +1,218 @@
+// Restoration and denoising for people: the same bytes as the tool's modes, and what the options do.
+#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <doctest/doctest.h>
+
+#include "kit/conversions.h"
+#include "kit/quality.h"
+#include "kit/restore_presets.h"
+#include "numeric/bit_image.h"
+#include "platform/team.h"
+#include "support/noisy_pictures.h"
+#include "support/process.h"
+#include "support/scratch.h"
+
+using namespace norv;
+
+namespace {
+
+test::Outcome Kit(std::vector<std::string> arguments) {
+  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
+}
+
+Picture Coloured(int32_t width, int32_t height) {
+  Picture picture(width, height, 3);
+  for (int32_t k = 0; k < 3; ++k) {
+    picture.plane[k] = test::Scene(width, height);
+    for (int32_t i = 0; i < picture.plane[k].mn; ++i)
+      picture.plane[k].x[i] =
+          std::clamp(std::round(picture.plane[k].x[i] * (1 - 0.2f * static_cast<float>(k))), 0.0f, 255.0f);
+  }
+  return picture;
+}
+
+std::string Word(float value) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
+  return text;
+}
+
+// The command line of a mode for these parameters.
+std::vector<std::string> ModeWords(int mode, const RestoreParameters& p, int threads) {
+  const auto whole = [](int32_t value) { return std::to_string(value); };
+  return {whole(mode),
+          whole(p.factor),
+          whole(p.kernel),
+          Word(p.lambdaCross),
+          Word(p.lambda),
+          Word(p.deltaCross),
+          Word(p.delta),
+          "0",
+          "0",
+          "0",
+          "0",
+          Word(p.shapeCross),
+          Word(p.shapeDot),
+          whole(p.steps),
+          whole(p.iterations),
+          Word(p.orientationScale),
+          Word(p.emphasis),
+          whole(p.representation),
+          whole(p.type),
+          "0",
+          "0",
+          whole(threads)};
+}
+
+double Likeness(const std::string& path, const Picture& clean) {
+  return Psnr(WithoutBorder(LoadImage(path).plane[0], 6), WithoutBorder(clean.plane[0], 6));
+}
+
+}  // namespace
+
+TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's parameters") {
+  test::ScratchFolder folder;
+  SaveImage(folder / "a.png", Coloured(31, 47), {});
+  REQUIRE(Kit({"import", folder / "a.png", folder / "input.fdib"}).exitCode == 0);
+  REQUIRE(Kit({"import", folder / "a.png", folder / "input.bit"}).exitCode == 0);
+  const RestoreParameters parameters = RestorePreset("compressed", 2);
+  const int threads = std::min(2, ProcessorCount());
+  const auto norv = [&](int mode, int count) {
+    CHECK(test::Run({.arguments = ModeWords(mode, parameters, count), .environment = {"NORV_DIR=" + folder.Path()}})
+              .exitCode == 0);
+    return test::ReadBytes(folder / (mode < 2 ? "output.fdib" : "output.bit"));
+  };
+  const auto kit = [&](std::vector<std::string> more) {
+    const bool bytes = more.back() == "--bits-road";
+    const std::string out = folder / (bytes ? "kit.bit" : "kit.fdib");
+    std::vector<std::string> words = {"restore", folder / "a.png", out, "--preset", "compressed"};
+    words.insert(words.end(), more.begin(), more.end());
+    const test::Outcome outcome = Kit(words);
+    CHECK(outcome.output + outcome.errors == "");
+    if (!bytes) return test::ReadBytes(out);
+    // Through our own writer, which clears the padding of rows.
+    SaveImage(folder / "again.bit", LoadImage(folder / "output.bit"), {});
+    CHECK(test::ReadBytes(out).size() == 8 + 94 * static_cast<size_t>(BitStride(62)));
+    return std::string(test::ReadBytes(out) == test::ReadBytes(folder / "again.bit") ? "same" : "other");
+  };
+  CHECK((norv(0, 1) == kit({"--threads", "1"})));
+  CHECK((norv(1, 1) == kit({"--bands", "1"})));
+  CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads)})));
+  CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads), "--threads", "2"})));
+  CHECK((norv(1, 1) != kit({"--threads", "1"})));
+  norv(4, threads);
+  CHECK((kit({"--threads", std::to_string(threads), "--bits-road"}) == "same"));
+}
+
+TEST_CASE("every preset beats Lanczos on the pictures that it is for") {
+  test::ScratchFolder folder;
+  const Picture clean = Coloured(144, 120);
+  SaveImage(folder / "large.png", clean, {});
+  for (const char* factor : {"2", "3", "4"}) {
+    CAPTURE(std::string(factor));
+    REQUIRE(Kit({"shrink", folder / "large.png", folder / "clean.png", "--factor", factor}).exitCode == 0);
+    REQUIRE(Kit({"export", folder / "clean.png", folder / "compressed.jpg", "--quality", "40"}).exitCode == 0);
+    Picture noisy = LoadImage(folder / "clean.png");
+    for (int k = 0; k < 3; ++k) test::AddNoise(noisy.plane[k], 12, 3 + k);
+    SaveImage(folder / "noisy.png", noisy, {});
+    for (const std::string small : {"clean.png", "compressed.jpg", "noisy.png"}) {
+      CAPTURE(small);
+      const std::string preset = small.substr(0, small.find('.'));
+      CHECK(Kit({"enlarge", folder / small, folder / "lanczos.tif", "--factor", factor}).exitCode == 0);
+      CHECK(
+          Kit({"restore", folder / small, folder / "restored.tif", "--factor", factor, "--preset", preset}).exitCode ==
+          0);
+      const double gain = Likeness(folder / "restored.tif", clean) - Likeness(folder / "lanczos.tif", clean);
+      CHECK(gain > (preset == "compressed" ? 0 : 0.3));
+    }
+  }
+}
+
+TEST_CASE("single parameters stand instead of the preset's, and wrong ones are refused") {
+  test::ScratchFolder folder;
+  SaveImage(folder / "a.png", Coloured(20, 20), {});
+  const auto restore = [&](std::vector<std::string> more) {
+    std::vector<std::string> words = {"restore", folder / "a.png", folder / "out.fdib"};
+    words.insert(words.end(), more.begin(), more.end());
+    const int code = Kit(words).exitCode;
+    return code == 0 ? test::ReadBytes(folder / "out.fdib") : std::to_string(code);
+  };
+  const std::string plain = restore({});
+  for (const RestoreKnob& knob : RestoreKnobs()) {
+    const std::string option = knob.option;
+    CAPTURE(option);
+    const char* type = option.starts_with("--shape") ? "6" : option == "--edge-threshold" ? "3" : "5";
+    if (option == "--type")
+      CHECK((restore({option, "4"}) != plain));
+    else
+      CHECK((restore({"--type", type, option, "4"}) != restore({"--type", type})));
+  }
+  CHECK((restore({"--preset", "clean", "--factor", "2"}) == plain));
+  CHECK(restore({"--preset", "pretty"}) == "2");
+  CHECK(restore({"--factor", "0"}) == "2");
+  CHECK(restore({"--steps", "2.5"}) == "2");
+  CHECK(restore({"--lambda", "much"}) == "2");
+  CHECK(restore({"--kernel", "7"}) == "1");
+}
+
+TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
+  test::ScratchFolder folder;
+  Picture both(16, 12, 2);
+  both.plane[0] = both.plane[1] = test::Scene(16, 12);
+  SaveImage(folder / "ga.png", both, {});
+  CHECK(Kit({"restore", folder / "ga.png", folder / "out.png"}).exitCode == 0);
+  const Picture large = ReadPicture(folder / "out.png");
+  CHECK(large.channels == 2);
+  CHECK(large.Width() == 32);
+  CHECK(Psnr(large.plane[0], large.plane[1]) > 50);
+  const test::Outcome bytes = Kit({"restore", folder / "ga.png", folder / "out.png", "--bits-road"});
+  CHECK(bytes.errors.find("alpha") != std::string::npos);
+  CHECK(ReadPicture(folder / "out.png").channels == 3);
+}
+
+TEST_CASE("denoising gains on noisy pictures, grey or coloured, and the best way more than the fast one") {
+  test::ScratchFolder folder;
+  for (const int32_t channels : {1, 3}) {
+    CAPTURE(channels);
+    Picture clean = Coloured(96, 80);
+    clean.channels = channels;
+    SaveImage(folder / "clean.png", clean, {});
+    REQUIRE(Kit({"noise", folder / "clean.png", folder / "noisy.tif", "--sigma", "20", "--seed", "3"}).exitCode == 0);
+    const double noisy = Likeness(folder / "noisy.tif", clean);
+    CHECK(noisy == doctest::Approx(22.1).epsilon(0.02));
+    const auto denoised = [&](std::vector<std::string> more) {
+      std::vector<std::string> words = {"denoise", folder / "noisy.tif", folder / "out.tif"};
+      words.insert(words.end(), more.begin(), more.end());
+      const test::Outcome outcome = Kit(words);
+      CHECK(outcome.output + outcome.errors == "");
+      CHECK(ReadPicture(folder / "out.tif").channels == channels);
+      return Likeness(folder / "out.tif", clean);
+    };
+    const double fast = denoised({"--fast", "--noise", "20"});
+    CHECK(fast > noisy + 5);
+    CHECK(denoised({}) > noisy + 5);
+    CHECK(denoised({"--best", "--noise", "20", "--threads", "2"}) > fast);
+    // The whole noise of a grey picture is taken, not its luminance's part of it.
+    CHECK(fast > denoised({"--noise", "13.37"}));
+  }
+  CHECK_FALSE(std::filesystem::exists("dr0.mat"));
+  CHECK(Kit({"denoise", folder / "noisy.tif", folder / "out.tif", "--fast", "--best"}).exitCode == 2);
+}
+
+TEST_CASE("noise is removed before enlarging and restoring when asked") {
+  test::ScratchFolder folder;
+  SaveImage(folder / "clean.png", Coloured(96, 80), {});
+  const Picture clean = LoadImage(folder / "clean.png");
+  REQUIRE(Kit({"shrink", folder / "clean.png", folder / "small.png"}).exitCode == 0);
+  REQUIRE(Kit({"noise", folder / "small.png", folder / "noisy.png", "--sigma", "15"}).exitCode == 0);
+  for (const char* command : {"enlarge", "restore"}) {
+    CHECK(Kit({command, folder / "noisy.png", folder / "plain.tif"}).exitCode == 0);
+    CHECK(Kit({command, folder / "noisy.png", folder / "denoised.tif", "--denoise"}).exitCode == 0);
+    CHECK(Likeness(folder / "denoised.tif", clean) > Likeness(folder / "plain.tif", clean) + 1);
+  }
+}
+
+#endif
