@@ -3,11 +3,11 @@
 #include "net/enlarge.h"
 
 #include <benchmark/benchmark.h>
-#include <cmath>
 
 #include "net/forward.h"
 #include "net/layouts.h"
 #include "net/packed_net.h"
+#include "networks.h"
 
 namespace norv {
 namespace {
@@ -15,33 +15,6 @@ namespace {
 constexpr int32_t kSide = 1000;      // of the plane that is enlarged
 constexpr int32_t kRecordSide = 64;  // of the one that the record evaluates pixel by pixel
 constexpr int64_t kInputs = 48;
-
-// A steady stream of values from -0.5 to 0.5.
-class Values {
- public:
-  float Next() {
-    state_ = state_ * 1664525 + 1013904223;
-    return static_cast<float>(state_ >> 8) / 16777216.0f - 0.5f;
-  }
-
- private:
-  uint32_t state_ = 1;
-};
-
-// 48-64-64-4.
-NeuralNet MakeNet(int32_t kind) {
-  NeuralNet net;
-  BuildNet(net, kInputs, {64, 64, 4});
-  Values values;
-  for (NetLayer& layer : net.layers)
-    for (NetUnit& unit : layer.units) {
-      for (int32_t i = 0; i < unit.Nin; ++i) unit.W.x[i] = values.Next() * 2 / std::sqrt(static_cast<float>(unit.Nin));
-      unit.b = values.Next();
-      unit.ActivationKind = kind;
-      BindActivation(unit);
-    }
-  return net;
-}
 
 matrix MakePlane(int32_t side) {
   Values values;

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <cmath>
 
 #include "net/forward.h"
 #include "net/packed_net.h"
+#include "networks.h"
 #include "peak.h"
 #include "simd/level.h"
 
@@ -16,32 +16,6 @@ namespace {
 
 constexpr int32_t kInputs = 48;
 constexpr int64_t kOperations = 2 * (48 * 64 + 64 * 64 + 64 * 4);  // a pixel, activations not counted
-
-// A steady stream of values from -0.5 to 0.5.
-class Values {
- public:
-  float Next() {
-    state_ = state_ * 1664525 + 1013904223;
-    return static_cast<float>(state_ >> 8) / 16777216.0f - 0.5f;
-  }
-
- private:
-  uint32_t state_ = 1;
-};
-
-NeuralNet MakeNet(int64_t kind) {
-  NeuralNet net;
-  BuildNet(net, kInputs, {64, 64, 4});
-  Values values;
-  for (NetLayer& layer : net.layers)
-    for (NetUnit& unit : layer.units) {
-      for (int32_t i = 0; i < unit.Nin; ++i) unit.W.x[i] = values.Next() * 2 / std::sqrt(static_cast<float>(unit.Nin));
-      unit.b = values.Next();
-      unit.ActivationKind = static_cast<int32_t>(kind);
-      BindActivation(unit);
-    }
-  return net;
-}
 
 void CountPixels(benchmark::State& state, double pixels) {
   state.counters["pixel"] =

@@ -2,13 +2,13 @@
 // same network in FANN and in a hand-written Eigen loop. limit: what the machine's separate multiplications and
 // additions allow for 4 flops a first-layer weight and 6 flops a later one.
 #include <benchmark/benchmark.h>
-#include <cmath>
 #ifdef NORV_BENCH_FANN
 #include <floatfann.h>
 #endif
 
 #include "net/row_net.h"
 #include "net/train.h"
+#include "networks.h"
 #include "train_peers.h"
 
 namespace norv {
@@ -20,30 +20,13 @@ constexpr float kRate = 0.001f;
 using Sizes = std::array<int32_t, kMaxLayers>;
 constexpr Sizes kShapes[] = {{32, 16, 4}, {64, 64, 4}, {64, 4}};
 
-class Values {
- public:
-  float Next() {
-    state_ = state_ * 1664525 + 1013904223;
-    return static_cast<float>(state_ >> 8) / 16777216.0f - 0.5f;
-  }
-
- private:
-  uint32_t state_ = 1;
-};
-
 struct Work {
   NeuralNet net;
   TrainingSet set;
 
   Work(const Sizes& shape, int32_t kind) {
-    BuildNet(net, 48, shape);
+    net = MakeNet(kind, shape);
     Values values;
-    for (NetLayer& layer : net.layers)
-      for (NetUnit& unit : layer.units) {
-        for (int32_t i = 0; i < unit.Nin; ++i) unit.W.x[i] = values.Next() / std::sqrt(static_cast<float>(unit.Nin));
-        unit.ActivationKind = kind;
-        BindActivation(unit);
-      }
     CreateTrainingSet(set, kSamples, 48, net.LastNi());
     for (int64_t i = 0; i < kSamples * set.RecordFloats(); ++i) set.block[i] = 0.2f * values.Next();
   }

@@ -14,16 +14,7 @@ namespace avx512 {
 extern const Kernels kKernels;
 }
 
-const Kernels& KernelsOf(VectorLevel level) {
-  switch (level) {
-    case VectorLevel::avx512:
-      return avx512::kKernels;
-    case VectorLevel::avx2:
-      return avx2::kKernels;
-    default:
-      return avx::kKernels;
-  }
-}
+const Kernels& KernelsOf(VectorLevel level) { return OfLevel(level, avx::kKernels, avx2::kKernels, avx512::kKernels); }
 
 const Kernels& ActiveKernels() { return KernelsOf(ActiveLevel()); }
 

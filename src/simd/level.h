@@ -23,4 +23,10 @@ std::string ChooseLevelFromEnvironment();
 // Uses a level at or below the machine's from now on; for tests and benchmarks.
 void ForceLevel(VectorLevel level);
 
+// The one of three things, one for each level, that belongs to a level.
+template <typename T>
+const T& OfLevel(VectorLevel level, const T& avx, const T& avx2, const T& avx512) {
+  return level == VectorLevel::avx512 ? avx512 : level == VectorLevel::avx2 ? avx2 : avx;
+}
+
 }  // namespace norv

@@ -15,15 +15,8 @@ extern const RestoreKernels kRestoreKernels;
 }
 
 const RestoreKernels& ActiveRestoreKernels() {
-  switch (ActiveLevel()) {
-    case VectorLevel::avx:
-      return restore_avx::kRestoreKernels;
-    case VectorLevel::avx2:
-      return restore_avx2::kRestoreKernels;
-    case VectorLevel::avx512:
-      return restore_avx512::kRestoreKernels;
-  }
-  return restore_avx::kRestoreKernels;
+  return OfLevel(ActiveLevel(), restore_avx::kRestoreKernels, restore_avx2::kRestoreKernels,
+                 restore_avx512::kRestoreKernels);
 }
 
 }  // namespace norv

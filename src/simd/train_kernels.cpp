@@ -14,15 +14,7 @@ extern const TrainKernels kTrainKernels;
 }
 
 const TrainKernels& ActiveTrainKernels() {
-  switch (ActiveLevel()) {
-    case VectorLevel::avx512:
-      return train_avx512::kTrainKernels;
-    case VectorLevel::avx2:
-      return train_avx2::kTrainKernels;
-    case VectorLevel::avx:
-      break;
-  }
-  return train_avx::kTrainKernels;
+  return OfLevel(ActiveLevel(), train_avx::kTrainKernels, train_avx2::kTrainKernels, train_avx512::kTrainKernels);
 }
 
 }  // namespace norv
