@@ -40,5 +40,7 @@ CLI::App& AddRestore(CLI::App& kit);
 CLI::App& AddDenoise(CLI::App& kit);
 CLI::App& AddNoise(CLI::App& kit);
 CLI::App& AddNewNet(CLI::App& kit);
+CLI::App& AddTrain(CLI::App& kit);
+CLI::App& AddCurve(CLI::App& kit);
 
 }  // namespace norv

@@ -18,4 +18,7 @@ class Failure : public std::runtime_error {
 // Ends the command with exit code 1 where the reason is on standard error already.
 struct SaidFailure {};
 
+// Ends the command with exit code 130 after it was stopped; what it has is kept and said already.
+struct Interrupted {};
+
 }  // namespace norv

@@ -20,9 +20,9 @@ constexpr char kLook[] = "Look and measure";
 constexpr char kNetworks[] = "Networks";
 
 constexpr CommandRow kCommands[] = {
-    {kInAndOut, AddImport}, {kInAndOut, AddExport}, {kInAndOut, AddTestCard}, {kScale, AddShrink},
-    {kScale, AddEnlarge},   {kScale, AddRestore},   {kNoise, AddDenoise},     {kNoise, AddNoise},
-    {kLook, AddInfo},       {kLook, AddCompare},    {kNetworks, AddNewNet},
+    {kInAndOut, AddImport}, {kInAndOut, AddExport}, {kInAndOut, AddTestCard}, {kScale, AddShrink}, {kScale, AddEnlarge},
+    {kScale, AddRestore},   {kNoise, AddDenoise},   {kNoise, AddNoise},       {kLook, AddInfo},    {kLook, AddCompare},
+    {kNetworks, AddNewNet}, {kNetworks, AddTrain},  {kNetworks, AddCurve},
 };
 
 // Options as "--name N=default"; what they allow is in their own words.
@@ -42,6 +42,8 @@ int Run(CLI::App& kit, const std::vector<std::string>& arguments) {
     return 0;
   } catch (const CLI::ParseError& error) {
     return kit.exit(error) == 0 ? 0 : 2;
+  } catch (const Interrupted&) {
+    return 130;
   } catch (const SaidFailure&) {
   } catch (const char* message) {
     Complain("%s", message);
@@ -77,7 +79,7 @@ int RunKit(const std::vector<std::string>& arguments) {
   kit.formatter(std::make_shared<PlainFormatter>());
   kit.get_formatter()->column_width(22);
   for (const CommandRow& row : kCommands) row.add(kit).group(row.purpose);
-  kit.footer("Exit codes: 0 good, 1 failed (the reason is on standard error), 2 wrong command line.");
+  kit.footer("Exit codes: 0 good, 1 failed (the reason is on standard error), 2 wrong command line, 130 stopped.");
   const std::string refusal = ChooseLevelFromEnvironment();
   if (!refusal.empty()) {
     Complain("%s", refusal.c_str());

@@ -83,7 +83,8 @@ class Training {
       : net_(net),
         set_(set),
         options_(options),
-        watch_(options.iters, set.N),
+        end_(std::min(options.iters, options.endEpoch)),
+        watch_(end_ - options.firstEpoch, set.N),
         trainer_(MakeTrainer(net, options, form)) {
     if (options.alternate == 3) {
       scratch_ = std::make_unique<ScratchFile>();
@@ -94,7 +95,7 @@ class Training {
 
   TrainingEnd Run(const std::function<void(const EpochReport&)>& report) {
     float previous = 0;
-    for (int32_t e = 0; e < options_.iters; ++e) {
+    for (int32_t e = options_.firstEpoch; e < end_; ++e) {
       const float nu = Rate(e), before = net_.Cost;
       const bool whole = Epoch(e, nu);
       if (!whole) net_.Cost = before;
@@ -135,6 +136,7 @@ class Training {
   NeuralNet& net_;
   TrainingSet& set_;
   const TrainingOptions& options_;
+  const int32_t end_;
   TrainingWatch watch_;
   std::unique_ptr<ScratchFile> scratch_;
   std::unique_ptr<Trainer> trainer_;

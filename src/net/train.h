@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 #include "net/neural_net.h"
 #include "net/training_set.h"
@@ -17,6 +18,9 @@ struct TrainingOptions {
   float clip = 0;             // bound on nu times delta; 0: none
   float momentum = 0;         // 0: plain steps
   int32_t threads = 1;        // 1, 4, 8 or 16, all with the same result; with others only costs are computed
+  // Only the epochs from the first up to, not including, the last are run. A training in several such parts gives the
+  // same network as one run, but for the orders of alternate 3, which then belong to the process.
+  int32_t firstEpoch = 0, endEpoch = std::numeric_limits<int32_t>::max();
 };
 
 // What is trained: the rows are the fast form, the record the plain one. Their results are the same bits.

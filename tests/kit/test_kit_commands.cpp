@@ -43,7 +43,7 @@ TEST_CASE("every command explains itself with an example") {
   const test::Outcome whole = Kit({"--help"});
   CHECK(whole.exitCode == 0);
   for (const char* command : {"import", "export", "testcard", "shrink", "enlarge", "restore", "denoise", "noise",
-                              "info", "compare", "new-net"}) {
+                              "info", "compare", "new-net", "train", "curve"}) {
     CAPTURE(command);
     CHECK(Contains(whole.output, std::string("\n  ") + command + " "));
     const test::Outcome one = Kit({command, "--help"});

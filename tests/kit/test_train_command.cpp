@@ -1,0 +1,240 @@
+// norvkit train and curve: from pictures to networks, and what is left when something is wrong.
+#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <doctest/doctest.h>
+#include <thread>
+
+#include "kit/conversions.h"
+#include "kit/failure.h"
+#include "kit/learning_curve.h"
+#include "kit/test_card.h"
+#include "kit/training_pictures.h"
+#include "net/net_file.h"
+#include "support/process.h"
+#include "support/scratch.h"
+
+using namespace norv;
+
+namespace {
+
+test::Outcome Kit(std::vector<std::string> arguments) {
+  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
+}
+
+bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+// A folder of three drawn pictures; v.png is held out.
+struct Gallery {
+  Gallery() {
+    Draw("a.png", 60, 44);
+    Draw("b.png", 48, 64);
+    Draw("v.png", 72, 56);
+    test::WriteBytes(folder / "notes.txt", "no picture");
+  }
+  void Draw(const char* name, int32_t width, int32_t height) const {
+    WritePicture(folder / name, DrawTestCard(width, height), {});
+  }
+  // A training into `out` with a small network.
+  test::Outcome Train(const std::string& out, const std::string& epochs, std::vector<std::string> more = {}) const {
+    std::vector<std::string> arguments = {
+        "train", folder.Path(),  out,     "--layout", "8",     "--hidden", "6", "--kinds",  "14,12", "--rate",
+        "0.02",  "--final-rate", "0.005", "--valid",  "v.png", "--seed",   "3", "--epochs", epochs};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Kit(arguments);
+  }
+
+  test::ScratchFolder folder, results;
+};
+
+test::Outcome Mode(const test::ScratchFolder& place, std::vector<std::string> arguments) {
+  return test::Run({.arguments = std::move(arguments), .environment = {"NORV_DIR=" + place.Path()}, .input = "kkkk"});
+}
+
+// The SVG's elements are opened and closed in order and its attributes quoted: enough for a drawing of our own.
+bool IsWellFormed(const std::string& text) {
+  std::vector<std::string> open;
+  size_t at = text.find("?>") + 2;
+  while ((at = text.find('<', at)) != std::string::npos) {
+    const size_t end = text.find('>', at);
+    if (end == std::string::npos) return false;
+    const std::string tag = text.substr(at + 1, end - at - 1), name = tag.substr(0, tag.find_first_of(" /", 1));
+    if (tag.find('<') != std::string::npos || std::count(tag.begin(), tag.end(), '\'') % 2) return false;
+    if (tag[0] == '/') {
+      if (open.empty() || "/" + open.back() != tag) return false;
+      open.pop_back();
+    } else if (tag.back() != '/') {
+      open.push_back(name);
+    }
+    at = end;
+  }
+  return open.empty();
+}
+
+}  // namespace
+
+TEST_CASE("train leaves what modes 11, 12 and 9 leave, bit for bit") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out";
+  const test::Outcome outcome = gallery.Train(out, "3", {"--threads", "4", "--alternate", "1"});
+  CAPTURE(outcome.errors);
+  REQUIRE(outcome.exitCode == 0);
+  CHECK(outcome.errors.empty());
+
+  const test::ScratchFolder place;
+  for (const char* name : {"a.png", "b.png"}) {
+    LuminanceOf(ReadPicture(gallery.folder / name)).save(place / "standard.mat", Folder::asGiven);
+    CHECK(Mode(place, {"11", name[0] == 'a' ? "0" : "1", "2", "8", "4", "-1"}).exitCode == 0);
+  }
+  CHECK(Mode(place, {"12"}).exitCode == 0);
+  CHECK(Kit({"new-net", place / "test.net", "--layout", "8", "--hidden", "6", "--kinds", "14,12", "--seed", "3"})
+            .exitCode == 0);
+  CHECK(Mode(place, {"9", "3", "0.02", "0.005", "0", "1", "0", "0", "1", "0"}).exitCode == 0);
+  CHECK(test::ReadBytes(place / "test.dat").size() > 12);
+  CHECK(test::ReadBytes(out + "/test.dat") == test::ReadBytes(place / "test.dat"));
+  CHECK(test::ReadBytes(out + "/last.net") == test::ReadBytes(place / "test.net"));
+}
+
+TEST_CASE("the log tells of a falling cost and a rate on its line, and the best network is its best epoch") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out";
+  REQUIRE(gallery.Train(out, "6").exitCode == 0);
+  const TrainingLog log = ReadTrainingLog(out + "/log.csv");
+  REQUIRE(log.size() == 6);
+  CHECK(log.back().cost < 0.95 * log.front().cost);
+  CHECK(log[0].rate == doctest::Approx(0.02));
+  CHECK(log[2].rate == doctest::Approx(0.02 - 0.015 * 2 / 5));
+  CHECK(log.back().psnr > log.front().psnr);
+  const TrainingPictures pictures({.folder = gallery.folder.Path(), .valid = "v.png"});
+  NeuralNet best, last;
+  LoadNet(best, out + "/best.net", Folder::asGiven);
+  LoadNet(last, out + "/last.net", Folder::asGiven);
+  double greatest = 0;
+  for (const EpochRecord& record : log) greatest = std::max(greatest, record.psnr);
+  CHECK(ValidationPsnr(best, pictures.Validation(), 1) == doctest::Approx(greatest).epsilon(1e-5));
+  CHECK(ValidationPsnr(last, pictures.Validation(), 4) == doctest::Approx(log.back().psnr).epsilon(1e-5));
+  CHECK(log.back().cubic == doctest::Approx(pictures.Validation()[0].cubic).epsilon(1e-5));
+  CHECK(test::ReadBytes(out + "/curve.svg") == DrawLearningCurve(log));
+  CHECK(Kit({"curve", out + "/log.csv", gallery.results / "again.svg"}).exitCode == 0);
+  CHECK(test::ReadBytes(gallery.results / "again.svg") == DrawLearningCurve(log));
+}
+
+TEST_CASE("a training in two parts is the whole one when the rate does not fall, and nothing is trained over") {
+  const Gallery gallery;
+  const std::string whole = gallery.results / "whole", parts = gallery.results / "parts";
+  const auto train = [&](const std::string& out, const char* epochs, bool resume) {
+    std::vector<std::string> arguments = {
+        "train", gallery.folder.Path(), out,    "--layout", "8", "--hidden", "6",   "--rate",
+        "0.02",  "--final-rate",        "0.02", "--valid",  "1", "--epochs", epochs};
+    if (resume) arguments.push_back("--resume");
+    return Kit(arguments);
+  };
+  CHECK(train(whole, "4", false).exitCode == 0);
+  CHECK(train(parts, "1", false).exitCode == 0);
+  const std::string first = test::ReadBytes(parts + "/last.net");
+  const test::Outcome again = train(parts, "4", false);
+  CHECK(again.exitCode == 1);
+  CHECK(Contains(again.errors, "--resume"));
+  CHECK(test::ReadBytes(parts + "/last.net") == first);
+  CHECK(train(parts, "4", true).exitCode == 0);
+  CHECK(test::ReadBytes(parts + "/last.net") == test::ReadBytes(whole + "/last.net"));
+  CHECK(ReadTrainingLog(parts + "/log.csv").size() == 4);
+  const test::Outcome other = gallery.Train(parts, "5", {"--resume", "--factor", "4"});
+  CHECK(other.exitCode == 1);
+  CHECK(Contains(other.errors, "other layers"));
+}
+
+TEST_CASE("an interrupt keeps the network and says how to go on") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out";
+  test::TerminalRun run({.arguments = {"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "16",
+                                       "--valid", "1", "--epochs", "1000000"},
+                         .executable = NORVKIT_EXECUTABLE});
+  for (int i = 0; i < 400 && test::ReadBytes(out + "/curve.svg").empty(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  run.Signal(SIGINT);
+  CHECK(run.Wait() == 130);
+  CHECK(Contains(run.Shown(), "training was stopped"));
+  NeuralNet net;
+  LoadNet(net, out + "/last.net", Folder::asGiven);
+  const size_t epochs = ReadTrainingLog(out + "/log.csv").size();
+  CHECK(epochs > 0);
+  const test::Outcome more = Kit({"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "16", "--valid",
+                                  "1", "--epochs", std::to_string(epochs + 1), "--resume"});
+  CHECK(more.exitCode == 0);
+  CHECK(ReadTrainingLog(out + "/log.csv").size() == epochs + 1);
+}
+
+TEST_CASE("pictures that cannot serve are passed over with a warning, and none at all is an error") {
+  const Gallery gallery;
+  gallery.Draw("tiny.png", 100, 13);
+  test::WriteBytes(gallery.folder / "broken.png", "no picture");
+  const std::string out = gallery.results / "out";
+  const test::Outcome outcome = gallery.Train(out, "1");
+  CHECK(outcome.exitCode == 0);
+  CHECK(Contains(outcome.errors, "tiny.png is left out: 100 x 13 pixels, less than 14"));
+  CHECK(Contains(outcome.errors, "broken.png"));
+  CHECK(Contains(gallery.Train(gallery.results / "b", "1", {"--shrink", "5"}).errors, "less than 70"));
+
+  const test::ScratchFolder empty;
+  const auto reason = [](const std::vector<std::string>& arguments, int exitCode) {
+    const test::Outcome failed = Kit(arguments);
+    CHECK(failed.exitCode == exitCode);
+    return failed.errors;
+  };
+  const std::string there = gallery.folder.Path(), nowhere = gallery.results / "nowhere";
+  CHECK(Contains(reason({"train", empty.Path(), nowhere}, 1), "there are no pictures in"));
+  CHECK(Contains(reason({"train", empty / "missing", nowhere}, 1), "cannot read the folder"));
+  CHECK(Contains(reason({"train", there, nowhere, "--valid", "w.png"}, 1), "no picture w.png"));
+  CHECK(Contains(reason({"train", there, nowhere, "--valid", "9"}, 1), "left to train on"));
+  CHECK(Contains(reason({"train", there, nowhere, "--valid", "0"}, 1), "held out"));
+  CHECK(Contains(reason({"train", there, nowhere, "--order", "-7"}, 2), "no such filter"));
+  CHECK(Contains(reason({"train", there, nowhere, "--layout", "50"}, 2), "inputs"));
+  test::WriteBytes(gallery.results / "log.csv", "epoch,rate\n1,2\n");
+  CHECK(Contains(reason({"curve", gallery.results / "log.csv", gallery.results / "c.svg"}, 1), "no training log"));
+}
+
+TEST_CASE("a log comes back from its file, and what is no log is refused with its line") {
+  const test::ScratchFolder folder;
+  const TrainingLog log = {{1, 0.01, 0.25, 1000, 2.5, 30.25, 29.5, 29.75},
+                           {2, 0.005, 0.125, 1200, 2, INFINITY, 29, 30}};
+  WriteTrainingLog(folder / "log.csv", log);
+  const TrainingLog back = ReadTrainingLog(folder / "log.csv");
+  REQUIRE(back.size() == 2);
+  CHECK(back[0].rate == 0.01);
+  CHECK(back[0].lanczos == 29.75);
+  CHECK(std::isinf(back[1].psnr));
+  const std::string good = test::ReadBytes(folder / "log.csv");
+  for (const char* line : {"3,1,2,3", "3,1,2,3,4,5,6,x", "4,1,2,3,4,5,6,7", "3,1,2,3,4,5,6,7,8", "3,1,2,3,4,5,6,"}) {
+    CAPTURE(line);
+    test::WriteBytes(folder / "bad.csv", good + line + "\n");
+    CHECK_THROWS_WITH_AS(ReadTrainingLog(folder / "bad.csv"),
+                         ("line 4 of the training log " + folder / "bad.csv" + " makes no sense").c_str(), Failure);
+  }
+}
+
+TEST_CASE("a learning curve is well-formed, whatever the log holds, and higher values stand higher") {
+  TrainingLog log;
+  CHECK(IsWellFormed(DrawLearningCurve(log)));
+  for (int32_t epoch = 1; epoch <= 30; ++epoch) {
+    const double psnr = epoch == 20 ? NAN : 25 + epoch * 0.1;
+    log.push_back({epoch, 0.01, 1.0 / epoch, 1e5, 1, psnr, 26, 27});
+    CAPTURE(epoch);
+    CHECK(IsWellFormed(DrawLearningCurve(log)));
+  }
+  const std::string drawing = DrawLearningCurve(log);
+  CHECK(!Contains(drawing, "nan"));
+  CHECK(Contains(drawing, "Best: epoch 30, 28.00 dB; cubic 26.00 dB, Lanczos 27.00 dB"));
+  const auto height = [&](const char* name) {
+    const size_t end = drawing.find(std::string(">") + name + "</text>"), y = drawing.rfind("y='", end);
+    return std::stod(drawing.substr(y + 3));
+  };
+  CHECK(height("network") < height("Lanczos"));
+  CHECK(height("Lanczos") < height("cubic"));
+  CHECK(height("cubic") - height("Lanczos") == doctest::Approx(height("Lanczos") - height("network")).epsilon(0.01));
+}
+
+#endif
