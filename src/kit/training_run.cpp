@@ -123,13 +123,14 @@ void TrainingRun::RunEpoch(int32_t epoch) {
     record.cost = report.cost;
   });
   record.seconds = Seconds() - start;
+  const bool wished = InterruptWatch::Requested();
   const InterruptWatch watch;  // an epoch that is trained is also kept and measured
   if (end == TrainingEnd::completed && !std::isfinite(record.cost))
-    Fail("the cost of epoch %d is no number any more: choose a lower --rate; last.net is that of the epoch before",
+    Fail("the cost of epoch %d is no number any more: choose a lower --rate; the networks of earlier epochs are kept",
          record.epoch);
   SaveNet(net_, Path(kLast), Folder::asGiven);
   if (end == TrainingEnd::completed) Keep(record);
-  if (end != TrainingEnd::interrupted && !InterruptWatch::Requested()) return;
+  if (!wished && !InterruptWatch::Requested()) return;
   Complain("training was stopped; what was learned so far is in %s, and --resume goes on", Path(kLast).c_str());
   throw Interrupted();
 }

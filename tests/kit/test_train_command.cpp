@@ -39,10 +39,11 @@ struct Gallery {
     WritePicture(folder / name, DrawTestCard(width, height), {});
   }
   // A training into `out` with a small network.
-  test::Outcome Train(const std::string& out, const std::string& epochs, std::vector<std::string> more = {}) const {
+  test::Outcome Train(const std::string& out, const std::string& epochs, std::vector<std::string> more = {},
+                      const std::string& finalRate = "0.005") const {
     std::vector<std::string> arguments = {
-        "train", folder.Path(),  out,     "--layout", "8",     "--hidden", "6", "--kinds",  "14,12", "--rate",
-        "0.02",  "--final-rate", "0.005", "--valid",  "v.png", "--seed",   "3", "--epochs", epochs};
+        "train", folder.Path(),  out,       "--layout", "8",     "--hidden", "6", "--kinds",  "14,12", "--rate",
+        "0.02",  "--final-rate", finalRate, "--valid",  "v.png", "--seed",   "3", "--epochs", epochs};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return Kit(arguments);
   }
@@ -98,7 +99,7 @@ TEST_CASE("train leaves what modes 11, 12 and 9 leave, bit for bit") {
   CHECK(test::ReadBytes(out + "/last.net") == test::ReadBytes(place / "test.net"));
 }
 
-TEST_CASE("the log tells of a falling cost and a rate on its line, and the best network is its best epoch") {
+TEST_CASE("the log tells of a falling cost and a rate on its line, and is drawn") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
   REQUIRE(gallery.Train(out, "6").exitCode == 0);
@@ -108,18 +109,29 @@ TEST_CASE("the log tells of a falling cost and a rate on its line, and the best 
   CHECK(log[0].rate == doctest::Approx(0.02));
   CHECK(log[2].rate == doctest::Approx(0.02 - 0.015 * 2 / 5));
   CHECK(log.back().psnr > log.front().psnr);
-  const TrainingPictures pictures({.folder = gallery.folder.Path(), .valid = "v.png"});
-  NeuralNet best, last;
-  LoadNet(best, out + "/best.net", Folder::asGiven);
-  LoadNet(last, out + "/last.net", Folder::asGiven);
-  double greatest = 0;
-  for (const EpochRecord& record : log) greatest = std::max(greatest, record.psnr);
-  CHECK(ValidationPsnr(best, pictures.Validation(), 1) == doctest::Approx(greatest).epsilon(1e-5));
-  CHECK(ValidationPsnr(last, pictures.Validation(), 4) == doctest::Approx(log.back().psnr).epsilon(1e-5));
-  CHECK(log.back().cubic == doctest::Approx(pictures.Validation()[0].cubic).epsilon(1e-5));
   CHECK(test::ReadBytes(out + "/curve.svg") == DrawLearningCurve(log));
   CHECK(Kit({"curve", out + "/log.csv", gallery.results / "again.svg"}).exitCode == 0);
   CHECK(test::ReadBytes(gallery.results / "again.svg") == DrawLearningCurve(log));
+}
+
+TEST_CASE("the best network is that of the best epoch, whatever came after it") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out";
+  REQUIRE(gallery.Train(out, "5", {}, "0.2").exitCode == 0);  // a rate that grows too high
+  const TrainingLog log = ReadTrainingLog(out + "/log.csv");
+  double best = 0;
+  for (const EpochRecord& record : log) best = std::max(best, record.psnr);
+  REQUIRE(log.back().psnr < best - 0.1);
+  REQUIRE(log.front().psnr < best - 0.01);
+  const TrainingPictures pictures({.folder = gallery.folder.Path(), .valid = "v.png"});
+  const auto psnr = [&](const std::string& name) {
+    NeuralNet net;
+    LoadNet(net, out + name, Folder::asGiven);
+    return ValidationPsnr(net, pictures.Validation(), 4);
+  };
+  CHECK(psnr("/best.net") == doctest::Approx(best).epsilon(1e-5));
+  CHECK(psnr("/last.net") == doctest::Approx(log.back().psnr).epsilon(1e-5));
+  CHECK(log.back().cubic == doctest::Approx(pictures.Validation()[0].cubic).epsilon(1e-5));
 }
 
 TEST_CASE("a training in two parts is the whole one when the rate does not fall, and nothing is trained over") {
@@ -195,6 +207,22 @@ TEST_CASE("pictures that cannot serve are passed over with a warning, and none a
   CHECK(Contains(reason({"train", there, nowhere, "--layout", "50"}, 2), "inputs"));
   test::WriteBytes(gallery.results / "log.csv", "epoch,rate\n1,2\n");
   CHECK(Contains(reason({"curve", gallery.results / "log.csv", gallery.results / "c.svg"}, 1), "no training log"));
+}
+
+TEST_CASE("a training that loses its numbers ends with the network of the epoch before") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out";
+  const auto train = [&](const char* rate, const char* epochs) {
+    return Kit({"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "6", "--valid", "1", "--rate", rate,
+                "--final-rate", rate, "--epochs", epochs, "--resume"});
+  };
+  REQUIRE(train("0.01", "1").exitCode == 0);
+  const std::string last = test::ReadBytes(out + "/last.net"), log = test::ReadBytes(out + "/log.csv");
+  const test::Outcome lost = train("1e6", "2");
+  CHECK(lost.exitCode == 1);
+  CHECK(Contains(lost.errors, "lower --rate"));
+  CHECK(test::ReadBytes(out + "/last.net") == last);
+  CHECK(test::ReadBytes(out + "/log.csv") == log);
 }
 
 TEST_CASE("a log comes back from its file, and what is no log is refused with its line") {
