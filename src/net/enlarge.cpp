@@ -1,6 +1,7 @@
 #include "net/enlarge.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "net/enlarge_plane.h"
 #include "platform/team.h"
@@ -77,6 +78,15 @@ void EnlargeSingle(const PlaneEnlarger& enlarger, FloatImage& image, bool shortc
   shortcut ? EnlargeShortcut(enlarger, image, progress) : EnlargeAllChannels(enlarger, image, progress);
 }
 
+// An image whose planes hold anything: the bands will fill every pixel, each thread its own, and clearing them before
+// would take as long as the threads save.
+void MakeUncleared(FloatImage& image, int32_t width, int32_t height, int32_t format) {
+  image = FloatImage();
+  image.Redim(0, 0, format);
+  for (int32_t p = 0; p < image.planes; ++p) image.plane[p].dim(width, height);
+  image.RefreshSize();
+}
+
 void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatImage& source, bool shortcut,
                   const BandPlan& plan) {
   const int32_t rows = plan.height + 2 * kBandMargin, factor = enlarger.Factor();
@@ -107,10 +117,15 @@ void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, boo
   if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
   const bool teamSize = threads == 4 || threads == 8 || threads == 16;
   const BandPlan plan = teamSize ? PlanBands(image.height, threads) : BandPlan{1, image.height};
+  const int32_t width = EnlargedLength(image.width, enlarger.Factor());
+  const int32_t height = EnlargedLength(image.height, enlarger.Factor());
   FloatImage source;
-  if (plan.threads > 1) source = image;
-  const int32_t factor = enlarger.Factor();
-  image.Redim(EnlargedLength(image.width, factor), EnlargedLength(image.height, factor), image.format);
+  if (plan.threads > 1) source = enlarger.Supported() ? std::move(image) : image;
+  if (plan.threads > 1 && enlarger.Supported()) {
+    MakeUncleared(image, width, height, source.format);
+  } else {
+    image.Redim(width, height, image.format);
+  }
   // One band: the cleared image is enlarged, on purpose; see the header.
   plan.threads > 1 ? EnlargeBands(enlarger, image, source, shortcut, plan) : EnlargeWhole(enlarger, image, shortcut);
 }
