@@ -16,7 +16,7 @@
 namespace norv {
 namespace {
 
-constexpr int kRan = 0, kFailed = 1, kWrongUse = 2, kUnavailable = 3;
+constexpr int kRan = 0, kFailed = 1, kWrongUse = 2;
 constexpr int kInterrupted = 130;  // as a shell reports a run that Ctrl-C ended
 
 // The parameters of the restoration, which modes below 6 bring along and all others leave alone.
@@ -32,10 +32,6 @@ Request MakeRequest(const Arguments& arguments, int32_t mode, int32_t start) {
 int RunMode(const Request& request) {
   const Mode* mode = FindMode(request.mode);
   const Ending ending = mode ? mode->run(request) : Ending::report;
-  if (ending == Ending::unavailable) {
-    Complain("the operation of mode %d is not available in this build", request.mode);
-    return kUnavailable;
-  }
   if (ending == Ending::report) SayEndReport(request.start);
   return ending == Ending::interrupted ? kInterrupted : kRan;
 }

@@ -25,7 +25,6 @@ enum class Ending {
   report,       // the time and "Done!" follow
   silent,       // the mode has said everything
   interrupted,  // somebody stopped the run; its results so far are saved
-  unavailable,  // this build lacks the operation
 };
 
 // Restoration, restore_modes.cpp and (from 2 on) bit_modes.cpp.
