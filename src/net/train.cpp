@@ -9,6 +9,7 @@
 #include "net/training_file.h"
 #include "net/training_watch.h"
 #include "platform/console.h"
+#include "platform/interrupt.h"
 #include "platform/paths.h"
 #include "platform/sound.h"
 
@@ -21,11 +22,8 @@ constexpr int64_t kSamplesPerLook = 4096;
 // The set's copy on disk from which every epoch takes its new order.
 class ScratchFile {
  public:
-  ScratchFile() : path_(PathOf("temp.dat", Folder::executable)) { RemoveWhenKilled(path_); }
-  ~ScratchFile() {
-    RemoveFile(path_);
-    RemoveWhenKilled("");
-  }
+  ScratchFile() : path_(PathOf("temp.dat", Folder::executable)), guard_(path_) {}
+  ~ScratchFile() { RemoveFile(path_); }
   ScratchFile(const ScratchFile&) = delete;
   ScratchFile& operator=(const ScratchFile&) = delete;
 
@@ -45,6 +43,7 @@ class ScratchFile {
 
  private:
   std::string path_;
+  ScratchGuard guard_;
 };
 
 bool IsBackward(int32_t alternate, int32_t epoch) { return alternate == 2 || (alternate == 1 && epoch % 2 == 1); }

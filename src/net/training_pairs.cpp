@@ -117,6 +117,7 @@ void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrin
     });
     // The count may only stand for records that are on the disk.
     file.Flush();
+    file.CutBack(header.FileBytes());
     const int32_t total = header.N + maker.Count();
     file.Seek(0);
     file.Write(&total, sizeof total);

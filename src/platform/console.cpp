@@ -133,6 +133,8 @@ void PrepareConsole() {
     if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) std::abort();
   // A reader that went away must not end the run before its files are written.
   std::signal(SIGPIPE, SIG_IGN);
+  // Beyond a limit on file sizes a write fails like one on a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool ProgressIsVisible() { return isatty(STDERR_FILENO); }

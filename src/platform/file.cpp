@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 #include "platform/console.h"
@@ -90,6 +91,7 @@ void FileIn::WarnIfShort() const {
 struct FileOut::State {
   std::string destination;
   std::string temporary;  // empty: the destination is written directly
+  std::optional<ScratchGuard> guard;
   NativeFile file;
   Durability durability = Durability::durable;
   std::vector<char> buffer;
@@ -120,7 +122,7 @@ FileOut::FileOut(const std::string& path, Durability durability) : state_(std::m
     s.file = NativeFile::OpenForWriting(s.destination);
   } else {
     RemoveAbandonedFiles(s.destination);
-    s.file = NativeFile::CreateTemporary(s.destination, s.temporary);
+    s.file = NativeFile::CreateTemporary(s.destination, s.temporary, s.guard);
   }
   if (!s.file.IsOpen()) s.Fail();
   s.buffer.reserve(kBufferSize);
@@ -155,6 +157,7 @@ bool FileOut::Commit() {
   }
   if (s.failure.empty()) {
     s.temporary.clear();
+    s.guard.reset();
     return true;
   }
   Complain("cannot write %s: %s", s.destination.c_str(), s.failure.c_str());

@@ -29,6 +29,10 @@ void FileUpdate::Flush() {
   if (!Failed() && !file_.Flush()) reason_ = LastSystemError();
 }
 
+void FileUpdate::CutBack(int64_t size) {
+  if (Failed() && file_.IsOpen()) static_cast<void>(file_.Resize(size));
+}
+
 bool FileUpdate::Finish() {
   if (file_.IsOpen() && !file_.Close() && !Failed()) reason_ = LastSystemError();
   if (!Failed()) return true;

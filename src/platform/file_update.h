@@ -23,6 +23,8 @@ class FileUpdate {
   void Write(const void* bytes, size_t size);
   // Everything written so far is on the disk when this returns.
   void Flush();
+  // Only after a failure: what stands behind this place goes again.
+  void CutBack(int64_t size);
   bool Failed() const { return !reason_.empty(); }
   // Closes; true when everything was written. Otherwise the reason is on standard error.
   bool Finish();

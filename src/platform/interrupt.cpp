@@ -1,7 +1,9 @@
 #include "platform/interrupt.h"
 
+#include <algorithm>
+#include <atomic>
 #include <csignal>
-#include <cstring>
+#include <cstdlib>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -14,89 +16,106 @@
 namespace norv {
 namespace {
 
-volatile std::sig_atomic_t requests = 0;
+std::atomic<bool> watching{false};
+std::atomic<int> requests{0};
 
-}  // namespace
+#ifdef _WIN32
+using Character = wchar_t;
+std::wstring Native(const std::string& path) { return Wide(path); }
+void Remove(const wchar_t* path) { DeleteFileW(path); }
+#else
+using Character = char;
+const std::string& Native(const std::string& path) { return path; }
+void Remove(const char* path) { unlink(path); }
+#endif
 
-bool InterruptWatch::Requested() { return requests != 0; }
+constexpr int kSlots = 8, kLongestPath = 4096;
+
+// Fixed memory and atomic states, for a handler may look at any instant.
+struct Slot {
+  std::atomic<bool> taken{false}, filled{false};
+  Character path[kLongestPath];
+};
+Slot slots[kSlots];
+
+void RemoveScratchFiles() {
+  for (Slot& slot : slots)
+    if (slot.filled) Remove(slot.path);
+}
+
+// The first wish to stop is noted while somebody watches; false: the run has to end.
+bool OnlyNoted() { return watching && requests.exchange(1) == 0; }
 
 #ifdef _WIN32
 
-namespace {
-
-wchar_t scratch[32768];
-
 BOOL WINAPI OnConsoleEvent(DWORD) {
-  if (requests == 0) {
-    requests = 1;
-    return TRUE;
-  }
-  if (scratch[0]) DeleteFileW(scratch);
+  if (OnlyNoted()) return TRUE;
+  RemoveScratchFiles();
   return FALSE;  // the system's own way: the process ends
 }
 
-}  // namespace
-
-InterruptWatch::InterruptWatch() {
-  requests = 0;
-  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
-}
-
-InterruptWatch::~InterruptWatch() { SetConsoleCtrlHandler(OnConsoleEvent, FALSE); }
-
-void RemoveWhenKilled(const std::string& path) {
-  const std::wstring wide = Wide(path);
-  const size_t length = wide.size() < 32768 ? wide.size() : 0;
-  std::memcpy(scratch, wide.c_str(), length * sizeof(wchar_t));
-  scratch[length] = 0;
-}
+void InstallHandlers() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
 #else
 
-namespace {
-
-constexpr int kSignals[] = {SIGINT, SIGTERM};
-
-char scratch[4096];
-struct sigaction previous[2];
-
 // Only what is safe in a handler: notes, unlink, the signal's own default.
-extern "C" void OnInterrupt(int signal) {
-  if (requests == 0) {
-    requests = 1;
-    return;
-  }
-  if (scratch[0]) unlink(scratch);
+extern "C" void OnSignal(int signal) {
+  if ((signal == SIGINT || signal == SIGTERM) && OnlyNoted()) return;
+  RemoveScratchFiles();
   struct sigaction ordinary = {};
   ordinary.sa_handler = SIG_DFL;
   sigaction(signal, &ordinary, nullptr);
   raise(signal);
 }
 
-}  // namespace
-
-InterruptWatch::InterruptWatch() {
-  requests = 0;
-  struct sigaction action = {};
-  action.sa_handler = OnInterrupt;
+void InstallHandlers() {
+  struct sigaction action = {}, previous;
+  action.sa_handler = OnSignal;
   action.sa_flags = SA_RESTART;  // file calls go on
-  for (int i = 0; i < 2; ++i) {
-    sigaction(kSignals[i], nullptr, &previous[i]);
-    // What the parent chose to ignore (a run in the background) stays ignored.
-    if (previous[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);
-  }
-}
-
-InterruptWatch::~InterruptWatch() {
-  for (int i = 0; i < 2; ++i) sigaction(kSignals[i], &previous[i], nullptr);
-}
-
-void RemoveWhenKilled(const std::string& path) {
-  const size_t length = path.size() < sizeof scratch ? path.size() : 0;
-  std::memcpy(scratch, path.c_str(), length);
-  scratch[length] = 0;
+  // What the parent chose to ignore (a run in the background) stays ignored, what a sanitizer took stays its own.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGABRT, SIGBUS, SIGSEGV})
+    if (sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler == SIG_DFL)
+      sigaction(signal, &action, nullptr);
 }
 
 #endif
+
+void InstallOnce() {
+  static const bool installed = [] {
+    InstallHandlers();
+    std::atexit(RemoveScratchFiles);
+    return true;
+  }();
+  static_cast<void>(installed);
+}
+
+}  // namespace
+
+bool InterruptWatch::Requested() { return requests != 0; }
+
+InterruptWatch::InterruptWatch() {
+  requests = 0;
+  InstallOnce();
+  watching = true;
+}
+
+InterruptWatch::~InterruptWatch() { watching = false; }
+
+ScratchGuard::ScratchGuard(const std::string& path) : slot_(-1) {
+  const auto& native = Native(path);
+  if (native.size() >= kLongestPath) return;
+  InstallOnce();
+  for (int i = 0; i < kSlots && slot_ < 0; ++i)
+    if (!slots[i].taken.exchange(true)) slot_ = i;
+  if (slot_ < 0) return;
+  *std::copy(native.begin(), native.end(), slots[slot_].path) = 0;
+  slots[slot_].filled = true;
+}
+
+ScratchGuard::~ScratchGuard() {
+  if (slot_ < 0) return;
+  slots[slot_].filled = false;
+  slots[slot_].taken = false;
+}
 
 }  // namespace norv

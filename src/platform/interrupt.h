@@ -1,4 +1,4 @@
-// Stopping a long run by Ctrl-C or a request to terminate: the first one is a wish, the second one an order.
+// The ends of a run that come from outside: a wish to stop a long one, and what must not outlive it.
 #pragma once
 
 #include <string>
@@ -17,7 +17,18 @@ class InterruptWatch {
   static bool Requested();
 };
 
-// Names the one scratch file that an order to end at once still removes; empty: none.
-void RemoveWhenKilled(const std::string& path);
+// A file that must not outlive the run: while this lives, every end that a process can see coming (signals, an exit, an
+// abort; on Windows the console's events) removes it first. What a kill leaves, later runs remove. Eight at a time, any
+// further ones and paths of more than 4095 bytes are not guarded.
+class ScratchGuard {
+ public:
+  explicit ScratchGuard(const std::string& path);
+  ~ScratchGuard();
+  ScratchGuard(const ScratchGuard&) = delete;
+  ScratchGuard& operator=(const ScratchGuard&) = delete;
+
+ private:
+  int slot_;
+};
 
 }  // namespace norv

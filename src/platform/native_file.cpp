@@ -62,8 +62,10 @@ bool RemoveFile(const std::string& path) {
 namespace {
 
 void RemoveIfAbandoned(const fs::path& path) {
-  // Writers share nothing but deletion-free reading, so this fails while one is alive.
-  DeleteFileW(path.c_str());
+  // Writers let nobody else write, so this fails while one is alive.
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
 }
 
 }  // namespace
@@ -86,10 +88,13 @@ NativeFile NativeFile::OpenForUpdate(const std::string& path) {
                                 OPEN_EXISTING, 0, nullptr));
 }
 
-NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name) {
+NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name,
+                                       std::optional<ScratchGuard>& guard) {
   for (;;) {
     name = TemporaryName(destination);
-    NativeFile file(CreateFileW(Wide(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    guard.emplace(name);
+    // Deletion is shared for our own renaming and for the guard.
+    NativeFile file(CreateFileW(Wide(name).c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW, 0, nullptr));
     if (file.IsOpen() || GetLastError() != ERROR_FILE_EXISTS) return file;
   }
 }
@@ -125,6 +130,8 @@ bool NativeFile::Seek(int64_t offset) {
   return SetFilePointerEx(handle_, distance, nullptr, FILE_BEGIN);
 }
 
+bool NativeFile::Resize(int64_t size) { return Seek(size) && SetEndOfFile(handle_); }
+
 bool NativeFile::Flush() { return FlushFileBuffers(handle_); }
 
 bool NativeFile::Close() {
@@ -135,9 +142,10 @@ bool NativeFile::Close() {
 }
 
 bool NativeFile::Rename(const std::string& temporary, const std::string& destination, bool durable) {
-  if (!Close()) return false;
+  // Renamed while still open, so that no other run takes it for abandoned.
   const DWORD flags = MOVEFILE_REPLACE_EXISTING | (durable ? MOVEFILE_WRITE_THROUGH : 0);
-  return MoveFileExW(Wide(temporary).c_str(), Wide(destination).c_str(), flags);
+  if (!MoveFileExW(Wide(temporary).c_str(), Wide(destination).c_str(), flags)) return false;
+  return Close();
 }
 
 std::string LastSystemError() {
@@ -197,9 +205,11 @@ NativeFile NativeFile::OpenForUpdate(const std::string& path) {
   return NativeFile(Retry([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC); }));
 }
 
-NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name) {
+NativeFile NativeFile::CreateTemporary(const std::string& destination, std::string& name,
+                                       std::optional<ScratchGuard>& guard) {
   for (;;) {
     name = TemporaryName(destination);
+    guard.emplace(name);
     NativeFile file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.IsOpen()) {
       if (errno == EEXIST) continue;
@@ -235,6 +245,8 @@ bool NativeFile::Skip(int64_t bytes) {
 }
 
 bool NativeFile::Seek(int64_t offset) { return lseek(handle_, offset, SEEK_SET) == offset; }
+
+bool NativeFile::Resize(int64_t size) { return ftruncate(handle_, size) == 0; }
 
 bool NativeFile::Flush() { return fsync(handle_) == 0; }
 

@@ -3,8 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
+
+#include "platform/interrupt.h"
 
 namespace norv {
 
@@ -31,8 +34,9 @@ class NativeFile {
   // An existing file, to be changed in place.
   static NativeFile OpenForUpdate(const std::string& path);
   // A new file beside the destination, with the old one's permissions, locked until it is closed; its name goes to
-  // `name`.
-  static NativeFile CreateTemporary(const std::string& destination, std::string& name);
+  // `name`, and from before it exists `guard` removes it when the run is ended from outside.
+  static NativeFile CreateTemporary(const std::string& destination, std::string& name,
+                                    std::optional<ScratchGuard>& guard);
 
   bool IsOpen() const;
   int64_t Size() const;
@@ -43,6 +47,8 @@ class NativeFile {
   bool Skip(int64_t bytes);
   // Moves to this distance from the file's start.
   bool Seek(int64_t offset);
+  // Cuts the file to this size.
+  bool Resize(int64_t size);
   bool Flush();
   bool Close();
   // Renames this (flushed) file from its temporary name over the destination and closes it.

@@ -177,3 +177,33 @@ TEST_CASE("a run killed at any instant leaves the old or the new file whole") {
   REQUIRE(write('a'));
   CHECK(folder.Entries() == 1);
 }
+
+TEST_CASE("whatever ends a run but a kill takes its half-written file along") {
+  Folder folder;
+  WriteText(folder / "data", "old");
+  const auto endWith = [&](int signal) {
+    const pid_t child = fork();
+    if (child == 0) {
+      FileOut out(folder / "data", Durability::scratch);
+      const std::vector<float> large(1 << 19);
+      out.Array(large.data(), large.size());
+      if (signal == 0) std::exit(1);
+      raise(signal);
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    CHECK(Contents(folder / "data") == "old");
+    return status;
+  };
+  for (const int signal : {SIGHUP, SIGXCPU}) {
+    CHECK(WTERMSIG(endWith(signal)) == signal);
+    CHECK(folder.Entries() == 1);
+  }
+  CHECK(WEXITSTATUS(endWith(0)) == 1);
+  CHECK(folder.Entries() == 1);
+  endWith(SIGKILL);
+  CHECK(folder.Entries() == 2);
+  RemoveAbandonedFiles(folder / "data");
+  CHECK(folder.Entries() == 1);
+}
