@@ -25,15 +25,15 @@ void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, const Me
 
 void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared) {
   const RestoreKernels& kernels = ActiveRestoreKernels();
-  const double lambda = static_cast<double>(weighting.lambda), delta = static_cast<double>(weighting.delta);
   if (squared && weighting.rule != Rule::lorentzian) kernels.squareRoot(values, n);
   switch (weighting.rule) {
     case Rule::huber:
       return kernels.huber(values, weighting.lambda, weighting.delta, n);
     case Rule::lorentzian:
-      return kernels.lorentzian(values, lambda, Sigma(weighting.delta, squared), squared, n);
+      return kernels.lorentzian(values, static_cast<double>(weighting.lambda), Sigma(weighting.delta, squared), squared,
+                                n);
     case Rule::shaped:
-      return kernels.shaped(values, lambda, delta, static_cast<double>(weighting.shape), n);
+      return kernels.shaped(values, weighting.lambda, weighting.delta, weighting.shape, n);
   }
 }
 

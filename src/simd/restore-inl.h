@@ -3,6 +3,7 @@
 // NORV_VECTOR_BYTES the level's vectors.
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <immintrin.h>
 
 #include "simd/restore_kernels.h"
@@ -17,6 +18,7 @@ namespace {
 using Floats [[gnu::vector_size(32)]] = float;  // eight at every level: wider ones gave nothing
 using FloatsAnywhere [[gnu::vector_size(32), gnu::aligned(4), gnu::may_alias]] = float;
 using FourDoubles [[gnu::vector_size(32)]] = double;
+using Whole [[gnu::vector_size(32)]] = int32_t;
 constexpr int64_t kLanes = 8;
 
 template <typename V>
@@ -38,6 +40,11 @@ inline FourDoubles SquareRoot(FourDoubles v) { return _mm256_sqrt_pd(v); }
 inline Doubles SquareRoot(Doubles v) { return _mm512_maskz_sqrt_pd(0xff, v); }  // the unmasked one warns
 #endif
 inline double SquareRoot(double v) { return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(v))); }
+
+template <typename V>
+inline V Size(V v) {
+  return v < 0 ? -v : v;
+}
 
 // Starts to fetch what a stream of rows will be asked for soon: the hardware's own prefetching ends at every page,
 // which is every row of a megapixel plane.
@@ -319,10 +326,21 @@ void SquareRoots(float* x, int64_t n) {
 void Huber(float* x, float lambda, float delta, int64_t n) {
   ForRow(n, [&](auto one, int64_t i) {
     using V = decltype(one);
-    const V value = Load<V>(x + i), g = value < 0 ? -value : value;
+    const V g = Size(Load<V>(x + i));
     const V beyond = lambda * SquareRoot((2 * g - delta) * delta) / g, inside = V{} + lambda;
     Store(x + i, g <= delta ? inside : beyond);
   });
+}
+
+// x = body(x) of eight values at a time, the last block filled up with ones.
+template <typename Body>
+inline void ForBlocks(float* x, int64_t n, const Body& body) {
+  int64_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) Store(x + i, body(Load<Floats>(x + i)));
+  Floats block = Floats{} + 1;
+  std::memcpy(&block, x + i, sizeof(float) * static_cast<size_t>(n - i));
+  block = body(block);
+  std::memcpy(x + i, &block, sizeof(float) * static_cast<size_t>(n - i));
 }
 
 // body(value, is a vector) of every element as a double, whole vectors first; the result rounded.
@@ -347,15 +365,37 @@ void Lorentzian(float* x, double lambda, double sigma, bool squared, int64_t n) 
   });
 }
 
-void Shaped(float* x, double lambda, double delta, double shape, int64_t n) {
-  ForRowInDouble(x, n, [&](auto value) {
-    using V = decltype(value);
-    const V g = Magnitude(value), weak = Fill<V>(lambda), t = g / delta;
-    const auto inside = g <= delta;
-    if (!AnyLane(!inside)) return weak;
-    const V penalty = shape > 0 ? 1 + 2 / shape * (NORV_LEVEL::Pow(t, Fill<V>(shape)) - 1) : 1 + 2 * NORV_LEVEL::Log(t);
-    const V beyond = lambda * delta * SquareRoot(penalty) / g;
-    return inside ? weak : beyond;
+constexpr int32_t kRootHalf = 0x3f3504f3;
+
+// ln x of positive normal floats: with 1 + f = x / 2^k near 1 and s = f / (2 + f), k ln 2 + 2 s (1 + s^2 / 3 + ...).
+inline Floats LogOf(Floats x) {
+  const Whole bits = __builtin_bit_cast(Whole, x) - kRootHalf;
+  const Floats k = __builtin_convertvector(bits >> 23, Floats);
+  const Floats f = __builtin_bit_cast(Floats, (bits & 0x007fffff) + kRootHalf) - 1;
+  const Floats s = f / (2 + f), u = s * s;
+  const Floats beyond = s * u * (0.6666667f + u * (0.4f + u * (0.2857143f + u * 0.2222222f)));
+  return k * 0.693359375f + (2 * s + (beyond - k * 2.1219444e-4f));
+}
+
+// e^x - 1 without cancellation for x > -87; x beyond 87 counts as that.
+inline Floats ExpLessOne(Floats x) {
+  constexpr float kRound = 0x1.8p23f;
+  const Floats bounded = x > 87 ? Floats{} + 87 : x;
+  const Floats k = (bounded * 1.4426950f + kRound) - kRound;
+  const Floats r = (bounded - k * 0.693359375f) + k * 2.1219444e-4f;
+  const Floats tail = 0.16666667f + r * (0.041666667f + r * (0.0083333333f + r * (1.3888889e-3f + r * 1.9841270e-4f)));
+  const Floats scale = __builtin_bit_cast(Floats, (__builtin_convertvector(k, Whole) + 127) << 23);
+  return scale * (r + r * r * (0.5f + r * tail)) + (scale - 1);
+}
+
+// g / delta to the power of the shape is the exponential of a product; a shape of 0 is the limit of small ones.
+void Shaped(float* x, float lambda, float delta, float shape, int64_t n) {
+  const float inverse = 1 / delta, strength = delta >= 0 ? lambda : __builtin_nanf("");
+  ForBlocks(x, n, [&](Floats value) {
+    const Floats g = Size(value), t = g * inverse, log = LogOf(t);
+    const Floats penalty = 1 + 2 * (shape > 0 ? ExpLessOne(shape * log) / shape : log);
+    const Floats beyond = strength * SquareRoot(penalty) / t, inside = Floats{} + lambda;
+    return g <= delta ? inside : beyond;
   });
 }
 
@@ -373,29 +413,18 @@ void Tensor(float* j11, float* j12, float* j22, CellRow x, int64_t n) {
 
 constexpr float kNoDirection = 1e-8f;
 
-// Four pixels: the half angle of (difference, twice), cosine and sine, neither by a cancelling subtraction.
-inline void HalfAngle(FourDoubles difference, FourDoubles twice, __m128& cosine, __m128& sine) {
-  const FourDoubles length = SquareRoot(difference * difference + twice * twice);
-  const FourDoubles size = difference < 0 ? -difference : difference;
-  const FourDoubles larger = SquareRoot((length + size) / (2 * length)), smaller = twice / (2 * length * larger);
-  const FourDoubles sign = twice < 0 ? FourDoubles{} - 1 : FourDoubles{} + 1;
-  const auto right = difference >= 0;
-  cosine = _mm256_cvtpd_ps(right ? larger : smaller * sign);
-  sine = _mm256_cvtpd_ps(right ? smaller : larger * sign);
-}
-
+// The unit vector at half the angle of (difference, 2 mixed) has the direction of (length + difference, 2 mixed), or
+// turned by symmetry where that sum would cancel. Tensors whose fourth powers a float does not hold are made smaller.
 inline void DirectionBlock(float* u1, float* u2, const float* j11, const float* j12, const float* j22) {
   const Floats mixed = Load<Floats>(j12), difference = Load<Floats>(j11) - Load<Floats>(j22);
-  __m128 cosine[2], sine[2];
-  for (int half = 0; half < 2; ++half) {
-    const auto part = [&](Floats v) { return half ? _mm256_extractf128_ps(v, 1) : _mm256_castps256_ps128(v); };
-    HalfAngle(_mm256_cvtps_pd(part(difference)), 2 * static_cast<FourDoubles>(_mm256_cvtps_pd(part(mixed))),
-              cosine[half], sine[half]);
-  }
-  const Floats sizeOfMixed = mixed < 0 ? -mixed : mixed, size = difference < 0 ? -difference : difference;
-  const auto none = (sizeOfMixed < kNoDirection) & (size < kNoDirection);
-  Store(u1, none ? Floats{} : static_cast<Floats>(_mm256_set_m128(cosine[1], cosine[0])));
-  Store(u2, none ? Floats{} : static_cast<Floats>(_mm256_set_m128(sine[1], sine[0])));
+  const Floats sizeOfMixed = Size(mixed), size = Size(difference);
+  const Floats scale = (sizeOfMixed > 1e8f) | (size > 1e8f) ? Floats{} + 0x1p-70f : Floats{} + 1;
+  const Floats a = scale * size, b = 2 * (scale * sizeOfMixed), length = SquareRoot(a * a + b * b), sum = length + a;
+  const Floats norm = SquareRoot(2 * length * sum), larger = sum / norm, smaller = b / norm;
+  const auto none = (sizeOfMixed < kNoDirection) & (size < kNoDirection), right = difference >= 0;
+  const Floats sine = right ? smaller : larger;
+  Store(u1, none ? Floats{} : (right ? larger : smaller));
+  Store(u2, none ? Floats{} : (mixed < 0 ? -sine : sine));
 }
 
 void Direction(float* u1, float* u2, const float* j11, const float* j12, const float* j22, int64_t n) {

@@ -74,14 +74,14 @@ struct RestoreKernels {
   // lambda sqrt(ln(1 + g^2 / sigma^2) / g^2) when g^2 > 1e-10, else lambda / sigma, in double precision; x holds g^2 if
   // squared, else g.
   void (*lorentzian)(float* x, double lambda, double sigma, bool squared, int64_t n);
-  // With g = |x| and t = g / delta: lambda when g <= delta, else lambda delta sqrt(1 + (2 / shape) (t^shape - 1)) / g,
-  // in double precision; the limit 1 + 2 ln t under the root for a shape of 0 or less.
-  void (*shaped)(float* x, double lambda, double delta, double shape, int64_t n);
+  // With g = |x| and t = g / delta: lambda when g <= delta, else lambda sqrt(1 + (2 / shape) (t^shape - 1)) / t; the
+  // limit 1 + 2 ln t under the root for a shape of 0 or less. t^shape beyond e^87 counts as that.
+  void (*shaped)(float* x, float lambda, float delta, float shape, int64_t n);
 
   // j11 = d1^2, j12 = d1 d2, j22 = d2^2
   void (*tensor)(float* j11, float* j12, float* j22, CellRow x, int64_t n);
-  // The unit vector at the angle atan2(2 j12, j11 - j22) / 2, by the half-angle formulas in double precision; zero
-  // where |j12| and |j11 - j22| are both below 1e-8.
+  // The unit vector at the angle atan2(2 j12, j11 - j22) / 2, by the half-angle formulas; zero where |j12| and |j11 -
+  // j22| are both below 1e-8.
   void (*direction)(float* u1, float* u2, const float* j11, const float* j12, const float* j22, int64_t n);
 };
 

@@ -36,19 +36,32 @@ TEST_CASE("rules: flat places, the join at delta, and the squared penalty that e
     CHECK(Weight(g, lorentzian) == doctest::Approx(0.5 * std::sqrt(std::log1p(size * size / (sigma * sigma))) / size));
     CHECK(Weight(g * g, lorentzian, true) == doctest::Approx(Weight(g, lorentzian)));
     CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 1}) == doctest::Approx(Weight(g, huber)));
-    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 0.5f}) ==
-          doctest::Approx(0.5 * 3 * std::sqrt(1 + 4 * (std::sqrt(size / 3) - 1)) / size));
-    const double limit = 0.5 * 3 * std::sqrt(1 + 2 * std::log(size / 3)) / size;
-    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 0}) == doctest::Approx(limit));
-    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, -2}) == doctest::Approx(limit));
-    CHECK(Weight(g, {Rule::shaped, 0.5f, 3, 1e-4f}) == doctest::Approx(limit).epsilon(1e-3));
   }
 }
 
+TEST_CASE("shaped weights: powers from the logarithmic limit to steep ones, thresholds down to none") {
+  for (const float shape : {-2.0f, 0.0f, 1e-4f, 0.5f, 0.8f, 2.0f, 5.0f})
+    for (const float delta : {1e-3f, 0.7f, 3.0f, 1e6f})
+      for (float g = 1e-4f; g < 300; g *= 1.07f) {
+        const double p = static_cast<double>(shape), t = static_cast<double>(g) / static_cast<double>(delta);
+        const double penalty = p > 0 ? 1 + 2 / p * std::expm1(p * std::log(t)) : 1 + 2 * std::log(t);
+        CAPTURE(shape);
+        CAPTURE(delta);
+        CAPTURE(g);
+        CHECK(Weight(-g, {Rule::shaped, 0.5f, delta, shape}) ==
+              doctest::Approx(t <= 1 ? 0.5 : 0.5 * std::sqrt(penalty) / t).epsilon(3e-6));
+      }
+  CHECK(Weight(0, {Rule::shaped, 0.5f, 0, 0.8f}) == 0.5f);
+  CHECK(Weight(1, {Rule::shaped, 0.5f, 0, 0.8f}) == 0);
+  CHECK(std::isfinite(Weight(255, {Rule::shaped, 0.5f, 1e-3f, 100})));
+  CHECK(std::isnan(Weight(std::nanf(""), {Rule::shaped, 0.5f, 3, 0.8f})));
+  CHECK(std::isnan(Weight(1, {Rule::shaped, 0.5f, -3, 0.8f})));
+}
+
 TEST_CASE("the orientation field, unsmoothed, smoothed, and with scales beyond the plane") {
-  for (const int32_t w : {1, 2, 9, 21})
+  for (const auto& [w, size] : {std::pair{1, 255.f}, {2, 255.f}, {9, 255.f}, {21, 255.f}, {9, 1e18f}, {9, 1e-2f}})
     for (const double scale : {0.0, 0.4, 1.4, 9.0}) {
-      const matrix x = RandomPlane(w, 6, 11);
+      const matrix x = RandomPlane(w, 6, 11, 0, size);
       OrientationField field;
       FindOrientation(field, x, scale);
       const PlainField plain = PlainOrientation(PlainPlane(x), scale);

@@ -28,8 +28,8 @@ TEST_CASE("rules and directions: the same bits for every length at every level, 
     std::vector<std::vector<float>> rows(6, std::vector<float>(g.x, g.x + 80));
     kernels.huber(rows[0].data(), 0.3f, 4, n);
     kernels.lorentzian(rows[1].data(), 0.3, 4, false, n);
-    kernels.shaped(rows[2].data(), 0.3, 4, 0.8, n);
-    kernels.shaped(rows[3].data(), 0.3, 4, -1, n);
+    kernels.shaped(rows[2].data(), 0.3f, 4, 0.8f, n);
+    kernels.shaped(rows[3].data(), 0.3f, 4, -1, n);
     kernels.direction(rows[4].data(), rows[5].data(), j.z[0], j.z[1], j.z[2], n);
     return rows;
   };
