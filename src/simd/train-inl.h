@@ -91,6 +91,14 @@ struct SweepColumns {
 
 inline Float8 Broadcast(float x) { return Float8{x, x, x, x, x, x, x, x}; }
 
+template <class Half>
+inline auto Join(Half low, Half high) {
+  if constexpr (sizeof(Half) == 16)
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+  else
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+}
+
 // Four vectors of eight lane sums become the four sums: lanes 1 to 7 added to lane 0 in order.
 inline __attribute__((always_inline)) Float4 AddLanes(Float8 a, Float8 b, Float8 c, Float8 d) {
   const Float8 ab02 = __builtin_shuffle(a, b, Int8{0, 8, 1, 9, 4, 12, 5, 13});
@@ -121,9 +129,9 @@ inline __attribute__((always_inline)) float UpdatedWeight(const TrainSweep& s, i
   return w;
 }
 
-// Four units, all inputs.
+// Four units, all inputs; their z.
 template <TrainUpdate kUpdate, bool kEvaluate>
-inline __attribute__((always_inline)) void FourRows(const TrainSweep& s, int32_t u) {
+inline __attribute__((always_inline)) Float4 FourRows(const TrainSweep& s, int32_t u) {
   const int32_t whole = s.inputs / 8 * 8;
   Float8 sum[4] = {};
   Float8 minusStep[4];
@@ -146,13 +154,23 @@ inline __attribute__((always_inline)) void FourRows(const TrainSweep& s, int32_t
       const float w = UpdatedWeight<kUpdate>(s, u + r, i);
       if constexpr (kEvaluate) sum[r][0] += w * s.input[i];
     }
-  if constexpr (kEvaluate) At<Float4>(s.z + u) = AddLanes(sum[0], sum[1], sum[2], sum[3]) + At<Float4>(s.bias + u);
+  if constexpr (!kEvaluate) return Float4{};
+  return AddLanes(sum[0], sum[1], sum[2], sum[3]) + At<Float4>(s.bias + u);
 }
 
 template <TrainUpdate kUpdate, bool kEvaluate>
 struct SweepRows {
   static void Run(const TrainSweep& sweep, int32_t begin, int32_t end) {
-    for (int32_t u = begin; u < end; u += 4) FourRows<kUpdate, kEvaluate>(sweep, u);
+    // In stores no shorter than the activations' loads, which would wait for the memory otherwise.
+    const auto store = [&](int32_t u, Float8 z) {
+      if constexpr (kEvaluate) At<Float8>(sweep.z + u) = z;
+    };
+    int32_t u = begin;
+    for (; u + 4 < end; u += 8) {
+      const Float4 low = FourRows<kUpdate, kEvaluate>(sweep, u);
+      store(u, Join(low, FourRows<kUpdate, kEvaluate>(sweep, u + 4)));
+    }
+    if (u < end) store(u, Join(FourRows<kUpdate, kEvaluate>(sweep, u), Float4{}));
   }
 };
 
@@ -211,9 +229,7 @@ inline __attribute__((always_inline)) Wide DeltaOf(const TrainDeltas& d, int32_t
   const HalfFloats* half = reinterpret_cast<const HalfFloats*>(&sum);
   const Doubles first = Load<Doubles>(d.slope + i) * Widen(half[0]);
   const Doubles second = Load<Doubles>(d.slope + i + kDoubleLanes) * Widen(half[1]);
-  Wide delta;
-  reinterpret_cast<HalfFloats*>(&delta)[0] = Narrow(first);
-  reinterpret_cast<HalfFloats*>(&delta)[1] = Narrow(second);
+  Wide delta = Join(Narrow(first), Narrow(second));
   if (d.z && __builtin_expect(AnyNearMiddle(first, second) || AnyTiny(delta, sum), 0))
     delta = ExactLogisticProduct(d.z + i, sum);
   if (d.bound == 0) return delta;
