@@ -1,11 +1,11 @@
 // Modes 10 and 13: enlargement by a network, and what its weights are like.
 #include "driver/modes.h"
 #include "driver/report.h"
-#include "net/enlarge.h"
+#include "net/enlarge_file.h"
 #include "net/net_file.h"
 #include "net/neural_net.h"
-#include "numeric/float_image.h"
 #include "platform/console.h"
+#include "platform/paths.h"
 
 namespace norv {
 
@@ -16,12 +16,8 @@ Ending EnlargeByNetwork(const Request& request) {
   NeuralNet net;
   LoadNet(net, "net.net", Folder::executable);
   if (const char* reason = WhyNotEvaluable(net)) throw reason;
-  FloatImage image;
-  // On purpose no failure: a missing picture is enlarged as an empty one, and the run ends as usual even when the
-  // result cannot be written. The reason is on standard error then.
-  static_cast<void>(image.Load("input.fdib", Folder::executable));
-  NetEnlargeImage(image, net, shortcut != 0, average != 0, threads);
-  static_cast<void>(image.Save("output.fdib", Folder::executable));
+  NetEnlargeFile(PathOf("input.fdib", Folder::executable), PathOf("output.fdib", Folder::executable), net,
+                 shortcut != 0, average != 0, threads);
   return Ending::report;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "net/enlarge_plane.h"
+#include "numeric/assert.h"
 #include "platform/team.h"
 #include "raster/bands.h"
 #include "raster/separable.h"
@@ -19,27 +20,27 @@ bool HasFourth(const FloatImage& image) { return ModelOf(image.format) == kWithF
 // Planes that go through the network.
 int64_t NetworkPlanes(const FloatImage& image, bool shortcut) { return shortcut ? 1 + HasFourth(image) : image.planes; }
 
-void EnlargePlane(const PlaneEnlarger& enlarger, matrix& plane, Progress& progress) {
+void EnlargePlane(const PlaneEnlarger& enlarger, matrix& plane, const Strip& strip, Progress& progress) {
   if (!enlarger.Supported()) return;
   matrix enlarged;
-  enlarger.Enlarge(plane, enlarged, progress);
+  enlarger.Enlarge(plane, strip, enlarged, progress);
   plane.swap(enlarged);
 }
 
-void EnlargeAllChannels(const PlaneEnlarger& enlarger, FloatImage& image, Progress& progress) {
-  for (int32_t p = 0; p < image.planes; ++p) EnlargePlane(enlarger, image.plane[p], progress);
+void EnlargeAllChannels(const PlaneEnlarger& enlarger, FloatImage& image, const Strip& strip, Progress& progress) {
+  for (int32_t p = 0; p < image.planes; ++p) EnlargePlane(enlarger, image.plane[p], strip, progress);
   image.RefreshSize();
 }
 
 // Planes 1 and 2 of a luminance image. A network without outputs has no factor to resample by.
-void ResampleChrominance(FloatImage& image, int32_t factor) {
+void ResampleChrominance(FloatImage& image, int32_t factor, const Strip& strip) {
   if (factor < 1 || image.count == 0) return;
-  ElementCount(EnlargedLength(image.width, factor), EnlargedLength(image.height, factor));
+  ElementCount(EnlargedLength(image.width, factor), EnlargedLength(strip.rows, factor));
   const ResampleTable horizontal = EnlargementTable(image.width, factor);
-  const ResampleTable vertical = EnlargementTable(image.height, factor);
+  const ResampleTable vertical = EnlargementTablePart(factor, strip.first * factor, strip.rows * factor);
   for (const int32_t p : {1, 2}) {
     matrix enlarged;
-    ResampleSeparable(image.plane[p], enlarged, horizontal, vertical);
+    ResampleSeparable(strip.WindowOf(image.plane[p]), enlarged, horizontal, vertical);
     image.plane[p].swap(enlarged);
   }
 }
@@ -54,7 +55,7 @@ void FitPlanes(FloatImage& image) {
   }
 }
 
-void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, Progress& progress) {
+void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, const Strip& strip, Progress& progress) {
   const int32_t format = image.format;
   matrix fourth;
   if (HasFourth(image)) {
@@ -62,20 +63,22 @@ void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, Progress&
     image.ConvertTo(kDisplay);
   }
   image.ConvertTo(kLuminance);
-  EnlargePlane(enlarger, image.plane[0], progress);
-  ResampleChrominance(image, enlarger.Factor());
+  EnlargePlane(enlarger, image.plane[0], strip, progress);
+  ResampleChrominance(image, enlarger.Factor(), strip);
   image.RefreshSize();
   FitPlanes(image);
   image.ConvertTo(format);
   if (!HasFourth(image)) return;
   // Only now, and with its place empty, so that no enlarged plane is ever held twice.
   image.plane[3].freemem();
-  EnlargePlane(enlarger, fourth, progress);
+  EnlargePlane(enlarger, fourth, strip, progress);
   image.plane[3].swap(fourth);
 }
 
-void EnlargeSingle(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, Progress& progress) {
-  shortcut ? EnlargeShortcut(enlarger, image, progress) : EnlargeAllChannels(enlarger, image, progress);
+// The strip's window becomes the enlarged strip.
+void EnlargeStrip(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, const Strip& strip,
+                  Progress& progress) {
+  shortcut ? EnlargeShortcut(enlarger, image, strip, progress) : EnlargeAllChannels(enlarger, image, strip, progress);
 }
 
 // An image whose planes hold anything: the bands will fill every pixel, each thread its own, and clearing them before
@@ -95,22 +98,48 @@ void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatI
     const int32_t first = static_cast<int32_t>(i * plan.height);
     FloatImage band;
     CutBand(source, first - kBandMargin, rows, band);
-    EnlargeSingle(enlarger, band, shortcut, progress);
+    EnlargeStrip(enlarger, band, shortcut, WholeStrip(rows), progress);
     PasteBand(image, first * factor, band, kBandMargin * factor);
   });
 }
 
 void EnlargeWhole(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut) {
   Progress progress(kDoing, NetworkPlanes(image, shortcut) * image.height);
-  EnlargeSingle(enlarger, image, shortcut, progress);
+  EnlargeStrip(enlarger, image, shortcut, WholeStrip(image.height), progress);
 }
 
 void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& out) {
   Progress progress(kDoing, plane.n);
-  enlarger.Enlarge(plane, out, progress);
+  enlarger.Enlarge(plane, WholeStrip(plane.n), out, progress);
+}
+
+// Rows a strip for a picture of which not much should be in memory at once: whole tiles, as long as a tile is small.
+int32_t RowsOfStrip(const RowSource& source, int32_t planes, int32_t factor) {
+  constexpr int64_t kStripBytes = int64_t{128} << 20;
+  // The window, a copy of it and the enlarged planes, of which one comes and one goes.
+  const int64_t bytes = int64_t{4} * source.width * (planes * (2 + factor * factor) + factor * factor);
+  const int64_t rows = std::max<int64_t>(kStripBytes / std::max<int64_t>(bytes, 1), 1);
+  return static_cast<int32_t>(std::min<int64_t>(rows < kTileRows ? rows : rows / kTileRows * kTileRows, INT32_MAX));
 }
 
 }  // namespace
+
+void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool shortcut, bool average,
+                    int32_t stripRows) {
+  const PlaneEnlarger enlarger(net, average);
+  const FloatImage shape(0, 0, source.format);
+  NORV_ASSERT(enlarger.Supported() && shape.planes > 0);
+  if (stripRows == 0) stripRows = RowsOfStrip(source, shape.planes, enlarger.Factor());
+  Progress progress(kDoing, NetworkPlanes(shape, shortcut) * source.height);
+  RowWindow window(source);
+  bool wanted = true;
+  for (int64_t first = 0; first < source.height && wanted; first += stripRows) {
+    const Strip strip = PlanStrip(source.height, static_cast<int32_t>(first), stripRows, kBandMargin);
+    FloatImage image = window.Show(strip);
+    EnlargeStrip(enlarger, image, shortcut, strip, progress);
+    wanted = sink.Write(image);
+  }
+}
 
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads) {
   const PlaneEnlarger enlarger(net, average);

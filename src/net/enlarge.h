@@ -2,7 +2,7 @@
 #pragma once
 
 #include "net/neural_net.h"
-#include "numeric/float_image.h"
+#include "numeric/image_rows.h"
 
 namespace norv {
 
@@ -14,6 +14,12 @@ namespace norv {
 // A network without a layout leaves the planes as they are.
 // Throws matrix's out-of-memory message; the image is then unusable.
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads);
+
+// A picture that passes by, in strips of stripRows rows (0: as many as make a strip of moderate size), on the calling
+// thread: the sink gets the very bits of NetEnlargeImage with one thread, strip by strip. The network has a layout,
+// the format is known. Stops where the sink wants no more.
+void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool shortcut, bool average,
+                    int32_t stripRows = 0);
 
 // A whole image or one band, in place, on the calling thread.
 void NetEnlargeAllChannels(FloatImage& image, const NeuralNet& net, bool average);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/console.h"
 #include "raster/orient.h"
 
 namespace norv {
@@ -11,7 +12,6 @@ namespace {
 
 // A plane is worked through in tiles that are copied with their margins, so that neighbours are plain loads, memory
 // stays small whatever the plane, and the tile stays in the cache.
-constexpr int64_t kTileRows = 16;
 constexpr int64_t kTileColumns = 16 * kPixelsPerBlock;
 constexpr int64_t kVector = 16;  // pixels are filled in and evaluated in whole vectors of at most this length
 constexpr int64_t kTileStride = kTileColumns + kVector;
@@ -76,11 +76,12 @@ void Interleave(const float* block, float* const* rows, int64_t column, int32_t 
 // The road of one plane: everything that one thread needs for it.
 class TileRoad {
  public:
-  TileRoad(const PlaneEnlarger& enlarger, const matrix& plane, matrix& result)
+  TileRoad(const PlaneEnlarger& enlarger, const PlaneWindow& plane, int32_t firstRow, matrix& result)
       : layout_(*enlarger.layout_),
         net_(*enlarger.net_),
         factor_(enlarger.factor_),
         plane_(plane),
+        firstRow_(firstRow),
         result_(result),
         scratch_(net_),
         tile_(MakeAligned<float>((kTileRows + 2 * layout_.radius) * kTileStride)),
@@ -89,7 +90,7 @@ class TileRoad {
   }
 
   void EnlargeTile(int64_t row, int64_t column, int64_t rows) {
-    const int64_t columns = std::min(kTileColumns, plane_.m - column), radius = layout_.radius;
+    const int64_t columns = std::min(kTileColumns, plane_.rows.m - column), radius = layout_.radius;
     const Rectangle area{row - radius, column - radius, rows + 2 * radius, WholeVectors(columns) + 2 * radius};
     CopyRectangle(plane_, layout_.edges, area, tile_.get(), kTileStride);
     for (int64_t r = 0; r < rows; ++r)
@@ -124,7 +125,7 @@ class TileRoad {
   }
 
   void Place(int64_t row, int64_t column, int32_t pixels) {
-    float* const* rows = result_.z + row * factor_;
+    float* const* rows = result_.z + (row - firstRow_) * factor_;
     factor_ == 2 ? Interleave<2>(block_.get(), rows, column, pixels)
                  : Interleave<4>(block_.get(), rows, column, pixels);
   }
@@ -132,7 +133,8 @@ class TileRoad {
   const InputLayout& layout_;
   const PackedNet& net_;
   const int32_t factor_;
-  const matrix& plane_;
+  const PlaneWindow& plane_;
+  const int32_t firstRow_;  // of the plane, that the result's first rows come from
   matrix& result_;
   PackedNet::Scratch scratch_;
   AlignedArray<float> tile_;
@@ -142,22 +144,36 @@ class TileRoad {
 
 PlaneEnlarger::PlaneEnlarger(const NeuralNet& net, bool average)
     : layout_(FindEnlargement(net.N0, net.LastNi())),
-      factor_(static_cast<int32_t>(std::sqrt(static_cast<double>(net.LastNi())))),
+      factor_(EnlargementFactor(net)),
       orientations_(average ? kOrientations : 1) {
   for (int32_t k = 0; k < static_cast<int32_t>(orientations_.size()); ++k) orientations_[k] = k;
   if (layout_) net_.emplace(net);
 }
 
-void PlaneEnlarger::Enlarge(const matrix& plane, matrix& result, Progress& progress) const {
+void PlaneEnlarger::Enlarge(const matrix& plane, const Strip& strip, matrix& result, Progress& progress) const {
   if (!Supported()) return;
-  result.dim(EnlargedLength(plane.m, factor_), EnlargedLength(plane.n, factor_));
-  if (plane.mn == 0) return;
-  TileRoad road(*this, plane, result);
-  for (int64_t row = 0; row < plane.n; row += kTileRows) {
-    const int64_t rows = std::min(kTileRows, plane.n - row);
+  result.dim(EnlargedLength(plane.m, factor_), EnlargedLength(strip.rows, factor_));
+  if (result.mn == 0) return;
+  const PlaneWindow window = strip.WindowOf(plane);
+  TileRoad road(*this, window, strip.first, result);
+  const int64_t end = int64_t{strip.first} + strip.rows;
+  for (int64_t row = strip.first; row < end; row += kTileRows) {
+    const int64_t rows = std::min(kTileRows, end - row);
     for (int64_t column = 0; column < plane.m; column += kTileColumns) road.EnlargeTile(row, column, rows);
     progress.Advance(rows);
   }
+}
+
+int32_t EnlargementFactor(const NeuralNet& net) {
+  return static_cast<int32_t>(std::sqrt(static_cast<double>(net.LastNi())));
+}
+
+void RequireEnlargedCount(int32_t width, int32_t height, int32_t factor) {
+  const int32_t w = EnlargedLength(width, factor), h = EnlargedLength(height, factor);
+  if (int64_t{w} * h > std::numeric_limits<int32_t>::max())
+    Complain("%d x %d pixels enlarged %d times on both axes are more than 2147483647", width, height, factor);
+  ElementCount(width, height);
+  ElementCount(w, h);
 }
 
 int32_t EnlargedLength(int32_t length, int32_t factor) {

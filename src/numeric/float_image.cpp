@@ -3,48 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/console.h"
-#include "platform/file.h"
+#include "numeric/float_image_file.h"
 
 namespace norv {
 namespace {
-
-// The first `count` elements of a plane, zeros where it has fewer.
-void WritePlane(FileOut& file, const matrix& plane, int32_t count) {
-  const int32_t held = std::min(count, plane.mn);
-  file.Array(plane.x, static_cast<size_t>(held));
-  for (int32_t i = held; i < count; ++i) file.Field(0.0f);
-}
-
-// Planes and mask of an image whose sizes have been settled.
-template <typename File, typename Image>
-void TransferPixels(File& file, Image& image) {
-  for (int32_t k = 0; k < image.planes; ++k) {
-    if constexpr (File::kReading) {
-      image.plane[k].dim(image.width, image.height);
-      file.Array(image.plane[k].x, static_cast<size_t>(image.plane[k].mn));
-    } else {
-      WritePlane(file, image.plane[k], image.count);
-    }
-  }
-  file.Array(image.mask.words.data(), image.mask.words.size());
-}
-
-template <typename File, typename Image>
-void Transfer(File& file, Image& image) {
-  int32_t width = image.width, height = image.height, format = image.format;
-  int32_t words = static_cast<int32_t>(image.mask.words.size());
-  file.Field(width);
-  file.Field(height);
-  file.Field(format);
-  file.Field(words);
-  if constexpr (File::kReading) {
-    image.Redim(width, height, format);
-    image.mask.Clear();
-    if (words != 0) image.mask.Resize(width, height);
-  }
-  TransferPixels(file, image);
-}
 
 // The first `count` pixels (fewer where a plane has fewer), run by run by way of display RGB.
 void ConvertPlanes(std::array<matrix, 4>& plane, const ColourModel& from, const ColourModel& to, int32_t count) {
@@ -117,20 +79,27 @@ void FloatImage::RefreshSize() {
 }
 
 bool FloatImage::Load(const std::string& name, Folder folder) {
-  FileIn file(PathOf(name, folder));
-  if (!file.IsOpen()) {
-    Warn("cannot read %s: %s", file.Path().c_str(), file.Reason().c_str());
-    return true;
-  }
-  Transfer(file, *this);
-  file.WarnIfShort();
-  if (planes == 0) Warn("%s has the unknown format %d", file.Path().c_str(), format);
+  FloatImageReader file(PathOf(name, folder));
+  if (!file.IsOpen()) return true;
+  Take(file);
   return false;
 }
 
+void FloatImage::Take(FloatImageReader& file) {
+  Redim(file.width, file.height, file.format);
+  for (int32_t k = 0; k < planes; ++k) plane[k].dim(width, height);
+  mask.Clear();
+  if (file.MaskWords() != 0) mask.Resize(width, height);
+  file.Read(*this, 0, height);
+  file.ReadMask(mask.words.data(), static_cast<int64_t>(mask.words.size()));
+  file.WarnIfShort();
+}
+
 bool FloatImage::Save(const std::string& name, Folder folder) const {
-  FileOut file(PathOf(name, folder));
-  if (file.IsOpen()) Transfer(file, *this);
+  const auto words = static_cast<int64_t>(mask.words.size());
+  FloatImageWriter file(PathOf(name, folder), width, height, format, words);
+  file.Write(*this);
+  file.WriteMask(mask.words.data(), words);
   return !file.Commit();
 }
 

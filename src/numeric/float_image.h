@@ -11,6 +11,8 @@
 
 namespace norv {
 
+class FloatImageReader;
+
 // width x height pixels on the 0..255 scale, one matrix a plane (m = width, n = height), planes beyond the model's
 // empty.
 struct FloatImage {
@@ -41,6 +43,8 @@ struct FloatImage {
   // True on failure, with the reason on standard error. A short file's tail reads as zeros, with a warning.
   [[nodiscard]] bool Load(const std::string& name, Folder folder);
   [[nodiscard]] bool Save(const std::string& name, Folder folder) const;
+  // The image of a file that is open and of which no row has been read. Throws as Redim.
+  void Take(FloatImageReader& file);
 
  private:
   void SelectModel(int32_t newFormat);

@@ -25,6 +25,8 @@ struct FileIn::State {
   int64_t size = 0;
   std::vector<char> buffer;
   size_t begin = 0, end = 0;  // the unread part of the buffer
+  int64_t position = 0;       // of the next byte that is asked for
+  bool ended = false;         // nothing more comes from here on
   bool complete = true;
 };
 
@@ -48,9 +50,10 @@ bool FileIn::Complete() const { return state_->complete; }
 void FileIn::Read(void* bytes, size_t size) {
   State& s = *state_;
   char* target = static_cast<char*>(bytes);
+  s.position += static_cast<int64_t>(size);
   while (size > 0) {
     if (s.begin == s.end && size >= kBufferSize) {
-      const int64_t got = s.complete ? s.file.Read(target, size) : 0;
+      const int64_t got = s.ended ? 0 : s.file.Read(target, size);
       if (got <= 0) break;
       target += got;
       size -= static_cast<size_t>(got);
@@ -58,7 +61,7 @@ void FileIn::Read(void* bytes, size_t size) {
     }
     if (s.begin == s.end) {
       s.buffer.resize(kBufferSize);
-      const int64_t got = s.complete ? s.file.Read(s.buffer.data(), kBufferSize) : 0;
+      const int64_t got = s.ended ? 0 : s.file.Read(s.buffer.data(), kBufferSize);
       if (got <= 0) break;
       s.begin = 0;
       s.end = static_cast<size_t>(got);
@@ -70,6 +73,7 @@ void FileIn::Read(void* bytes, size_t size) {
     size -= part;
   }
   if (size > 0) {
+    s.ended = true;
     s.complete = false;
     std::memset(target, 0, size);
   }
@@ -79,12 +83,27 @@ void FileIn::Skip(int64_t bytes) {
   State& s = *state_;
   const int64_t buffered = std::min<int64_t>(bytes, static_cast<int64_t>(s.end - s.begin));
   s.begin += static_cast<size_t>(buffered);
-  if (bytes > buffered && !s.file.Skip(bytes - buffered)) s.complete = false;
+  s.position += bytes;
+  if (bytes <= buffered || s.file.Skip(bytes - buffered)) return;
+  s.ended = true;
+  s.complete = false;
 }
 
-void FileIn::WarnIfShort() const {
-  if (!Complete()) Warn("%s ends early; what is missing is read as zeros", Path().c_str());
+void FileIn::Seek(int64_t position) {
+  State& s = *state_;
+  if (position == s.position) return;
+  s.begin = s.end = 0;
+  s.position = position;
+  s.ended = !s.file.Seek(position);
 }
+
+bool FileIn::CanSeek() const { return state_->file.CanSeek(); }
+
+void FileIn::WarnIfShort() const {
+  if (!Complete()) WarnEndsEarly();
+}
+
+void FileIn::WarnEndsEarly() const { Warn("%s ends early; what is missing is read as zeros", Path().c_str()); }
 
 // ---------------------------------------------------------------------------------------------------- writing
 
@@ -95,6 +114,7 @@ struct FileOut::State {
   NativeFile file;
   Durability durability = Durability::durable;
   std::vector<char> buffer;
+  int64_t position = 0;  // where the next byte goes, the buffer counted as written
   std::string failure;
 
   void Fail() {
@@ -135,9 +155,20 @@ FileOut::~FileOut() {
 }
 
 bool FileOut::IsOpen() const { return state_->file.IsOpen(); }
+bool FileOut::CanSeek() const { return state_->file.CanSeek(); }
+bool FileOut::Failed() const { return !state_->failure.empty(); }
+
+void FileOut::Seek(int64_t position) {
+  State& s = *state_;
+  if (position == s.position) return;
+  s.Flush();
+  s.position = position;
+  if (!Failed() && !s.file.Seek(position)) s.Fail();
+}
 
 void FileOut::Write(const void* bytes, size_t size) {
   State& s = *state_;
+  s.position += static_cast<int64_t>(size);
   if (s.buffer.size() + size > kBufferSize) s.Flush();
   const char* source = static_cast<const char*>(bytes);
   if (size >= kBufferSize)

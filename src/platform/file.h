@@ -18,7 +18,8 @@ namespace norv {
 template <typename T>
 concept RawElement = std::is_arithmetic_v<T>;
 
-// Reads a file from its start. What is read behind its end (or behind a read error) is zeros, and Complete() says so.
+// Reads a file, from its start unless told otherwise. What is read behind its end (or behind a read error) is zeros,
+// and Complete() says so.
 class FileIn {
  public:
   static constexpr bool kReading = true;
@@ -46,11 +47,16 @@ class FileIn {
   }
   // Passes over bytes without reading them.
   void Skip(int64_t bytes);
+  // The next bytes come from this distance from the file's start. Nothing happens where they come from there already,
+  // so that what is read from front to back may come from a pipe too.
+  void Seek(int64_t position);
+  bool CanSeek() const;
 
   // False once something was asked for that the file does not hold.
   bool Complete() const;
   // Warns on standard error, naming the file, when it ended early.
   void WarnIfShort() const;
+  void WarnEndsEarly() const;
 
  private:
   void Read(void* bytes, size_t size);
@@ -88,6 +94,14 @@ class FileOut {
   void Array(const T* elements, size_t n) {
     Write(elements, n * sizeof(T));
   }
+
+  // The next bytes go to this distance from the file's start; nothing happens where they go there already. Bytes left
+  // out before them are zeros.
+  void Seek(int64_t position);
+  // False for a pipe or a terminal as the destination.
+  bool CanSeek() const;
+  // A write has failed, or the file is not open: Commit() will say why, and what is still written is lost.
+  bool Failed() const;
 
   // True when every byte has reached the destination. Otherwise the reason is on standard error and the old file is as
   // it was. Call once.

@@ -132,6 +132,8 @@ bool NativeFile::Seek(int64_t offset) {
 
 bool NativeFile::Resize(int64_t size) { return Seek(size) && SetEndOfFile(handle_); }
 
+bool NativeFile::CanSeek() const { return GetFileType(handle_) == FILE_TYPE_DISK; }
+
 bool NativeFile::Flush() { return FlushFileBuffers(handle_); }
 
 bool NativeFile::Close() {
@@ -247,6 +249,8 @@ bool NativeFile::Skip(int64_t bytes) {
 bool NativeFile::Seek(int64_t offset) { return lseek(handle_, offset, SEEK_SET) == offset; }
 
 bool NativeFile::Resize(int64_t size) { return ftruncate(handle_, size) == 0; }
+
+bool NativeFile::CanSeek() const { return lseek(handle_, 0, SEEK_CUR) >= 0; }
 
 bool NativeFile::Flush() { return fsync(handle_) == 0; }
 

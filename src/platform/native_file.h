@@ -49,6 +49,8 @@ class NativeFile {
   bool Seek(int64_t offset);
   // Cuts the file to this size.
   bool Resize(int64_t size);
+  // False for pipes and terminals, whose bytes pass once.
+  bool CanSeek() const;
   bool Flush();
   bool Close();
   // Renames this (flushed) file from its temporary name over the destination and closes it.

@@ -1,6 +1,7 @@
 #include "raster/bands.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "raster/edges.h"
 
@@ -30,6 +31,25 @@ void PasteBand(FloatImage& destination, int32_t row, const FloatImage& band, int
     const int64_t rows = std::min(int64_t{from.n} - 2 * int64_t{margin}, int64_t{to.n} - row);
     for (int64_t r = 0; r < rows; ++r) std::copy_n(from.z[margin + r], std::min(from.m, to.m), to.z[row + r]);
   }
+}
+
+Strip PlanStrip(int32_t height, int32_t first, int32_t rows, int32_t margin) {
+  rows = std::min(rows, height - first);
+  const int32_t top = std::min(first, margin), below = std::min(height - first - rows, margin);
+  return {first, rows, first - top, top + rows + below, height};
+}
+
+const FloatImage& RowWindow::Show(const Strip& strip) {
+  FloatImage next(source_.width, strip.windowRows, source_.format);
+  const int32_t kept = first_ + rows_ - strip.windowFirst;
+  for (int32_t p = 0; p < next.planes; ++p)
+    std::copy_n(window_.plane[p].x + window_.plane[p].mn - int64_t{kept} * source_.width, int64_t{kept} * source_.width,
+                next.plane[p].x);
+  source_.Read(next, kept, strip.windowRows - kept);
+  window_ = std::move(next);
+  first_ = strip.windowFirst;
+  rows_ = strip.windowRows;
+  return window_;
 }
 
 }  // namespace norv

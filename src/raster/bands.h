@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-#include "numeric/float_image.h"
+#include "numeric/image_rows.h"
+#include "raster/edges.h"
 
 namespace norv {
 
@@ -24,5 +25,34 @@ void CutBand(const FloatImage& source, int32_t firstRow, int32_t rows, FloatImag
 // Copies the band's planes without `margin` rows at its top and bottom to the destination from row `row` on; what lies
 // outside the destination is left out.
 void PasteBand(FloatImage& destination, int32_t row, const FloatImage& band, int32_t margin);
+
+// Rows of an image that an operation makes at a time, and the window of rows that it may look at. Unlike a band, a
+// strip is no image of its own: at the image's ends there is no margin, and nothing shows afterwards where strips met.
+struct Strip {
+  int32_t first, rows;              // what is made
+  int32_t windowFirst, windowRows;  // with the margins
+  int32_t height;                   // of the image
+
+  PlaneWindow WindowOf(const matrix& plane) const { return {plane, windowFirst, height}; }
+};
+
+// The strip of `rows` rows from `first` on, fewer at the image's end, with a margin as far as the image goes.
+Strip PlanStrip(int32_t height, int32_t first, int32_t rows, int32_t margin);
+inline Strip WholeStrip(int32_t height) { return PlanStrip(height, 0, height, 0); }
+
+// Looks at the rows of a source through windows that move down it and may overlap; every row is read once.
+class RowWindow {
+ public:
+  explicit RowWindow(RowSource& source) : source_(source) {}
+
+  // The strip's window: rows windowFirst, ... as an image. Windows neither begin nor end above the one before, and
+  // leave no gap.
+  const FloatImage& Show(const Strip& strip);
+
+ private:
+  RowSource& source_;
+  FloatImage window_;
+  int32_t first_ = 0, rows_ = 0;
+};
 
 }  // namespace norv

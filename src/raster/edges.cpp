@@ -16,9 +16,9 @@ void CopyRun(const float* row, int64_t w, EdgeRule rule, int64_t column, int64_t
 
 }  // namespace
 
-void CopyRectangle(const matrix& plane, EdgeRule rule, const Rectangle& area, float* target, int64_t stride) {
+void CopyRectangle(const PlaneWindow& plane, EdgeRule rule, const Rectangle& area, float* target, int64_t stride) {
   for (int64_t r = 0; r < area.rows; ++r)
-    CopyRun(plane.z[EdgeIndex(rule, area.row + r, plane.n)], plane.m, rule, area.column, area.columns,
+    CopyRun(plane.Row(EdgeIndex(rule, area.row + r, plane.height)), plane.rows.m, rule, area.column, area.columns,
             target + r * stride);
 }
 

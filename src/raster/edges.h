@@ -31,7 +31,22 @@ struct Rectangle {
   int64_t rows, columns;
 };
 
-// Copies the rectangle to rows that are `stride` floats apart, by the rule where it lies outside. The plane has pixels.
-void CopyRectangle(const matrix& plane, EdgeRule rule, const Rectangle& area, float* target, int64_t stride);
+// Neighbouring rows of a plane of which no more is at hand. A whole plane is such a window too.
+struct PlaneWindow {
+  const matrix& rows;
+  int32_t first;   // the plane's row that is the first of these
+  int32_t height;  // rows of the plane
+
+  PlaneWindow(const matrix& plane) : PlaneWindow(plane, 0, plane.n) {}
+  PlaneWindow(const matrix& part, int32_t firstRow, int32_t planeHeight)
+      : rows(part), first(firstRow), height(planeHeight) {}
+
+  // Row r of the plane, which the window has.
+  const float* Row(int64_t r) const { return rows.z[r - first]; }
+};
+
+// Copies the rectangle to rows that are `stride` floats apart, by the rule where it lies outside the plane. The plane
+// has pixels; its window has the rows that the rule asks for.
+void CopyRectangle(const PlaneWindow& plane, EdgeRule rule, const Rectangle& area, float* target, int64_t stride);
 
 }  // namespace norv

@@ -86,14 +86,14 @@ void SpreadMatrix(matrix& high, const matrix& low, const matrix& kernel) {
 // ------------------------------------------------------------------------------------------------- resampling
 
 void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a, double step, double offset,
-                    bool widen) {
+                    bool widen, int32_t first) {
   const int32_t half = (taps - 1) / 2;
   const double scale = widen && step > 1 ? 1 / step : 1;
   table.taps = taps;
   table.start.resize(static_cast<size_t>(length));
   table.weights.resize(static_cast<size_t>(length) * static_cast<size_t>(taps));
   for (int32_t k = 0; k < length; ++k) {
-    const double position = k * step + offset, whole = std::trunc(position);
+    const double position = (first + k) * step + offset, whole = std::trunc(position);
     float* weights = &table.weights[static_cast<size_t>(k) * static_cast<size_t>(taps)];
     table.start[k] = static_cast<int32_t>(whole) - half;
     float sum = 0;
@@ -108,9 +108,12 @@ void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a
 }
 
 ResampleTable EnlargementTable(int32_t length, int32_t f) {
+  return EnlargementTablePart(f, 0, static_cast<int32_t>(static_cast<double>(length) * f + 0.5));
+}
+
+ResampleTable EnlargementTablePart(int32_t f, int32_t first, int32_t count) {
   ResampleTable table;
-  const int32_t enlarged = static_cast<int32_t>(static_cast<double>(length) * f + 0.5);
-  LanczosWeights(table, enlarged, 9, 3.0, 1.0 / f, (1.0 / f - 1) / 2, false);
+  LanczosWeights(table, count, 9, 3.0, 1.0 / f, (1.0 / f - 1) / 2, false, first);
   return table;
 }
 
@@ -155,17 +158,17 @@ class RowResampler {
  public:
   static constexpr int64_t kRowsAtOnce = 16;
 
-  RowResampler(const matrix& plane, const ResampleTable& table)
-      : plane_(plane), columns_(MakeAligned<float>(static_cast<size_t>(plane.m * kRowsAtOnce))) {
-    for (int32_t k = 0; k < table.Length(); ++k) reaches_.push_back(ReachOf(table, k, plane.m));
-    std::fill_n(columns_.get(), plane.m * kRowsAtOnce, 0.0f);
+  RowResampler(const PlaneWindow& plane, const ResampleTable& table)
+      : plane_(plane), width_(plane.rows.m), columns_(MakeAligned<float>(static_cast<size_t>(width_ * kRowsAtOnce))) {
+    for (int32_t k = 0; k < table.Length(); ++k) reaches_.push_back(ReachOf(table, k, width_));
+    std::fill_n(columns_.get(), width_ * kRowsAtOnce, 0.0f);
   }
 
   // Source rows first, first + 1, ... into rows of `stride` floats; returns how many.
   int64_t Resample(int64_t first, float* rows, int64_t stride) {
-    const int64_t count = std::min<int64_t>(kRowsAtOnce, plane_.n - first);
+    const int64_t count = std::min<int64_t>(kRowsAtOnce, plane_.first + plane_.rows.n - first);
     for (int64_t r = 0; r < count; ++r)
-      for (int32_t c = 0; c < plane_.m; ++c) columns_[c * kRowsAtOnce + r] = plane_.z[first + r][c];
+      for (int64_t c = 0; c < width_; ++c) columns_[c * kRowsAtOnce + r] = plane_.Row(first + r)[c];
     const auto column = [&](int64_t c) { return columns_.get() + c * kRowsAtOnce; };
     for (size_t k = 0; k < reaches_.size(); ++k) {
       float sums[kRowsAtOnce];
@@ -176,7 +179,8 @@ class RowResampler {
   }
 
  private:
-  const matrix& plane_;
+  const PlaneWindow& plane_;
+  const int64_t width_;
   std::vector<Reach> reaches_;
   AlignedArray<float> columns_;  // the rows at work, element by element
 };
@@ -184,20 +188,21 @@ class RowResampler {
 }  // namespace
 
 // The second pass reads the first one's rows from a ring that holds what its taps reach, never a whole plane of them.
-void ResampleSeparable(const matrix& plane, matrix& result, const ResampleTable& horizontal,
+void ResampleSeparable(const PlaneWindow& plane, matrix& result, const ResampleTable& horizontal,
                        const ResampleTable& vertical) {
-  const bool empty = plane.mn == 0 || horizontal.Length() == 0 || vertical.Length() == 0;
+  const bool empty = plane.rows.mn == 0 || horizontal.Length() == 0 || vertical.Length() == 0;
   result.dim(empty ? 0 : horizontal.Length(), empty ? 0 : vertical.Length());
   if (empty) return;
   constexpr int64_t kPiece = RowResampler::kRowsAtOnce;
   const int64_t width = result.m, ringRows = (vertical.taps + kPiece - 1) / kPiece * kPiece + kPiece;
   const auto ring = MakeAligned<float>(static_cast<size_t>(ringRows * width));
-  const auto line = [&](int64_t r) { return ring.get() + r % ringRows * width; };
+  const int64_t begin = ReachOf(vertical, 0, plane.height).first;
+  const auto line = [&](int64_t r) { return ring.get() + (r - begin) % ringRows * width; };
   RowResampler rows(plane, horizontal);
-  int64_t done = 0;
+  int64_t done = begin;
   for (int32_t k = 0; k < result.n; ++k) {
-    const Reach reach = ReachOf(vertical, k, plane.n);
-    while (done < reach.first + reach.count) done += rows.Resample(done, ring.get() + done % ringRows * width, width);
+    const Reach reach = ReachOf(vertical, k, plane.height);
+    while (done < reach.first + reach.count) done += rows.Resample(done, line(done), width);
     Gather(result.z[k], line, reach, width);
   }
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "numeric/matrix2.h"
+#include "raster/edges.h"
 
 namespace norv {
 
@@ -28,17 +28,20 @@ struct ResampleTable {
 };
 
 // Lanczos weights of order a for `length` output positions p = k*step + offset: taps weights from trunc(p) - (taps - 1)
-// / 2 on, each row with sum 1. widen stretches the kernel for reductions (step > 1).
+// / 2 on, each row with sum 1. widen stretches the kernel for reductions (step > 1). k counts from `first`.
 void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a, double step, double offset,
-                    bool widen);
+                    bool widen, int32_t first = 0);
 
 // The tables that enlarge an axis of the given length by f: Lanczos-3 with 9 taps.
 ResampleTable EnlargementTable(int32_t length, int32_t f);
+// The part of such a table for `count` output positions from `first` on.
+ResampleTable EnlargementTablePart(int32_t f, int32_t first, int32_t count);
 
 // Along rows with the horizontal table, then along columns with the vertical one. Zero weights at both ends of a row
 // are left out; where a tap falls outside the axis, the taps inside count alone and the sum is divided by their weight
-// if that is positive.
-void ResampleSeparable(const matrix& plane, matrix& result, const ResampleTable& horizontal,
+// if that is positive. The vertical table may have some of the output rows only; then the plane's window needs to hold
+// no more than the rows that those are made of. Starts ascend.
+void ResampleSeparable(const PlaneWindow& plane, matrix& result, const ResampleTable& horizontal,
                        const ResampleTable& vertical);
 
 }  // namespace norv

@@ -1,11 +1,17 @@
 // Enlargement has the bits of the plainest form, whatever the layout, the size, the road and the threads.
 #include <doctest/doctest.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <thread>
 
 #include "net/enlarge.h"
+#include "net/enlarge_file.h"
 #include "net/layouts.h"
 #include "raster/orient.h"
+#include "support/captured_output.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
+#include "support/scratch.h"
 
 using namespace norv;
 using namespace norv::test;
@@ -96,6 +102,72 @@ TEST_CASE("images of three and four planes, whole and by the shortcut") {
         CHECK(image.format == format);
         CHECK(SameImage(image, expected));
       }
+}
+
+TEST_CASE("strips of any height make the file that the whole image makes, mask and missing rows included") {
+  const ScratchFolder folder;
+  const std::string from = folder / "in.fdib", to = folder / "out.fdib", whole = folder / "whole.fdib";
+  const int32_t formats[] = {kDefaultFormat, kWithFourth + 7, kLuminance + 1, 0x80};
+  int32_t turn = 0;
+  for (const Case layout : kCases)
+    for (const bool shortcut : {false, true})
+      for (const bool average : {false, true})
+        for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
+          FloatImage image = RandomFloatImage(w, h, formats[++turn % 4]);
+          if (turn % 3 == 0) image.mask.Resize(w, h);
+          for (uint32_t& word : image.mask.words) word = 0x9E3779B9u * static_cast<uint32_t>(h);
+          REQUIRE(!image.Save(from, Folder::asGiven));
+          // Cut within a plane: all planes behind it are zeros, in every strip.
+          if (turn % 5 == 0) std::filesystem::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
+          const std::string warning = ErrorsOf([&] { REQUIRE(!image.Load(from, Folder::asGiven)); });
+          CHECK(warning.empty() == (turn % 5 != 0));
+          const NeuralNet net = RandomRecord(layout.inputs, {3, layout.outputs}, kExactKinds, turn);
+          REQUIRE(!Enlarged(image, net, shortcut, average, 1).Save(whole, Folder::asGiven));
+          for (const int32_t rows : {0, 1, 2, 7}) {
+            CAPTURE(layout.inputs);
+            CAPTURE(layout.outputs);
+            CAPTURE(image.format);
+            CAPTURE(rows);
+            const auto enlarge = [&] { NetEnlargeFile(from, to, net, shortcut, average, turn % 2, rows); };
+            CHECK(ErrorsOf(enlarge) == warning);
+            CHECK(ReadBytes(to) == ReadBytes(whole));
+          }
+        }
+}
+
+#ifndef _WIN32
+TEST_CASE("pipes are read and written from front to back") {
+  const ScratchFolder folder;
+  const NeuralNet net = RandomRecord(24, {4}, kExactKinds);
+  const FloatImage image = RandomFloatImage(6, 9, kWithFourth + 7);
+  REQUIRE(!image.Save(folder / "in.fdib", Folder::asGiven));
+  REQUIRE(!Enlarged(image, net, true, false, 1).Save(folder / "whole.fdib", Folder::asGiven));
+  REQUIRE(mkfifo((folder / "in").c_str(), 0600) == 0);
+  REQUIRE(mkfifo((folder / "out").c_str(), 0600) == 0);
+  std::thread writer([&] { WriteBytes(folder / "in", ReadBytes(folder / "in.fdib")); });
+  std::string received;
+  std::thread reader([&] { received = ReadBytes(folder / "out"); });
+  NetEnlargeFile(folder / "in", folder / "out", net, true, false, 1, 2);
+  writer.join();
+  reader.join();
+  CHECK(received == ReadBytes(folder / "whole.fdib"));
+}
+#endif
+
+TEST_CASE("more pixels than 32 bits count are refused before any work, and the old file stays") {
+  const ScratchFolder folder;
+  WriteBytes(folder / "out", "old");
+  for (const auto& [w, h] : {std::pair{30000, 20000}, {50000, 50000}})
+    for (const int32_t threads : {1, 4}) {
+      const int32_t header[] = {w, h, kDefaultFormat, 0};
+      WriteBytes(folder / "in", {reinterpret_cast<const char*>(header), sizeof header});
+      const NeuralNet net = ConstantNet(8, 4, 0);
+      const std::string errors = ErrorsOf([&] {
+        CHECK_THROWS_AS(NetEnlargeFile(folder / "in", folder / "out", net, false, false, threads), const char*);
+      });
+      CHECK(errors.find("enlarged 2 times on both axes are more than 2147483647") != std::string::npos);
+      CHECK(ReadBytes(folder / "out") == "old");
+    }
 }
 
 TEST_CASE("bands are small images with mirrored margins") {

@@ -106,6 +106,39 @@ TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
   CHECK_FALSE(FileIn(folder.path.string()).IsOpen());
 }
 
+TEST_CASE("reading and writing move to places in the file, beyond 4 GiB too") {
+  Folder folder;
+  constexpr int64_t kFar = (int64_t{1} << 32) + 5;
+  {
+    FileOut out(folder / "a");
+    REQUIRE(out.CanSeek());
+    out.Field(int32_t{1});
+    out.Seek(kFar);
+    out.Field(int32_t{2});
+    out.Seek(4);
+    out.Field(int32_t{3});
+    REQUIRE(out.Commit());
+  }
+  CHECK(fs::file_size(folder / "a") == static_cast<uintmax_t>(kFar) + 4);
+  FileIn in(folder / "a");
+  const auto read = [&](int64_t position) {
+    int32_t value = -1;
+    in.Seek(position);
+    in.Field(value);
+    return value;
+  };
+  REQUIRE(in.CanSeek());
+  CHECK(read(kFar) == 2);
+  CHECK(read(4) == 3);
+  CHECK(read(1000000) == 0);
+  CHECK(in.Complete());
+  // What is missing at one place does not touch the others.
+  CHECK(read(kFar + 2) == 0);
+  CHECK_FALSE(in.Complete());
+  CHECK(read(0) == 1);
+  CHECK_FALSE(in.Complete());
+}
+
 TEST_CASE("a file that is not committed, or cannot be, leaves the old one and nothing else") {
   Folder folder;
   WriteText(folder / "data", "old");

@@ -66,6 +66,35 @@ TEST_CASE("bands cover the image, or one does when there are too few rows") {
   plan(1, 1, 1, 1);
 }
 
+TEST_CASE("strips cover the image once, and their windows have their rows and margins") {
+  struct Rows : RowSource {
+    FloatImage all = RandomImage(3, 11, kDefaultFormat);
+    int32_t next = 0;
+    Rows() { width = 3, height = 11; }
+    void Read(FloatImage& image, int32_t at, int32_t rows) override {
+      for (int32_t p = 0; p < 3; ++p) std::copy_n(all.plane[p].x + 3 * next, 3 * rows, image.plane[p].x + 3 * at);
+      next += rows;
+    }
+  };
+  for (const int32_t height : {1, 2, 3, 11, 20})
+    for (const int32_t margin : {0, 1, 3}) {
+      Rows source;
+      RowWindow window(source);
+      for (int32_t first = 0; first < 11; first += height) {
+        const Strip strip = PlanStrip(11, first, height, margin);
+        const FloatImage& shown = window.Show(strip);
+        CHECK(strip.rows == std::min(height, 11 - first));
+        CHECK(strip.windowFirst == std::max(first - margin, 0));
+        CHECK(strip.windowFirst + shown.height == std::min(first + height + margin, 11));
+        for (int32_t p = 0; p < 3; ++p)
+          for (int32_t r = strip.windowFirst; r < strip.windowFirst + shown.height; ++r)
+            CHECK(std::equal(source.all.plane[p].z[r], source.all.plane[p].z[r] + 3,
+                             strip.WindowOf(shown.plane[p]).Row(r)));
+      }
+      CHECK(source.next == 11);
+    }
+}
+
 TEST_CASE("a band is cut with mirrored rows and pasted without its margins") {
   const FloatImage source = RandomImage(3, 7, kWithFourth + 5);
   FloatImage band;

@@ -1,4 +1,4 @@
-// What an action writes to standard output through this program's messages.
+// What an action writes to standard output or error through this program's messages.
 #pragma once
 
 #include <cstdio>
@@ -14,18 +14,23 @@
 namespace norv::test {
 
 template <typename Action>
-std::string OutputOf(const Action& action) {
+std::string OutputOf(const Action& action, int stream = 1) {
   const ScratchFolder folder;
-  std::fflush(stdout);
-  const int saved = dup(1);
-  FILE* file = std::fopen((folder / "stdout").c_str(), "wb");
-  dup2(fileno(file), 1);
+  std::fflush(nullptr);
+  const int saved = dup(stream);
+  FILE* file = std::fopen((folder / "messages").c_str(), "wb");
+  dup2(fileno(file), stream);
   action();
-  std::fflush(stdout);
-  dup2(saved, 1);
+  std::fflush(nullptr);
+  dup2(saved, stream);
   close(saved);
   std::fclose(file);
-  return ReadBytes(folder / "stdout");
+  return ReadBytes(folder / "messages");
+}
+
+template <typename Action>
+std::string ErrorsOf(const Action& action) {
+  return OutputOf(action, 2);
 }
 
 }  // namespace norv::test

@@ -1,0 +1,18 @@
+// .fdib files enlarged by a network, in memory that does not grow with the picture where the request allows it.
+#pragma once
+
+#include <string>
+
+#include "net/neural_net.h"
+
+namespace norv {
+
+// What loading `from`, NetEnlargeImage() and saving to `to` give, the mask carried along as it is. One thread works in
+// strips (stripRows: as in NetEnlargeRows()) and holds a few of the picture's rows; bands, pipes and odd requests hold
+// the whole picture. A source that cannot be opened is an empty image; a destination that cannot be written keeps its
+// old file; the reason is on standard error either way. Throws matrix's out-of-memory message before any work when
+// there are more pixels than 32 bits can count.
+void NetEnlargeFile(const std::string& from, const std::string& to, const NeuralNet& net, bool shortcut, bool average,
+                    int32_t threads, int32_t stripRows = 0);
+
+}  // namespace norv
