@@ -43,13 +43,18 @@ Picture LoadInput(const EnlargeOptions& options) {
   return picture;
 }
 
-Picture ByNet(const EnlargeOptions& options) {
+// Row by row where nothing asks for the whole picture: one that is cleaned of noise, or cut into bands.
+void EnlargeByNet(const EnlargeOptions& options) {
   if (RecogniseWholeFile(options.net) != FileKind::net) Fail("%s is no network", options.net.c_str());
   NeuralNet net;
   LoadNet(net, options.net, Folder::asGiven);
   if (options.factor != 0 && options.factor * options.factor != net.LastNi())
     Fail("%s does not enlarge %d times", options.net.c_str(), options.factor);
-  return EnlargeByNet(LoadInput(options), net, options.how);
+  std::unique_ptr<PictureReader> picture = options.denoise ? ReadHeld(LoadInput(options)) : OpenImage(options.picture);
+  if (GoesInBands(picture->Shape(), options.how))
+    SaveImage(options.out, EnlargeByNet(ReadAll(*picture), net, options.how), options.choice);
+  else
+    EnlargeRowsByNet(std::move(picture), net, options.how, options.out, options.choice);
 }
 
 Picture ByMethod(const EnlargeOptions& options) {
@@ -63,7 +68,8 @@ void Run(const EnlargeOptions& options) {
   const bool byNet = options.method == "net" || (options.method.empty() && !options.net.empty());
   if (byNet && options.net.empty()) RefuseUsage("--method net needs --net FILE");
   if (!byNet && !options.net.empty()) RefuseUsage("--net goes with --method net");
-  SaveImage(options.out, byNet ? ByNet(options) : ByMethod(options), options.choice);
+  if (byNet) return EnlargeByNet(options);
+  SaveImage(options.out, ByMethod(options), options.choice);
 }
 
 }  // namespace

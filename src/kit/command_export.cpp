@@ -21,7 +21,8 @@ void Declare(CLI::App& command, ExportOptions& options) {
 void Run(const ExportOptions& options) {
   if (!CodecOfName(options.picture))
     RefuseUsage("PICTURE has to be named as a picture (" + KnownFormats() + "): " + options.picture);
-  const int64_t moved = SaveImage(options.picture, LoadImage(options.file), options.choice);
+  const std::unique_ptr<PictureReader> image = OpenImage(options.file);
+  const int64_t moved = CopyRows(*image, *CreateImage(options.picture, image->Shape(), options.choice));
   if (options.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }
 

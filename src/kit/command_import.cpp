@@ -20,7 +20,8 @@ void Run(const ImportOptions& options) {
   const std::string extension = ExtensionOf(options.file);
   if (extension != "fdib" && extension != "mat" && extension != "bit")
     RefuseUsage("FILE has to end in .fdib, .mat or .bit: " + options.file);
-  SaveImage(options.file, LoadImage(options.picture), {});
+  const std::unique_ptr<PictureReader> picture = OpenImage(options.picture);
+  CopyRows(*picture, *CreateImage(options.file, picture->Shape(), {}));
 }
 
 }  // namespace

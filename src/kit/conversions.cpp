@@ -10,8 +10,6 @@ namespace {
 
 constexpr int32_t kAlphaFormat = kWithFourth | 7;
 
-void SaveBitImage(const std::string& path, const FloatImage& image) { ToBitImage(image).Save(path, Folder::asGiven); }
-
 }  // namespace
 
 // The bytes of a pixel stand from the third value to the first.
@@ -30,8 +28,10 @@ BitImage ToBitImage(const FloatImage& image) {
   return bytes;
 }
 
+int32_t FloatFormatOf(const PictureShape& shape) { return shape.channels % 2 == 0 ? kAlphaFormat : kDefaultFormat; }
+
 FloatImage ToFloatImage(Picture picture) {
-  FloatImage image(0, 0, picture.HasAlpha() ? kAlphaFormat : kDefaultFormat);
+  FloatImage image(0, 0, FloatFormatOf(picture.Shape()));
   if (picture.HasAlpha()) image.plane[3].swap(picture.Alpha());
   if (picture.IsGrey())
     for (int k = 1; k < 3; ++k) picture.plane[k] = picture.plane[0];
@@ -79,35 +79,11 @@ void SaveFloatImage(const std::string& path, const FloatImage& image) {
   if (image.Save(path, Folder::asGiven)) throw SaidFailure();
 }
 
-Picture LoadImage(const std::string& path) {
-  matrix plane;
-  BitImage bytes;
-  switch (RecogniseWholeFile(path)) {
-    case FileKind::picture:
-      return ReadPicture(path);
-    case FileKind::floatImage:
-      return ToPicture(LoadFloatImage(path));
-    case FileKind::matrix:
-      plane.load(path, false, Folder::asGiven);
-      return GreyPicture(std::move(plane));
-    case FileKind::bitImage:
-      return ToPicture(bytes.Load(path, Folder::asGiven));
-    default:
-      Fail("%s is a %s, no image", path.c_str(), NameOf(RecogniseFile(path).kind));
-  }
-}
+Picture LoadImage(const std::string& path) { return ReadAll(*OpenImage(path)); }
 
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
-  const std::string extension = ExtensionOf(path);
-  if (extension == "fdib")
-    SaveFloatImage(path, ToFloatImage(std::move(picture)));
-  else if (extension == "mat")
-    LuminanceOf(picture).save(path, Folder::asGiven);
-  else if (extension == "bit")
-    SaveBitImage(path, ToFloatImage(std::move(picture)));
-  else
-    return WritePicture(path, picture, choice);
-  return 0;
+  const PictureShape shape = picture.Shape();
+  return CopyRows(*ReadHeld(std::move(picture)), *CreateImage(path, shape, choice));
 }
 
 }  // namespace norv

@@ -13,6 +13,8 @@ namespace norv {
 // Display RGB in three planes (grey: three equal ones) and format 23; with alpha four planes and format 0x2007. The
 // planes of the picture are used up.
 FloatImage ToFloatImage(Picture picture);
+// The format that it takes.
+int32_t FloatFormatOf(const PictureShape& shape);
 
 // Display RGB of any known colour model; the fourth plane of the 0x2000 family is the alpha plane.
 Picture ToPicture(FloatImage image);
@@ -28,9 +30,12 @@ Picture GreyPicture(matrix plane);
 matrix LuminanceOf(const Picture& picture);
 
 // A picture from a picture file, .fdib, .mat (grey) or .bit. Throws a Failure that names the file.
+std::unique_ptr<PictureReader> OpenImage(const std::string& path);
 Picture LoadImage(const std::string& path);
 
-// To .fdib, .mat (luminance), .bit or a picture format, by the name. Returns what WritePicture returns.
+// To .fdib, .mat (luminance), .bit or a picture format, by the name. SaveImage returns what WritePicture returns.
+std::unique_ptr<PictureWriter> CreateImage(const std::string& path, const PictureShape& shape,
+                                           const WriteChoice& choice);
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice);
 
 // Just the float image or matrix file, throwing instead of returning a failure.

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
-#include <cstdlib>
 // The library's header needs stdio's types first.
 #include <jerror.h>
 #include <jpeglib.h>
@@ -46,36 +45,96 @@ struct JpegErrors {
   }
 };
 
-struct JpegReader {
+constexpr size_t kPiece = size_t{1} << 16;
+
+// The library's way to a source: a buffer that it empties and has filled again.
+struct JpegSource {
+  jpeg_source_mgr manager = {};  // first, so that the library's pointer is ours
+  ByteSource* source;
+  int64_t position = 0;
+  Bytes buffer = Bytes(kPiece);
+
+  explicit JpegSource(ByteSource& from) : source(&from) {
+    manager.init_source = manager.term_source = [](j_decompress_ptr) {};
+    manager.resync_to_restart = jpeg_resync_to_restart;
+    manager.fill_input_buffer = Fill;
+    manager.skip_input_data = Skip;
+  }
+
+  static boolean Fill(j_decompress_ptr jpeg) {
+    JpegSource* self = reinterpret_cast<JpegSource*>(jpeg->src);
+    const size_t got = self->source->Read(self->position, self->buffer.data(), kPiece);
+    if (got == 0) ERREXIT(jpeg, JERR_INPUT_EOF);
+    self->position += static_cast<int64_t>(got);
+    self->manager.next_input_byte = self->buffer.data();
+    self->manager.bytes_in_buffer = got;
+    return TRUE;
+  }
+  static void Skip(j_decompress_ptr jpeg, long bytes) {
+    JpegSource* self = reinterpret_cast<JpegSource*>(jpeg->src);
+    const int64_t held = static_cast<int64_t>(self->manager.bytes_in_buffer), in = std::min<int64_t>(bytes, held);
+    if (bytes <= 0) return;
+    self->manager.next_input_byte += in;
+    self->manager.bytes_in_buffer -= static_cast<size_t>(in);
+    self->position += bytes - in;
+  }
+};
+
+struct JpegSink {
+  jpeg_destination_mgr manager = {};  // first, as above
+  ByteSink* sink;
+  int64_t position = 0;
+  Bytes buffer = Bytes(kPiece);
+
+  explicit JpegSink(ByteSink& to) : sink(&to) {
+    manager.init_destination = [](j_compress_ptr jpeg) { reinterpret_cast<JpegSink*>(jpeg->dest)->Restart(); };
+    manager.empty_output_buffer = [](j_compress_ptr jpeg) {
+      reinterpret_cast<JpegSink*>(jpeg->dest)->Send(jpeg, kPiece);
+      return boolean{TRUE};
+    };
+    manager.term_destination = [](j_compress_ptr jpeg) {
+      JpegSink* self = reinterpret_cast<JpegSink*>(jpeg->dest);
+      self->Send(jpeg, kPiece - self->manager.free_in_buffer);
+    };
+  }
+  void Restart() {
+    manager.next_output_byte = buffer.data();
+    manager.free_in_buffer = kPiece;
+  }
+  void Send(j_compress_ptr jpeg, size_t size) {
+    if (!sink->Write(position, buffer.data(), size)) ERREXIT(jpeg, JERR_FILE_WRITE);
+    position += static_cast<int64_t>(size);
+    Restart();
+  }
+};
+
+struct JpegInput {
   JpegErrors errors;
+  JpegSource source;
   jpeg_progress_mgr progress = {};
   jpeg_decompress_struct jpeg = {};
 
-  JpegReader() {
+  explicit JpegInput(ByteSource& from) : source(from) {
     jpeg.err = &errors.manager;
     progress.progress_monitor = [](j_common_ptr common) {
       if (reinterpret_cast<j_decompress_ptr>(common)->input_scan_number > kMostScans)
         ERREXIT(common, JERR_BAD_PROGRESSION);
     };
   }
-  ~JpegReader() { jpeg_destroy_decompress(&jpeg); }
-  JpegReader(const JpegReader&) = delete;
-  JpegReader& operator=(const JpegReader&) = delete;
+  ~JpegInput() { jpeg_destroy_decompress(&jpeg); }
+  JpegInput(const JpegInput&) = delete;
+  JpegInput& operator=(const JpegInput&) = delete;
 };
 
-struct JpegWriter {
+struct JpegOutput {
   JpegErrors errors;
+  JpegSink sink;
   jpeg_compress_struct jpeg = {};
-  unsigned char* memory = nullptr;
-  unsigned long size = 0;
 
-  JpegWriter() { jpeg.err = &errors.manager; }
-  ~JpegWriter() {
-    jpeg_destroy_compress(&jpeg);
-    std::free(memory);
-  }
-  JpegWriter(const JpegWriter&) = delete;
-  JpegWriter& operator=(const JpegWriter&) = delete;
+  explicit JpegOutput(ByteSink& to) : sink(to) { jpeg.err = &errors.manager; }
+  ~JpegOutput() { jpeg_destroy_compress(&jpeg); }
+  JpegOutput(const JpegOutput&) = delete;
+  JpegOutput& operator=(const JpegOutput&) = delete;
 };
 
 bool IsJpeg(std::span<const uint8_t> start) {
@@ -113,65 +172,83 @@ void InksToRgb(const uint8_t* inks, uint8_t* rgb, int32_t width, bool inverted) 
       rgb[3 * x + c] = static_cast<uint8_t>(((inks[4 * x + c] ^ flip) * (inks[4 * x + 3] ^ flip) + 127) / 255);
 }
 
-Samples DecodeJpeg(const Bytes& bytes) {
-  JpegReader reader;
-  jpeg_decompress_struct& jpeg = reader.jpeg;
-  Samples samples;
-  reader.errors.Run([&] {
-    jpeg_create_decompress(&jpeg);
-    jpeg.progress = &reader.progress;
-    jpeg_mem_src(&jpeg, bytes.data(), static_cast<unsigned long>(bytes.size()));
-    jpeg_save_markers(&jpeg, JPEG_APP0 + 1, 0xFFFF);
-    jpeg_read_header(&jpeg, TRUE);
-    const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE, inks = jpeg.num_components == 4;
-    jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
-    jpeg.dct_method = JDCT_ISLOW;
-  });
-  const bool inks = jpeg.out_color_space == JCS_CMYK;
-  samples.Allocate(jpeg.image_width, jpeg.image_height, jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3, 8);
-  for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
-    if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
-      samples.turn = TurnOfOrientationTag(tag);
-  Bytes inkRow(inks ? 4 * size_t(samples.width) : 0);
-  reader.errors.Run([&] {
-    jpeg_start_decompress(&jpeg);
-    while (jpeg.output_scanline < jpeg.output_height) {
-      uint8_t* row = samples.Row(static_cast<int32_t>(jpeg.output_scanline));
-      JSAMPROW target = inks ? inkRow.data() : row;
-      jpeg_read_scanlines(&jpeg, &target, 1);
-      if (inks) InksToRgb(target, row, samples.width, jpeg.saw_Adobe_marker);
-    }
-    jpeg_finish_decompress(&jpeg);
-  });
-  return samples;
-}
+class JpegReader : public SampleReader {
+ public:
+  explicit JpegReader(ByteSource& source) : in_(source) {
+    jpeg_decompress_struct& jpeg = in_.jpeg;
+    in_.errors.Run([&] {
+      jpeg_create_decompress(&jpeg);
+      jpeg.progress = &in_.progress;
+      jpeg.src = &in_.source.manager;
+      jpeg_save_markers(&jpeg, JPEG_APP0 + 1, 0xFFFF);
+      jpeg_read_header(&jpeg, TRUE);
+      const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE, inks = jpeg.num_components == 4;
+      jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
+      jpeg.dct_method = JDCT_ISLOW;
+    });
+    shape_.Require(jpeg.image_width, jpeg.image_height, jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3, 8);
+    for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
+      if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
+        shape_.turn = TurnOfOrientationTag(tag);
+    if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape_.width));
+    in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
+  }
 
-Bytes EncodeJpeg(const Samples& samples, const EncodingChoice& choice) {
-  JpegWriter writer;
-  jpeg_compress_struct& jpeg = writer.jpeg;
-  writer.errors.Run([&] {
-    jpeg_create_compress(&jpeg);
-    jpeg_mem_dest(&jpeg, &writer.memory, &writer.size);
-    jpeg.image_width = static_cast<JDIMENSION>(samples.width);
-    jpeg.image_height = static_cast<JDIMENSION>(samples.height);
-    jpeg.input_components = samples.channels;
-    jpeg.in_color_space = samples.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
-    jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, choice.quality, TRUE);
-    // Full resolution for the colours: these pictures are looked at closely.
-    jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
-    jpeg_start_compress(&jpeg, TRUE);
-    for (int32_t r = 0; r < samples.height; ++r) {
-      JSAMPROW row = const_cast<uint8_t*>(samples.Row(r));
-      jpeg_write_scanlines(&jpeg, &row, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-  });
-  return Bytes(writer.memory, writer.memory + writer.size);
+  void Read(uint8_t* row) override {
+    jpeg_decompress_struct& jpeg = in_.jpeg;
+    in_.errors.Run([&] {
+      JSAMPROW target = inkRow_.empty() ? row : inkRow_.data();
+      jpeg_read_scanlines(&jpeg, &target, 1);
+      if (!inkRow_.empty()) InksToRgb(target, row, shape_.width, jpeg.saw_Adobe_marker);
+      if (jpeg.output_scanline == jpeg.output_height) jpeg_finish_decompress(&jpeg);
+    });
+  }
+
+ private:
+  JpegInput in_;
+  Bytes inkRow_;
+};
+
+class JpegWriter : public SampleWriter {
+ public:
+  JpegWriter(ByteSink& sink, const SampleShape& shape, int32_t quality) : out_(sink) {
+    jpeg_compress_struct& jpeg = out_.jpeg;
+    out_.errors.Run([&] {
+      jpeg_create_compress(&jpeg);
+      jpeg.dest = &out_.sink.manager;
+      jpeg.image_width = static_cast<JDIMENSION>(shape.width);
+      jpeg.image_height = static_cast<JDIMENSION>(shape.height);
+      jpeg.input_components = shape.channels;
+      jpeg.in_color_space = shape.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+      jpeg_set_defaults(&jpeg);
+      jpeg_set_quality(&jpeg, quality, TRUE);
+      // Full resolution for the colours: these pictures are looked at closely.
+      jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
+      jpeg_start_compress(&jpeg, TRUE);
+    });
+  }
+  void Write(const uint8_t* row) override {
+    out_.errors.Run([&] {
+      JSAMPROW source = const_cast<uint8_t*>(row);  // which the library leaves alone
+      jpeg_write_scanlines(&out_.jpeg, &source, 1);
+    });
+  }
+  void Finish() override {
+    out_.errors.Run([&] { jpeg_finish_compress(&out_.jpeg); });
+  }
+
+ private:
+  JpegOutput out_;
+};
+
+std::unique_ptr<SampleReader> OpenJpeg(ByteSource& source) { return std::make_unique<JpegReader>(source); }
+
+std::unique_ptr<SampleWriter> CreateJpeg(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) {
+  return std::make_unique<JpegWriter>(sink, shape, choice.quality);
 }
 
 }  // namespace
 
-const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, false, false, IsJpeg, DecodeJpeg, EncodeJpeg};
+const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, false, false, IsJpeg, OpenJpeg, CreateJpeg};
 
 }  // namespace norv

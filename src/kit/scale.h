@@ -25,4 +25,12 @@ struct NetEnlargement {
 // the shortcut, which for them is the same answer. Throws a Failure when the network does not fit enlargement.
 Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how);
 
+// Whether a picture of this size is cut into bands, which takes the whole of it in memory.
+bool GoesInBands(const PictureShape& shape, const NetEnlargement& how);
+
+// The same pixels as EnlargeByNet() on one thread gives, row by row into the file of that name (CreateImage).
+// stripRows: as in NetEnlargeRows().
+void EnlargeRowsByNet(std::unique_ptr<PictureReader> picture, const NeuralNet& net, const NetEnlargement& how,
+                      const std::string& out, const WriteChoice& choice, int32_t stripRows = 0);
+
 }  // namespace norv

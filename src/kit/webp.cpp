@@ -1,12 +1,14 @@
 // WebP through libwebp, where the build found it.
 #ifdef NORV_WEBP
 
+#include <algorithm>
 #include <cstring>
 #include <webp/decode.h>
 #include <webp/encode.h>
 
 #include "kit/codec.h"
 #include "kit/failure.h"
+#include "platform/memory.h"
 
 namespace norv {
 namespace {
@@ -16,7 +18,15 @@ bool IsWebp(std::span<const uint8_t> start) {
          std::memcmp(start.data() + 8, "WEBP", 4) == 0;
 }
 
-Samples DecodeWebp(const Bytes& bytes) {
+Bytes AllOf(ByteSource& source) {
+  if (static_cast<size_t>(source.Size()) > AvailableMemory()) Fail("WebP: the file does not fit into memory");
+  Bytes bytes(static_cast<size_t>(source.Size()));
+  if (source.Read(0, bytes.data(), bytes.size()) != bytes.size()) Fail("WebP: damaged or cut short");
+  return bytes;
+}
+
+Samples DecodeWebp(ByteSource& source) {
+  const Bytes bytes = AllOf(source);
   WebPBitstreamFeatures features;
   if (WebPGetFeatures(bytes.data(), bytes.size(), &features) != VP8_STATUS_OK) Fail("WebP: damaged or cut short");
   if (features.has_animation) Fail("WebP: an animation is no picture");
@@ -42,6 +52,7 @@ Samples InColour(const Samples& grey) {
   return samples;
 }
 
+// The library wants the file as a whole.
 Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
   if (any.channels <= 2) return EncodeWebp(InColour(any), choice);
   uint8_t* memory = nullptr;
@@ -54,9 +65,33 @@ Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
   return bytes;
 }
 
+class WebpWriter : public SampleWriter {
+ public:
+  WebpWriter(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) : sink_(sink), choice_(choice) {
+    samples_.Allocate(shape.width, shape.height, shape.channels, 8);
+  }
+  void Write(const uint8_t* row) override { std::copy_n(row, samples_.RowBytes(), samples_.Row(next_++)); }
+  void Finish() override {
+    const Bytes bytes = EncodeWebp(samples_, choice_);
+    if (!sink_.Write(0, bytes.data(), bytes.size())) Fail("WebP: cannot be written");
+  }
+
+ private:
+  ByteSink& sink_;
+  EncodingChoice choice_;
+  Samples samples_;
+  int32_t next_ = 0;
+};
+
+std::unique_ptr<SampleReader> OpenWebp(ByteSource& source) { return ReadHeld(DecodeWebp(source)); }
+
+std::unique_ptr<SampleWriter> CreateWebp(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) {
+  return std::make_unique<WebpWriter>(sink, shape, choice);
+}
+
 }  // namespace
 
-const Codec kWebp = {"WebP", {"webp"}, false, true, IsWebp, DecodeWebp, EncodeWebp};
+const Codec kWebp = {"WebP", {"webp"}, false, true, IsWebp, OpenWebp, CreateWebp};
 
 }  // namespace norv
 

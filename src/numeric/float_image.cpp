@@ -98,7 +98,7 @@ void FloatImage::Take(FloatImageReader& file) {
 bool FloatImage::Save(const std::string& name, Folder folder) const {
   const auto words = static_cast<int64_t>(mask.words.size());
   FloatImageWriter file(PathOf(name, folder), width, height, format, words);
-  file.Write(*this);
+  file.WriteRows(*this);
   file.WriteMask(mask.words.data(), words);
   return !file.Commit();
 }

@@ -31,7 +31,8 @@ FloatImageReader::FloatImageReader(const std::string& path) : file_(path) {
   planes_ = PlanesOf(format);
   masked_ = words != 0;
   const bool sensible = width >= 0 && height >= 0 && int64_t{width} * height <= INT32_MAX;
-  if (!sensible) Complain("%s asks for an image of %d x %d pixels, which cannot be", file_.Path().c_str(), width, height);
+  if (!sensible)
+    Complain("%s asks for an image of %d x %d pixels, which cannot be", file_.Path().c_str(), width, height);
   // A device or a pipe has no size to compare with.
   if (sensible && file_.Size() > 0 && file_.Size() < PlaceOf(width, height, planes_, 0) + 4 * MaskWords()) {
     file_.WarnEndsEarly();
@@ -67,7 +68,7 @@ FloatImageWriter::FloatImageWriter(const std::string& path, int32_t width, int32
   for (const int32_t field : {width, height, format, static_cast<int32_t>(maskWords)}) file_.Field(field);
 }
 
-bool FloatImageWriter::Write(const FloatImage& image) {
+bool FloatImageWriter::WriteRows(const FloatImage& image) {
   const int64_t count = int64_t{width_} * image.height;
   for (int32_t k = 0; k < planes_ && !file_.Failed(); ++k) {
     const int64_t held = std::min<int64_t>(count, image.plane[k].mn);

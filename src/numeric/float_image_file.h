@@ -43,7 +43,8 @@ class FloatImageWriter : public RowSink {
   bool CanSeek() const { return file_.CanSeek(); }
   bool Failed() const { return file_.Failed(); }
   // As many pixels a plane as the image's height asks for, zeros where a plane has fewer.
-  bool Write(const FloatImage& image) override;
+  bool WriteRows(const FloatImage& image);
+  bool Write(FloatImage& image) override { return WriteRows(image); }
   // The next n words of the mask.
   void WriteMask(const uint32_t* words, int64_t n);
   // As FileOut::Commit().

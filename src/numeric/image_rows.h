@@ -21,8 +21,9 @@ class RowSink {
  public:
   virtual ~RowSink() = default;
 
-  // All rows of the image behind those written before. False: the destination has failed and wants no more.
-  virtual bool Write(const FloatImage& image) = 0;
+  // All rows of the image, which is used up, behind those written before. False: the destination has failed and wants
+  // no more.
+  virtual bool Write(FloatImage& image) = 0;
 };
 
 }  // namespace norv

@@ -18,15 +18,22 @@ constexpr Orientation kTable[kOrientations] = {
 
 }  // namespace
 
+bool IsTurnedAcross(int32_t k) { return kTable[k].turned; }
+
+Place OrientedPlace(int32_t k, Place to, int32_t H, int32_t W) {
+  const Orientation o = kTable[k];
+  const int32_t r = o.turned ? to.column : to.row, c = o.turned ? to.row : to.column;
+  return {o.upsideDown ? H - 1 - r : r, o.backToFront ? W - 1 - c : c};
+}
+
 void OrientMatrix(matrix& D, const matrix& S, int32_t k) {
   if (k < 0 || k >= kOrientations) return D.fill(0);
-  const Orientation o = kTable[k];
   const int32_t H = S.n, W = S.m;
-  o.turned ? D.dim(H, W) : D.dim(W, H);
+  IsTurnedAcross(k) ? D.dim(H, W) : D.dim(W, H);
   for (int32_t a = 0; a < D.n; ++a)
     for (int32_t b = 0; b < D.m; ++b) {
-      const int32_t r = o.turned ? b : a, c = o.turned ? a : b;
-      D.z[a][b] = S.z[o.upsideDown ? H - 1 - r : r][o.backToFront ? W - 1 - c : c];
+      const Place from = OrientedPlace(k, {a, b}, H, W);
+      D.z[a][b] = S.z[from.row][from.column];
     }
 }
 
