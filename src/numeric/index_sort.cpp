@@ -32,11 +32,56 @@ Key OrderThree(Entry<Key>& first, Entry<Key>& middle, Entry<Key>& last) {
   return middle.key;
 }
 
+// Positions, counted from one end of a block, of entries that belong to the other side of the pivot.
+struct Misplaced {
+  static constexpr int32_t kBlock = 64;
+  uint8_t place[kBlock];
+  int32_t count = 0, used = 0;
+
+  bool Done() const { return used == count; }
+  // Without a branch on the keys, which nobody could foretell.
+  template <typename Test>
+  void Find(const Test& isMisplaced) {
+    count = used = 0;
+    for (int32_t i = 0; i < kBlock; ++i) {
+      place[count] = static_cast<uint8_t>(i);
+      count += isMisplaced(i);
+    }
+  }
+};
+
+// The first swaps of a partition with the scans at up and down: whole blocks from both ends, their misplaced entries
+// swapped in the order in which the scans would meet (Edelkamp and Weiss 2016), as long as the blocks stay apart.
+template <typename Key>
+void SwapBlocks(Entry<Key>* a, Key pivot, int32_t& up, int32_t& down) {
+  constexpr int32_t kBlock = Misplaced::kBlock;
+  Misplaced left, right;
+  int32_t leftEnd = up + 1, rightEnd = down - 1;  // beyond the blocks, which reach from here back to the ends
+  for (;;) {
+    if (left.Done()) {
+      if (rightEnd - leftEnd < kBlock) return;
+      left.Find([&](int32_t i) { return !(a[leftEnd + i].key < pivot); });
+      leftEnd += kBlock;
+    }
+    if (right.Done()) {
+      if (rightEnd - leftEnd < kBlock) return;
+      right.Find([&](int32_t i) { return !(a[rightEnd - i].key > pivot); });
+      rightEnd -= kBlock;
+    }
+    while (!left.Done() && !right.Done()) {
+      up = leftEnd - kBlock + left.place[left.used++];
+      down = rightEnd + kBlock - right.place[right.used++];
+      std::swap(a[up], a[down]);
+    }
+  }
+}
+
 // Parts [low, return.high] with keys up to the pivot and [return.low, high] with keys from the pivot on.
 template <typename Key>
 Range Partition(Entry<Key>* a, Range range) {
   const Key pivot = OrderThree(a[range.low], a[range.low + (range.high - range.low) / 2], a[range.high]);
   int32_t up = range.low, down = range.high;
+  SwapBlocks(a, pivot, up, down);
   for (;;) {
     do --down;
     while (a[down].key > pivot);

@@ -84,7 +84,7 @@ TEST_CASE("the pseudo-random sequence") {
 
 TEST_CASE("the sort gives the permutation of the procedure by looked-up keys, ties included") {
   RandomGenerator random;
-  for (int n = 0; n <= 100; ++n)
+  for (int n = 0; n <= 420; n += n < 100 ? 1 : 16)
     for (int distinct : {1, 2, 5, 10000}) {
       const std::vector<float> keys = RandomKeys(n, distinct, random);
       CAPTURE(n);
