@@ -20,8 +20,8 @@ AlignedArray<T> Zeros(int64_t n) {
   return array;
 }
 
-// Below so many weights one thread is done sooner: measured on two busy cores, where teams of 4 to 16 took 1.1 to 2.6
-// times as long at 2.2 million weights, and 0.5 to 1.1 times at 9 million.
+// Below so many weights one thread is done sooner: measured on two cores at 2.2 million weights, where teams took 1.1
+// to 2.6 times as long.
 constexpr int64_t kTeamPays = int64_t{1} << 23;
 
 // Calls body(begin, end) on 0 .. count - 1, split between whole blocks.
@@ -46,11 +46,11 @@ bool IsRoundingDecided(double product) {
 
 }  // namespace
 
-RowNet::RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t threads)
+RowNet::RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t threads, int processors)
     : net_(net),
       costSelection_(costSelection),
       momentum_(momentum),
-      threads_(threads),
+      threads_(threads <= processors ? threads : 1),
       update_(momentum == 0 ? TrainUpdate::plain : TrainUpdate::momentum),
       kernels_(ActiveTrainKernels()),
       lastInput_(static_cast<size_t>(net.N0)) {

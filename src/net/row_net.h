@@ -7,6 +7,7 @@
 #include "net/neural_net.h"
 #include "net/trainer.h"
 #include "platform/memory.h"
+#include "platform/team.h"
 #include "simd/train_kernels.h"
 
 namespace norv {
@@ -17,9 +18,9 @@ namespace norv {
 // sweep that evaluates the next sample. The slope df(z) is kept in double from the evaluation.
 class RowNet : public Trainer {
  public:
-  // Units without activation are a broken promise. More than one thread is used only where a layer is so large that a
-  // team pays.
-  RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t threads);
+  // Units without activation are a broken promise. More than one thread is used only where every member of the team has
+  // a processor and a layer is so large that a team pays: no thread count makes training slower.
+  RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t threads, int processors = ProcessorCount());
 
   void SetRate(float nu, float bound) override;
   void Learn(const float* input, const float* target) override;
