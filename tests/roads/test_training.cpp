@@ -229,13 +229,14 @@ TEST_CASE("mode 9: the second interrupt ends at once and leaves the old network"
   SaveNet(MakeNet(8, {4000, 4000, 4}, 14), folder / "test.net", Folder::asGiven);
   SaveTrainingSet(MakeSamples(20000, 8, 4), folder / "test.dat", Folder::asGiven);
   const std::string before = ReadBytes(folder / "test.net");
-  TerminalRun run(CommandIn(folder, {"9", "2", "0.001", "0.001", "0", "0", "0", "0", "1", "0"}));
+  TerminalRun run(CommandIn(folder, {"9", "2", "0.001", "0.001", "0", "3", "0", "0", "1", "0"}));
   CHECK(WaitForText(run, "REMINDER"));
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   run.Signal(SIGINT);
   run.Signal(SIGTERM);
   CHECK(run.Wait() > 128);
   CHECK(run.Shown().find("stopped") == std::string::npos);
+  CHECK_FALSE(std::filesystem::exists(folder / "temp.dat"));
   CHECK(ReadBytes(folder / "test.net") == before);
 }
 
