@@ -149,8 +149,24 @@ class SeparatePasses {
         q2_.z[r][c] = weights_.z[r][c] * (p.z[r][c + 1] - p.z[r + 1][c]);
       }
   }
+  // g = E r0: along columns, then along rows.
+  void Spread() {
+    const int32_t factor = w_ / r0_.m, offset = (taps_.mn - factor) / 2;
+    matrix narrow(r0_.m, h_);
+    narrow.fill(0);
+    for (int32_t r = 0; r < r0_.n; ++r)
+      for (int32_t i = 0; i < taps_.mn; ++i) {
+        float* to = narrow.z[MirrorIndex(int64_t{factor} * r - offset + i, h_)];
+        for (int32_t c = 0; c < r0_.m; ++c) to[c] += taps_.x[i] * r0_.z[r][c];
+      }
+    g_.fill(0);
+    for (int32_t r = 0; r < h_; ++r)
+      for (int32_t c = 0; c < r0_.m; ++c)
+        for (int32_t i = 0; i < taps_.mn; ++i)
+          g_.z[r][MirrorIndex(int64_t{factor} * c - offset + i, w_)] += taps_.x[i] * narrow.z[r][c];
+  }
   double Gradient() {
-    SpreadMatrix(g_, r0_, taps_);
+    Spread();
     for (int32_t r = 0; r + 1 < h_; ++r) {
       for (int32_t c = 0; c + 1 < w_; ++c) {
         const float a = weights_.z[r][c] * s1_.z[r][c], b = weights_.z[r][c] * s2_.z[r][c];

@@ -7,17 +7,17 @@
 namespace norv {
 namespace {
 
-// An input that cannot be read leaves the empty image; that and a failed save have said so already.
-FloatImage LoadInput() {
+// From input.fdib to the file whose name stands at a position of the command line. An input that cannot be read leaves
+// the empty image; that and a failed save have said so already. The empty finish.mat tells whoever waits for it that
+// the run has ended.
+template <typename Wanted>
+Ending Denoise(void (*denoise)(FloatImage&, const Wanted&), const Wanted& wanted, const Arguments& a, int position) {
   FloatImage image;
   (void)image.Load("input.fdib", Folder::executable);
-  return image;
-}
-
-// The empty finish.mat tells whoever waits for it that the run has ended.
-void Save(const FloatImage& image, const Arguments& arguments, int filePosition) {
-  (void)image.Save(arguments.Text(filePosition), Folder::executable);
-  if (arguments.Flag(filePosition + 1)) matrix().save("finish.mat", Folder::executable);
+  denoise(image, wanted);
+  (void)image.Save(a.Text(position), Folder::executable);
+  if (a.Flag(position + 1)) matrix().save("finish.mat", Folder::executable);
+  return Ending::report;
 }
 
 }  // namespace
@@ -32,10 +32,7 @@ Ending RunComponentDenoiser(const Request& request) {
   wanted.luminance = a.Flag(6);
   wanted.threads = a.Integer(7);
   wanted.source = a.Integer(8) == 0 ? ComponentSource::learn : ComponentSource::files;
-  FloatImage image = LoadInput();
-  DenoiseByComponents(image, wanted);
-  Save(image, a, 9);
-  return Ending::report;
+  return Denoise(DenoiseByComponents, wanted, a, 9);
 }
 
 Ending RunGroupDenoiser(const Request& request) {
@@ -50,10 +47,7 @@ Ending RunGroupDenoiser(const Request& request) {
   wanted.luminance = a.Flag(8);
   wanted.ranked = a.Flag(9);
   wanted.twoStep = a.Flag(10);
-  FloatImage image = LoadInput();
-  DenoiseByGroups(image, wanted);
-  Save(image, a, 11);
-  return Ending::report;
+  return Denoise(DenoiseByGroups, wanted, a, 11);
 }
 
 }  // namespace norv

@@ -17,22 +17,6 @@ void ForHiddenWeights(const NeuralNet& net, const Fold& fold) {
       for (int32_t i = 0; i < unit.W.mn; ++i) fold(unit.W.x[i]);
 }
 
-// Everything of a unit that evaluation needs.
-NetUnit EvaluationCopy(const NetUnit& unit) {
-  NetUnit copy;
-  copy.ActivationKind = unit.ActivationKind;
-  copy.Nin = unit.Nin;
-  copy.X = unit.X;
-  copy.W = unit.W;
-  copy.b = unit.b;
-  copy.z = unit.z;
-  copy.a = unit.a;
-  copy.delta = unit.delta;
-  copy.f = unit.f;
-  copy.df = unit.df;
-  return copy;
-}
-
 }  // namespace
 
 const char* WhyNotBuildable(int32_t N0, const std::array<int32_t, kMaxLayers>& sizes) {
@@ -60,18 +44,12 @@ void BuildNet(NeuralNet& net, int32_t N0, const std::array<int32_t, kMaxLayers>&
 void ClearNet(NeuralNet& net) { net = NeuralNet(); }
 
 void CopyNetForEvaluation(NeuralNet& copy, const NeuralNet& net) {
-  ClearNet(copy);
-  copy.Nlayers = net.Nlayers;
-  copy.N0 = net.N0;
-  copy.N = net.N;
-  copy.SpareField = net.SpareField;
-  copy.Cost = net.Cost;
-  copy.SampleCost = net.SampleCost;
-  copy.layers.resize(net.layers.size());
-  for (size_t k = 0; k < net.layers.size(); ++k) {
-    copy.layers[k].Ni = net.layers[k].Ni;
-    for (const NetUnit& unit : net.layers[k].units) copy.layers[k].units.push_back(EvaluationCopy(unit));
-  }
+  copy = net;
+  for (NetLayer& layer : copy.layers)
+    for (NetUnit& unit : layer.units) {
+      unit.V.freemem();
+      unit.vb = 0;
+    }
 }
 
 void InitUnit(NetUnit& unit, int32_t nin) {

@@ -69,20 +69,6 @@ void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel) {
       AddScaled(low.z[r], narrow.z[down.Source(r, i, high.n)], kernel.x[i], low.m);
 }
 
-void SpreadMatrix(matrix& high, const matrix& low, const matrix& kernel) {
-  if (low.mn == 0) return;
-  const Reduction across(high.m, low.m, kernel), down(high.n, low.n, kernel);
-  matrix narrow(low.m, high.n);
-  narrow.fill(0);
-  for (int32_t r = 0; r < low.n; ++r)
-    for (int32_t i = 0; i < kernel.mn; ++i)
-      AddScaled(narrow.z[down.Source(r, i, high.n)], low.z[r], kernel.x[i], low.m);
-  high.fill(0);
-  for (int32_t r = 0; r < high.n; ++r)
-    for (int32_t c = 0; c < low.m; ++c)
-      for (int32_t i = 0; i < kernel.mn; ++i) high.z[r][across.Source(c, i, high.m)] += kernel.x[i] * narrow.z[r][c];
-}
-
 // ------------------------------------------------------------------------------------------------- resampling
 
 void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a, double step, double offset,

@@ -1,4 +1,4 @@
-// Separable filtering of planes: reduction by taps, its exact adjoint, and the table-driven resampler.
+// Separable filtering of planes: reduction by taps and the table-driven resampler.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,6 @@ namespace norv {
 // Along rows first, then along columns, each sum in tap order, single precision. Outside pixels are mirrored without
 // repeating the edge, as often as needed on short planes.
 void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel);
-
-// The exact adjoint of ShrinkMatrix: <ShrinkMatrix x, y> = <x, SpreadMatrix y> up to rounding. high is dimensioned
-// already and is overwritten.
-void SpreadMatrix(matrix& high, const matrix& low, const matrix& kernel);
 
 // Which source pixels an output position is made of.
 struct ResampleTable {

@@ -1,4 +1,4 @@
-// Reduction, its adjoint and the resampler against plain double loops.
+// Reduction and the resampler against plain double loops.
 #include <cmath>
 #include <doctest/doctest.h>
 
@@ -10,22 +10,20 @@
 using namespace norv;
 using namespace norv::test;
 
-TEST_CASE("reduction is the plain double sum, its adjoint exact, on planes shorter than the kernel too") {
+TEST_CASE("reduction is the plain double sum, on planes shorter than the kernel too") {
   for (const int32_t order : {0, 1, 3, 5, -1, -13, -20})
     for (const int32_t f : {1, 2, 3, 4})
       for (const auto& [w, h] : {std::pair{1, 1}, {2, 1}, {3, 4}, {1, 5}, {7, 2}, {12, 9}}) {
         matrix taps;
         ShrinkKernel(taps, f, order);
-        const matrix high = RandomPlane(w * f, h * f, 1), back = RandomPlane(w, h, 2);
-        matrix low(w, h), spread(w * f, h * f);
+        const matrix high = RandomPlane(w * f, h * f, 1);
+        matrix low(w, h);
         ShrinkMatrix(low, high, taps);
-        SpreadMatrix(spread, back, taps);
         const PlainPlane plain = PlainReduce(PlainPlane(high), f, Vector(taps.x, taps.x + taps.mn));
         CAPTURE(order);
         CAPTURE(f);
         for (int32_t i = 0; i < low.mn; ++i)
           CHECK(static_cast<double>(low.x[i]) == doctest::Approx(plain.v[static_cast<size_t>(i)]).epsilon(1e-5));
-        CHECK(Product(low, back) == doctest::Approx(Product(high, spread)).epsilon(1e-5));
       }
 }
 
