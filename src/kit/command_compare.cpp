@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "kit/command.h"
@@ -12,6 +13,7 @@ namespace {
 struct CompareOptions {
   std::string a, b;
   int32_t border = 4;
+  bool crop = false;
 };
 
 void Declare(CLI::App& command, CompareOptions& options) {
@@ -20,6 +22,23 @@ void Declare(CLI::App& command, CompareOptions& options) {
   command.add_option("--border", options.border, "pixels left out on every side")
       ->type_name("N")
       ->check(CLI::NonNegativeNumber);
+  command.add_flag("--crop", options.crop,
+                   "the larger one without what shrink had to leave out at the right and below");
+}
+
+// The upper left part, no larger than the picture.
+void CropTo(Picture& picture, int32_t width, int32_t height) {
+  for (int32_t k = 0; k < picture.channels; ++k) {
+    matrix part(width, height);
+    for (int32_t y = 0; y < height; ++y) std::copy_n(picture.plane[k].z[y], width, part.z[y]);
+    picture.plane[k].swap(part);
+  }
+}
+
+void CropToCommonSize(Picture& a, Picture& b) {
+  const int32_t width = std::min(a.Width(), b.Width()), height = std::min(a.Height(), b.Height());
+  CropTo(a, width, height);
+  CropTo(b, width, height);
 }
 
 // The luminance that papers on super-resolution measure: ITU-R BT.601 with its studio range 16..235, not rounded.
@@ -50,7 +69,8 @@ void RequireComparable(const Picture& a, const Picture& b, int32_t border) {
 }
 
 void Run(const CompareOptions& options) {
-  const Picture a = LoadImage(options.a), b = LoadImage(options.b);
+  Picture a = LoadImage(options.a), b = LoadImage(options.b);
+  if (options.crop) CropToCommonSize(a, b);
   RequireComparable(a, b, options.border);
   const auto report = [&](const char* what, const matrix& ofA, const matrix& ofB, bool withSimilarity) {
     Report(what, WithoutBorder(ofA, options.border), WithoutBorder(ofB, options.border), withSimilarity);

@@ -232,6 +232,16 @@ TEST_CASE("comparing says identical, or how far apart") {
   CHECK(Contains(Kit({"compare", folder / "c.png", folder / "d.png"}).output, "studio Y    PSNR  49.45 dB"));
   CHECK(!Contains(Kit({"compare", folder / "a.png", folder / "b.png", "--border", "0"}).output,
                   "red         PSNR  48.13 dB"));
+  // Cropped as shrink does it: what is left of the larger one is the same picture.
+  for (int k = 0; k < 3; ++k) {
+    matrix part(28, 29);
+    for (int32_t y = 0; y < 29; ++y) std::copy_n(a.plane[k].z[y], 28, part.z[y]);
+    a.plane[k].swap(part);
+  }
+  Keep(folder / "cropped.png", a, 8);
+  CHECK(Kit({"compare", folder / "b.png", folder / "cropped.png"}).exitCode == 1);
+  CHECK(Contains(Kit({"compare", folder / "b.png", folder / "cropped.png", "--border", "0", "--crop"}).output,
+                 "luminance   PSNR identical"));
 }
 
 TEST_CASE("a picture made smaller and larger again is the same size and alike") {
