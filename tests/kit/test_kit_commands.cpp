@@ -1,6 +1,7 @@
 // The companion as people run it: commands, their files, reasons and exit codes.
 #if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
 
+#include <algorithm>
 #include <doctest/doctest.h>
 
 #include "kit/conversions.h"
