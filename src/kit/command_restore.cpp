@@ -41,11 +41,14 @@ void Declare(CLI::App& command, RestoreOptions& options) {
   command.add_option("--threads", options.threads, "as many bands at the same time")
       ->type_name("N")
       ->check(CLI::Range(1, 1024));
-  command.add_option("--bands", options.bands, "cut into so many bands (default: one a thread, one thread: not cut)")
+  command
+      .add_option("--bands", options.bands,
+                  "cut into so many bands, of which as many as threads are in memory (default: one a thread, one "
+                  "thread: not cut)")
       ->type_name("N")
       ->check(CLI::Range(1, 1024))
       ->default_str("");
-  command.add_flag("--bits-road", options.overBytes, "8 bits a sample in and out as norv 4 does, one thread a band");
+  command.add_flag("--bits-road", options.overBytes, "8 bits a sample in and out, as norv 4 does");
   command.add_flag("--denoise", options.denoise, "remove noise first, as norvkit denoise does");
   DeclareKnobs(command, options);
   DeclareWriteChoice(command, options.choice);
@@ -70,7 +73,7 @@ void Run(const RestoreOptions& options) {
   if (options.denoise) DenoisePicture(picture, {.threads = options.threads});
   const int32_t bands = options.bands > 0 ? options.bands : options.threads > 1 ? options.threads : 0;
   SaveImage(options.out,
-            options.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1))
+            options.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), options.threads)
                               : RestorePicture(std::move(picture), parameters, bands, options.threads),
             options.choice);
 }

@@ -1,10 +1,12 @@
 #include "kit/restore_picture.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "denoise/denoise.h"
 #include "kit/conversions.h"
 #include "platform/console.h"
+#include "raster/bands.h"
 #include "restore/bit_process.h"
 #include "restore/restore_image.h"
 
@@ -33,6 +35,13 @@ FloatImage ColoursOf(Picture& picture) {
   return image;
 }
 
+// As norv does it: as many rows a band as there are bands, or no bands at all.
+void WarnOfSingleBand(int32_t rows, int32_t bands) {
+  if (bands < 2 || PlanBands(rows, bands).threads == bands) return;
+  const int32_t most = static_cast<int32_t>(std::sqrt(static_cast<double>(rows)));
+  Warn("%d rows make %d bands at most, so all are restored as one band instead of %d", rows, most, bands);
+}
+
 // The denoisers take noise for that of each display colour on its own, of which the luminance has less.
 float NoiseOfColours(const Picture& picture, float noise) {
   constexpr float kLuminancePart = 0.66852f;  // sqrt(0.299^2 + 0.587^2 + 0.114^2)
@@ -45,6 +54,7 @@ Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int
   const int32_t bits = picture.bits;
   const bool grey = picture.IsGrey();
   FloatImage image = ToFloatImage(std::move(picture));
+  WarnOfSingleBand(image.height, bands);
   if (bands > 0) {
     RestoreImageInBands(image, parameters, bands, threads);
   } else {
@@ -57,10 +67,11 @@ Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int
   return large;
 }
 
-Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands) {
+Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
   if (picture.HasAlpha()) Warn("the way over bytes drops the alpha plane");
   BitImage image = ToBitImage(ToFloatImage(std::move(picture)));
-  ProcessBitImage(image, parameters, kDefaultFormat, bands);
+  WarnOfSingleBand(image.height, bands);
+  ProcessBitImageInBands(image, parameters, kDefaultFormat, bands, threads);
   return ToPicture(image);
 }
 

@@ -9,8 +9,8 @@ namespace norv {
 // The picture as a whole, or in `bands` horizontal bands (1 and more) on `threads` threads. Grey stays grey.
 Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
-// The same as three bytes a pixel in and out, in bands of one thread each; alpha is dropped with a warning.
-Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands);
+// The same as three bytes a pixel in and out; alpha is dropped with a warning.
+Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
 struct DenoiseChoice {
   bool best = false;  // groups of similar patches instead of patch components

@@ -18,14 +18,6 @@ namespace {
 constexpr char kProblemOpening[] = "PROBLEM OPENING FILE!";
 
 // The texts live in buffers of the process, so that what was thrown outlives every matrix.
-[[noreturn]] void ThrowElementsMissing(double count) {
-  static char buffer[160];
-  std::snprintf(buffer, sizeof buffer,
-                "Out of memory!\n\nFailed to allocate %.2f MB memory for matrix x member.\n\nmatrix::dim",
-                count * 4e-6);
-  throw static_cast<const char*>(buffer);
-}
-
 [[noreturn]] void ThrowColumnsMissing() {
   static char buffer[] = "Failed memory allocation of matrix z member.  matrix::dim\n";
   throw static_cast<const char*>(buffer);
@@ -61,10 +53,18 @@ void SaveTo(const std::string& path, const matrix& a) {
 
 }  // namespace
 
+void ThrowOutOfMemory(double elements) {
+  static char buffer[160];
+  std::snprintf(buffer, sizeof buffer,
+                "Out of memory!\n\nFailed to allocate %.2f MB memory for matrix x member.\n\nmatrix::dim",
+                elements * 4e-6);
+  throw static_cast<const char*>(buffer);
+}
+
 int32_t ElementCount(int32_t rows, int32_t columns) {
   const int64_t count = int64_t{rows} * columns;
   if (rows < 0 || columns < 0 || count > std::numeric_limits<int32_t>::max())
-    ThrowElementsMissing(static_cast<double>(count));
+    ThrowOutOfMemory(static_cast<double>(count));
   return static_cast<int32_t>(count);
 }
 
@@ -117,7 +117,7 @@ void matrix::dim(int32_t rows, int32_t columns) {
   if (!x) x = static_cast<float*>(AllocateAligned(static_cast<size_t>(count) * sizeof(float)));
   if (!x) {
     freemem();
-    ThrowElementsMissing(count);
+    ThrowOutOfMemory(count);
   }
   m = rows;
   n = columns;

@@ -65,6 +65,9 @@ class matrix {
   void savenumbered(const std::string& base, int32_t k) const;
 };
 
+// The out-of-memory message of so many elements.
+[[noreturn]] void ThrowOutOfMemory(double elements);
+
 // rows x columns as a 32-bit count. Throws the out-of-memory message when a size is negative or the count overflows.
 int32_t ElementCount(int32_t rows, int32_t columns);
 

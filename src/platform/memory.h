@@ -15,7 +15,8 @@ inline constexpr size_t kAlignment = 64;
 void* AllocateAligned(size_t bytes);
 void FreeAligned(void* memory);
 
-// Bytes that a new allocation can still fill without swapping.
+// Bytes that new allocations can still fill without swapping: what the machine, the limits of the groups that the
+// process belongs to, and the limit on its own address space leave, whichever is least.
 size_t AvailableMemory();
 
 struct AlignedDelete {

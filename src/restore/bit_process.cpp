@@ -8,6 +8,7 @@
 #include "platform/team.h"
 #include "raster/bands.h"
 #include "raster/edges.h"
+#include "restore/memory_need.h"
 #include "restore/restore_image.h"
 
 namespace norv {
@@ -158,12 +159,22 @@ void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& s
 }
 
 void ProcessBitImage(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t threads) {
-  const BandPlan plan = PlanBands(image.height, std::max(threads, 1));
+  ProcessBitImageInBands(image, parameters, bandFormat, threads, threads);
+}
+
+void ProcessBitImageInBands(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t bands,
+                            int32_t threads) {
+  const BandPlan plan = PlanBands(image.height, std::max(bands, 1));
+  const int32_t team = std::clamp(threads, 1, plan.threads);
   CheckRestoration(parameters, image.width, image.height, bandFormat);
-  if (image.count > 0) CheckRestoration(parameters, image.width, plan.height + 2 * kBandMargin, bandFormat);
+  if (image.count > 0) {
+    CheckRestoration(parameters, image.width, plan.height + 2 * kBandMargin, bandFormat);
+    DemandMemory(int64_t{image.size} * parameters.factor * parameters.factor +
+                 BandsMemory(parameters, image.width, plan.height, bandFormat, team));
+  }
   BitImage enlarged(image.width * parameters.factor, image.height * parameters.factor);
   Progress progress("Restoring", plan.threads * RestorationWork(parameters, bandFormat));
-  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+  ParallelFor(team, plan.threads, [&](int64_t i) {
     const int64_t row = i * plan.height;
     if (image.count > 0 && row < image.height)
       ProcessBand(image, enlarged, static_cast<int32_t>(row), plan.height, parameters, bandFormat, progress);

@@ -28,4 +28,8 @@ void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& s
 // sizes.
 void ProcessBitImage(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t threads);
 
+// The same with any number of bands, at most `threads` of them in work at a time.
+void ProcessBitImageInBands(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t bands,
+                            int32_t threads);
+
 }  // namespace norv

@@ -12,12 +12,12 @@
 #include "raster/filters.h"
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
+#include "restore/memory_need.h"
 #include "restore/restore_plane.h"
 
 namespace norv {
 namespace {
 
-constexpr int32_t kMarkingType = 3;
 constexpr int32_t kDecorrelated = 5;
 constexpr int32_t kAgainDisplay = 4;
 
@@ -31,12 +31,6 @@ int32_t WorkingFormat(int32_t representation) {
 // first plane it is only that one.
 int32_t RestoredPlanes(const RestoreParameters& parameters, int32_t planes) {
   return (parameters.representation & ~kAgainDisplay) == 0 ? planes : 1;
-}
-
-int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) {
-  const ColourModel* model = FindModel(format);
-  const bool converted = WorkingFormat(parameters.representation) != 0 || ModelOf(format) == kWithFourth;
-  return converted || !model ? 3 : model->planes;
 }
 
 // ------------------------------------------------------------------------------------------- decorrelation
@@ -149,6 +143,12 @@ void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row,
 
 }  // namespace
 
+int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) {
+  const ColourModel* model = FindModel(format);
+  const bool converted = WorkingFormat(parameters.representation) != 0 || ModelOf(format) == kWithFourth;
+  return converted || !model ? 3 : model->planes;
+}
+
 void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
   if (parameters.factor < 1) throw "the enlargement factor must be 1 or more";
   if (!FilterOfKernelCode(parameters.kernel)) throw "there is no kernel with this code";
@@ -160,7 +160,9 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
 
 void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
   CheckRestoration(parameters, image.width, image.height, image.format);
-  if (image.count > 0) RestoreCounted(image, parameters, progress);
+  if (image.count == 0) return;
+  DemandMemory(RestorationMemory(parameters, image.width, image.height, image.format));
+  RestoreCounted(image, parameters, progress);
 }
 
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {
@@ -171,12 +173,17 @@ void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters
 void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
   CheckRestoration(parameters, image.width, image.height, image.format);
   if (image.count == 0) return;
-  const FloatImage source = image;
-  const BandPlan plan = PlanBands(source.height, std::max(bands, 1));
-  CheckRestoration(parameters, source.width, plan.height + 2 * kBandMargin, source.format);
+  const BandPlan plan = PlanBands(image.height, std::max(bands, 1));
+  CheckRestoration(parameters, image.width, plan.height + 2 * kBandMargin, image.format);
+  const int32_t team = std::clamp(threads, 1, plan.threads), f = parameters.factor;
+  DemandMemory(4 * int64_t{image.planes} * image.count * f * f +
+               BandsMemory(parameters, image.width, plan.height, image.format, team));
+  FloatImage source = std::move(image);
   Progress progress("Restoring", plan.threads * RestorationWork(parameters, source.format));
-  image.Redim(source.width * parameters.factor, source.height * parameters.factor, source.format);
-  ParallelFor(std::clamp(threads, 1, plan.threads), plan.threads, [&](int64_t i) {
+  image = FloatImage();
+  image.Redim(source.width * f, source.height * f, source.format);
+  if (f == 1) image.mask = std::move(source.mask);
+  ParallelFor(team, plan.threads, [&](int64_t i) {
     const int64_t row = i * plan.height;
     if (row < source.height) RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress);
   });

@@ -12,19 +12,27 @@ namespace norv {
 // Source rows that a band shares with each of its neighbours.
 inline constexpr int32_t kBandMargin = 20;
 
+// The regulariser type that marks edges.
+inline constexpr int32_t kMarkingType = 3;
+
+// Planes that an image of this format has while it is restored, a fourth one that is kept aside not among them.
+int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format);
+
 // Throws a message (const char*) when the factor is below 1, the kernel code has no filter, the format has no colour
 // model or the enlarged image would have more than 2^31 - 1 pixels.
 void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format);
 
-// Enlarges and restores the image in place. Throws as CheckRestoration, before anything is changed. An empty image
-// stays as it is. progress: null, or advanced by RestorationWork().
+// Enlarges and restores the image in place. Throws as CheckRestoration, and matrix's out-of-memory message when the
+// machine lacks what it will need, before anything is changed. An empty image stays as it is. progress: null, or
+// advanced by RestorationWork().
 void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr);
 
 // The same in horizontal bands with margins, one a thread; says the thread count first. 0 threads and fewer work as 1,
 // which is one band. The image's mask is left alone.
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
 
-// The same in silence, with any number of bands on `threads` threads.
+// The same in silence, with any number of bands on `threads` threads: beside the image and the result, at most so many
+// bands are in memory as there are threads.
 void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
 // Units of progress that the restoration of one image or band takes.

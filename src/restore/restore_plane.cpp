@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "restore/differences.h"
@@ -9,6 +10,7 @@
 #include "restore/least_squares.h"
 #include "restore/recipes.h"
 #include "restore/reference_plane.h"
+#include "restore/restore_image.h"
 
 namespace norv {
 namespace {
@@ -22,10 +24,9 @@ class PlaneRestorer {
         parameters_(parameters),
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
-        mask_(parameters.type == kMaskedType ? DilateMask(mask) : mask),
+        mask_(parameters.type == kMarkingType ? DilateMask(mask) : mask),
         pixels_(mask_, working.n),
-        pair_(filter, parameters.factor, observed.m, observed.n),
-        scratch_(pair_) {}
+        pair_(filter, parameters.factor, observed.m, observed.n) {}
 
   void Run() {
     Iterate(recipe_.first, true);
@@ -38,11 +39,10 @@ class PlaneRestorer {
   }
 
  private:
-  static constexpr int32_t kMaskedType = 3;
-
   void Iterate(const Stage& stage, bool followField) {
     const int64_t iterations = int64_t{parameters_.iterations} * stage.iterationFactor;
     if (stage.terms.empty() || iterations <= 0) return;
+    if (!scratch_) scratch_.emplace(pair_);
     if (terms_.empty()) MakeTerms(stage);
     for (int64_t i = 0; i < iterations; ++i) {
       if (needsField_ && followField)
@@ -56,7 +56,7 @@ class PlaneRestorer {
   bool Update(int32_t steps) {
     std::vector<DifferenceTerm*> terms;
     for (const auto& term : terms_) terms.push_back(term.get());
-    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, scratch_);
+    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, *scratch_);
   }
 
   void MakeTerms(const Stage& stage) {
@@ -90,7 +90,7 @@ class PlaneRestorer {
   BitMask mask_;  // the dilated one for the masked type, else the image's
   PixelList pixels_;
   KernelPair pair_;
-  SolverScratch scratch_;
+  std::optional<SolverScratch> scratch_;
   OrientationField field_;
   std::vector<std::unique_ptr<DifferenceTerm>> terms_;
   bool needsField_ = false;

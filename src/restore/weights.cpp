@@ -1,5 +1,7 @@
 #include "restore/weights.h"
 
+#include <bit>
+
 #include "raster/edges.h"
 #include "simd/restore_kernels.h"
 
@@ -73,6 +75,9 @@ void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& w
 // ------------------------------------------------------------------------------------------------ listed pixels
 
 PixelList::PixelList(const BitMask& mask, int32_t rows) : begin(static_cast<size_t>(rows) + 1, 0) {
+  size_t count = 0;
+  for (const uint32_t word : mask.words) count += static_cast<size_t>(std::popcount(word));
+  column.reserve(count);
   for (int32_t r = 0; r < rows; ++r) {
     for (int32_t c = 0; c < mask.width && r < mask.height; ++c)
       if (mask.Get(r, c)) column.push_back(c);

@@ -11,6 +11,7 @@
 #include "kit/restore_presets.h"
 #include "numeric/bit_image.h"
 #include "platform/team.h"
+#include "restore/restore_image.h"
 #include "support/noisy_pictures.h"
 #include "support/process.h"
 #include "support/scratch.h"
@@ -103,6 +104,16 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads)})));
   CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads), "--threads", "2"})));
   CHECK((norv(1, 1) != kit({"--threads", "1"})));
+  // More bands than the tool has threads: as it would be with that many.
+  FloatImage image;
+  REQUIRE_FALSE(image.Load(folder / "input.fdib", Folder::asGiven));
+  RestoreImageInBands(image, parameters, 6, 6);
+  REQUIRE_FALSE(image.Save(folder / "output.fdib", Folder::asGiven));
+  CHECK((test::ReadBytes(folder / "output.fdib") == kit({"--bands", "6"})));
+  const test::Outcome tooMany =
+      Kit({"restore", folder / "a.png", folder / "kit.fdib", "--preset", "compressed", "--bands", "7"});
+  CHECK(tooMany.errors.find("6 bands at most") != std::string::npos);
+  CHECK((norv(1, 1) == test::ReadBytes(folder / "kit.fdib")));
   norv(4, threads);
   CHECK((kit({"--threads", std::to_string(threads), "--bits-road"}) == "same"));
 }

@@ -1,0 +1,128 @@
+#include "restore/memory_need.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "colour/models.h"
+#include "numeric/matrix2.h"
+#include "platform/memory.h"
+#include "raster/filters.h"
+#include "restore/recipes.h"
+#include "restore/restore_image.h"
+
+namespace norv {
+namespace {
+
+constexpr double kSlack = 1.05;      // for the gaps that allocations leave
+constexpr double kStacks = 1 << 20;  // and whatever else a thread touches for the first time
+
+// Planes of the enlarged size that the terms of a stage keep: weights and residuals, and the field that they ask for.
+struct StagePlanes {
+  int64_t count = 0;
+  bool field = false;
+};
+
+StagePlanes PlanesOf(const Stage& stage, const RestoreParameters& parameters) {
+  StagePlanes planes;
+  for (const TermKind kind : stage.terms) {
+    const bool ifAsked = kind == TermKind::crossIfAsked || kind == TermKind::scaledIfAsked;
+    if (ifAsked && !(parameters.lambdaCross > 0)) continue;
+    switch (kind) {
+      case TermKind::isotropic:
+      case TermKind::reference:
+        planes.count += 3;
+        continue;
+      case TermKind::axis:
+        planes.count += 4;
+        continue;
+      case TermKind::cross:
+      case TermKind::crossIfAsked:
+        planes.count += 2;
+        break;
+      case TermKind::scaledIfAsked:
+        planes.count += 1;
+        break;
+      case TermKind::crossAndDot:
+        planes.count += 4;
+        break;
+      case TermKind::masked:
+        planes.count += 3;  // the list of pixels is one, if every pixel is an edge
+        break;
+    }
+    planes.field = true;
+  }
+  return planes;
+}
+
+class Reckoning {
+ public:
+  Reckoning(const RestoreParameters& parameters, int32_t width, int32_t height)
+      : parameters_(parameters),
+        f_(parameters.factor),
+        h_(height),
+        small_(static_cast<double>(width) * height),
+        large_(small_ * f_ * f_),
+        row_(static_cast<double>(width) * f_),
+        column_(static_cast<double>(height) * f_) {}
+
+  // planes: enlarged ones; added: by the conversion at the end.
+  double Bytes(int32_t planes, int32_t added) const {
+    const Recipe& recipe = RecipeOf(parameters_.type);
+    const double stages =
+        parameters_.iterations > 0 ? std::max(StageFloats(recipe.first), StageFloats(recipe.tail)) : 0;
+    const double converting = std::max(added, 0) * large_;
+    const double floats = planes * large_ + std::max(stages, converting) + KernelFloats();
+    const double masks = parameters_.type == kMarkingType ? 3 * large_ / 8 : 0;
+    // Lines of all kinds, the resampling tables (15 numbers a line) and every plane's pointers to its rows.
+    const double lines = 64 * (row_ + column_);
+    return kSlack * (4 * (floats + lines) + masks) + kStacks;
+  }
+
+ private:
+  double StageFloats(const Stage& stage) const {
+    if (stage.terms.empty()) return 0;
+    const StagePlanes planes = PlanesOf(stage, parameters_);
+    // Direction and gradient, residual and reduced direction are the solver's.
+    return 2 * (large_ + small_) + static_cast<double>(planes.count) * large_ +
+           (planes.field ? 2 * large_ + SmoothingFloats() : 0);
+  }
+
+  // Rows of the tensor's three planes that smoothing along columns keeps.
+  double SmoothingFloats() const {
+    const double scale = static_cast<double>(f_) * static_cast<double>(parameters_.orientationScale);
+    const double reach = scale > 0 ? std::ceil(3 * std::min(scale, 100 * std::max(row_, column_))) : 0;
+    return 3 * row_ * std::min(column_, 2 * reach + 1) + 6 * std::min(reach, row_);
+  }
+
+  // Small rows spread along themselves, and the shares of small rows in large ones.
+  double KernelFloats() const {
+    matrix taps;
+    BuildTaps(taps, parameters_.factor, *FilterOfKernelCode(parameters_.kernel));
+    const double length = taps.mn, rows = std::min<double>(h_, 2 * length / f_ + 2);
+    return rows * (row_ + length) + 2 * h_ * length + 2 * length;
+  }
+
+  const RestoreParameters& parameters_;
+  double f_, h_, small_, large_, row_, column_;
+};
+
+}  // namespace
+
+int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
+  const int32_t working = PlanesWhileWorking(parameters, format), aside = ModelOf(format) == kWithFourth;
+  return static_cast<int64_t>(
+      Reckoning(parameters, width, height).Bytes(working + aside, FindModel(format)->planes - working));
+}
+
+int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,
+                    int32_t threads) {
+  const int32_t rows = height + 2 * kBandMargin;
+  return threads *
+         (int64_t{4} * FindModel(format)->planes * width * rows + RestorationMemory(parameters, width, rows, format));
+}
+
+void DemandMemory(int64_t bytes) {
+  if (bytes > 0 && static_cast<uint64_t>(bytes) > AvailableMemory()) ThrowOutOfMemory(static_cast<double>(bytes) / 4);
+}
+
+}  // namespace norv

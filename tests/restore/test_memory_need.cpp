@@ -1,0 +1,144 @@
+// What is reckoned before a restoration against what it then takes.
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+#include <cstdio>
+#include <doctest/doctest.h>
+#include <fstream>
+#include <functional>
+#include <malloc.h>
+#include <string>
+#include <sys/resource.h>
+
+#include "driver/arguments.h"
+#include "numeric/bit_image.h"
+#include "platform/memory.h"
+#include "raster/bands.h"
+#include "restore/bit_process.h"
+#include "restore/memory_need.h"
+#include "restore/restore_image.h"
+#include "support/process.h"
+
+using namespace norv;
+
+namespace {
+
+int64_t StatusBytes(const std::string& key) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;)
+    if (word == key && status >> word) return std::stoll(word) * 1024;
+  return 0;
+}
+
+// The largest resident memory beyond what was there before.
+int64_t PeakOf(const std::function<void()>& work) {
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << 5;  // the peak begins anew
+  const int64_t before = StatusBytes("VmRSS:");
+  work();
+  return StatusBytes("VmHWM:") - before;
+}
+
+RestoreParameters Quick(int32_t type) {
+  RestoreParameters parameters = DefaultRestoreParameters();
+  parameters.factor = 2;
+  parameters.steps = 2;
+  parameters.iterations = 1;
+  parameters.type = type;
+  parameters.edgeThreshold = 0;  // every pixel is an edge: the most that the masked type can need
+  return parameters;
+}
+
+FloatImage Noise(int32_t w, int32_t h, int32_t format) {
+  FloatImage image(w, h, format);
+  uint32_t state = 1;
+  for (int32_t p = 0; p < image.planes; ++p)
+    for (int32_t i = 0; i < image.count; ++i)
+      image.plane[p].x[i] = static_cast<float>((state = state * 1664525 + 1013904223) >> 24);
+  return image;
+}
+
+void CheckClose(int64_t reckoned, int64_t measured) {
+  CAPTURE(reckoned);
+  CAPTURE(measured);
+  CHECK(reckoned >= measured);
+  CHECK(static_cast<double>(reckoned) <= 1.3 * static_cast<double>(measured));
+}
+
+void CheckWhole(const RestoreParameters& parameters, int32_t w, int32_t h, int32_t format) {
+  FloatImage image = Noise(w, h, format);
+  CheckClose(RestorationMemory(parameters, w, h, format), PeakOf([&] { RestoreImage(image, parameters); }));
+}
+
+}  // namespace
+
+// Whatever ran before leaves gaps in the heap that count, so these two run in a process of their own.
+TEST_CASE("reckoned and measured: what a restoration needs, for every type" * doctest::skip()) {
+  for (int32_t type = -1; type <= 7; ++type)
+    for (const int32_t format : {kDefaultFormat, 0x2000, 0x80}) {
+      if (format != kDefaultFormat && type != 0 && type != 7) continue;
+      CAPTURE(type);
+      CAPTURE(format);
+      RestoreParameters parameters = Quick(type);
+      if (format == 0x80) parameters.representation = 0;
+      CheckWhole(parameters, 640, 471, format);  // planes that the C library does not keep
+    }
+  // Smoothing that keeps much of the tensor, and filters with long taps.
+  RestoreParameters parameters = Quick(1);
+  parameters.orientationScale = 12;
+  parameters.kernel = 15;
+  parameters.factor = 3;
+  CheckWhole(parameters, 400, 340, kDefaultFormat);
+}
+
+TEST_CASE("reckoned and measured: bands take the memory of as many as there are threads" * doctest::skip()) {
+  constexpr int32_t kWidth = 3000, kHeight = 350, kBands = 7;
+  const RestoreParameters parameters = Quick(5);
+  const BandPlan plan = PlanBands(kHeight, kBands);
+  REQUIRE(plan.threads == kBands);
+  const int64_t result = int64_t{3} * 4 * kWidth * kHeight * 4;
+  for (const int32_t threads : {1, 2}) {
+    CAPTURE(threads);
+    const int64_t reckoned = result + BandsMemory(parameters, kWidth, plan.height, kDefaultFormat, threads);
+    FloatImage image = Noise(kWidth, kHeight, kDefaultFormat);
+    CheckClose(reckoned, PeakOf([&] { RestoreImageInBands(image, parameters, kBands, threads); }));
+    CHECK((threads > 1 || reckoned < RestorationMemory(parameters, kWidth, kHeight, kDefaultFormat)));
+  }
+}
+
+TEST_CASE("what a restoration will need of memory is reckoned") {
+  for (const std::string what : {"what a restoration needs*", "bands take*"}) {
+    const test::Outcome outcome =
+        test::Run({.arguments = {"--no-skip", "-tc=reckoned and measured: " + what}, .executable = "/proc/self/exe"});
+    CAPTURE(outcome.output);
+    CHECK(outcome.exitCode == 0);
+    CHECK(outcome.output.find("1 passed") != std::string::npos);
+  }
+}
+
+TEST_CASE("what the machine lacks is refused before anything is changed") {
+  RestoreParameters parameters = Quick(5);
+  parameters.factor = 150;
+  FloatImage image = Noise(300, 300, kDefaultFormat);
+  const rlimit limit{size_t{4} << 30, RLIM_INFINITY};
+  rlimit before;
+  REQUIRE(getrlimit(RLIMIT_AS, &before) == 0);
+  REQUIRE(setrlimit(RLIMIT_AS, &limit) == 0);
+  BitImage bits(300, 300);
+  for (const int road : {0, 1, 2}) {
+    std::string message;
+    try {
+      if (road == 0) RestoreImage(image, parameters);
+      if (road == 1) RestoreImageInBands(image, parameters, 2, 2);
+      if (road == 2) ProcessBitImage(bits, parameters, kDefaultFormat, 2);
+    } catch (const char* text) {
+      message = text;
+    }
+    CHECK(message.starts_with("Out of memory!\n\nFailed to allocate "));
+    CHECK(message.ends_with(" MB memory for matrix x member.\n\nmatrix::dim"));
+  }
+  setrlimit(RLIMIT_AS, &before);
+  CHECK(image.width == 300);
+  CHECK(bits.width == 300);
+}
+
+#endif
