@@ -86,6 +86,27 @@ class Solver {
   const RestoreKernels& kernels_;
 };
 
+// Steps of a solver: those that it does not need are counted when it ends.
+class StepCount {
+ public:
+  StepCount(Progress* progress, int32_t steps) : progress_(progress), left_(steps) {}
+  ~StepCount() { Advance(left_); }
+  StepCount(const StepCount&) = delete;
+  StepCount& operator=(const StepCount&) = delete;
+  void Take() {
+    Advance(1);
+    --left_;
+  }
+
+ private:
+  void Advance(int32_t steps) const {
+    if (progress_) progress_->Advance(steps);
+  }
+
+  Progress* progress_;
+  int32_t left_;
+};
+
 }  // namespace
 
 SolverScratch::SolverScratch(const KernelPair& pair)
@@ -95,8 +116,9 @@ SolverScratch::SolverScratch(const KernelPair& pair)
       reducedDirection(residual.m, residual.n) {}
 
 bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms,
-                        int32_t steps, SolverScratch& scratch) {
+                        int32_t steps, SolverScratch& scratch, Progress* progress) {
   if (steps <= 0) return true;
+  StepCount count(progress, steps);
   Solver solver(y, pair, terms, scratch);
   matrix& p = scratch.direction;
   float rho = solver.Start(x), beta = 0;
@@ -114,6 +136,7 @@ bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<
     if (rho <= 0) break;
     beta = next / rho;
     rho = next;
+    count.Take();
   }
   return true;
 }

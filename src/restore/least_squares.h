@@ -5,6 +5,7 @@
 #include <span>
 
 #include "numeric/matrix2.h"
+#include "platform/progress.h"
 #include "restore/differences.h"
 #include "restore/kernel_pair.h"
 
@@ -22,7 +23,8 @@ struct SolverScratch {
 // of |R x - y|^2 + the sum of |D x|^2 over the terms, whose weights stand. Residuals are carried along, never formed
 // anew from x; two sweeps over the rows a step. Sums of squares in double precision in an order that depends on nothing
 // but the sizes, then rounded. Allocates nothing. False when x has become NaN, which no further step would change.
+// progress: null, or advanced by `steps`, as they are taken.
 bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms,
-                        int32_t steps, SolverScratch& scratch);
+                        int32_t steps, SolverScratch& scratch, Progress* progress = nullptr);
 
 }  // namespace norv

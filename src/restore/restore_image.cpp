@@ -191,7 +191,7 @@ void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters,
 
 int64_t RestorationWork(const RestoreParameters& parameters, int32_t format) {
   const int32_t planes = RestoredPlanes(parameters, PlanesWhileWorking(parameters, format));
-  return OuterIterations(parameters) * (planes + (ModelOf(format) == kWithFourth));
+  return PlaneWork(parameters) * (planes + (ModelOf(format) == kWithFourth));
 }
 
 }  // namespace norv

@@ -56,7 +56,7 @@ class PlaneRestorer {
   bool Update(int32_t steps) {
     std::vector<DifferenceTerm*> terms;
     for (const auto& term : terms_) terms.push_back(term.get());
-    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, *scratch_);
+    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, *scratch_, progress_);
   }
 
   void MakeTerms(const Stage& stage) {
@@ -103,11 +103,15 @@ void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, 
   if (working.mn > 0) PlaneRestorer(working, mask, observed, filter, parameters, progress).Run();
 }
 
-int64_t OuterIterations(const RestoreParameters& parameters) {
+int64_t PlaneWork(const RestoreParameters& parameters) {
   const Recipe& recipe = RecipeOf(parameters.type);
-  const int64_t iterations = std::max(parameters.iterations, 0);
-  const int64_t passes = recipe.first.terms.empty() ? 0 : recipe.secondPass && parameters.emphasis > 0 ? 2 : 1;
-  return iterations * (passes + (recipe.tail.terms.empty() ? 0 : recipe.tail.iterationFactor));
+  // In double precision, for both numbers may be as large as they like.
+  const auto work = [&](const Stage& stage) {
+    const double iterations = static_cast<double>(std::max(parameters.iterations, 0)) * stage.iterationFactor;
+    return stage.terms.empty() ? 0.0 : iterations * (1.0 + std::max(parameters.steps / stage.stepDivisor, 0));
+  };
+  const int passes = recipe.secondPass && parameters.emphasis > 0 ? 2 : 1;
+  return static_cast<int64_t>(std::min(passes * work(recipe.first) + work(recipe.tail), 1e12));
 }
 
 void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount) {

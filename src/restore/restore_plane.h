@@ -13,12 +13,12 @@ namespace norv {
 
 // Makes the working plane (f*w x f*h, an enlargement of the observed one, w x h) sharper while it stays consistent
 // with the observed plane under the filter's reduction. mask: the image's grown edge mask, empty when nothing was
-// marked. progress: may be null; advanced by OuterIterations().
+// marked. progress: may be null; advanced by PlaneWork() unless the plane becomes NaN.
 void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
                   const RestoreParameters& parameters, Progress* progress);
 
-// Outer iterations that the parameters ask for on one plane.
-int64_t OuterIterations(const RestoreParameters& parameters);
+// Units of progress that one plane takes: the inner steps and one more for every outer iteration.
+int64_t PlaneWork(const RestoreParameters& parameters);
 
 // Every pixel of a small pixel's f x f block moves away from it: x += (x - y) * amount. With a mask of the working
 // plane's size, only the pixels set in it.
