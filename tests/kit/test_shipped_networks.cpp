@@ -1,0 +1,46 @@
+// The networks of models/ are whole and worth having: nobody replaces one by a worse one unnoticed.
+#if defined(NORVKIT_EXECUTABLE)
+
+#include <doctest/doctest.h>
+#include <string>
+
+#include "kit/quality.h"
+#include "kit/scale.h"
+#include "kit/test_card.h"
+#include "kit/training_pictures.h"
+#include "net/net_file.h"
+#include "support/scratch.h"
+
+using namespace norv;
+
+namespace {
+
+struct Shipped {
+  const char* name;
+  int32_t inputs, factor;
+  double gain;  // at least, in decibels
+};
+
+// On the drawn card, shrunk and rounded as the held-out picture of a training is.
+double GainOverLanczos(const NeuralNet& net, int32_t factor) {
+  test::ScratchFolder folder;
+  for (const char* name : {"card.png", "other.png"}) WritePicture(folder / name, DrawTestCard(384, 256), {});
+  const TrainingPictures pictures({.folder = folder.Path(), .valid = "card.png", .factor = factor});
+  return ValidationPsnr(net, pictures.Validation(), 1) - pictures.Validation()[0].lanczos;
+}
+
+}  // namespace
+
+TEST_CASE("shipped networks fit their names and beat Lanczos") {
+  for (const Shipped& shipped : {Shipped{"x2-8.net", 8, 2, 1.9}, Shipped{"x2-24.net", 24, 2, 2.5},
+                                 Shipped{"x2-48.net", 48, 2, 2.8}, Shipped{"x4-48.net", 48, 4, 0.3}}) {
+    CAPTURE(std::string(shipped.name));
+    NeuralNet net;
+    LoadNet(net, std::string(NORV_SOURCE_DIR "/models/") + shipped.name, Folder::asGiven);
+    CHECK(net.N0 == shipped.inputs);
+    CHECK(net.LastNi() == shipped.factor * shipped.factor);
+    CHECK(GainOverLanczos(net, shipped.factor) > shipped.gain);
+  }
+}
+
+#endif
