@@ -1,5 +1,7 @@
 #include "kit/kit.h"
 
+#include <algorithm>
+
 #include "kit/command.h"
 #include "kit/failure.h"
 #include "platform/console.h"
@@ -88,6 +90,11 @@ int RunKit(const std::vector<std::string>& arguments) {
   const auto named = [&](const CLI::App* command) { return command->get_name() == arguments[1]; };
   if (arguments.size() > 1 && !arguments[1].starts_with('-') && kit.get_subcommands(named).empty()) {
     Complain("there is no command %s; norvkit --help lists them", arguments[1].c_str());
+    return 2;
+  }
+  // The parser would take an empty value for none and skip its checks.
+  if (std::find(arguments.begin() + 1, arguments.end(), "") != arguments.end()) {
+    Complain("an empty word on the command line means nothing");
     return 2;
   }
   return Run(kit, arguments);

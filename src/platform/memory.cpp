@@ -117,7 +117,7 @@ namespace {
 // and a run would take more than was reckoned for it.
 void ReturnLargeBlocks() {
 #ifdef M_MMAP_THRESHOLD
-  static const bool told = mallopt(M_MMAP_THRESHOLD, 4 << 20) != 0 && mallopt(M_TRIM_THRESHOLD, 8 << 20) != 0;
+  static const bool told = mallopt(M_MMAP_THRESHOLD, 4 << 20) != 0 && mallopt(M_TRIM_THRESHOLD, 1 << 20) != 0;
   static_cast<void>(told);
 #endif
 }

@@ -14,7 +14,7 @@ namespace norv {
 namespace {
 
 constexpr double kSlack = 1.05;      // for the gaps that allocations leave
-constexpr double kStacks = 1 << 20;  // and whatever else a thread touches for the first time
+constexpr double kStacks = 2 << 20;  // and whatever else a thread touches for the first time
 
 // Planes of the enlarged size that the terms of a stage keep: weights and residuals, and the field that they ask for.
 struct StagePlanes {
