@@ -45,8 +45,8 @@ inline void EightToBytes(Eight first, Eight second, Eight third, uint8_t* out) {
       whole[k] = __builtin_convertvector(part, FourInts);
     }
     const FourInts packed = whole[0] | whole[1] << 8 | whole[2] << 16;
-    const SixteenBytes bytes = __builtin_shuffle(reinterpret_cast<SixteenBytes>(packed),
-                                                 SixteenBytes{0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15});
+    const SixteenBytes all = reinterpret_cast<SixteenBytes>(packed);
+    const SixteenBytes bytes = __builtin_shufflevector(all, all, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15);
     std::memcpy(out + 12 * half, &bytes, 12);
   }
 }

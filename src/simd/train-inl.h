@@ -14,7 +14,6 @@ namespace norv::NORV_LEVEL {
 
 using Float4 = float __attribute__((vector_size(16), may_alias));
 using Float8 = float __attribute__((vector_size(32), may_alias));
-using Int8 = int32_t __attribute__((vector_size(32), may_alias));
 #ifdef __AVX512F__
 inline constexpr int32_t kWide = 16;
 #else
@@ -101,15 +100,15 @@ inline auto Join(Half low, Half high) {
 
 // Four vectors of eight lane sums become the four sums: lanes 1 to 7 added to lane 0 in order.
 inline __attribute__((always_inline)) Float4 AddLanes(Float8 a, Float8 b, Float8 c, Float8 d) {
-  const Float8 ab02 = __builtin_shuffle(a, b, Int8{0, 8, 1, 9, 4, 12, 5, 13});
-  const Float8 cd02 = __builtin_shuffle(c, d, Int8{0, 8, 1, 9, 4, 12, 5, 13});
-  const Float8 ab13 = __builtin_shuffle(a, b, Int8{2, 10, 3, 11, 6, 14, 7, 15});
-  const Float8 cd13 = __builtin_shuffle(c, d, Int8{2, 10, 3, 11, 6, 14, 7, 15});
+  const Float8 ab02 = __builtin_shufflevector(a, b, 0, 8, 1, 9, 4, 12, 5, 13);
+  const Float8 cd02 = __builtin_shufflevector(c, d, 0, 8, 1, 9, 4, 12, 5, 13);
+  const Float8 ab13 = __builtin_shufflevector(a, b, 2, 10, 3, 11, 6, 14, 7, 15);
+  const Float8 cd13 = __builtin_shufflevector(c, d, 2, 10, 3, 11, 6, 14, 7, 15);
   // Lane k of the four units in the lower half, lane k + 4 in the upper one.
-  const Float8 lane[4] = {__builtin_shuffle(ab02, cd02, Int8{0, 1, 8, 9, 4, 5, 12, 13}),
-                          __builtin_shuffle(ab02, cd02, Int8{2, 3, 10, 11, 6, 7, 14, 15}),
-                          __builtin_shuffle(ab13, cd13, Int8{0, 1, 8, 9, 4, 5, 12, 13}),
-                          __builtin_shuffle(ab13, cd13, Int8{2, 3, 10, 11, 6, 7, 14, 15})};
+  const Float8 lane[4] = {__builtin_shufflevector(ab02, cd02, 0, 1, 8, 9, 4, 5, 12, 13),
+                          __builtin_shufflevector(ab02, cd02, 2, 3, 10, 11, 6, 7, 14, 15),
+                          __builtin_shufflevector(ab13, cd13, 0, 1, 8, 9, 4, 5, 12, 13),
+                          __builtin_shufflevector(ab13, cd13, 2, 3, 10, 11, 6, 7, 14, 15)};
   Float4 total = __builtin_shufflevector(lane[0], lane[0], 0, 1, 2, 3);
   for (int k = 1; k < 4; ++k) total += __builtin_shufflevector(lane[k], lane[k], 0, 1, 2, 3);
   for (int k = 0; k < 4; ++k) total += __builtin_shufflevector(lane[k], lane[k], 4, 5, 6, 7);
