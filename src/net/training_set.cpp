@@ -46,7 +46,7 @@ void Map(TrainingSet& set, const std::string& path, const TrainingHeader& header
 // Reads the records piece by piece; each goes to its place in the block.
 void ReadScattered(TrainingSet& set, FileIn& file, const int32_t* order) {
   const int64_t recordFloats = set.RecordFloats();
-  if (recordFloats == 0) return;
+  if (set.N == 0 || recordFloats == 0) return;
   const int64_t pieceRecords = std::max<int64_t>(1, (int64_t{1} << 18) / recordFloats);
   const auto piece = MakeAligned<float>(static_cast<size_t>(pieceRecords * recordFloats));
   for (int64_t first = 0; first < set.N; first += pieceRecords) {

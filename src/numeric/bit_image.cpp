@@ -53,7 +53,7 @@ void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
   if (bytes > 0) {
     try {
       pixels = MakeAligned<uint8_t>(static_cast<size_t>(bytes));
-      rows = std::make_unique<uint8_t*[]>(static_cast<size_t>(newHeight));
+      rows = MakeAligned<uint8_t*>(static_cast<size_t>(newHeight));
     } catch (const std::bad_alloc&) {
       pixels.reset();
       ThrowOutOfMemory(static_cast<double>(bytes));

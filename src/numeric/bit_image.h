@@ -19,9 +19,9 @@ class BitImage {
  public:
   int32_t width = 0;
   int32_t height = 0;
-  int32_t count = 0;                 // width * height
-  std::unique_ptr<uint8_t*[]> rows;  // one pointer a row
-  int32_t size = 0;                  // bytes in the store
+  int32_t count = 0;            // width * height
+  AlignedArray<uint8_t*> rows;  // one pointer a row
+  int32_t size = 0;             // bytes in the store
   AlignedArray<uint8_t> pixels;
 
   BitImage() = default;

@@ -11,7 +11,7 @@ struct BitMask {
   int32_t height = 0;
   std::vector<uint32_t> words;  // ceil(width * height / 32), unused bits of the last one included
 
-  // All bits clear.
+  // All bits clear. Throws std::bad_alloc.
   void Resize(int32_t newWidth, int32_t newHeight);
   void Clear();
   bool Empty() const { return words.empty(); }

@@ -112,7 +112,7 @@ void matrix::dim(int32_t rows, int32_t columns) {
   }
   if (count != mn || count == 0) freemem();
   if (count == 0) return;
-  std::free(std::exchange(z, nullptr));
+  FreeAligned(std::exchange(z, nullptr));
   std::free(std::exchange(ip, nullptr));
   if (!x) x = static_cast<float*>(AllocateAligned(static_cast<size_t>(count) * sizeof(float)));
   if (!x) {
@@ -122,7 +122,7 @@ void matrix::dim(int32_t rows, int32_t columns) {
   m = rows;
   n = columns;
   mn = count;
-  z = static_cast<float**>(std::malloc(static_cast<size_t>(n) * sizeof(float*)));
+  z = static_cast<float**>(AllocateAligned(static_cast<size_t>(n) * sizeof(float*)));
   if (!z) {
     freemem();
     ThrowColumnsMissing();
@@ -133,7 +133,7 @@ void matrix::dim(int32_t rows, int32_t columns) {
 void matrix::freemem() {
   m = n = mn = 0;
   FreeAligned(std::exchange(x, nullptr));
-  std::free(std::exchange(z, nullptr));
+  FreeAligned(std::exchange(z, nullptr));
   std::free(std::exchange(ip, nullptr));
 }
 

@@ -11,8 +11,8 @@
 namespace norv {
 namespace {
 
-// One system call moves about this much; larger arrays pass by the buffer.
-constexpr size_t kBufferSize = size_t{1} << 20;
+// One system call moves about this much; larger arrays pass by the buffer. Small files get by with a small one.
+constexpr size_t kBufferSize = size_t{1} << 20, kSmallBuffer = size_t{1} << 16;
 
 }  // namespace
 
@@ -60,8 +60,8 @@ void FileIn::Read(void* bytes, size_t size) {
       continue;
     }
     if (s.begin == s.end) {
-      s.buffer.resize(kBufferSize);
-      const int64_t got = s.ended ? 0 : s.file.Read(s.buffer.data(), kBufferSize);
+      s.buffer.resize(s.size < static_cast<int64_t>(kSmallBuffer) ? kSmallBuffer : kBufferSize);
+      const int64_t got = s.ended ? 0 : s.file.Read(s.buffer.data(), s.buffer.size());
       if (got <= 0) break;
       s.begin = 0;
       s.end = static_cast<size_t>(got);
@@ -145,7 +145,6 @@ FileOut::FileOut(const std::string& path, Durability durability) : state_(std::m
     s.file = NativeFile::CreateTemporary(s.destination, s.temporary, s.guard);
   }
   if (!s.file.IsOpen()) s.Fail();
-  s.buffer.reserve(kBufferSize);
 }
 
 FileOut::~FileOut() {
