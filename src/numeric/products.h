@@ -3,30 +3,35 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 namespace norv {
 
-// Four doubles at any address.
-using Loose4 [[gnu::vector_size(32), gnu::may_alias, gnu::aligned(8)]] = double;
+using Four [[gnu::vector_size(32)]] = double;
 
-inline Loose4& LooseAt(double* x) { return *reinterpret_cast<Loose4*>(x); }
-inline const Loose4& LooseAt(const double* x) { return *reinterpret_cast<const Loose4*>(x); }
+// Four doubles at any address.
+inline Four LoadFour(const double* x) {
+  Four four;
+  std::memcpy(&four, x, sizeof four);
+  return four;
+}
+inline void StoreFour(double* x, Four four) { std::memcpy(x, &four, sizeof four); }
 
 template <int32_t width, typename Coefficient>
 void CombineColumns(const double* const* a, int32_t inner, double* const* result, int32_t rows, int32_t j,
                     const Coefficient& coefficient) {
   int32_t i = 0;
   for (; i + 8 <= rows; i += 8) {
-    Loose4 low[width] = {}, high[width] = {};
+    Four low[width] = {}, high[width] = {};
     for (int32_t k = 0; k < inner; ++k)
       for (int32_t l = 0; l < width; ++l) {
         const double factor = coefficient(k, j + l);
-        low[l] += factor * LooseAt(a[k] + i);
-        high[l] += factor * LooseAt(a[k] + i + 4);
+        low[l] += factor * LoadFour(a[k] + i);
+        high[l] += factor * LoadFour(a[k] + i + 4);
       }
     for (int32_t l = 0; l < width; ++l) {
-      LooseAt(result[j + l] + i) = low[l];
-      LooseAt(result[j + l] + i + 4) = high[l];
+      StoreFour(result[j + l] + i, low[l]);
+      StoreFour(result[j + l] + i + 4, high[l]);
     }
   }
   for (; i < rows; ++i)
@@ -49,15 +54,15 @@ void CombineAll(const double* const* a, int32_t inner, double* const* result, in
 // sum[l] = <a, b[l]> over `rows` elements: eight partial sums, then the tail.
 template <int32_t width>
 void DotColumns(const double* a, const double* const* b, int32_t rows, double* sum) {
-  Loose4 even[width] = {}, odd[width] = {};
+  Four even[width] = {}, odd[width] = {};
   int32_t i = 0;
   for (; i + 8 <= rows; i += 8)
     for (int32_t l = 0; l < width; ++l) {
-      even[l] += LooseAt(a + i) * LooseAt(b[l] + i);
-      odd[l] += LooseAt(a + i + 4) * LooseAt(b[l] + i + 4);
+      even[l] += LoadFour(a + i) * LoadFour(b[l] + i);
+      odd[l] += LoadFour(a + i + 4) * LoadFour(b[l] + i + 4);
     }
   for (int32_t l = 0; l < width; ++l) {
-    const Loose4 both = even[l] + odd[l];
+    const Four both = even[l] + odd[l];
     sum[l] = (both[0] + both[2]) + (both[1] + both[3]);
     for (int32_t k = i; k < rows; ++k) sum[l] += a[k] * b[l][k];
   }

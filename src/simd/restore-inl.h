@@ -16,7 +16,6 @@ namespace norv::NORV_LEVEL {
 namespace {
 
 using Floats [[gnu::vector_size(32)]] = float;  // eight at every level: wider ones gave nothing
-using FloatsAnywhere [[gnu::vector_size(32), gnu::aligned(4), gnu::may_alias]] = float;
 using FourDoubles [[gnu::vector_size(32)]] = double;
 using Whole [[gnu::vector_size(32)]] = int32_t;
 constexpr int64_t kLanes = 8;
@@ -25,13 +24,15 @@ template <typename V>
 inline V Load(const float* p);
 template <>
 inline Floats Load<Floats>(const float* p) {
-  return *reinterpret_cast<const FloatsAnywhere*>(p);
+  Floats v;
+  __builtin_memcpy(&v, p, sizeof v);
+  return v;
 }
 template <>
 inline float Load<float>(const float* p) {
   return *p;
 }
-inline void Store(float* p, Floats v) { *reinterpret_cast<FloatsAnywhere*>(p) = v; }
+inline void Store(float* p, Floats v) { __builtin_memcpy(p, &v, sizeof v); }
 inline void Store(float* p, float v) { *p = v; }
 inline Floats SquareRoot(Floats v) { return _mm256_sqrt_ps(v); }
 inline float SquareRoot(float v) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(v))); }
