@@ -63,7 +63,10 @@ void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
   height = newHeight;
   count = bytes > 0 ? width * height : 0;
   size = static_cast<int32_t>(bytes);
-  for (int32_t k = 0; size > 0 && k < height; ++k) rows[k] = pixels.get() + k * BitStride(width);
+  for (int32_t k = 0; size > 0 && k < height; ++k) {
+    rows[k] = pixels.get() + k * BitStride(width);
+    std::memset(rows[k] + 3 * int64_t{width}, 0, static_cast<size_t>(BitStride(width) - 3 * int64_t{width}));
+  }
 }
 
 BitImage& BitImage::Load(const std::string& name, Folder folder) {

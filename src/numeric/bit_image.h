@@ -35,8 +35,8 @@ class BitImage {
   }
   void swap(BitImage& other) noexcept;
 
-  // Contents undefined; nothing is allocated when there is no pixel. A negative size, one of more than 2^31 - 1 bytes
-  // or one that memory cannot hold throws an out-of-memory message (const char*), leaving the image empty.
+  // Pixels undefined, padding 0; nothing is allocated when there is no pixel. A negative size, one of more than
+  // 2^31 - 1 bytes or one that memory cannot hold throws an out-of-memory message (const char*), leaving the image empty.
   void Redim(int32_t newWidth, int32_t newHeight);
 
   // .bit files: width, height, then the store with its padding. Throw "PROBLEM OPENING FILE FOR WRITING!" when the file
