@@ -36,7 +36,8 @@ class BitImage {
   void swap(BitImage& other) noexcept;
 
   // Pixels undefined, padding 0; nothing is allocated when there is no pixel. A negative size, one of more than
-  // 2^31 - 1 bytes or one that memory cannot hold throws an out-of-memory message (const char*), leaving the image empty.
+  // 2^31 - 1 bytes or one that memory cannot hold throws an out-of-memory message (const char*); the image is then
+  // empty.
   void Redim(int32_t newWidth, int32_t newHeight);
 
   // .bit files: width, height, then the store with its padding. Throw "PROBLEM OPENING FILE FOR WRITING!" when the file

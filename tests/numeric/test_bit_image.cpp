@@ -51,6 +51,15 @@ TEST_CASE("bit image rows are padded to four bytes, in memory and in the file") 
   }
 }
 
+TEST_CASE("what memory held before does not show in a bit image's padding") {
+  BitImage image(501, 300);
+  std::memset(image.pixels.get(), 255, image.size);
+  image.Redim(501, 300);  // as a rule the same memory again
+  int32_t sum = 0;
+  for (int32_t k = 0; k < 300; ++k) sum += image.rows[k][3 * 501];
+  CHECK(sum == 0);
+}
+
 TEST_CASE("a copy of a bit image owns its store") {
   const BitImage image = Numbered(5, 3);
   BitImage copy = image;
