@@ -368,9 +368,9 @@ void Lorentzian(float* x, double lambda, double sigma, bool squared, int64_t n) 
 
 constexpr int32_t kRootHalf = 0x3f3504f3;
 
-// ln x of positive normal floats: with 1 + f = x / 2^k near 1 and s = f / (2 + f), k ln 2 + 2 s (1 + s^2 / 3 + ...).
+// ln |x| of normal floats: with 1 + f = |x| / 2^k near 1 and s = f / (2 + f), k ln 2 + 2 s (1 + s^2 / 3 + ...).
 inline Floats LogOf(Floats x) {
-  const Whole bits = __builtin_bit_cast(Whole, x) - kRootHalf;
+  const Whole bits = (__builtin_bit_cast(Whole, x) & 0x7fffffff) - kRootHalf;
   const Floats k = __builtin_convertvector(bits >> 23, Floats);
   const Floats f = __builtin_bit_cast(Floats, (bits & 0x007fffff) + kRootHalf) - 1;
   const Floats s = f / (2 + f), u = s * s;
