@@ -116,7 +116,7 @@ void PrintTrainingSet(const std::string& path) {
   std::vector<float> record(count > 0 ? size_t(inputs) + outputs : 0);
   Summary ofInputs, ofOutputs;
   Histogram histogram(-1, 1);
-  for (int32_t i = 0; i < count; ++i) {
+  for (int32_t i = 0; i < count && !record.empty(); ++i) {  // pairs of nothing are quickly looked through
     in.Array(record.data(), record.size());
     ofInputs.Add(record.data(), inputs);
     ofOutputs.Add(record.data() + inputs, outputs);
