@@ -5,6 +5,9 @@
 
 namespace norv {
 
+// The regulariser type that marks edges.
+inline constexpr int32_t kMarkingType = 3;
+
 struct RestoreParameters {
   int32_t factor;          // enlargement of both sides
   int32_t kernel;          // code of the kernel pair

@@ -12,9 +12,6 @@ namespace norv {
 // Source rows that a band shares with each of its neighbours.
 inline constexpr int32_t kBandMargin = 20;
 
-// The regulariser type that marks edges.
-inline constexpr int32_t kMarkingType = 3;
-
 // Planes that an image of this format has while it is restored, a fourth one that is kept aside not among them.
 int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format);
 

@@ -10,7 +10,6 @@
 #include "restore/least_squares.h"
 #include "restore/recipes.h"
 #include "restore/reference_plane.h"
-#include "restore/restore_image.h"
 
 namespace norv {
 namespace {

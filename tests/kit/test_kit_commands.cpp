@@ -10,18 +10,14 @@
 #include "kit/scale.h"
 #include "net/net_file.h"
 #include "numeric/bit_image.h"
-#include "support/process.h"
+#include "support/kit.h"
 #include "support/scratch.h"
 
 using namespace norv;
+using test::Contains;
+using test::Kit;
 
 namespace {
-
-test::Outcome Kit(std::vector<std::string> arguments) {
-  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
-}
-
-bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // A picture of gentle colours whose planes differ, alpha included.
 Picture Sample(int32_t width, int32_t height, int32_t channels) {

@@ -12,17 +12,14 @@
 #include "numeric/bit_image.h"
 #include "platform/team.h"
 #include "restore/restore_image.h"
+#include "support/kit.h"
 #include "support/noisy_pictures.h"
-#include "support/process.h"
 #include "support/scratch.h"
 
 using namespace norv;
+using test::Kit;
 
 namespace {
-
-test::Outcome Kit(std::vector<std::string> arguments) {
-  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
-}
 
 Picture Coloured(int32_t width, int32_t height) {
   Picture picture(width, height, 3);

@@ -14,18 +14,14 @@
 #include "kit/test_card.h"
 #include "kit/training_pictures.h"
 #include "net/net_file.h"
-#include "support/process.h"
+#include "support/kit.h"
 #include "support/scratch.h"
 
 using namespace norv;
+using test::Contains;
+using test::Kit;
 
 namespace {
-
-test::Outcome Kit(std::vector<std::string> arguments) {
-  return test::Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
-}
-
-bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // A folder of three drawn pictures; v.png is held out.
 struct Gallery {
