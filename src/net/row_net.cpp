@@ -60,17 +60,18 @@ RowNet::RowNet(NeuralNet& net, int32_t costSelection, float momentum, int32_t th
     layers_.push_back(MakeLayer(layer, inputs, layers_.empty()));
     inputs = layer.Ni;
   }
-  for (size_t k = 0; k < layers_.size(); ++k) Connect(layers_[k], k + 1 < layers_.size() ? &layers_[k + 1] : nullptr);
+  for (size_t k = 0; k < layers_.size(); ++k)
+    Connect(layers_[k], k > 0 ? layers_[k - 1].a.get() : nullptr, k + 1 < layers_.size() ? &layers_[k + 1] : nullptr);
 }
 
-void RowNet::Connect(Layer& layer, const Layer* above) const {
+void RowNet::Connect(Layer& layer, const float* input, const Layer* above) const {
   TrainSweep& s = layer.sweep;
   s = {};
   s.W = layer.W.get();
   s.V = layer.V.get();
   s.inputs = layer.inputs;
   s.stride = layer.stride;
-  s.update = TrainUpdate::none;
+  s.input = input;
   s.momentum = momentum_;
   s.step = layer.step.get();
   s.bias = layer.bias.get();
@@ -87,9 +88,12 @@ void RowNet::Connect(Layer& layer, const Layer* above) const {
   if (layer.kinds.size() == 1 && layer.kinds[0].kind == kLogistic) d.z = layer.z.get();
   if (!above) return;
   d.W = above->W.get();
+  d.V = above->V.get();
+  d.a = layer.a.get();
   d.stride = above->stride;
   d.units = above->units;
   d.deltaAbove = above->delta.get();
+  d.stepAbove = above->step.get();
 }
 
 RowNet::Layer RowNet::MakeLayer(const NetLayer& source, int32_t inputs, bool columns) const {
@@ -102,8 +106,7 @@ RowNet::Layer RowNet::MakeLayer(const NetLayer& source, int32_t inputs, bool col
   layer.W = Zeros<float>(weights);
   if (momentum_ != 0) layer.V = Zeros<float>(weights);
   // One block more for the activations, which write whole blocks from any unit on.
-  for (AlignedArray<float>* row :
-       {&layer.bias, &layer.vb, &layer.z, &layer.a, &layer.previousA, &layer.delta, &layer.step})
+  for (AlignedArray<float>* row : {&layer.bias, &layer.vb, &layer.z, &layer.a, &layer.delta, &layer.step})
     *row = Zeros<float>(units + kTrainBlock);
   layer.slope = Zeros<double>(units + kTrainBlock);
   for (int32_t u = 0; u < source.Ni; ++u) {
@@ -130,18 +133,21 @@ void RowNet::SetRate(float nu, float bound) {
   }
 }
 
-void RowNet::Sweep(Layer& layer, const float* previous, const float* input) {
-  TrainSweep& sweep = layer.sweep;
-  sweep.update = pendingInput_ ? update_ : TrainUpdate::none;
-  sweep.previous = previous;
-  sweep.input = input;
-  const auto kernel = layer.columns ? kernels_.columns : kernels_.rows;
-  Spread(threads_, layer.Weights(), layer.columns ? Padded(layer.units) : layer.units,
-         [&](int32_t begin, int32_t end) { kernel(sweep, begin, end); });
+void RowNet::Sweep(const float* input) {
+  Layer& first = layers_.front();
+  first.sweep.update = pendingInput_ ? update_ : TrainUpdate::none;
+  first.sweep.previous = pendingInput_;
+  first.sweep.input = input;
+  Spread(threads_, first.Weights(), Padded(first.units),
+         [&](int32_t begin, int32_t end) { kernels_.columns(first.sweep, begin, end); });
+}
+
+void RowNet::Evaluate(const Layer& layer) {
+  Spread(threads_, layer.Weights(), layer.units,
+         [&](int32_t begin, int32_t end) { kernels_.rows(layer.sweep, begin, end); });
 }
 
 void RowNet::Activate(Layer& layer) {
-  layer.a.swap(layer.previousA);
   if (layer.deltas.z) return kernels_.activateLogistic(layer.z.get(), layer.units, layer.a.get(), layer.slope.get());
   // In rising order: what a run writes behind its end is overwritten by the next one.
   for (const KindRun& run : layer.kinds)
@@ -150,12 +156,11 @@ void RowNet::Activate(Layer& layer) {
 }
 
 void RowNet::Learn(const float* input, const float* target) {
-  const float *previous = pendingInput_, *current = input;
-  for (Layer& layer : layers_) {
-    Sweep(layer, previous, current);
-    Activate(layer);
-    previous = layer.previousA.get();
-    current = layer.a.get();
+  Sweep(input);
+  Activate(layers_.front());
+  for (size_t k = 1; k < layers_.size(); ++k) {
+    Evaluate(layers_[k]);
+    Activate(layers_[k]);
   }
   pendingInput_ = input;
   learned_ = true;
@@ -163,7 +168,7 @@ void RowNet::Learn(const float* input, const float* target) {
   for (size_t k = layers_.size() - 1; k-- > 0;) HiddenDeltas(layers_[k], layers_[k + 1]);
 }
 
-// The bias is updated at once, the weights by the next sweep.
+// The bias is updated at once, the weights by HiddenDeltas or, in a first layer, the next sweep.
 void RowNet::FinishStep(Layer& layer, int32_t unit) {
   const float step = nu_ * layer.delta[unit];
   layer.step[unit] = step;
@@ -198,11 +203,7 @@ void RowNet::HiddenDeltas(Layer& layer, const Layer& above) {
 
 void RowNet::Settle() {
   if (!pendingInput_) return;
-  const float* previous = pendingInput_;
-  for (Layer& layer : layers_) {
-    Sweep(layer, previous, nullptr);
-    previous = layer.a.get();
-  }
+  Sweep(nullptr);
   std::copy_n(pendingInput_, lastInput_.size(), lastInput_.begin());
   pendingInput_ = nullptr;
 }

@@ -14,8 +14,9 @@ namespace norv {
 
 // Built from the record, which it updates only when it finishes; results are the very bits of ForwardPass,
 // BackPropagate and UpdateWeights with one thread. The first layer lies input by input (lanes are units: no sums across
-// lanes), later ones unit by unit, which also serves the backward sums. A sample's step is added to the weights by the
-// sweep that evaluates the next sample. The slope df(z) is kept in double from the evaluation.
+// lanes), later ones unit by unit, which also serves the backward sums. The first layer's step is added to its weights
+// by the sweep that evaluates the next sample, a later one's by the backward sums through its weights. The slope df(z)
+// is kept in double from the evaluation.
 class RowNet : public Trainer {
  public:
   // Units without activation are a broken promise. More than one thread is used only where every member of the team has
@@ -24,7 +25,7 @@ class RowNet : public Trainer {
 
   void SetRate(float nu, float bound) override;
   void Learn(const float* input, const float* target) override;
-  // Adds the pending step to the weights.
+  // Adds the pending step to the first layer's weights.
   void Settle() override;
   void ForgetVelocities() override;
   void Finish() override;
@@ -38,10 +39,10 @@ class RowNet : public Trainer {
   struct Layer {
     int32_t inputs = 0, units = 0, stride = 0;
     bool columns = false;
-    AlignedArray<float> W, V, bias, vb, z, a, previousA, delta, step;
+    AlignedArray<float> W, V, bias, vb, z, a, delta, step;
     AlignedArray<double> slope;
     std::vector<KindRun> kinds;
-    // What the kernels are told, of which only the inputs change from sample to sample and the rate with SetRate().
+    // What the kernels are told, of which only the sample changes and, with SetRate(), the rate.
     TrainSweep sweep{};
     TrainDeltas deltas{};
 
@@ -52,9 +53,11 @@ class RowNet : public Trainer {
   };
 
   Layer MakeLayer(const NetLayer& source, int32_t inputs, bool columns) const;
-  void Connect(Layer& layer, const Layer* above) const;
-  // The pending update, together with the evaluation of `input` unless that is null.
-  void Sweep(Layer& layer, const float* previous, const float* input);
+  // input: the layer's, null for the first one, whose input is the sample. above: null for the last one.
+  void Connect(Layer& layer, const float* input, const Layer* above) const;
+  // The first layer's pending update, together with the evaluation of `input` unless that is null.
+  void Sweep(const float* input);
+  void Evaluate(const Layer& layer);
   void Activate(Layer& layer);
   void OutputDeltas(const float* target);
   void HiddenDeltas(Layer& layer, const Layer& above);
@@ -70,7 +73,7 @@ class RowNet : public Trainer {
   const TrainKernels& kernels_;
   std::vector<Layer> layers_;
   std::vector<float> lastInput_;         // a copy: the sample itself may go
-  const float* pendingInput_ = nullptr;  // of the sample whose step the weights still lack
+  const float* pendingInput_ = nullptr;  // of the sample whose step the first weights still lack
   bool learned_ = false;
 };
 

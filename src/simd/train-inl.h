@@ -2,8 +2,7 @@
 //
 //   columns   z[u] = b[u] + sum over i of x[i] W[i][u]; lanes are units. Weights lie input by input.
 //   rows      the same sums with lanes that are inputs. Weights lie unit by unit, so that the backward sums read them
-//   in
-//             order; the eight lane sums of four units are turned into four sums of eight at the end.
+//             in order; the eight lane sums of four units are turned into four sums of eight at the end.
 //   activate  a = f(z) and df(z), which share what they have in common.
 //   deltas    delta[i] = slope[i] * sum over k of W[k][i] deltaAbove[k]; lanes are the lower layer's units.
 //
@@ -21,6 +20,16 @@ inline constexpr int32_t kWide = 8;
 #endif
 using Wide = float __attribute__((vector_size(4 * kWide), may_alias));
 
+// As vectors lose their attributes where they are arguments of a template.
+template <int kLanes>
+struct VectorOf {
+  using Type = Wide;
+};
+template <>
+struct VectorOf<8> {
+  using Type = Float8;
+};
+
 template <class V, class T>
 inline V& At(T* p) {
   return *reinterpret_cast<V*>(p);
@@ -33,62 +42,87 @@ inline const V& At(const T* p) {
 // ------------------------------------------------------------------------------------------------------- columns
 
 // Some vectors of units side by side, all inputs.
-template <int kVectors, TrainUpdate kUpdate, bool kEvaluate>
+template <int kLanes, int kVectors, TrainUpdate kUpdate, bool kEvaluate>
 struct Columns {
-  const TrainSweep& s;
+  using V = typename VectorOf<kLanes>::Type;
+  const TrainSweep s;  // a copy: what is stored could lie in the original, for all that the compiler knows
   int32_t u;
-  Wide minusStep[kVectors], sum[kVectors];
+  V minusStep[kVectors];
 
-  explicit Columns(const TrainSweep& sweep, int32_t unit) : s(sweep), u(unit) {
-    for (int v = 0; v < kVectors; ++v) minusStep[v] = -At<Wide>(s.step + u + v * kWide);
+  Columns(const TrainSweep& sweep, int32_t unit) : s(sweep), u(unit) {
+    for (int v = 0; v < kVectors; ++v) minusStep[v] = -At<V>(s.step + u + v * kLanes);
   }
 
-  // The pending step and the product of one input.
-  inline __attribute__((always_inline)) void Tap(int32_t i) {
-    float* W = s.W + static_cast<int64_t>(i) * s.stride + u;
+  // The pending step and the product of one input. Both inputs are spread before the first store, behind which they
+  // would be read and spread again for every vector.
+  inline __attribute__((always_inline)) void Tap(int32_t i, V (&sum)[kVectors]) {
+    const int64_t place = static_cast<int64_t>(i) * s.stride + u;
+    V previous, input;
+    if constexpr (kUpdate != TrainUpdate::none) previous = s.previous[i] - V{};
+    if constexpr (kEvaluate) input = s.input[i] - V{};
     for (int v = 0; v < kVectors; ++v) {
-      Wide w = At<Wide>(W + v * kWide);
-      if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[v] * s.previous[i];
+      V& W = At<V>(s.W + place + v * kLanes);
+      V w = W;
+      if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[v] * previous;
       if constexpr (kUpdate == TrainUpdate::momentum) {
-        Wide& velocity = At<Wide>(s.V + static_cast<int64_t>(i) * s.stride + u + v * kWide);
-        const Wide decayed = velocity * s.momentum + minusStep[v] * s.previous[i];
+        V& velocity = At<V>(s.V + place + v * kLanes);
+        const V decayed = velocity * s.momentum + minusStep[v] * previous;
         velocity = decayed;
         w += decayed;
       }
-      if constexpr (kUpdate != TrainUpdate::none) At<Wide>(W + v * kWide) = w;
-      if constexpr (kEvaluate) sum[v] += w * s.input[i];
+      if constexpr (kUpdate != TrainUpdate::none) W = w;
+      if constexpr (kEvaluate) sum[v] += w * input;
     }
   }
 
   inline __attribute__((always_inline)) void Run() {
     const int32_t whole = s.inputs / 8 * 8;
-    Wide total[kVectors] = {};
-    for (int32_t lane = 0; lane < 8; ++lane) {
-      for (int v = 0; v < kVectors; ++v) sum[v] = Wide{};
-      for (int32_t i = lane; i < whole; i += 8) Tap(i);
+    V total[kVectors] = {};
+    for (int32_t lane = 0; lane < 8; lane += 2) {
+      V even[kVectors] = {}, odd[kVectors] = {};
+      // Two lanes at a time, whose sums wait less for each other. Longer bodies were slower.
+#pragma GCC unroll 1
+      for (int32_t i = lane; i < whole; i += 8) {
+        Tap(i, even);
+        Tap(i + 1, odd);
+      }
       if (lane == 0)
-        for (int32_t i = whole; i < s.inputs; ++i) Tap(i);
-      for (int v = 0; v < kVectors; ++v) total[v] += sum[v];
+        for (int32_t i = whole; i < s.inputs; ++i) Tap(i, even);
+      for (int v = 0; v < kVectors; ++v) total[v] += even[v];
+      for (int v = 0; v < kVectors; ++v) total[v] += odd[v];
     }
     if constexpr (kEvaluate)
-      for (int v = 0; v < kVectors; ++v) At<Wide>(s.z + u + v * kWide) = total[v] + At<Wide>(s.bias + u + v * kWide);
+      for (int v = 0; v < kVectors; ++v) At<V>(s.z + u + v * kLanes) = total[v] + At<V>(s.bias + u + v * kLanes);
   }
 };
 
 template <TrainUpdate kUpdate, bool kEvaluate>
-struct SweepColumns {
-  static void Run(const TrainSweep& sweep, int32_t begin, int32_t end) {
-    constexpr int kMost = 4;
-    int32_t u = begin;
-    for (; u + kMost * kWide <= end; u += kMost * kWide) Columns<kMost, kUpdate, kEvaluate>(sweep, u).Run();
-    for (; u + 2 * kWide <= end; u += 2 * kWide) Columns<2, kUpdate, kEvaluate>(sweep, u).Run();
-    for (; u < end; u += kWide) Columns<1, kUpdate, kEvaluate>(sweep, u).Run();
+void SweepColumns(const TrainSweep& sweep, int32_t begin, int32_t end) {
+  // Spreading an input costs more in wide vectors: they pay where four of them share it.
+  int32_t u = begin;
+  for (; u + 4 * kWide <= end; u += 4 * kWide) Columns<kWide, 4, kUpdate, kEvaluate>(sweep, u).Run();
+  for (; u + 32 <= end; u += 32) Columns<8, 4, kUpdate, kEvaluate>(sweep, u).Run();
+  for (; u + 16 <= end; u += 16) Columns<8, 2, kUpdate, kEvaluate>(sweep, u).Run();
+}
+
+inline void TrainColumns(const TrainSweep& s, int32_t begin, int32_t end) {
+  const bool evaluate = s.input != nullptr;
+  switch (s.update) {
+    case TrainUpdate::none:
+      if (evaluate) SweepColumns<TrainUpdate::none, true>(s, begin, end);
+      break;
+    case TrainUpdate::plain:
+      evaluate ? SweepColumns<TrainUpdate::plain, true>(s, begin, end)
+               : SweepColumns<TrainUpdate::plain, false>(s, begin, end);
+      break;
+    case TrainUpdate::momentum:
+      evaluate ? SweepColumns<TrainUpdate::momentum, true>(s, begin, end)
+               : SweepColumns<TrainUpdate::momentum, false>(s, begin, end);
+      break;
   }
-};
+}
 
 // ---------------------------------------------------------------------------------------------------------- rows
-
-inline Float8 Broadcast(float x) { return Float8{x, x, x, x, x, x, x, x}; }
 
 template <class Half>
 inline auto Join(Half low, Half high) {
@@ -115,89 +149,26 @@ inline __attribute__((always_inline)) Float4 AddLanes(Float8 a, Float8 b, Float8
   return total;
 }
 
-// One weight with its pending step.
-template <TrainUpdate kUpdate>
-inline __attribute__((always_inline)) float UpdatedWeight(const TrainSweep& s, int32_t u, int32_t i) {
-  float& w = s.W[static_cast<int64_t>(u) * s.stride + i];
-  if constexpr (kUpdate == TrainUpdate::plain) w += -s.step[u] * s.previous[i];
-  if constexpr (kUpdate == TrainUpdate::momentum) {
-    float& velocity = s.V[static_cast<int64_t>(u) * s.stride + i];
-    velocity = velocity * s.momentum + -s.step[u] * s.previous[i];
-    w += velocity;
-  }
-  return w;
-}
-
 // Four units, all inputs; their z.
-template <TrainUpdate kUpdate, bool kEvaluate>
-inline __attribute__((always_inline)) Float4 FourRows(const TrainSweep& s, int32_t u) {
+inline __attribute__((always_inline)) Float4 FourRows(const TrainSums& s, int32_t u) {
   const int32_t whole = s.inputs / 8 * 8;
   Float8 sum[4] = {};
-  Float8 minusStep[4];
-  for (int r = 0; r < 4; ++r) minusStep[r] = Broadcast(-s.step[u + r]);
+  const auto row = [&](int r) { return s.W + static_cast<int64_t>(u + r) * s.stride; };
   for (int32_t i = 0; i < whole; i += 8)
-    for (int r = 0; r < 4; ++r) {
-      const int64_t place = static_cast<int64_t>(u + r) * s.stride + i;
-      Float8 w = At<Float8>(s.W + place);
-      if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[r] * At<Float8>(s.previous + i);
-      if constexpr (kUpdate == TrainUpdate::momentum) {
-        const Float8 velocity = At<Float8>(s.V + place) * s.momentum + minusStep[r] * At<Float8>(s.previous + i);
-        At<Float8>(s.V + place) = velocity;
-        w += velocity;
-      }
-      if constexpr (kUpdate != TrainUpdate::none) At<Float8>(s.W + place) = w;
-      if constexpr (kEvaluate) sum[r] += w * At<Float8>(s.input + i);
-    }
+    for (int r = 0; r < 4; ++r) sum[r] += At<Float8>(row(r) + i) * At<Float8>(s.input + i);
   for (int32_t i = whole; i < s.inputs; ++i)
-    for (int r = 0; r < 4; ++r) {
-      const float w = UpdatedWeight<kUpdate>(s, u + r, i);
-      if constexpr (kEvaluate) sum[r][0] += w * s.input[i];
-    }
-  if constexpr (!kEvaluate) return Float4{};
+    for (int r = 0; r < 4; ++r) sum[r][0] += row(r)[i] * s.input[i];
   return AddLanes(sum[0], sum[1], sum[2], sum[3]) + At<Float4>(s.bias + u);
 }
 
-template <TrainUpdate kUpdate, bool kEvaluate>
-struct SweepRows {
-  static void Run(const TrainSweep& sweep, int32_t begin, int32_t end) {
-    // In stores no shorter than the activations' loads, which would wait for the memory otherwise.
-    const auto store = [&](int32_t u, Float8 z) {
-      if constexpr (kEvaluate) At<Float8>(sweep.z + u) = z;
-    };
-    int32_t u = begin;
-    for (; u + 4 < end; u += 8) {
-      const Float4 low = FourRows<kUpdate, kEvaluate>(sweep, u);
-      store(u, Join(low, FourRows<kUpdate, kEvaluate>(sweep, u + 4)));
-    }
-    if (u < end) store(u, Join(FourRows<kUpdate, kEvaluate>(sweep, u), Float4{}));
+inline void TrainRows(const TrainSums& sums, int32_t begin, int32_t end) {
+  // In stores no shorter than the activations' loads, which would wait for the memory otherwise.
+  int32_t u = begin;
+  for (; u + 4 < end; u += 8) {
+    const Float4 low = FourRows(sums, u);
+    At<Float8>(sums.z + u) = Join(low, FourRows(sums, u + 4));
   }
-};
-
-// Which of the six sweeps is meant.
-template <template <TrainUpdate, bool> class Sweep>
-void ChooseSweep(const TrainSweep& s, int32_t begin, int32_t end) {
-  const bool evaluate = s.input != nullptr;
-  switch (s.update) {
-    case TrainUpdate::none:
-      if (evaluate) Sweep<TrainUpdate::none, true>::Run(s, begin, end);
-      break;
-    case TrainUpdate::plain:
-      evaluate ? Sweep<TrainUpdate::plain, true>::Run(s, begin, end)
-               : Sweep<TrainUpdate::plain, false>::Run(s, begin, end);
-      break;
-    case TrainUpdate::momentum:
-      evaluate ? Sweep<TrainUpdate::momentum, true>::Run(s, begin, end)
-               : Sweep<TrainUpdate::momentum, false>::Run(s, begin, end);
-      break;
-  }
-}
-
-inline void TrainColumns(const TrainSweep& sweep, int32_t begin, int32_t end) {
-  ChooseSweep<SweepColumns>(sweep, begin, end);
-}
-
-inline void TrainRows(const TrainSweep& sweep, int32_t begin, int32_t end) {
-  ChooseSweep<SweepRows>(sweep, begin, end);
+  if (u < end) At<Float8>(sums.z + u) = Join(FourRows(sums, u), Float4{});
 }
 
 // -------------------------------------------------------------------------------------------------------- deltas
@@ -251,21 +222,50 @@ inline __attribute__((always_inline)) void FinishDelta(const TrainDeltas& d, int
   }
 }
 
-template <int kVectors>
-inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& d, int32_t i) {
-  Wide sum[kVectors] = {};
-  const float* W = d.W + i;
-  for (int32_t k = 0; k < d.units; ++k, W += d.stride)
-    for (int v = 0; v < kVectors; ++v) sum[v] += At<Wide>(W + v * kWide) * d.deltaAbove[k];
-  for (int v = 0; v < kVectors; ++v) FinishDelta(d, i + v * kWide, sum[v]);
+// Some vectors of units side by side: the sums through the weights above, which then take their step.
+template <int kLanes, int kVectors, TrainUpdate kUpdate>
+inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& all, int32_t i) {
+  using V = typename VectorOf<kLanes>::Type;
+  const TrainDeltas d = all;  // a copy, as above
+  V sum[kVectors] = {}, a[kVectors];
+  for (int v = 0; v < kVectors; ++v) a[v] = At<V>(d.a + i + v * kLanes);
+  int64_t place = i;
+  for (int32_t k = 0; k < d.units; ++k, place += d.stride) {
+    const V delta = d.deltaAbove[k] - V{}, step = d.stepAbove[k] - V{};
+    for (int v = 0; v < kVectors; ++v) {
+      V& W = At<V>(d.W + place + v * kLanes);
+      V w = W;
+      sum[v] += w * delta;
+      if constexpr (kUpdate == TrainUpdate::plain) {
+        W = w - a[v] * step;
+      } else {
+        V& velocity = At<V>(d.V + place + v * kLanes);
+        const V decayed = velocity * d.momentum - a[v] * step;
+        velocity = decayed;
+        W = w + decayed;
+      }
+    }
+  }
+  constexpr int kParts = kWide / kLanes;
+  for (int v = 0; v < kVectors; v += kParts) {
+    if constexpr (kParts == 1)
+      FinishDelta(d, i + v * kLanes, sum[v]);
+    else
+      FinishDelta(d, i + v * kLanes, Join(sum[v], sum[v + 1]));
+  }
+}
+
+template <TrainUpdate kUpdate>
+void LayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {
+  int32_t i = begin;
+  for (; i + 4 * kWide <= end; i += 4 * kWide) DeltaBlock<kWide, 4, kUpdate>(d, i);
+  for (; i + 32 <= end; i += 32) DeltaBlock<8, 4, kUpdate>(d, i);
+  for (; i < end; i += 16) DeltaBlock<8, 2, kUpdate>(d, i);
 }
 
 inline void TrainLayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {
-  constexpr int kMost = 4;
-  int32_t i = begin;
-  for (; i + kMost * kWide <= end; i += kMost * kWide) DeltaBlock<kMost>(d, i);
-  for (; i + 2 * kWide <= end; i += 2 * kWide) DeltaBlock<2>(d, i);
-  for (; i < end; i += kWide) DeltaBlock<1>(d, i);
+  d.update == TrainUpdate::plain ? LayerDeltas<TrainUpdate::plain>(d, begin, end)
+                                 : LayerDeltas<TrainUpdate::momentum>(d, begin, end);
 }
 
 // --------------------------------------------------------------------------------------------------- activations
