@@ -63,7 +63,7 @@ TEST_CASE("the benchmark repeats in teams of any size and fills its vectors with
 }
 
 // A plain build computes everything anyway, in code of another shape.
-#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(_WIN32)
+#if defined(__OPTIMIZE__) && !defined(NORV_SANITIZED) && !defined(_WIN32)
 namespace {
 
 struct Instruction {

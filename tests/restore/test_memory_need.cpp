@@ -1,5 +1,5 @@
 // What is reckoned before a restoration against what it then takes.
-#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(_WIN32) && !defined(NORV_SANITIZED)
 
 #include <cstdio>
 #include <doctest/doctest.h>
