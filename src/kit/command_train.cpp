@@ -92,7 +92,8 @@ void Run(const TrainOptions& options) {
 CLI::App& AddTrain(CLI::App& kit) {
   return AddCommand<TrainOptions>(kit, "train", "From a folder of pictures to a network that enlarges",
                                   "norvkit train photographs trained --layout 48 --factor 2 --hidden 64,64 --shrink 3 "
-                                  "--epochs 20\n  norvkit train photographs trained --epochs 30 --resume",
+                                  "--epochs 20\n  norvkit train photographs trained --shrink 3 "
+                                  "--epochs 30 --resume",
                                   Declare, Run);
 }
 

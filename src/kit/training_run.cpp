@@ -78,6 +78,20 @@ void TrainingRun::LoadOrStart() {
   if (!IsSameShape(last, net_)) Fail("%s has other layers than asked for", Path(kLast).c_str());
   net_ = std::move(last);
   if (std::filesystem::exists(Path(kLog))) log_ = ReadTrainingLog(Path(kLog));
+  if (!log_.empty()) RequireSamePictures(log_.back());
+}
+
+// What interpolation makes of the held-out pictures tells whether they are those of the log: epochs measured on others
+// could not be compared, nor the best one found.
+void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
+  constexpr double kDigitsOfLog = 1e-3;
+  const double cubic = MeanOf<&HeldOut::cubic>(pictures_.Validation());
+  const double lanczos = MeanOf<&HeldOut::lanczos>(pictures_.Validation());
+  if (std::abs(logged.cubic - cubic) < kDigitsOfLog && std::abs(logged.lanczos - lanczos) < kDigitsOfLog) return;
+  Fail(
+      "%s was measured on other pictures (cubic %.3f dB, now %.3f dB): --resume needs the same --shrink, --order and "
+      "--valid",
+      Path(kLog).c_str(), logged.cubic, cubic);
 }
 
 // Under another name until all of them are there and shuffled: what is called test.dat is complete.

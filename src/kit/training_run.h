@@ -24,7 +24,7 @@ struct TrainingPlan {
 class TrainingRun {
  public:
   // Reads the pictures and makes ready all but the epochs. Throws a Failure when the folder's contents and the plan do
-  // not go together: a training without resume, or another network.
+  // not go together: a training without resume, another network or other held-out pictures.
   explicit TrainingRun(const TrainingPlan& plan);
 
   // The epochs that the log lacks, each reported on standard output and complete on the disk before the next begins.
@@ -35,6 +35,7 @@ class TrainingRun {
   std::string Path(const char* name) const;
   void PrepareFolder();
   void LoadOrStart();
+  void RequireSamePictures(const EpochRecord& logged) const;
   void MakePairs() const;
   void LoadPairs();
   void RunEpoch(int32_t epoch);

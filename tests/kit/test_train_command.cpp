@@ -133,10 +133,12 @@ TEST_CASE("the best network is that of the best epoch, whatever came after it") 
 TEST_CASE("a training in two parts is the whole one when the rate does not fall, and nothing is trained over") {
   const Gallery gallery;
   const std::string whole = gallery.results / "whole", parts = gallery.results / "parts";
-  const auto train = [&](const std::string& out, const char* epochs, bool resume) {
+  const auto train = [&](const std::string& out, const char* epochs, bool resume,
+                         const std::vector<std::string>& pictures = {"--valid", "1"}) {
     std::vector<std::string> arguments = {
-        "train", gallery.folder.Path(), out,    "--layout", "8", "--hidden", "6",   "--rate",
-        "0.02",  "--final-rate",        "0.02", "--valid",  "1", "--epochs", epochs};
+        "train", gallery.folder.Path(), out,    "--layout", "8",   "--hidden", "6", "--rate",
+        "0.02",  "--final-rate",        "0.02", "--epochs", epochs};
+    arguments.insert(arguments.end(), pictures.begin(), pictures.end());
     if (resume) arguments.push_back("--resume");
     return Kit(arguments);
   };
@@ -153,6 +155,15 @@ TEST_CASE("a training in two parts is the whole one when the rate does not fall,
   const test::Outcome other = gallery.Train(parts, "5", {"--resume", "--factor", "4"});
   CHECK(other.exitCode == 1);
   CHECK(Contains(other.errors, "other layers"));
+  const std::string log = test::ReadBytes(parts + "/log.csv");
+  using Words = std::vector<std::string>;
+  for (const Words& pictures :
+       {Words{"--valid", "1", "--shrink", "2"}, Words{"--valid", "1", "--order", "3"}, Words{"--valid", "2"}}) {
+    const test::Outcome moved = train(parts, "5", true, pictures);
+    CHECK(moved.exitCode == 1);
+    CHECK(Contains(moved.errors, "measured on other pictures"));
+  }
+  CHECK(test::ReadBytes(parts + "/log.csv") == log);
 }
 
 TEST_CASE("an interrupt keeps the network and says how to go on") {
