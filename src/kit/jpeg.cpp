@@ -8,6 +8,7 @@
 
 #include "kit/codec.h"
 #include "kit/failure.h"
+#include "platform/memory.h"
 
 namespace norv {
 namespace {
@@ -172,6 +173,14 @@ void InksToRgb(const uint8_t* inks, uint8_t* rgb, int32_t width, bool inverted) 
       rgb[3 * x + c] = static_cast<uint8_t>(((inks[4 * x + c] ^ flip) * (inks[4 * x + 3] ^ flip) + 127) / 255);
 }
 
+// Of pictures whose pixels come in several passes the library holds all coefficients.
+size_t BytesHeld(jpeg_decompress_struct& jpeg) {
+  size_t bytes = 0;
+  for (int c = 0; c < jpeg.num_components && jpeg_has_multiple_scans(&jpeg); ++c)
+    bytes += size_t{jpeg.comp_info[c].width_in_blocks} * jpeg.comp_info[c].height_in_blocks * sizeof(JBLOCK);
+  return bytes;
+}
+
 class JpegReader : public SampleReader {
  public:
   explicit JpegReader(ByteSource& source) : in_(source) {
@@ -191,6 +200,7 @@ class JpegReader : public SampleReader {
       if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
         shape_.turn = TurnOfOrientationTag(tag);
     if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape_.width));
+    if (BytesHeld(jpeg) > AvailableMemory()) Fail("JPEG: out of memory");
     in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
   }
 

@@ -7,6 +7,7 @@
 #include <doctest/doctest.h>
 #include <jpeglib.h>
 #include <png.h>
+#include <sys/resource.h>
 #include <tiffio.h>
 
 #include "kit/conversions.h"
@@ -296,6 +297,23 @@ TEST_CASE("pictures that cannot fit are refused before memory is taken") {
   }();
   for (int i = 0; i < 4; ++i) png[29 + i] = static_cast<uint8_t>(checksum >> (24 - 8 * i));
   CHECK(Refusal(kPng, png) == "the picture has more than 2^31 pixels");
+
+#ifndef NORV_SANITIZED  // whose shadow memory is beyond any limit
+  // Progressive, as the library then holds all coefficients: the frame's mark and its sides.
+  Bytes jpeg = Encoded(kJpeg, Pattern(8, 8, 3, 8));
+  const uint8_t mark[] = {0xFF, 0xC0};
+  const auto frame = std::search(jpeg.begin(), jpeg.end(), mark, mark + 2);
+  REQUIRE(jpeg.end() - frame > 9);
+  frame[1] = 0xC2;
+  for (const int i : {5, 6, 7, 8}) frame[i] = 0x7F;
+  rlimit before;
+  REQUIRE(getrlimit(RLIMIT_AS, &before) == 0);
+  const rlimit limit{size_t{4} << 30, before.rlim_max};
+  REQUIRE(setrlimit(RLIMIT_AS, &limit) == 0);
+  const std::string refusal = Refusal(kJpeg, jpeg);
+  setrlimit(RLIMIT_AS, &before);
+  CHECK(refusal == "JPEG: out of memory");
+#endif
 }
 
 #endif
