@@ -1,11 +1,11 @@
 #include "net/training_file.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <new>
 
 #include "numeric/index_sort.h"
+#include "numeric/matrix2.h"
 #include "numeric/random.h"
 #include "platform/console.h"
 #include "platform/file_lock.h"
@@ -28,7 +28,7 @@ AlignedArray<T> MakeOrThrowMessage(int64_t count) {
   try {
     return MakeAligned<T>(static_cast<size_t>(count));
   } catch (const std::bad_alloc&) {
-    ThrowTrainingMemory(static_cast<double>(count));
+    ThrowOutOfMemory(static_cast<double>(count));
   }
 }
 
@@ -127,7 +127,7 @@ AlignedArray<int32_t> ShuffledOrder(int32_t N) {
   try {
     IndexSort(order.get(), key.get(), N);
   } catch (const std::bad_alloc&) {
-    ThrowTrainingMemory(2.0 * N);
+    ThrowOutOfMemory(2.0 * N);
   }
   return order;
 }
@@ -145,14 +145,6 @@ void ShuffleTrainingFile(const std::string& path, Durability durability, int64_t
       ShuffleInParts(path, out, header, order.get(), memory);
   }
   if (!out.Commit()) throw kTrainingFileProblem;
-}
-
-void ThrowTrainingMemory(double floats) {
-  static char message[160];
-  std::snprintf(message, sizeof message,
-                "Out of memory!\n\nFailed to allocate %.2f MB memory for matrix x member.\n\nmatrix::dim",
-                floats * 4e-6);
-  throw static_cast<const char*>(message);
 }
 
 }  // namespace norv

@@ -38,7 +38,4 @@ AlignedArray<int32_t> ShuffledOrder(int32_t N);
 void ShuffleTrainingFile(const std::string& path, Durability durability = Durability::durable,
                          int64_t memory = MemoryForTrainingSet());
 
-// Formats the out-of-memory message for so many floats and throws it.
-[[noreturn]] void ThrowTrainingMemory(double floats);
-
 }  // namespace norv

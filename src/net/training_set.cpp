@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "numeric/matrix2.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -14,7 +15,7 @@ void Allocate(TrainingSet& set) {
     set.block = MakeAligned<float>(static_cast<size_t>(floats));
   } catch (const std::bad_alloc&) {
     ClearTrainingSet(set);
-    ThrowTrainingMemory(static_cast<double>(floats));
+    ThrowOutOfMemory(static_cast<double>(floats));
   }
   set.records = set.block.get();
 }
