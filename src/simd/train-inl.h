@@ -44,29 +44,29 @@ inline const V& At(const T* p) {
 // Some vectors of units side by side, all inputs.
 template <int kLanes, int kVectors, TrainUpdate kUpdate, bool kEvaluate>
 struct Columns {
-  using V = typename VectorOf<kLanes>::Type;
+  using Vector = typename VectorOf<kLanes>::Type;
   const TrainSweep s;  // a copy: what is stored could lie in the original, for all that the compiler knows
   int32_t u;
-  V minusStep[kVectors];
+  Vector minusStep[kVectors];
 
   Columns(const TrainSweep& sweep, int32_t unit) : s(sweep), u(unit) {
-    for (int v = 0; v < kVectors; ++v) minusStep[v] = -At<V>(s.step + u + v * kLanes);
+    for (int v = 0; v < kVectors; ++v) minusStep[v] = -At<Vector>(s.step + u + v * kLanes);
   }
 
   // The pending step and the product of one input. Both inputs are spread before the first store, behind which they
   // would be read and spread again for every vector.
-  inline __attribute__((always_inline)) void Tap(int32_t i, V (&sum)[kVectors]) {
+  inline __attribute__((always_inline)) void Tap(int32_t i, Vector (&sum)[kVectors]) {
     const int64_t place = static_cast<int64_t>(i) * s.stride + u;
-    V previous, input;
-    if constexpr (kUpdate != TrainUpdate::none) previous = s.previous[i] - V{};
-    if constexpr (kEvaluate) input = s.input[i] - V{};
+    Vector previous, input;
+    if constexpr (kUpdate != TrainUpdate::none) previous = s.previous[i] - Vector{};
+    if constexpr (kEvaluate) input = s.input[i] - Vector{};
     for (int v = 0; v < kVectors; ++v) {
-      V& W = At<V>(s.W + place + v * kLanes);
-      V w = W;
+      Vector& W = At<Vector>(s.W + place + v * kLanes);
+      Vector w = W;
       if constexpr (kUpdate == TrainUpdate::plain) w += minusStep[v] * previous;
       if constexpr (kUpdate == TrainUpdate::momentum) {
-        V& velocity = At<V>(s.V + place + v * kLanes);
-        const V decayed = velocity * s.momentum + minusStep[v] * previous;
+        Vector& velocity = At<Vector>(s.V + place + v * kLanes);
+        const Vector decayed = velocity * s.momentum + minusStep[v] * previous;
         velocity = decayed;
         w += decayed;
       }
@@ -77,9 +77,9 @@ struct Columns {
 
   inline __attribute__((always_inline)) void Run() {
     const int32_t whole = s.inputs / 8 * 8;
-    V total[kVectors] = {};
+    Vector total[kVectors] = {};
     for (int32_t lane = 0; lane < 8; lane += 2) {
-      V even[kVectors] = {}, odd[kVectors] = {};
+      Vector even[kVectors] = {}, odd[kVectors] = {};
       // Two lanes at a time, whose sums wait less for each other. Longer bodies were slower.
 #pragma GCC unroll 1
       for (int32_t i = lane; i < whole; i += 8) {
@@ -92,7 +92,8 @@ struct Columns {
       for (int v = 0; v < kVectors; ++v) total[v] += odd[v];
     }
     if constexpr (kEvaluate)
-      for (int v = 0; v < kVectors; ++v) At<V>(s.z + u + v * kLanes) = total[v] + At<V>(s.bias + u + v * kLanes);
+      for (int v = 0; v < kVectors; ++v)
+        At<Vector>(s.z + u + v * kLanes) = total[v] + At<Vector>(s.bias + u + v * kLanes);
   }
 };
 
@@ -225,22 +226,22 @@ inline __attribute__((always_inline)) void FinishDelta(const TrainDeltas& d, int
 // Some vectors of units side by side: the sums through the weights above, which then take their step.
 template <int kLanes, int kVectors, TrainUpdate kUpdate>
 inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& all, int32_t i) {
-  using V = typename VectorOf<kLanes>::Type;
+  using Vector = typename VectorOf<kLanes>::Type;
   const TrainDeltas d = all;  // a copy, as above
-  V sum[kVectors] = {}, a[kVectors];
-  for (int v = 0; v < kVectors; ++v) a[v] = At<V>(d.a + i + v * kLanes);
+  Vector sum[kVectors] = {}, a[kVectors];
+  for (int v = 0; v < kVectors; ++v) a[v] = At<Vector>(d.a + i + v * kLanes);
   int64_t place = i;
   for (int32_t k = 0; k < d.units; ++k, place += d.stride) {
-    const V delta = d.deltaAbove[k] - V{}, step = d.stepAbove[k] - V{};
+    const Vector delta = d.deltaAbove[k] - Vector{}, step = d.stepAbove[k] - Vector{};
     for (int v = 0; v < kVectors; ++v) {
-      V& W = At<V>(d.W + place + v * kLanes);
-      V w = W;
+      Vector& W = At<Vector>(d.W + place + v * kLanes);
+      const Vector w = W;
       sum[v] += w * delta;
       if constexpr (kUpdate == TrainUpdate::plain) {
         W = w - a[v] * step;
       } else {
-        V& velocity = At<V>(d.V + place + v * kLanes);
-        const V decayed = velocity * d.momentum - a[v] * step;
+        Vector& velocity = At<Vector>(d.V + place + v * kLanes);
+        const Vector decayed = velocity * d.momentum - a[v] * step;
         velocity = decayed;
         W = w + decayed;
       }
