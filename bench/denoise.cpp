@@ -7,7 +7,7 @@
 #include "denoise/group_filter.h"
 #include "denoise/low_rank.h"
 #include "denoise/patch_search.h"
-#include "numeric/random.h"
+#include "linear/random.h"
 
 using namespace norv;
 

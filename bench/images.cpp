@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "numeric/float_image.h"
-#include "numeric/index_sort.h"
-#include "numeric/random.h"
+#include "image/float_image.h"
+#include "linear/index_sort.h"
+#include "linear/random.h"
 
 using namespace norv;
 

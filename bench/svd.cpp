@@ -3,9 +3,9 @@
 #include <benchmark/benchmark.h>
 #include <utility>
 
-#include "numeric/dmatrix.h"
-#include "numeric/random.h"
-#include "numeric/symmetric.h"
+#include "linear/dmatrix.h"
+#include "linear/random.h"
+#include "linear/symmetric.h"
 
 #if __has_include(<eigen3/Eigen/Dense>)
 #include <eigen3/Eigen/Dense>

@@ -6,9 +6,9 @@
 #include <floatfann.h>
 #endif
 
-#include "net/row_net.h"
-#include "net/train.h"
 #include "networks.h"
+#include "train/row_net.h"
+#include "train/train.h"
 #include "train_peers.h"
 
 namespace norv {

@@ -9,8 +9,8 @@
 #include <numeric>
 #include <vector>
 
-#include "net/training_pairs.h"
-#include "numeric/random.h"
+#include "linear/random.h"
+#include "train/training_pairs.h"
 
 using namespace norv;
 

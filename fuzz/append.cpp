@@ -1,6 +1,6 @@
 // test.dat as mode 11 continues it: pairs are added behind the counted records, or the file stays as it is.
 #include "fuzz.h"
-#include "net/training_pairs.h"
+#include "train/training_pairs.h"
 
 using namespace norv;
 using namespace norv::fuzz;

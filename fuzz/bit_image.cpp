@@ -1,5 +1,5 @@
 // .bit: the store has the size that the header says and reads back to the same bytes.
-#include "numeric/bit_image.h"
+#include "image/bit_image.h"
 
 #include "fuzz.h"
 

@@ -1,5 +1,5 @@
 // .fdib: planes and mask have the sizes that the header says, convert, and read back to the same bits.
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 
 #include "fuzz.h"
 

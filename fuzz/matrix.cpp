@@ -1,6 +1,6 @@
 // .mat: what was accepted is a whole matrix, and its file reads back to the same bits.
 #include "fuzz.h"
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 using namespace norv;
 using namespace norv::fuzz;

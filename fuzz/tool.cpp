@@ -1,14 +1,15 @@
 // The command line of norv, every mode. The first line says how large the picture is, its format and which files there
 // are; the other lines are the words behind the program's name.
+#include "driver/tool.h"
+
 #include <cstdio>
 
 #include "driver/arguments.h"
-#include "driver/main.h"
 #include "fuzz.h"
+#include "image/bit_image.h"
+#include "image/float_image.h"
 #include "net/net_file.h"
-#include "net/training_set.h"
-#include "numeric/bit_image.h"
-#include "numeric/float_image.h"
+#include "train/training_set.h"
 
 using namespace norv;
 using namespace norv::fuzz;

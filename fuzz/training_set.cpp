@@ -1,5 +1,5 @@
 // test.dat as modes 9 and 12 read it: every road accepts the same files and finds the same records.
-#include "net/training_set.h"
+#include "train/training_set.h"
 
 #include "fuzz.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "numeric/dmatrix.h"
+#include "linear/dmatrix.h"
 #include "platform/team.h"
 
 namespace norv {

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 
 namespace norv {
 

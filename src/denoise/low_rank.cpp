@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "numeric/symmetric.h"
+#include "linear/symmetric.h"
 
 namespace norv {
 namespace {

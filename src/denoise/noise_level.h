@@ -1,7 +1,7 @@
 // How strong the noise in a plane is.
 #pragma once
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 

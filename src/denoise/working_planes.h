@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "denoise/group_filter.h"
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 
 namespace norv {
 

@@ -6,7 +6,7 @@
 #include "driver/dot.h"
 #include "driver/modes.h"
 #include "driver/report.h"
-#include "numeric/random.h"
+#include "linear/random.h"
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/progress.h"

@@ -1,7 +1,7 @@
 // Modes 2 to 5: the roads that end in an image of three bytes a pixel.
 #include "driver/modes.h"
 #include "driver/report.h"
-#include "numeric/bit_image.h"
+#include "image/bit_image.h"
 #include "restore/bit_process.h"
 #include "restore/restore_image.h"
 

@@ -1,8 +1,8 @@
 // Modes 6 and 7: denoising.
 #include "denoise/denoise.h"
 #include "driver/modes.h"
-#include "numeric/float_image.h"
-#include "numeric/matrix2.h"
+#include "image/float_image.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 namespace {

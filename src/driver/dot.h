@@ -1,7 +1,7 @@
 // The dot product whose speed the benchmark measures.
 #pragma once
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 

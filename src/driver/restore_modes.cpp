@@ -1,7 +1,7 @@
 // Modes 0 and 1: restoration of float images.
 #include "driver/modes.h"
 #include "driver/report.h"
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 #include "restore/restore_image.h"
 
 namespace norv {

@@ -2,9 +2,10 @@
 #include "driver/modes.h"
 #include "driver/report.h"
 #include "net/net_file.h"
-#include "net/train.h"
-#include "net/training_pairs.h"
 #include "platform/console.h"
+#include "platform/paths.h"
+#include "train/train.h"
+#include "train/training_pairs.h"
 
 namespace norv {
 namespace {

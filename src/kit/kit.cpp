@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kit/command.h"
+#include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "platform/console.h"
 #include "simd/level.h"

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "numeric/assert.h"
+#include "platform/assert.h"
 
 #define NORV_LEVEL scalar
 #define NORV_VECTOR_BYTES 32

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "net/enlarge_plane.h"
-#include "numeric/assert.h"
+#include "platform/assert.h"
 #include "platform/team.h"
 #include "raster/bands.h"
 #include "raster/separable.h"

@@ -1,8 +1,8 @@
 // Images enlarged by a network, twice (4 outputs) or four times (16 outputs) on each axis.
 #pragma once
 
+#include "image/image_rows.h"
 #include "net/neural_net.h"
-#include "numeric/image_rows.h"
 
 namespace norv {
 

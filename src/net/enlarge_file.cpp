@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
+#include "image/float_image_file.h"
 #include "net/enlarge.h"
 #include "net/enlarge_plane.h"
-#include "numeric/float_image_file.h"
 #include "platform/console.h"
 
 namespace norv {

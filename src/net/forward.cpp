@@ -1,6 +1,6 @@
 #include "net/forward.h"
 
-#include "numeric/assert.h"
+#include "platform/assert.h"
 #include "platform/team.h"
 
 namespace norv {

@@ -2,9 +2,10 @@
 
 #include <utility>
 
-#include "numeric/assert.h"
+#include "platform/assert.h"
 #include "platform/console.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "linear/matrix2.h"
 #include "net/activation.h"
-#include "numeric/matrix2.h"
 
 namespace norv {
 

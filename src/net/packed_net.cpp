@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "numeric/assert.h"
+#include "platform/assert.h"
 
 namespace norv {
 

@@ -4,13 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace norv {
+#include "platform/folder.h"
 
-// Where a bare file name is looked up.
-enum class Folder {
-  executable,  // beside the executable
-  asGiven,     // the name is the path
-};
+namespace norv {
 
 // The executable's real path (symbolic links resolved) cut after its last separator, or the environment variable
 // NORV_DIR when that is set and not empty. Ends in a separator; asked of the system once.

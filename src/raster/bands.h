@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "numeric/image_rows.h"
+#include "image/image_rows.h"
 #include "raster/edges.h"
 
 namespace norv {

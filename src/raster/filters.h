@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 

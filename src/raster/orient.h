@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "numeric/assert.h"
+#include "platform/assert.h"
 #include "platform/progress.h"
 #include "platform/team.h"
 #include "raster/bands.h"

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-#include "numeric/bit_image.h"
-#include "numeric/bit_mask.h"
-#include "numeric/float_image.h"
+#include "image/bit_image.h"
+#include "image/bit_mask.h"
+#include "image/float_image.h"
 #include "restore/parameters.h"
 
 namespace norv {

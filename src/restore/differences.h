@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "restore/orientation_field.h"
 #include "restore/weights.h"

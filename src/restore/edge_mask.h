@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "numeric/bit_mask.h"
-#include "numeric/matrix2.h"
+#include "image/bit_mask.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 

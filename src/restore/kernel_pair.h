@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "raster/filters.h"
 

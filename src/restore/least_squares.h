@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 #include "platform/progress.h"
 #include "restore/differences.h"
 #include "restore/kernel_pair.h"

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "colour/models.h"
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "raster/filters.h"
 #include "restore/recipes.h"

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "numeric/dmatrix.h"
+#include "linear/dmatrix.h"
 #include "platform/console.h"
 #include "platform/team.h"
 #include "raster/bands.h"

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 #include "platform/progress.h"
 #include "restore/parameters.h"
 

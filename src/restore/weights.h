@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "numeric/bit_mask.h"
-#include "numeric/matrix2.h"
+#include "image/bit_mask.h"
+#include "linear/matrix2.h"
 #include "restore/orientation_field.h"
 
 namespace norv {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "colour/models.h"
-#include "numeric/random.h"
+#include "linear/random.h"
 
 using namespace norv;
 

@@ -7,8 +7,8 @@
 #include "denoise/low_rank.h"
 #include "denoise/noise_level.h"
 #include "denoise/patch_search.h"
-#include "numeric/dmatrix.h"
-#include "numeric/symmetric.h"
+#include "linear/dmatrix.h"
+#include "linear/symmetric.h"
 #include "support/noisy_pictures.h"
 
 using namespace norv;

@@ -5,9 +5,9 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 
-#include "kit/conversions.h"
 #include "kit/failure.h"
-#include "kit/scale.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/scale.h"
 #include "net/net_file.h"
 #include "support/nets.h"
 #include "support/process.h"

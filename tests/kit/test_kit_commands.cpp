@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <doctest/doctest.h>
 
-#include "kit/conversions.h"
+#include "image/bit_image.h"
 #include "kit/failure.h"
-#include "kit/quality.h"
-#include "kit/scale.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/quality.h"
+#include "kit/pictures/scale.h"
 #include "net/net_file.h"
-#include "numeric/bit_image.h"
 #include "support/kit.h"
 #include "support/scratch.h"
 

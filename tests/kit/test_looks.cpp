@@ -5,8 +5,8 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
-#include "kit/summary.h"
-#include "kit/test_card.h"
+#include "kit/pictures/summary.h"
+#include "kit/pictures/test_card.h"
 
 using namespace norv;
 

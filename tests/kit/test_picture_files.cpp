@@ -10,8 +10,8 @@
 #include <sys/resource.h>
 #include <tiffio.h>
 
-#include "kit/conversions.h"
 #include "kit/failure.h"
+#include "kit/pictures/conversions.h"
 #include "support/scratch.h"
 
 using namespace norv;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
-#include "kit/quality.h"
+#include "kit/pictures/quality.h"
 
 using namespace norv;
 

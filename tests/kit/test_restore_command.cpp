@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <doctest/doctest.h>
 
-#include "kit/conversions.h"
-#include "kit/quality.h"
-#include "kit/restore_presets.h"
-#include "numeric/bit_image.h"
+#include "image/bit_image.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/quality.h"
+#include "kit/pictures/restore_presets.h"
 #include "platform/team.h"
 #include "restore/restore_image.h"
 #include "support/kit.h"

@@ -4,10 +4,10 @@
 #include <doctest/doctest.h>
 #include <string>
 
-#include "kit/quality.h"
-#include "kit/scale.h"
-#include "kit/test_card.h"
-#include "kit/training_pictures.h"
+#include "kit/pictures/quality.h"
+#include "kit/pictures/scale.h"
+#include "kit/pictures/test_card.h"
+#include "kit/training/training_pictures.h"
 #include "net/net_file.h"
 #include "support/scratch.h"
 

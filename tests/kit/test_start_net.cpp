@@ -6,7 +6,7 @@
 #include <cstring>
 #include <doctest/doctest.h>
 
-#include "kit/start_net.h"
+#include "kit/training/start_net.h"
 #include "net/forward.h"
 #include "net/layouts.h"
 

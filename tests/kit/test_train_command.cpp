@@ -8,11 +8,11 @@
 #include <doctest/doctest.h>
 #include <thread>
 
-#include "kit/conversions.h"
 #include "kit/failure.h"
-#include "kit/learning_curve.h"
-#include "kit/test_card.h"
-#include "kit/training_pictures.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/test_card.h"
+#include "kit/training/learning_curve.h"
+#include "kit/training/training_pictures.h"
 #include "net/net_file.h"
 #include "support/kit.h"
 #include "support/scratch.h"

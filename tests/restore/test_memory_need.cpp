@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 
 #include "driver/arguments.h"
-#include "numeric/bit_image.h"
+#include "image/bit_image.h"
 #include "platform/memory.h"
 #include "raster/bands.h"
 #include "restore/bit_process.h"

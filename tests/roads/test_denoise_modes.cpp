@@ -4,7 +4,7 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 #include "support/messages.h"
 #include "support/noisy_pictures.h"
 #include "support/process.h"

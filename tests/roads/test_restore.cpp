@@ -5,7 +5,7 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
-#include "numeric/float_image.h"
+#include "image/float_image.h"
 #include "platform/team.h"
 #include "support/messages.h"
 #include "support/process.h"

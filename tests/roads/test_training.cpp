@@ -9,15 +9,15 @@
 #include <thread>
 #include <vector>
 
+#include "linear/index_sort.h"
+#include "linear/random.h"
 #include "net/net_file.h"
-#include "net/train.h"
-#include "numeric/index_sort.h"
-#include "numeric/random.h"
 #include "support/captured_output.h"
 #include "support/messages.h"
 #include "support/process.h"
 #include "support/samples.h"
 #include "support/scratch.h"
+#include "train/train.h"
 
 using namespace norv;
 using namespace norv::test;

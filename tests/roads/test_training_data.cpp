@@ -10,13 +10,13 @@
 #include <unistd.h>
 #include <vector>
 
-#include "net/training_pairs.h"
-#include "numeric/index_sort.h"
-#include "numeric/random.h"
+#include "linear/index_sort.h"
+#include "linear/random.h"
 #include "support/messages.h"
 #include "support/process.h"
 #include "support/samples.h"
 #include "support/scratch.h"
+#include "train/training_pairs.h"
 
 using namespace norv;
 using namespace norv::test;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <random>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv::test {
 

@@ -1,8 +1,8 @@
 // Enlargement in its plainest form: turned planes, one pixel at a time, on the record. Every faster road has its bits.
 #pragma once
 
+#include "image/float_image.h"
 #include "net/neural_net.h"
-#include "numeric/float_image.h"
 
 namespace norv::test {
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <vector>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 #include "restore/parameters.h"
 
 namespace norv::test {

@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "numeric/matrix2.h"
+#include "linear/matrix2.h"
 
 namespace norv::test {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "net/neural_net.h"
-#include "net/training_set.h"
+#include "train/training_set.h"
 
 namespace norv::test {
 

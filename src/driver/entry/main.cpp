@@ -1,5 +1,4 @@
-#include "driver/main.h"
-
+#include "driver/tool.h"
 #include "platform/console.h"
 #include "platform/paths.h"
 

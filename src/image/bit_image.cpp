@@ -1,0 +1,99 @@
+#include "image/bit_image.h"
+
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "platform/console.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+
+namespace norv {
+namespace {
+
+// One text for both directions: the graphical program's users know it.
+constexpr char kCannotOpen[] = "PROBLEM OPENING FILE FOR WRITING!";
+
+[[noreturn]] void ThrowOutOfMemory(double bytes) {
+  thread_local char message[128];
+  std::snprintf(message, sizeof message,
+                "Out of memory!\n\nFailed to allocate %.2f MB memory for BitImage pixels member.", bytes * 1e-6);
+  throw static_cast<const char*>(message);
+}
+
+// Bytes of the store; negative when the sizes make no image that 32-bit sizes can describe.
+int64_t StoreSize(int32_t width, int32_t height) {
+  if (width < 0 || height < 0) return -1;
+  if (width == 0 || height == 0) return 0;
+  const int64_t stride = BitStride(width);
+  return stride > std::numeric_limits<int32_t>::max() / height ? -1 : stride * height;
+}
+
+}  // namespace
+
+BitImage::BitImage(const BitImage& other) : BitImage(other.width, other.height) {
+  if (size > 0) std::memcpy(pixels.get(), other.pixels.get(), static_cast<size_t>(size));
+}
+
+void BitImage::swap(BitImage& other) noexcept {
+  std::swap(width, other.width);
+  std::swap(height, other.height);
+  std::swap(count, other.count);
+  std::swap(rows, other.rows);
+  std::swap(size, other.size);
+  std::swap(pixels, other.pixels);
+}
+
+void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
+  rows.reset();
+  pixels.reset();
+  width = height = count = size = 0;
+  const int64_t bytes = StoreSize(newWidth, newHeight);
+  if (bytes < 0) ThrowOutOfMemory(static_cast<double>(BitStride(newWidth)) * newHeight);
+  if (bytes > 0) {
+    try {
+      pixels = MakeAligned<uint8_t>(static_cast<size_t>(bytes));
+      rows = MakeAligned<uint8_t*>(static_cast<size_t>(newHeight));
+    } catch (const std::bad_alloc&) {
+      pixels.reset();
+      ThrowOutOfMemory(static_cast<double>(bytes));
+    }
+  }
+  width = newWidth;
+  height = newHeight;
+  count = bytes > 0 ? width * height : 0;
+  size = static_cast<int32_t>(bytes);
+  for (int32_t k = 0; size > 0 && k < height; ++k) {
+    rows[k] = pixels.get() + k * BitStride(width);
+    std::memset(rows[k] + 3 * int64_t{width}, 0, static_cast<size_t>(BitStride(width) - 3 * int64_t{width}));
+  }
+}
+
+BitImage& BitImage::Load(const std::string& name, Folder folder) {
+  FileIn file(PathOf(name, folder));
+  if (!file.IsOpen()) {
+    Complain("cannot read %s: %s", file.Path().c_str(), file.Reason().c_str());
+    throw kCannotOpen;
+  }
+  int32_t newWidth, newHeight;
+  file.Field(newWidth);
+  file.Field(newHeight);
+  if (StoreSize(newWidth, newHeight) < 0)
+    Complain("%s is damaged: an image of %d x %d pixels", file.Path().c_str(), newWidth, newHeight);
+  Redim(newWidth, newHeight);
+  file.Array(pixels.get(), static_cast<size_t>(size));
+  file.WarnIfShort();
+  return *this;
+}
+
+const BitImage& BitImage::Save(const std::string& name, Folder folder) const {
+  FileOut file(PathOf(name, folder));
+  file.Field(width);
+  file.Field(height);
+  file.Array(pixels.get(), static_cast<size_t>(size));
+  if (!file.Commit()) throw kCannotOpen;
+  return *this;
+}
+
+}  // namespace norv

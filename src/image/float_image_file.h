@@ -1,0 +1,59 @@
+// .fdib files in groups of rows. Planes stand one behind the other in the file, so that a group of rows is read and
+// written at as many places as there are planes; a group of all rows is read and written from front to back.
+#pragma once
+
+#include <string>
+
+#include "image/image_rows.h"
+#include "platform/file.h"
+
+namespace norv {
+
+class FloatImageReader : public RowSource {
+ public:
+  // Reads the header. Width and height are 0 and the reason is on standard error when the file cannot be opened; a
+  // file that is shorter than its header asks for is warned of at once, and so is an unknown format.
+  explicit FloatImageReader(const std::string& path);
+
+  bool IsOpen() const { return file_.IsOpen(); }
+  // False for a pipe: then all rows have to be read as one group.
+  bool CanSeek() const { return file_.CanSeek(); }
+  int32_t Planes() const { return planes_; }
+  // 32-bit words of the mask behind the planes, 0 without one. Valid sizes only.
+  int64_t MaskWords() const;
+
+  // What a short file lacks reads as zeros.
+  void Read(FloatImage& image, int32_t at, int32_t rows) override;
+  // The next n words of the mask, once the planes are read.
+  void ReadMask(uint32_t* words, int64_t n);
+  // Warns of a file that turned out to be shorter than it looked. Once everything is read.
+  void WarnIfShort();
+
+ private:
+  FileIn file_;
+  int32_t planes_ = 0, row_ = 0;
+  int64_t maskRead_ = 0;
+  bool masked_ = false, warned_ = false;
+};
+
+class FloatImageWriter : public RowSink {
+ public:
+  FloatImageWriter(const std::string& path, int32_t width, int32_t height, int32_t format, int64_t maskWords);
+
+  bool CanSeek() const { return file_.CanSeek(); }
+  bool Failed() const { return file_.Failed(); }
+  // As many pixels a plane as the image's height asks for, zeros where a plane has fewer.
+  bool WriteRows(const FloatImage& image);
+  bool Write(FloatImage& image) override { return WriteRows(image); }
+  // The next n words of the mask.
+  void WriteMask(const uint32_t* words, int64_t n);
+  // As FileOut::Commit().
+  bool Commit() { return file_.Commit(); }
+
+ private:
+  FileOut file_;
+  int32_t width_, height_, planes_, row_ = 0;
+  int64_t maskWritten_ = 0;
+};
+
+}  // namespace norv

@@ -1,0 +1,264 @@
+// JPEG through libjpeg. Its errors come back by longjmp, so whatever owns memory lives in a session outside the jump.
+#include <algorithm>
+#include <csetjmp>
+#include <cstdio>
+// The library's header needs stdio's types first.
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "platform/memory.h"
+
+namespace norv {
+namespace {
+
+// A progressive picture of more scans than this is one that was made to keep a reader busy.
+constexpr int kMostScans = 500;
+
+struct JpegErrors {
+  jpeg_error_mgr manager;  // first, so that the library's pointer is ours
+  std::jmp_buf jump;
+  char failure[JMSG_LENGTH_MAX] = "out of memory";
+
+  JpegErrors() {
+    jpeg_std_error(&manager);
+    manager.error_exit = OnError;
+    manager.emit_message = OnMessage;
+    manager.output_message = [](j_common_ptr) {};
+  }
+
+  // Runs one step of library calls; a Failure with the library's reason when it jumps out.
+  template <typename Step>
+  void Run(const Step& step) {
+    if (setjmp(jump)) Fail("JPEG: %s", failure);
+    step();
+  }
+
+  static void OnError(j_common_ptr jpeg) {
+    JpegErrors* self = reinterpret_cast<JpegErrors*>(jpeg->err);
+    jpeg->err->format_message(jpeg, self->failure);
+    std::longjmp(self->jump, 1);
+  }
+  // Damaged data is a warning to the library, which would go on with grey; stray bytes between segments are harmless.
+  static void OnMessage(j_common_ptr jpeg, int level) {
+    if (level < 0 && jpeg->err->msg_code != JWRN_EXTRANEOUS_DATA) OnError(jpeg);
+  }
+};
+
+constexpr size_t kPiece = size_t{1} << 16;
+
+// The library's way to a source: a buffer that it empties and has filled again.
+struct JpegSource {
+  jpeg_source_mgr manager = {};  // first, so that the library's pointer is ours
+  ByteSource* source;
+  int64_t position = 0;
+  Bytes buffer = Bytes(kPiece);
+
+  explicit JpegSource(ByteSource& from) : source(&from) {
+    manager.init_source = manager.term_source = [](j_decompress_ptr) {};
+    manager.resync_to_restart = jpeg_resync_to_restart;
+    manager.fill_input_buffer = Fill;
+    manager.skip_input_data = Skip;
+  }
+
+  static boolean Fill(j_decompress_ptr jpeg) {
+    JpegSource* self = reinterpret_cast<JpegSource*>(jpeg->src);
+    const size_t got = self->source->Read(self->position, self->buffer.data(), kPiece);
+    if (got == 0) ERREXIT(jpeg, JERR_INPUT_EOF);
+    self->position += static_cast<int64_t>(got);
+    self->manager.next_input_byte = self->buffer.data();
+    self->manager.bytes_in_buffer = got;
+    return TRUE;
+  }
+  static void Skip(j_decompress_ptr jpeg, long bytes) {
+    JpegSource* self = reinterpret_cast<JpegSource*>(jpeg->src);
+    const int64_t held = static_cast<int64_t>(self->manager.bytes_in_buffer), in = std::min<int64_t>(bytes, held);
+    if (bytes <= 0) return;
+    self->manager.next_input_byte += in;
+    self->manager.bytes_in_buffer -= static_cast<size_t>(in);
+    self->position += bytes - in;
+  }
+};
+
+struct JpegSink {
+  jpeg_destination_mgr manager = {};  // first, as above
+  ByteSink* sink;
+  int64_t position = 0;
+  Bytes buffer = Bytes(kPiece);
+
+  explicit JpegSink(ByteSink& to) : sink(&to) {
+    manager.init_destination = [](j_compress_ptr jpeg) { reinterpret_cast<JpegSink*>(jpeg->dest)->Restart(); };
+    manager.empty_output_buffer = [](j_compress_ptr jpeg) {
+      reinterpret_cast<JpegSink*>(jpeg->dest)->Send(jpeg, kPiece);
+      return boolean{TRUE};
+    };
+    manager.term_destination = [](j_compress_ptr jpeg) {
+      JpegSink* self = reinterpret_cast<JpegSink*>(jpeg->dest);
+      self->Send(jpeg, kPiece - self->manager.free_in_buffer);
+    };
+  }
+  void Restart() {
+    manager.next_output_byte = buffer.data();
+    manager.free_in_buffer = kPiece;
+  }
+  void Send(j_compress_ptr jpeg, size_t size) {
+    if (!sink->Write(position, buffer.data(), size)) ERREXIT(jpeg, JERR_FILE_WRITE);
+    position += static_cast<int64_t>(size);
+    Restart();
+  }
+};
+
+struct JpegInput {
+  JpegErrors errors;
+  JpegSource source;
+  jpeg_progress_mgr progress = {};
+  jpeg_decompress_struct jpeg = {};
+
+  explicit JpegInput(ByteSource& from) : source(from) {
+    jpeg.err = &errors.manager;
+    progress.progress_monitor = [](j_common_ptr common) {
+      if (reinterpret_cast<j_decompress_ptr>(common)->input_scan_number > kMostScans)
+        ERREXIT(common, JERR_BAD_PROGRESSION);
+    };
+  }
+  ~JpegInput() { jpeg_destroy_decompress(&jpeg); }
+  JpegInput(const JpegInput&) = delete;
+  JpegInput& operator=(const JpegInput&) = delete;
+};
+
+struct JpegOutput {
+  JpegErrors errors;
+  JpegSink sink;
+  jpeg_compress_struct jpeg = {};
+
+  explicit JpegOutput(ByteSink& to) : sink(to) { jpeg.err = &errors.manager; }
+  ~JpegOutput() { jpeg_destroy_compress(&jpeg); }
+  JpegOutput(const JpegOutput&) = delete;
+  JpegOutput& operator=(const JpegOutput&) = delete;
+};
+
+bool IsJpeg(std::span<const uint8_t> start) {
+  return start.size() >= 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
+}
+
+// A number of 2 or 4 bytes in the byte order of the EXIF block; 0 behind its end.
+uint32_t ExifNumber(std::span<const uint8_t> exif, size_t at, size_t size) {
+  uint32_t value = 0;
+  if (at > exif.size() || size > exif.size() - at) return 0;
+  const bool little = exif[0] == 'I';
+  for (size_t i = 0; i < size; ++i) value = value << 8 | exif[at + (little ? size - 1 - i : i)];
+  return value;
+}
+
+// The orientation tag of an APP1 segment with EXIF data, 0 without one.
+int32_t ExifOrientation(std::span<const uint8_t> segment) {
+  constexpr uint8_t kMark[] = {'E', 'x', 'i', 'f', 0, 0};
+  if (segment.size() < 14 || !std::equal(kMark, kMark + 6, segment.begin())) return 0;
+  const auto exif = segment.subspan(6);
+  const size_t directory = ExifNumber(exif, 4, 4);
+  const uint32_t entries = ExifNumber(exif, directory, 2);
+  for (uint32_t i = 0; i < entries; ++i) {
+    const size_t entry = directory + 2 + 12 * size_t{i};
+    if (ExifNumber(exif, entry, 2) == 0x0112) return static_cast<int32_t>(ExifNumber(exif, entry + 8, 2));
+  }
+  return 0;
+}
+
+// A row of four inks to RGB. Files with an Adobe marker hold them inverted: 255 is no ink.
+void InksToRgb(const uint8_t* inks, uint8_t* rgb, int32_t width, bool inverted) {
+  const int flip = inverted ? 0 : 255;
+  for (int32_t x = 0; x < width; ++x)
+    for (int c = 0; c < 3; ++c)
+      rgb[3 * x + c] = static_cast<uint8_t>(((inks[4 * x + c] ^ flip) * (inks[4 * x + 3] ^ flip) + 127) / 255);
+}
+
+// Of pictures whose pixels come in several passes the library holds all coefficients.
+size_t BytesHeld(jpeg_decompress_struct& jpeg) {
+  size_t bytes = 0;
+  for (int c = 0; c < jpeg.num_components && jpeg_has_multiple_scans(&jpeg); ++c)
+    bytes += size_t{jpeg.comp_info[c].width_in_blocks} * jpeg.comp_info[c].height_in_blocks * sizeof(JBLOCK);
+  return bytes;
+}
+
+class JpegReader : public SampleReader {
+ public:
+  explicit JpegReader(ByteSource& source) : in_(source) {
+    jpeg_decompress_struct& jpeg = in_.jpeg;
+    in_.errors.Run([&] {
+      jpeg_create_decompress(&jpeg);
+      jpeg.progress = &in_.progress;
+      jpeg.src = &in_.source.manager;
+      jpeg_save_markers(&jpeg, JPEG_APP0 + 1, 0xFFFF);
+      jpeg_read_header(&jpeg, TRUE);
+      const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE, inks = jpeg.num_components == 4;
+      jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
+      jpeg.dct_method = JDCT_ISLOW;
+    });
+    shape_.Require(jpeg.image_width, jpeg.image_height, jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3, 8);
+    for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
+      if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
+        shape_.turn = TurnOfOrientationTag(tag);
+    if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape_.width));
+    if (BytesHeld(jpeg) > AvailableMemory()) Fail("JPEG: out of memory");
+    in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
+  }
+
+  void Read(uint8_t* row) override {
+    jpeg_decompress_struct& jpeg = in_.jpeg;
+    in_.errors.Run([&] {
+      JSAMPROW target = inkRow_.empty() ? row : inkRow_.data();
+      jpeg_read_scanlines(&jpeg, &target, 1);
+      if (!inkRow_.empty()) InksToRgb(target, row, shape_.width, jpeg.saw_Adobe_marker);
+      if (jpeg.output_scanline == jpeg.output_height) jpeg_finish_decompress(&jpeg);
+    });
+  }
+
+ private:
+  JpegInput in_;
+  Bytes inkRow_;
+};
+
+class JpegWriter : public SampleWriter {
+ public:
+  JpegWriter(ByteSink& sink, const SampleShape& shape, int32_t quality) : out_(sink) {
+    jpeg_compress_struct& jpeg = out_.jpeg;
+    out_.errors.Run([&] {
+      jpeg_create_compress(&jpeg);
+      jpeg.dest = &out_.sink.manager;
+      jpeg.image_width = static_cast<JDIMENSION>(shape.width);
+      jpeg.image_height = static_cast<JDIMENSION>(shape.height);
+      jpeg.input_components = shape.channels;
+      jpeg.in_color_space = shape.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+      jpeg_set_defaults(&jpeg);
+      jpeg_set_quality(&jpeg, quality, TRUE);
+      // Full resolution for the colours: these pictures are looked at closely.
+      jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
+      jpeg_start_compress(&jpeg, TRUE);
+    });
+  }
+  void Write(const uint8_t* row) override {
+    out_.errors.Run([&] {
+      JSAMPROW source = const_cast<uint8_t*>(row);  // which the library leaves alone
+      jpeg_write_scanlines(&out_.jpeg, &source, 1);
+    });
+  }
+  void Finish() override {
+    out_.errors.Run([&] { jpeg_finish_compress(&out_.jpeg); });
+  }
+
+ private:
+  JpegOutput out_;
+};
+
+std::unique_ptr<SampleReader> OpenJpeg(ByteSource& source) { return std::make_unique<JpegReader>(source); }
+
+std::unique_ptr<SampleWriter> CreateJpeg(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) {
+  return std::make_unique<JpegWriter>(sink, shape, choice.quality);
+}
+
+}  // namespace
+
+const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, false, false, IsJpeg, OpenJpeg, CreateJpeg};
+
+}  // namespace norv

@@ -1,0 +1,292 @@
+// TIFF through libtiff. Grey and RGB of 8 or 16 bits are read as they are, palettes and other kinds through
+// the library's conversion to 8-bit RGB.
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <tiffio.h>
+#include <utility>
+
+#include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "platform/memory.h"
+
+namespace norv {
+namespace {
+
+// The library's handle on a source or a sink.
+struct TiffFile {
+  ByteSource* source;
+  ByteSink* sink;
+  int64_t position = 0;
+  int64_t written = 0;  // size of what is written
+  char failure[200] = "not a readable file";
+  TIFF* tiff = nullptr;
+
+  // mode: as the library's own, "r" for a source.
+  TiffFile(ByteSource* from, ByteSink* to, const char* mode) : source(from), sink(to) {
+    TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+    if (!options) Fail("TIFF: out of memory");
+    TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, OnWarning, this);
+    const size_t most = std::min<size_t>(AvailableMemory(), size_t{1} << 40);
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(most));
+    tiff = TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, Close, Size, Map, Unmap, options);
+    TIFFOpenOptionsFree(options);
+    if (!tiff) Fail("TIFF: %s", failure);
+  }
+  ~TiffFile() {
+    if (tiff) TIFFClose(tiff);
+  }
+  TiffFile(const TiffFile&) = delete;
+  TiffFile& operator=(const TiffFile&) = delete;
+
+  void Require(bool fine) const {
+    if (!fine) Fail("TIFF: %s", failure);
+  }
+  template <typename T>
+  T Tag(uint32_t tag, T otherwise) const {
+    T value = otherwise;
+    TIFFGetFieldDefaulted(tiff, tag, &value);
+    return value;
+  }
+
+ private:
+  static int OnError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
+    std::vsnprintf(static_cast<TiffFile*>(self)->failure, sizeof failure, format, arguments);
+    return 1;
+  }
+  static int OnWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+  static tmsize_t Read(thandle_t handle, void* target, tmsize_t size) {
+    TiffFile& self = *static_cast<TiffFile*>(handle);
+    if (!self.source || size < 0) return 0;
+    const size_t got = self.source->Read(self.position, target, static_cast<size_t>(size));
+    self.position += static_cast<int64_t>(got);
+    return static_cast<tmsize_t>(got);
+  }
+  static tmsize_t Write(thandle_t handle, void* bytes, tmsize_t size) {
+    TiffFile& self = *static_cast<TiffFile*>(handle);
+    if (!self.sink || !self.sink->Write(self.position, bytes, static_cast<size_t>(size))) return -1;
+    self.position += size;
+    self.written = std::max(self.written, self.position);
+    return size;
+  }
+  static toff_t Seek(thandle_t handle, toff_t offset, int whence) {
+    TiffFile& self = *static_cast<TiffFile*>(handle);
+    const toff_t origin = whence == SEEK_SET   ? 0
+                          : whence == SEEK_CUR ? static_cast<toff_t>(self.position)
+                                               : Size(handle);
+    self.position = static_cast<int64_t>(std::min<toff_t>(origin + offset, INT64_MAX));
+    return static_cast<toff_t>(self.position);
+  }
+  static int Close(thandle_t) { return 0; }
+  static toff_t Size(thandle_t handle) {
+    const TiffFile& self = *static_cast<TiffFile*>(handle);
+    return static_cast<toff_t>(self.source ? self.source->Size() : self.written);
+  }
+  static int Map(thandle_t, void**, toff_t*) { return 0; }
+  static void Unmap(thandle_t, void*, toff_t) {}
+};
+
+bool IsTiff(std::span<const uint8_t> start) {
+  if (start.size() < 4) return false;
+  const auto is = [&](const char* mark) { return std::memcmp(start.data(), mark, 4) == 0; };
+  return is("II*\0") || is("MM\0*") || is("II+\0") || is("MM\0+");
+}
+
+// What the tags say about the pixels.
+struct TiffLayout {
+  uint32_t width, height;
+  uint16_t bits, channels, photometric, planar, kind, extra = 0;
+  bool tiled;
+
+  explicit TiffLayout(const TiffFile& file)
+      : width(file.Tag<uint32_t>(TIFFTAG_IMAGEWIDTH, 0)),
+        height(file.Tag<uint32_t>(TIFFTAG_IMAGELENGTH, 0)),
+        bits(file.Tag<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1)),
+        channels(file.Tag<uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1)),
+        photometric(file.Tag<uint16_t>(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED)),
+        planar(file.Tag<uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG)),
+        kind(file.Tag<uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT)),
+        tiled(TIFFIsTiled(file.tiff)) {
+    uint16_t count = 0;
+    uint16_t* kinds = nullptr;
+    if (TIFFGetField(file.tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) && count > 0) extra = kinds[0];
+  }
+  bool IsGrey() const { return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE; }
+  bool IsPlain() const {
+    const bool colours = photometric == PHOTOMETRIC_RGB ? channels == 3 || channels == 4 : IsGrey() && channels <= 2;
+    return (bits == 8 || bits == 16) && colours && kind == SAMPLEFORMAT_UINT && channels > 0;
+  }
+};
+
+// Copies a block of `columns` x `rows` pixels, `count` channels of each from `channel` on, to its place; what reaches
+// over the right and lower edge is left out. A block's rows are `columns` pixels long.
+void PlaceBlock(Samples& samples, const uint8_t* block, uint32_t x, uint32_t y, uint32_t columns, uint32_t rows,
+                int32_t channel, int32_t count) {
+  const size_t sample = samples.bits / 8, pixel = sample * samples.channels, part = sample * count;
+  const size_t stride = part * columns;
+  columns = std::min(columns, samples.width - x);
+  rows = std::min(rows, samples.height - y);
+  for (uint32_t r = 0; r < rows; ++r) {
+    uint8_t* target = samples.Row(static_cast<int32_t>(y + r)) + pixel * x + sample * channel;
+    const uint8_t* source = block + stride * r;
+    for (uint32_t c = 0; c < columns; ++c) std::memcpy(target + pixel * c, source + part * c, part);
+  }
+}
+
+// One row of tiles, of which `first` is the picture's uppermost row.
+void ReadTiles(TiffFile& file, Samples& band, uint32_t first, int32_t channel, int32_t count) {
+  const uint32_t tileWidth = file.Tag<uint32_t>(TIFFTAG_TILEWIDTH, 0),
+                 tileHeight = file.Tag<uint32_t>(TIFFTAG_TILELENGTH, 0);
+  const tmsize_t size = TIFFTileSize(file.tiff);
+  file.Require(size > 0 && tileWidth > 0 && tileHeight > 0);
+  const size_t expected = size_t(tileWidth) * tileHeight * count * (band.bits / 8);
+  if (static_cast<size_t>(size) != expected || expected > AvailableMemory()) Fail("TIFF: tiles of an unknown layout");
+  Bytes tile(size);
+  for (uint32_t x = 0; x < uint32_t(band.width); x += tileWidth) {
+    file.Require(TIFFReadTile(file.tiff, tile.data(), x, first, 0, static_cast<uint16_t>(channel)) == size);
+    PlaceBlock(band, tile.data(), x, 0, tileWidth, tileHeight, channel, count);
+  }
+}
+
+void ReadRows(TiffFile& file, Samples& band, uint32_t first, int32_t channel, int32_t count) {
+  const size_t size = size_t(band.width) * count * (band.bits / 8);
+  if (static_cast<size_t>(TIFFScanlineSize(file.tiff)) != size) Fail("TIFF: rows of an unknown layout");
+  Bytes row(size);
+  for (uint32_t r = 0; r < uint32_t(band.height); ++r) {
+    file.Require(TIFFReadScanline(file.tiff, row.data(), first + r, static_cast<uint16_t>(channel)) == 1);
+    PlaceBlock(band, row.data(), 0, r, band.width, 1, channel, count);
+  }
+}
+
+// Undoes what the file does to the values: white as 0, and colours multiplied by alpha.
+template <typename T>
+void PlainValues(Samples& samples, bool whiteIsZero, bool multiplied) {
+  constexpr uint32_t kMost = static_cast<T>(-1);
+  T* values = reinterpret_cast<T*>(samples.bytes.data());
+  const int32_t channels = samples.channels, colours = channels == 2 || channels == 4 ? channels - 1 : channels;
+  const int64_t pixels = int64_t{samples.width} * samples.height;
+  for (int64_t i = 0; i < pixels; ++i, values += channels)
+    for (int32_t k = 0; k < colours; ++k) {
+      if (whiteIsZero) values[k] = static_cast<T>(kMost - values[k]);
+      const uint64_t alpha = multiplied ? values[channels - 1] : kMost;
+      if (alpha > 0 && alpha < kMost)
+        values[k] = static_cast<T>(std::min<uint64_t>(kMost, (uint64_t{values[k]} * kMost + alpha / 2) / alpha));
+    }
+}
+
+// Rows of a file whose samples are plain, from a band of them: a row of tiles, the strip of every separate plane, or
+// just the next row.
+class TiffReader : public SampleReader {
+ public:
+  explicit TiffReader(ByteSource& source) : file_(&source, nullptr, "rm"), layout_(file_) {
+    if (!layout_.IsPlain()) return;
+    shape_.Require(layout_.width, layout_.height, layout_.channels, layout_.bits);
+    shape_.turn = TurnOfOrientationTag(file_.Tag<uint16_t>(TIFFTAG_ORIENTATION, 1));
+    separate_ = layout_.planar == PLANARCONFIG_SEPARATE && layout_.channels > 1;
+    const uint32_t rows = layout_.tiled ? file_.Tag<uint32_t>(TIFFTAG_TILELENGTH, 0)
+                          : separate_   ? file_.Tag<uint32_t>(TIFFTAG_ROWSPERSTRIP, 0)
+                                        : 1;
+    bandRows_ = static_cast<int32_t>(std::clamp<uint32_t>(rows, 1, layout_.height));
+  }
+  bool IsPlain() const { return layout_.IsPlain(); }
+  Samples ReadConverted();
+
+  void Read(uint8_t* row) override {
+    const int32_t at = next_++ % bandRows_;
+    if (at == 0) ReadBand(next_ - 1);
+    std::copy_n(band_.Row(at), shape_.RowBytes(), row);
+  }
+
+ private:
+  void ReadBand(int32_t first) {
+    const int32_t rows = std::min(bandRows_, shape_.height - first);
+    if (band_.height != rows) band_.Allocate(shape_.width, rows, shape_.channels, shape_.bits);
+    for (int32_t channel = 0; channel < (separate_ ? shape_.channels : 1); ++channel)
+      (layout_.tiled ? ReadTiles : ReadRows)(file_, band_, first, channel, separate_ ? 1 : shape_.channels);
+    const bool whiteIsZero = layout_.photometric == PHOTOMETRIC_MINISWHITE;
+    const bool multiplied = layout_.extra == EXTRASAMPLE_ASSOCALPHA && layout_.channels % 2 == 0;
+    if (whiteIsZero || multiplied)
+      (layout_.bits == 8 ? PlainValues<uint8_t> : PlainValues<uint16_t>)(band_, whiteIsZero, multiplied);
+  }
+
+  TiffFile file_;
+  TiffLayout layout_;
+  bool separate_ = false;
+  int32_t bandRows_ = 1, next_ = 0;
+  Samples band_;
+};
+
+// The library's own way to colours, which takes the whole picture.
+Samples TiffReader::ReadConverted() {
+  char reason[1024];
+  const TiffLayout& layout = layout_;
+  if (!TIFFRGBAImageOK(file_.tiff, reason)) Fail("TIFF: %s", reason);
+  if (layout.bits > 8 || layout.kind != SAMPLEFORMAT_UINT) Fail("TIFF: samples of %d bits of this kind", layout.bits);
+  Samples samples;
+  samples.Allocate(layout.width, layout.height, layout.IsGrey() ? 1 : 3, 8);
+  const size_t count = size_t(layout.width) * layout.height;
+  if (count * sizeof(uint32_t) > AvailableMemory()) Fail("TIFF: out of memory");
+  std::vector<uint32_t> pixels(count);
+  file_.Require(
+      TIFFReadRGBAImageOriented(file_.tiff, layout.width, layout.height, pixels.data(), ORIENTATION_TOPLEFT, 1));
+  uint8_t* target = samples.bytes.data();
+  for (const uint32_t pixel : pixels)
+    for (int32_t k = 0; k < samples.channels; ++k) *target++ = static_cast<uint8_t>(pixel >> (8 * k));
+  return samples;
+}
+
+std::unique_ptr<SampleReader> OpenTiff(ByteSource& source) {
+  auto reader = std::make_unique<TiffReader>(source);
+  if (!reader->IsPlain()) return ReadHeld(reader->ReadConverted());
+  return reader;
+}
+
+// Offsets of 64 bits where those of 32 might not do: compression makes noise half as large again.
+const char* ModeFor(const SampleShape& shape) {
+  return shape.RowBytes() * shape.height > (size_t{5} << 29) ? "w8m" : "wm";
+}
+
+class TiffWriter : public SampleWriter {
+ public:
+  TiffWriter(ByteSink& sink, const SampleShape& shape) : file_(nullptr, &sink, ModeFor(shape)), row_(shape.RowBytes()) {
+    const auto set = [&](uint32_t tag, auto value) { file_.Require(TIFFSetField(file_.tiff, tag, value)); };
+    set(TIFFTAG_IMAGEWIDTH, shape.width);
+    set(TIFFTAG_IMAGELENGTH, shape.height);
+    set(TIFFTAG_BITSPERSAMPLE, shape.bits);
+    set(TIFFTAG_SAMPLESPERPIXEL, shape.channels);
+    set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    set(TIFFTAG_PHOTOMETRIC, shape.channels > 2 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+    set(TIFFTAG_COMPRESSION, COMPRESSION_LZW);
+    set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+    set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file_.tiff, 0));
+    const uint16_t kind = EXTRASAMPLE_UNASSALPHA;
+    if (shape.channels % 2 == 0) file_.Require(TIFFSetField(file_.tiff, TIFFTAG_EXTRASAMPLES, 1, &kind));
+  }
+  void Write(const uint8_t* row) override {
+    std::copy_n(row, row_.size(), row_.data());
+    file_.Require(TIFFWriteScanline(file_.tiff, row_.data(), next_++, 0) == 1);
+  }
+  void Finish() override {
+    file_.Require(TIFFWriteDirectory(file_.tiff));
+    file_.Require(TIFFFlush(file_.tiff));
+    TIFFClose(std::exchange(file_.tiff, nullptr));
+  }
+
+ private:
+  TiffFile file_;
+  uint32_t next_ = 0;
+  Bytes row_;  // the predictor works in place
+};
+
+std::unique_ptr<SampleWriter> CreateTiff(ByteSink& sink, const SampleShape& shape, const EncodingChoice&) {
+  return std::make_unique<TiffWriter>(sink, shape);
+}
+
+}  // namespace
+
+const Codec kTiff = {"TIFF", {"tif", "tiff"}, true, true, IsTiff, OpenTiff, CreateTiff};
+
+}  // namespace norv

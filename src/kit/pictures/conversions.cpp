@@ -1,0 +1,89 @@
+#include "kit/pictures/conversions.h"
+
+#include <algorithm>
+
+#include "kit/failure.h"
+#include "restore/bit_process.h"
+
+namespace norv {
+namespace {
+
+constexpr int32_t kAlphaFormat = kWithFourth | 7;
+
+}  // namespace
+
+// The bytes of a pixel stand from the third value to the first.
+Picture ToPicture(const BitImage& image) {
+  Picture picture(image.width, image.height, 3);
+  for (int32_t r = 0; r < image.height; ++r)
+    for (int32_t x = 0; x < image.width; ++x)
+      for (int k = 0; k < 3; ++k) picture.plane[k].z[r][x] = image.rows[r][3 * x + 2 - k];
+  return picture;
+}
+
+BitImage ToBitImage(const FloatImage& image) {
+  BitImage bytes(image.width, image.height);
+  std::fill_n(bytes.pixels.get(), bytes.size, uint8_t{0});  // the padding
+  PasteToBitImage(bytes, 0, 0, image, nullptr, 0, 0, 0, 0);
+  return bytes;
+}
+
+int32_t FloatFormatOf(const PictureShape& shape) { return shape.channels % 2 == 0 ? kAlphaFormat : kDefaultFormat; }
+
+FloatImage ToFloatImage(Picture picture) {
+  FloatImage image(0, 0, FloatFormatOf(picture.Shape()));
+  if (picture.HasAlpha()) image.plane[3].swap(picture.Alpha());
+  if (picture.IsGrey())
+    for (int k = 1; k < 3; ++k) picture.plane[k] = picture.plane[0];
+  for (int k = 0; k < 3; ++k) image.plane[k].swap(picture.plane[k]);
+  image.RefreshSize();
+  return image;
+}
+
+Picture ToPicture(FloatImage image) {
+  if (image.planes == 0) Fail("the image has the unknown format %d", image.format);
+  Picture picture;
+  picture.channels = ModelOf(image.format) == kWithFourth ? 4 : 3;
+  if (picture.HasAlpha()) picture.Alpha().swap(image.plane[3]);
+  if (!picture.HasAlpha()) image.ConvertTo(kDefaultFormat);
+  for (int k = 0; k < 3; ++k) picture.plane[k].swap(image.plane[k]);
+  return picture;
+}
+
+Picture GreyPicture(matrix plane) {
+  Picture picture;
+  picture.channels = 1;
+  picture.plane[0].swap(plane);
+  return picture;
+}
+
+matrix LuminanceOf(const Picture& picture) {
+  if (picture.IsGrey()) return picture.plane[0];
+  matrix luminance(picture.Width(), picture.Height());
+  const PixelFunction toLuminance = FindModel(kLuminance)->toModel;
+  for (int32_t i = 0; i < luminance.mn; ++i) {
+    const float display[3] = {picture.plane[0].x[i], picture.plane[1].x[i], picture.plane[2].x[i]};
+    float model[3];
+    luminance.x[i] = toLuminance(model, display)[0];
+  }
+  return luminance;
+}
+
+FloatImage LoadFloatImage(const std::string& path) {
+  FloatImage image;
+  if (image.Load(path, Folder::asGiven)) throw SaidFailure();
+  return image;
+}
+
+void SaveFloatImage(const std::string& path, const FloatImage& image) {
+  if (image.Save(path, Folder::asGiven)) throw SaidFailure();
+}
+
+Picture LoadImage(const std::string& path) { return ReadAll(*OpenImage(path)); }
+
+int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
+  const PictureShape shape = picture.Shape();
+  return CopyRows(*ReadHeld(std::move(picture)), *CreateImage(path, shape, choice));
+}
+
+}  // namespace norv

@@ -1,0 +1,89 @@
+#include "kit/pictures/restore_presets.h"
+
+#include <algorithm>
+
+#include "kit/failure.h"
+
+namespace norv {
+namespace {
+
+// What a preset chooses; all of them work on the luminance with the cubic kernel and axis differences (type 5).
+struct PresetRow {
+  const char* name;
+  int32_t factor;
+  float lambdaCross, lambda, deltaCross, delta;
+  int32_t iterations;
+  float orientationScale, emphasis;
+};
+
+constexpr PresetRow kPresets[] = {
+    {"clean", 2, 0.06f, 0.035f, 5, 3, 2, 0.7f, 0.25f},
+    {"clean", 3, 0.06f, 0.035f, 2, 1.5f, 5, 0.4f, 0.4f},
+    {"clean", 4, 0.06f, 0.035f, 1, 1, 9, 0.3f, 0.5f},
+    {"compressed", 2, 0.6f, 0.3f, 5, 3, 2, 0.7f, 0},
+    {"compressed", 3, 0.8f, 0.4f, 2, 1.5f, 5, 0.4f, 0},
+    {"compressed", 4, 1, 0.5f, 1, 1, 9, 0.3f, 0},
+    {"noisy", 2, 1, 0.5f, 5, 3, 2, 0.7f, 0},
+    {"noisy", 3, 1, 0.5f, 2, 1.5f, 5, 0.4f, 0},
+    {"noisy", 4, 1, 0.5f, 1, 1, 9, 0.3f, 0},
+};
+
+using P = RestoreParameters;
+constexpr RestoreKnob kKnobs[] = {
+    {"--kernel",
+     "how the picture was made small: -1 to -5 cubic, 0 box, 1 tent, 2 to 5 and 15 Lanczos, -11 to -22 "
+     "and -31 to -35 Gaussian",
+     &P::kernel},
+    {"--lambda-cross", "smoothing along edges", &P::lambdaCross},
+    {"--lambda", "smoothing in every direction", &P::lambda},
+    {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross},
+    {"--delta", "grey levels above which a difference counts as an edge", &P::delta},
+    {"--shape-cross", "type 6: how much large differences along edges are punished, below 1 less", &P::shapeCross},
+    {"--shape-dot", "type 6: how much large differences across edges are punished, below 1 less", &P::shapeDot},
+    {"--steps", "inner steps of every iteration", &P::steps},
+    {"--iterations", "iterations of each pass", &P::iterations},
+    {"--orientation-scale", "smoothing of the edges' directions, in pixels of the picture", &P::orientationScale},
+    {"--emphasis", "sharpening between the passes; 0: one pass only", &P::emphasis},
+    {"--representation", "what is restored: 0 every plane, 1 to 3 luminance, 4 every plane, 5 decorrelated colours",
+     &P::representation},
+    {"--type", "of the regulariser, -1 to 7", &P::type},
+    {"--edge-threshold", "type 3: grey levels from which on a pixel is an edge", &P::edgeThreshold},
+};
+
+const PresetRow& RowOf(const std::string& name, int32_t factor) {
+  const int32_t nearest = std::clamp(factor, 2, 4);
+  for (const PresetRow& row : kPresets)
+    if (row.name == name && row.factor == nearest) return row;
+  Fail("there is no preset %s", name.c_str());
+}
+
+}  // namespace
+
+const std::vector<std::string>& RestorePresetNames() {
+  static const std::vector<std::string> kNames = {"clean", "compressed", "noisy"};
+  return kNames;
+}
+
+RestoreParameters RestorePreset(const std::string& name, int32_t factor) {
+  const PresetRow& row = RowOf(name, factor);
+  RestoreParameters parameters{};
+  parameters.factor = factor;
+  parameters.kernel = -1;
+  parameters.lambdaCross = row.lambdaCross;
+  parameters.lambda = row.lambda;
+  parameters.deltaCross = row.deltaCross;
+  parameters.delta = row.delta;
+  parameters.shapeCross = parameters.shapeDot = 0.8f;
+  parameters.steps = 17;
+  parameters.iterations = row.iterations;
+  parameters.orientationScale = row.orientationScale;
+  parameters.emphasis = row.emphasis;
+  parameters.representation = 1;
+  parameters.type = 5;
+  parameters.edgeThreshold = 25;
+  return parameters;
+}
+
+std::span<const RestoreKnob> RestoreKnobs() { return kKnobs; }
+
+}  // namespace norv

@@ -1,0 +1,171 @@
+#include "kit/training/training_pictures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <sstream>
+
+#include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/quality.h"
+#include "kit/pictures/scale.h"
+#include "net/enlarge.h"
+#include "platform/console.h"
+#include "platform/team.h"
+#include "train/training_pairs.h"
+
+namespace norv {
+namespace {
+
+// Cubic convolution: keeps edges sharp, and what its overshoots leave the range by is cut.
+constexpr int32_t kReduceOrder = -1;
+constexpr int32_t kSmallestSide = 7;  // of a shrunk picture, for a single pair
+
+bool IsPictureName(const std::string& name) {
+  const std::string extension = ExtensionOf(name);
+  return CodecOfName(name) || extension == "fdib" || extension == "mat" || extension == "bit";
+}
+
+std::vector<std::string> PicturesIn(const std::string& folder) {
+  std::error_code error;
+  std::vector<std::string> names;
+  std::filesystem::directory_iterator entry(folder, error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (IsPictureName(name) && !std::filesystem::is_directory(entry->path())) names.push_back(name);
+  }
+  if (error) Fail("cannot read the folder %s: %s", folder.c_str(), error.message().c_str());
+  if (names.empty()) Fail("there are no pictures in %s", folder.c_str());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// FNV-1a (Fowler, Noll, Vo), 64 bits.
+uint64_t HashOf(const std::string& name) {
+  uint64_t hash = 14695981039346656037u;
+  for (const unsigned char c : name) hash = (hash ^ c) * 1099511628211u;
+  return hash;
+}
+
+void Clamp(matrix& plane) {
+  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::min(255.0f, std::max(0.0f, plane.x[i]));
+}
+
+void RoundToLevels(matrix& plane) {
+  Clamp(plane);
+  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::floor(plane.x[i] + 0.5f);
+}
+
+double PsnrInside(const matrix& a, const matrix& b, int32_t border) {
+  return Psnr(WithoutBorder(a, border), WithoutBorder(b, border));
+}
+
+HeldOut MakeHeldOut(matrix plane, int32_t factor, int32_t shrinkOrder) {
+  HeldOut picture;
+  CropToMultiple(plane, factor);
+  picture.original = plane;
+  Picture low = ShrinkPicture(GreyPicture(std::move(plane)), factor, shrinkOrder);
+  RoundToLevels(low.plane[0]);
+  const auto psnr = [&](Interpolation interpolation) {
+    return PsnrInside(picture.original, InterpolatePicture(low, factor, interpolation).plane[0], 2 * factor);
+  };
+  picture.cubic = psnr(Interpolation::cubic);
+  picture.lanczos = psnr(Interpolation::lanczos);
+  picture.low.swap(low.plane[0]);
+  return picture;
+}
+
+}  // namespace
+
+TrainingPictures::TrainingPictures(const PicturePlan& plan) : plan_(plan), names_(PicturesIn(plan.folder)) {
+  const std::string& valid = plan.valid;
+  if (valid.find_first_not_of("0123456789") != std::string::npos)
+    HoldOutNamed();
+  else
+    HoldOutByHash(valid.empty() ? (names_.size() + 9) / 10 : std::strtoul(valid.c_str(), nullptr, 10));
+  if (heldOut_.empty()) Fail("no picture of %s is left to be held out", plan.folder.c_str());
+  if (names_.empty()) Fail("no picture of %s is left to train on", plan.folder.c_str());
+}
+
+matrix TrainingPictures::LoadOrWarn(const std::string& name) const {
+  const std::string path = (std::filesystem::path(plan_.folder) / name).string();
+  Picture picture;
+  try {
+    picture = LoadImage(path);
+  } catch (const Failure& failure) {
+    Warn("%s; the picture is left out", failure.what());
+    return {};
+  } catch (const char* message) {
+    Warn("%s: %s; the picture is left out", path.c_str(), message);
+    return {};
+  } catch (const SaidFailure&) {
+    return {};
+  }
+  const int32_t smallest = kSmallestSide * plan_.factor * plan_.reduce;
+  if (std::min(picture.Width(), picture.Height()) < smallest) {
+    Warn("%s is left out: %d x %d pixels, less than %d on a side", path.c_str(), picture.Width(), picture.Height(),
+         smallest);
+    return {};
+  }
+  matrix plane = LuminanceOf(picture);
+  if (plan_.reduce > 1) plane.swap(ShrinkPicture(GreyPicture(std::move(plane)), plan_.reduce, kReduceOrder).plane[0]);
+  Clamp(plane);
+  return plane;
+}
+
+bool TrainingPictures::HoldOut(const std::string& name) {
+  names_.erase(std::find(names_.begin(), names_.end(), name));
+  matrix plane = LoadOrWarn(name);
+  if (plane.mn == 0) return false;
+  HeldOut picture = MakeHeldOut(std::move(plane), plan_.factor, plan_.shrinkOrder);
+  if (std::isinf(picture.cubic) || std::isinf(picture.lanczos)) {
+    Warn("%s is left out: nothing in it can be measured", name.c_str());
+    return false;
+  }
+  heldOut_.push_back(std::move(picture));
+  return true;
+}
+
+void TrainingPictures::HoldOutNamed() {
+  std::istringstream list(plan_.valid);
+  for (std::string name; std::getline(list, name, ',');) {
+    if (std::find(names_.begin(), names_.end(), name) == names_.end())
+      Fail("there is no picture %s in %s", name.c_str(), plan_.folder.c_str());
+    HoldOut(name);
+  }
+}
+
+void TrainingPictures::HoldOutByHash(size_t count) {
+  std::vector<std::string> byHash = names_;
+  std::stable_sort(byHash.begin(), byHash.end(),
+                   [](const std::string& a, const std::string& b) { return HashOf(a) < HashOf(b); });
+  size_t held = 0;
+  for (size_t i = 0; i < byHash.size() && held < count; ++i) held += HoldOut(byHash[i]);
+}
+
+void TrainingPictures::ForTraining(const std::function<void(matrix&)>& use) const {
+  bool any = false;
+  for (const std::string& name : names_) {
+    matrix plane = LoadOrWarn(name);
+    if (plane.mn == 0) continue;
+    any = true;
+    use(plane);
+  }
+  if (!any) Fail("no picture of %s is left to train on", plan_.folder.c_str());
+}
+
+double ValidationPsnr(const NeuralNet& net, const std::vector<HeldOut>& pictures, int32_t threads) {
+  std::vector<double> psnr(pictures.size());
+  ParallelFor(threads, static_cast<int64_t>(pictures.size()), [&](int64_t i) {
+    const HeldOut& picture = pictures[i];
+    matrix large;
+    NetEnlargeChannel(net, picture.low, large);
+    psnr[i] = PsnrInside(picture.original, large, 2 * (picture.original.m / picture.low.m));
+  });
+  double sum = 0;
+  for (const double value : psnr) sum += value;
+  return sum / static_cast<double>(psnr.size());
+}
+
+}  // namespace norv

@@ -1,0 +1,51 @@
+// A training from a folder of pictures to a network, with everything that it leaves in its own folder:
+//   test.dat   the shuffled pairs                    last.net   the network after the last epoch
+//   log.csv    a line an epoch                       best.net   that of the best epoch on the held-out pictures
+//   curve.svg  the log drawn
+#pragma once
+
+#include <string>
+
+#include "kit/training/start_net.h"
+#include "kit/training/training_log.h"
+#include "kit/training/training_pictures.h"
+#include "train/train.h"
+
+namespace norv {
+
+struct TrainingPlan {
+  PicturePlan pictures;
+  std::string folder;  // of the results
+  NetPlan net;         // to start from
+  TrainingOptions options{.iters = 10};
+  bool resume = false;  // go on with what the folder holds; pairs and epochs that are there are not made again
+};
+
+class TrainingRun {
+ public:
+  // Reads the pictures and makes ready all but the epochs. Throws a Failure when the folder's contents and the plan do
+  // not go together: a training without resume, another network or other held-out pictures.
+  explicit TrainingRun(const TrainingPlan& plan);
+
+  // The epochs that the log lacks, each reported on standard output and complete on the disk before the next begins.
+  // Throws Interrupted when it was stopped, what was learned so far being in last.net.
+  void Run();
+
+ private:
+  std::string Path(const char* name) const;
+  void PrepareFolder();
+  void LoadOrStart();
+  void RequireSamePictures(const EpochRecord& logged) const;
+  void MakePairs() const;
+  void LoadPairs();
+  void RunEpoch(int32_t epoch);
+  void Keep(EpochRecord record);
+
+  TrainingPlan plan_;
+  TrainingPictures pictures_;
+  NeuralNet net_;
+  TrainingSet set_;
+  TrainingLog log_;
+};
+
+}  // namespace norv

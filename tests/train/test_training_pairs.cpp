@@ -1,0 +1,144 @@
+#include <doctest/doctest.h>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "raster/filters.h"
+#include "raster/orient.h"
+#include "raster/separable.h"
+#include "support/samples.h"
+#include "support/scratch.h"
+#include "train/training_pairs.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+matrix MakePicture(int32_t w, int32_t h, uint32_t seed = 3) {
+  matrix picture(w, h);
+  Noise noise(seed);
+  for (int32_t i = 0; i < picture.mn; ++i) picture.x[i] = 127.5f + 127.5f * noise();
+  return picture;
+}
+
+constexpr float kScale = 0.003921569f;
+
+// The inputs of one pixel and orientation in the long way: the neighbourhood as a matrix, turned, written out.
+void AppendInputs(std::vector<float>& out, const matrix& low, int32_t r, int32_t c, int32_t Nin, int32_t k) {
+  const int32_t radius = Nin == 8 ? 1 : Nin == 24 ? 2 : 3, side = 2 * radius + 1;
+  const bool centred = Nin < 49;
+  matrix around(side, side), turned;
+  for (int32_t i = 0; i < side; ++i)
+    for (int32_t j = 0; j < side; ++j) {
+      const float P = low.z[r - radius + i][c - radius + j];
+      around.z[i][j] = centred ? (P - low.z[r][c]) * kScale : P * kScale;
+    }
+  OrientMatrix(turned, around, k);
+  if (Nin == 72) {
+    for (int32_t t = 0; t < 6; ++t)
+      for (int32_t j = 0; j < 6; ++j) {
+        out.push_back(turned.z[t][j] - turned.z[t + 1][j + 1]);
+        out.push_back(turned.z[t + 1][j] - turned.z[t][j + 1]);
+      }
+    return;
+  }
+  for (int32_t i = 0; i < turned.mn; ++i)
+    if (!centred || i != turned.mn / 2) out.push_back(turned.x[i]);
+}
+
+std::vector<float> PairsTheLongWay(const matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder) {
+  const int32_t f = Ny == 16 ? 4 : 2, w = picture.m / f, h = picture.n / f;
+  matrix cropped(w * f, h * f), low(w, h), kernel, block(f, f), turned;
+  for (int32_t r = 0; r < h * f; ++r)
+    for (int32_t c = 0; c < w * f; ++c) cropped.z[r][c] = picture.z[r][c];
+  ShrinkKernel(kernel, f, shrinkOrder);
+  ShrinkMatrix(low, cropped, kernel);
+  std::vector<float> records;
+  for (int32_t r = 3; r <= h - 4; ++r)
+    for (int32_t c = 3; c <= w - 4; ++c) {
+      for (int32_t i = 0; i < f; ++i)
+        for (int32_t j = 0; j < f; ++j) block.z[i][j] = (cropped.z[f * r + i][f * c + j] - low.z[r][c]) * kScale;
+      for (int32_t k = 0; k < 8; ++k) {
+        AppendInputs(records, low, r, c, Nin, k);
+        OrientMatrix(turned, block, k);
+        records.insert(records.end(), turned.x, turned.x + Ny);
+      }
+    }
+  return records;
+}
+
+}  // namespace
+
+TEST_CASE("training pairs: all layouts and filters, every pixel in eight orientations, in the set and in the file") {
+  const ScratchFolder folder;
+  for (const int32_t Nin : {8, 24, 48, 49, 72})
+    for (const auto& [Ny, w, h] : {std::tuple(4, 19, 17), std::tuple(16, 39, 34)})
+      for (const int32_t order : {-1, 0, 3}) {
+        CAPTURE(Nin);
+        CAPTURE(Ny);
+        CAPTURE(order);
+        const matrix original = MakePicture(w, h);
+        const std::vector<float> expected = PairsTheLongWay(original, Nin, Ny, order);
+        matrix picture = original;
+        TrainingSet set;
+        BuildTrainingPairs(set, picture, Nin, Ny, order);
+        CHECK(set.N == (picture.m / (Ny == 16 ? 4 : 2) - 6) * (picture.n / (Ny == 16 ? 4 : 2) - 6) * 8);
+        const std::string bytes = FileBytes(set);
+        CHECK(bytes.substr(12) == BytesOf(expected.data(), expected.size()));
+        picture = original;
+        WriteTrainingPairs(folder / "set", picture, Nin, Ny, order);
+        CHECK(ReadBytes(folder / "set") == bytes);
+      }
+}
+
+TEST_CASE("training pairs: more pictures are added behind the counted records") {
+  const ScratchFolder folder;
+  matrix first = MakePicture(20, 18), second = MakePicture(26, 17, 4);
+  WriteTrainingPairs(folder / "set", first, 24, 4, 0);
+  const std::string before = ReadBytes(folder / "set");
+  // What an interrupted append left, longer than what comes now.
+  WriteBytes(folder / "set", before + std::string(1000000, 'x'));
+  AppendTrainingPairs(folder / "set", second, -2);
+  TrainingSet set, added;
+  LoadTrainingSet(set, folder / "set", Folder::asGiven);
+  BuildTrainingPairs(added, second, 24, 4, -2);
+  CHECK(set.N == 4 * 3 * 8 + 7 * 2 * 8);
+  CHECK(FileBytes(set).substr(12) == before.substr(12) + FileBytes(added).substr(12));
+}
+
+TEST_CASE("training pairs: what gives none is refused with its reason and the file is kept") {
+  const ScratchFolder folder;
+  matrix good = MakePicture(20, 18);
+  WriteTrainingPairs(folder / "set", good, 8, 4, 0);
+  const std::string before = ReadBytes(folder / "set");
+  const auto refused = [&](int32_t w, int32_t h, int32_t Nin, int32_t Ny, int32_t order, const char* reason) {
+    matrix picture = MakePicture(w, h);
+    CHECK_THROWS_WITH_AS(WriteTrainingPairs(folder / "set", picture, Nin, Ny, order), doctest::Contains(reason),
+                         const char*);
+    CHECK(ReadBytes(folder / "set") == before);
+  };
+  refused(13, 20, 8, 4, 0, "too small");
+  refused(20, 27, 8, 16, 0, "too small");
+  refused(0, 0, 8, 4, 0, "too small");
+  refused(20, 20, 9, 4, 0, "inputs");
+  refused(20, 20, 8, 9, 0, "outputs");
+  refused(20, 20, 8, 4, -6, "filter");
+  refused(20, 20, 8, 4, 65, "filter");
+  CHECK_THROWS_WITH_AS(AppendTrainingPairs(folder / "missing", good, 0), "PROBLEM OPENING FILE!", const char*);
+  matrix tiny = MakePicture(8, 8);
+  CHECK_THROWS_AS(AppendTrainingPairs(folder / "set", tiny, 0), const char*);
+  CHECK(ReadBytes(folder / "set") == before);
+}
+
+TEST_CASE("cropping keeps the top left part") {
+  matrix picture = MakePicture(11, 7);
+  const matrix before = picture;
+  CropToMultiple(picture, 4);
+  REQUIRE(picture.m == 8);
+  REQUIRE(picture.n == 4);
+  CHECK(picture.mn == 32);
+  for (int32_t r = 0; r < 4; ++r)
+    for (int32_t c = 0; c < 8; ++c) CHECK(picture.z[r][c] == before.z[r][c]);
+  CHECK(picture.z[3] == picture.x + 24);
+}

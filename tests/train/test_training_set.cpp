@@ -1,0 +1,132 @@
+#include <algorithm>
+#include <doctest/doctest.h>
+#include <string>
+#include <vector>
+
+#include "support/samples.h"
+#include "support/scratch.h"
+#include "train/training_set.h"
+
+using namespace norv;
+using namespace norv::test;
+
+namespace {
+
+std::vector<std::string> SortedRecords(const std::string& file, size_t recordBytes) {
+  std::vector<std::string> records;
+  for (size_t i = 12; i < file.size(); i += recordBytes) records.push_back(file.substr(i, recordBytes));
+  std::sort(records.begin(), records.end());
+  return records;
+}
+
+std::string Header(int32_t N, int32_t Nin, int32_t Ny) {
+  const int32_t header[] = {N, Nin, Ny};
+  return BytesOf(header, 3);
+}
+
+}  // namespace
+
+TEST_CASE("training set: its file is the counts and the records, read or mapped") {
+  const ScratchFolder folder;
+  const TrainingSet set = MakeSamples(7, 8, 4);
+  SaveTrainingSet(set, folder / "set", Folder::asGiven);
+  CHECK(ReadBytes(folder / "set") == FileBytes(set));
+  for (const int64_t memory : {int64_t{1} << 30, int64_t{0}}) {
+    TrainingSet read = MakeSamples(3, 2, 1);
+    LoadTrainingSet(read, folder / "set", Folder::asGiven, memory);
+    CHECK(FileBytes(read) == FileBytes(set));
+    CHECK((read.file != nullptr) == (memory == 0));
+    CHECK(read.Target(6)[3] == set.block[7 * 12 - 1]);
+  }
+}
+
+TEST_CASE("training set: the same sizes keep the values, others and none do not") {
+  TrainingSet set = MakeSamples(3, 8, 4);
+  const std::string before = FileBytes(set);
+  CreateTrainingSet(set, 3, 8, 4);
+  CHECK(FileBytes(set) == before);
+  CreateTrainingSet(set, 2, 8, 16);
+  CHECK(set.RecordFloats() == 24);
+  ClearTrainingSet(set);
+  CHECK(set.N == 0);
+  const ScratchFolder folder;
+  SaveTrainingSet(set, folder / "empty", Folder::asGiven);
+  CHECK(ReadBytes(folder / "empty").size() == 12);
+  LoadTrainingSetShuffled(set, folder / "empty", Folder::asGiven);
+  CHECK(set.N == 0);
+}
+
+TEST_CASE("training set: a set that memory cannot hold is the out-of-memory message") {
+  TrainingSet set = MakeSamples(2, 8, 4);
+  CHECK_THROWS_WITH_AS(CreateTrainingSet(set, 2000000000, 2000000000, 4),
+                       doctest::Contains("Out of memory!\n\nFailed to allocate 16000000032000.00 MB"), const char*);
+  CHECK(set.N == 0);
+}
+
+TEST_CASE("shuffling: every road gives a new order of the very records") {
+  const ScratchFolder folder;
+  const TrainingSet set = MakeSamples(5000, 8, 4);
+  const std::string original = FileBytes(set);
+  std::string previous = original;
+  // Mapped; in eight parts; record by record; in memory.
+  for (const int64_t memory : {int64_t{1} << 30, int64_t{60000}, int64_t{1}, int64_t{-1}}) {
+    if (memory == 1)
+      WriteBytes(folder / "set", FileBytes(MakeSamples(50, 8, 4)));
+    else
+      WriteBytes(folder / "set", original);
+    const std::string before = ReadBytes(folder / "set");
+    if (memory >= 0) {
+      ShuffleTrainingFile(folder / "set", Durability::scratch, memory);
+    } else {
+      TrainingSet shuffled;
+      LoadTrainingSetShuffled(shuffled, folder / "set", Folder::asGiven);
+      SaveTrainingSet(shuffled, folder / "set", Folder::asGiven);
+    }
+    const std::string after = ReadBytes(folder / "set");
+    CHECK(after != before);
+    CHECK(after != previous);
+    CHECK(after.substr(0, 12) == before.substr(0, 12));
+    CHECK(SortedRecords(after, 48) == SortedRecords(before, 48));
+    previous = after;
+  }
+}
+
+TEST_CASE("training set: bytes behind the counted records are nobody's business") {
+  const ScratchFolder folder;
+  const TrainingSet set = MakeSamples(4, 8, 4);
+  WriteBytes(folder / "set", FileBytes(set) + "left by an append that was interrupted");
+  TrainingSet read;
+  LoadTrainingSet(read, folder / "set", Folder::asGiven);
+  CHECK(FileBytes(read) == FileBytes(set));
+  ShuffleTrainingFile(folder / "set");
+  CHECK(ReadBytes(folder / "set").size() == FileBytes(set).size());
+}
+
+TEST_CASE("training set: damaged files are refused, the set is empty and the file untouched") {
+  const ScratchFolder folder;
+  const std::string good = FileBytes(MakeSamples(4, 8, 4));
+  const std::string damaged[] = {"",
+                                 good.substr(0, 11),
+                                 good.substr(0, good.size() - 1),
+                                 Header(-1, 8, 4) + good.substr(12),
+                                 Header(4, -8, 40) + good.substr(12),
+                                 Header(4, 8, -4) + good.substr(12),
+                                 Header(2147483647, 2147483647, 2147483647) + good.substr(12),
+                                 Header(2147483647, 0, 0)};
+  for (const std::string& bytes : damaged) {
+    WriteBytes(folder / "set", bytes);
+    TrainingSet set = MakeSamples(2, 8, 4);
+    CHECK_THROWS_WITH_AS(LoadTrainingSet(set, folder / "set", Folder::asGiven), "PROBLEM OPENING FILE!", const char*);
+    CHECK(set.N == 0);
+    set = MakeSamples(2, 8, 4);
+    CHECK_THROWS_WITH_AS(LoadTrainingSetShuffled(set, folder / "set", Folder::asGiven), "PROBLEM OPENING FILE!",
+                         const char*);
+    CHECK(set.N == 0);
+    CHECK_THROWS_WITH_AS(ShuffleTrainingFile(folder / "set"), "PROBLEM OPENING FILE!", const char*);
+    CHECK(ReadBytes(folder / "set") == bytes);
+  }
+  TrainingSet set;
+  CHECK_THROWS_WITH_AS(LoadTrainingSet(set, folder / "missing", Folder::asGiven), "PROBLEM OPENING FILE!", const char*);
+  CHECK_THROWS_WITH_AS(SaveTrainingSet(set, folder / "no/such/folder", Folder::asGiven), "PROBLEM OPENING FILE!",
+                       const char*);
+}
