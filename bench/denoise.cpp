@@ -52,7 +52,7 @@ void Groups(benchmark::State& state, bool twoStep) {
   const int32_t side = static_cast<int32_t>(state.range(0));
   for (auto _ : state) {
     matrix plane = noisy;
-    FilterGroups({{&plane, kSigma, 0}}, {1, side, 2.83, 0.1, false, twoStep, 1});
+    FilterGroups({{&plane, kSigma}}, {1, side, 2.83, 0.1, false, twoStep, 1});
     benchmark::DoNotOptimize(plane.x);
   }
   CountPixels(state, noisy);

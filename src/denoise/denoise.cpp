@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <vector>
 
 #include "denoise/component_filter.h"
 #include "denoise/components.h"
@@ -25,7 +26,11 @@ T Within(const char* name, T value, T low, T high) {
   return moved;
 }
 
-bool HoldsPatch(const FloatImage& image, int32_t side) {
+bool CanDenoise(const FloatImage& image, int32_t side) {
+  if (image.planes == 0) {
+    Warn("an image of an unknown format has no planes to denoise and stays as it is");
+    return false;
+  }
   if (std::min(image.width, image.height) >= side) return true;
   if (image.count > 0) Warn("the image is smaller than a patch of %d x %d pixels and stays as it is", side, side);
   return false;
@@ -45,12 +50,12 @@ bool ReadComponents(int32_t number, int32_t side, matrix& components) {
   return false;
 }
 
-matrix ComponentsOf(const NoisyPlane& noisy, const ComponentRequest& request, const ComponentSettings& settings) {
+matrix ComponentsOf(const NoisyPlane& noisy, int32_t number, ComponentSource source,
+                    const ComponentSettings& settings) {
   matrix components;
-  if (request.source == ComponentSource::files && ReadComponents(noisy.number, settings.side, components))
-    return components;
+  if (source == ComponentSource::files && ReadComponents(number, settings.side, components)) return components;
   LearnComponents(*noisy.plane, settings.side, settings.threads, components);
-  if (request.source == ComponentSource::learn) components.savenumbered("dr", noisy.number);
+  if (source == ComponentSource::learn) components.savenumbered("dr", number);
   return components;
 }
 
@@ -65,11 +70,17 @@ void DenoiseByComponents(FloatImage& image, const ComponentRequest& request) {
   settings.threads = std::clamp(request.threads, 1, ProcessorCount());
   const float sigma = std::isnan(request.sigma) ? 0 : std::max(request.sigma, 0.0f);
   const double noise = Within("noise", sigma, 0.0f, 255.0f);
-  if (!HoldsPatch(image, settings.side)) return;
-  WorkingPlanes planes(image, request.luminance);
-  for (const NoisyPlane& noisy : planes.Noisy(noise))
-    FilterByComponents(*noisy.plane, noisy.sigma, ComponentsOf(noisy, request, settings), settings);
-  planes.Finish();
+  if (!CanDenoise(image, settings.side)) return;
+  WorkingPlanes working(image, request.luminance);
+  const std::vector<NoisyPlane> planes = working.Planes(noise);
+  for (size_t k = 0; k < planes.size(); ++k) {
+    // What is learned serves a series: every plane's file belongs to this picture, even if the plane itself stays.
+    const bool noisy = planes[k].sigma > 0;
+    if (!noisy && request.source != ComponentSource::learn) continue;
+    const matrix components = ComponentsOf(planes[k], static_cast<int32_t>(k), request.source, settings);
+    if (noisy) FilterByComponents(*planes[k].plane, planes[k].sigma, components, settings);
+  }
+  working.Finish();
 }
 
 void DenoiseByGroups(FloatImage& image, const GroupRequest& request) {
@@ -84,10 +95,10 @@ void DenoiseByGroups(FloatImage& image, const GroupRequest& request) {
   settings.threads = request.parallel ? ProcessorCount() : 1;
   const float sigma = std::isnan(request.sigma) ? 0 : std::max(request.sigma, 0.0f);
   const double noise = Within("noise", sigma, 0.0f, 255.0f);
-  if (!HoldsPatch(image, settings.side)) return;
-  WorkingPlanes planes(image, request.luminance);
-  FilterGroups(planes.Noisy(noise), settings);
-  planes.Finish();
+  if (!CanDenoise(image, settings.side)) return;
+  WorkingPlanes working(image, request.luminance);
+  FilterGroups(working.Planes(noise), settings);
+  working.Finish();
 }
 
 }  // namespace norv

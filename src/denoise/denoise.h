@@ -2,7 +2,7 @@
 // image's size and format; a side or a number of iterations of 0 or less asks for nothing and leaves the image as it
 // is, as does an image smaller than a patch. Values outside their range move to its nearest end, with a word on
 // standard error; so do pixels that are no numbers, to the mean of their neighbours. Results do not depend on the
-// number of threads. An unknown format code throws its message.
+// number of threads. An image of an unknown format has no planes and stays as it is, with a word on standard error.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 namespace norv {
 
 enum class ComponentSource {
-  learn,  // learned from each plane, and written as "dr0.mat", "dr1.mat" ... beside the executable
+  learn,  // learned from each plane, noisy or not, and written as "dr0.mat", "dr1.mat" ... beside the executable
   own,    // learned from each plane, and kept by nobody
   files,  // those files; where one is missing or does not fit, said on standard error, the plane itself
 };

@@ -162,7 +162,7 @@ void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& se
   std::vector<std::unique_ptr<Job>> jobs;
   std::vector<Strip> strips;
   for (const NoisyPlane& plane : planes) {
-    if (std::min(plane.plane->m, plane.plane->n) < settings.side) continue;
+    if (plane.sigma == 0 || std::min(plane.plane->m, plane.plane->n) < settings.side) continue;
     jobs.push_back(std::make_unique<Job>(plane, settings));
     Job* job = jobs.back().get();
     if (job->noisy.values.size() > std::numeric_limits<uint32_t>::max()) throw "the image is too large for groups";

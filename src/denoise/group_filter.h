@@ -18,17 +18,16 @@ struct GroupSettings {
   int threads;      // results do not depend on it
 };
 
-// A plane to work on and its noise's standard deviation in its own units.
+// A plane to work on and its noise's standard deviation in its own units, 0 where there is none.
 struct NoisyPlane {
   matrix* plane;
   double sigma;
-  int number;  // of the plane in its image
 };
 
 // Denoises all planes at once. Each iteration feeds back a part of what was removed, groups patches by likeness in the
 // result so far, approximates every group by one of low rank, with the noise that is left there, and averages (Gu, Xie,
 // Meng, Zuo, Feng and Zhang, Weighted nuclear norm minimization and its applications to low level vision, IJCV 2017).
-// Planes smaller than a patch stay unchanged.
+// Planes without noise, and those smaller than a patch, stay unchanged.
 void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& settings);
 
 }  // namespace norv

@@ -59,14 +59,14 @@ void LowRank::FormGram() {
   for (int64_t j = 0; j < stride_; j += kTile)
     for (int64_t i = 0; i < j + kTile; i += 4)
       MultiplyTile(runs + i, 1, stride_, runs + j, stride_, runs_, gram_.data() + i * stride_ + j, stride_);
-  square_.resize(static_cast<size_t>(int64_t{side_} * side_));
+  square_.dim(side_, side_);
   for (int64_t i = 0; i < side_; ++i)
-    for (int64_t j = i; j < side_; ++j) square_[i * side_ + j] = square_[j * side_ + i] = gram_[i * stride_ + j];
+    for (int64_t j = i; j < side_; ++j) square_.z[i][j] = square_.z[j][i] = gram_[i * stride_ + j];
 }
 
 int32_t LowRank::ShrinkSpectrum(double threshold) {
   values_.resize(static_cast<size_t>(side_));
-  DecomposeSymmetric(side_, square_.data(), values_.data());
+  DecomposeSymmetric(side_, square_.x, values_.data());
   // A singular value s becomes the larger root of x^2 - s x + threshold / 4, or nothing.
   std::fill(gram_.begin(), gram_.end(), 0.0f);
   int32_t rank = 0;
@@ -74,7 +74,7 @@ int32_t LowRank::ShrinkSpectrum(double threshold) {
     if (!(values_[k] > threshold)) continue;
     ++rank;
     const float factor = static_cast<float>(0.5 * (1 + std::sqrt(1 - threshold / values_[k])));
-    const double* u = square_.data() + int64_t{k} * side_;
+    const double* u = square_.z[k];
     for (int64_t i = 0; i < side_; ++i) {
       const float scaled = factor * static_cast<float>(u[i]);
       float* row = gram_.data() + i * stride_;

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "linear/dmatrix.h"
+
 namespace norv {
 
 // Replaces `count` vectors of `length` values by their approximation of low rank: X with the least
@@ -25,7 +27,8 @@ class LowRank {
   int32_t side_ = 0, runs_ = 0;  // the Gram matrix is side x side, a sum over runs
   int64_t stride_ = 0;           // side rounded up to whole vectors
   std::vector<float> mean_, runsOfValues_, gram_, projected_;
-  std::vector<double> square_, values_;
+  dmatrix square_;  // the Gram matrix, then its eigenvectors
+  std::vector<double> values_;
 };
 
 }  // namespace norv

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "denoise/noise_level.h"
+#include "platform/assert.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -63,7 +64,7 @@ bool IsFlat(const matrix& plane) {
 }  // namespace
 
 WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance) : image_(image), format_(image.format) {
-  if (!FindModel(format_)) throw "the image's format code has no colour model";
+  NORV_ASSERT(FindModel(format_) != nullptr);
   if (ModelOf(format_) == kWithFourth) fourth_ = image.plane[3];
   image_.ConvertTo(luminance ? kLuminance : kDisplay);
   int64_t repaired = 0;
@@ -71,12 +72,12 @@ WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance) : image_(image),
   if (repaired > 0) Warn("%lld values that are no pixel values are replaced", static_cast<long long>(repaired));
 }
 
-std::vector<NoisyPlane> WorkingPlanes::Noisy(double sigma) {
+std::vector<NoisyPlane> WorkingPlanes::Planes(double sigma) {
   std::vector<NoisyPlane> planes;
   for (int k = 0; k < 3; ++k) {
     matrix& plane = image_.plane[k];
     const double own = sigma > 0 ? sigma * NoiseFactor(image_.toModel, k) : EstimateNoise(plane);
-    if (own > 0 && !IsFlat(plane)) planes.push_back({&plane, own, k});
+    planes.push_back({&plane, IsFlat(plane) ? 0.0 : own});
   }
   return planes;
 }

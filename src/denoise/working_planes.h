@@ -11,12 +11,12 @@ namespace norv {
 // Converts the image on construction and back to its format in Finish().
 class WorkingPlanes {
  public:
-  // Throws the message of an unknown format code.
+  // The format is a known one (asserted).
   WorkingPlanes(FloatImage& image, bool luminance);
 
   // The three planes with their noise: `sigma` in grey levels of the display becomes each plane's own; estimated per
-  // plane when sigma is not positive. Planes without noise, or of one value, are left out.
-  std::vector<NoisyPlane> Noisy(double sigma);
+  // plane when sigma is not positive. A plane of one value has none.
+  std::vector<NoisyPlane> Planes(double sigma);
   void Finish();
 
  private:

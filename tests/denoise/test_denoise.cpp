@@ -75,7 +75,7 @@ TEST_CASE("planes as small as a patch and rows that end anywhere") {
     LearnComponents(plane, 5, 2, components);
     FilterByComponents(plane, 10, components, {5, 0, false, 2});
     matrix grouped = plane;
-    FilterGroups({{&grouped, 10, 0}}, {2, 5, 2.83, 0.1, true, false, 2});
+    FilterGroups({{&grouped, 10}}, {2, 5, 2.83, 0.1, true, false, 2});
     if (w + h > 10) CHECK_FALSE(SameBits(grouped, plane));
     for (const matrix* result : {&plane, &grouped})
       CHECK(std::all_of(result->x, result->x + result->mn, [](float v) { return v > 0 && v < 255; }));
@@ -166,7 +166,7 @@ TEST_CASE("noise in grey levels becomes each working plane's own") {
   FloatImage image = NoisyImage(8, 8, 20);
   for (const bool luminance : {false, true}) {
     WorkingPlanes planes(image, luminance);
-    const auto noisy = planes.Noisy(20);
+    const auto noisy = planes.Planes(20);
     REQUIRE(noisy.size() == 3);
     CHECK(noisy[0].sigma == doctest::Approx(luminance ? 20 * std::hypot(0.299, 0.587, 0.114) : 20).epsilon(1e-5));
     CHECK(noisy[2].sigma == doctest::Approx(luminance ? 20 * std::hypot(0.5, 0.4187, 0.0813) : 20).epsilon(1e-5));

@@ -4,8 +4,10 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 
+#include "denoise/components.h"
 #include "image/float_image.h"
 #include "support/messages.h"
+#include "support/nets.h"
 #include "support/noisy_pictures.h"
 #include "support/process.h"
 #include "support/scratch.h"
@@ -65,6 +67,47 @@ TEST_CASE("mode 6 learns numbered matrices and uses them for a series") {
     CHECK(outcome.errors.find("learned from the image") != std::string::npos);
     CHECK(ReadBytes(folder / "dr0.mat") == bytes);  // a file that does not fit stays as it is
     CHECK(ReadBytes(folder / "a.fdib") == ReadBytes(folder / "b.fdib"));
+  }
+}
+
+TEST_CASE("mode 6 learns and writes planes without noise as well, and leaves them as they are") {
+  const ScratchFolder folder;
+  FloatImage image(30, 24, kDefaultFormat);
+  image.plane[0] = Scene(30, 24);
+  AddNoise(image.plane[0], 20, 3);
+  image.plane[1].fill(77);
+  for (int32_t i = 0; i < image.count; ++i) image.plane[2].x[i] = static_cast<float>(i % 30 + i / 30);
+  REQUIRE_FALSE(image.Save(folder / "input.fdib", Folder::asGiven));
+  for (const char* name : {"dr1.mat", "dr2.mat"}) WriteBytes(folder / name, "of another picture");
+
+  CHECK(RunIn(folder, {"6", "0", "4", "0", "0", "0", "1", "0", "a.fdib", "0"}).errors == "");
+  matrix components;
+  components.load(folder / "dr1.mat", false, Folder::asGiven);
+  CHECK(AreComponents(components, 4));
+  CHECK(components.z[0][5] == 77);
+  components.load(folder / "dr2.mat", false, Folder::asGiven);
+  CHECK(AreComponents(components, 4));
+  FloatImage result;
+  REQUIRE_FALSE(result.Load(folder / "a.fdib", Folder::asGiven));
+  CHECK_FALSE(SameBits(result.plane[0], image.plane[0]));
+  CHECK(SameBits(result.plane[1], image.plane[1]));
+  CHECK(SameBits(result.plane[2], image.plane[2]));
+}
+
+TEST_CASE("modes 6 and 7 save an image of an unknown format as it is") {
+  const ScratchFolder folder;
+  const std::string header("\x09\0\0\0\x08\0\0\0\x30\0\0\0\0\0\0\0", 16);
+  WriteBytes(folder / "input.fdib", header);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"6", "20", "4", "0", "0", "1", "2", "0", "out.fdib", "1"},
+        {"7", "2", "5", "20", "0", "0.1", "1", "1", "0", "1", "out.fdib", "1"}}) {
+    const Outcome outcome = RunIn(folder, arguments);
+    CHECK(outcome.exitCode == 0);
+    CHECK(outcome.errors.find("stays as it is") != std::string::npos);
+    for (const char* name : {"out.fdib", "finish.mat"}) {
+      CHECK(ReadBytes(folder / name) == (name[0] == 'o' ? header : std::string(12, '\0')));
+      std::filesystem::remove(folder / name);
+    }
   }
 }
 
