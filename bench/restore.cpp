@@ -206,7 +206,7 @@ void Iteration(benchmark::State& state) {
       Parameters(static_cast<int32_t>(state.range(0)), 2, static_cast<int32_t>(state.range(1)), 2);
   for (auto _ : state) {
     matrix x = plane.enlarged;
-    RestorePlane(x, BitMask(), plane.observed, *FilterOfKernelCode(p.kernel), p, nullptr);
+    restore(x, BitMask(), plane.observed, p, nullptr);
     benchmark::DoNotOptimize(x.x);
   }
   CountSteps(state, plane.enlarged.mn, 2 * p.steps);
@@ -246,7 +246,7 @@ void WholePlane(benchmark::State& state) {
   const RestoreParameters p = Parameters(-1, 2, kSteps, 12);
   for (auto _ : state) {
     matrix x = plane.enlarged;
-    RestorePlane(x, BitMask(), plane.observed, *FilterOfKernelCode(p.kernel), p, nullptr);
+    restore(x, BitMask(), plane.observed, p, nullptr);
     benchmark::DoNotOptimize(x.x);
   }
   CountSteps(state, plane.enlarged.mn, 12 * kSteps);

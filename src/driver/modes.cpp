@@ -8,7 +8,7 @@ namespace {
 
 constexpr Mode kModes[] = {
     {0, kRestoreArguments, nullptr, RestoreWholeImage},
-    {1, kRestoreArguments, nullptr, RestoreImageInBands},
+    {1, kRestoreArguments, nullptr, RestoreOnThreads},
     {2, kRestoreArguments, nullptr, RestoreToBitImage},
     {3, kRestoreArguments, nullptr, RestoreInBandsThenProcessBits},
     {4, kRestoreArguments, nullptr, ProcessBitsInBands},

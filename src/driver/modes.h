@@ -29,7 +29,7 @@ enum class Ending {
 
 // Restoration, restore_modes.cpp and (from 2 on) bit_modes.cpp.
 Ending RestoreWholeImage(const Request& request);              // 0
-Ending RestoreImageInBands(const Request& request);            // 1
+Ending RestoreOnThreads(const Request& request);               // 1
 Ending RestoreToBitImage(const Request& request);              // 2
 Ending RestoreInBandsThenProcessBits(const Request& request);  // 3
 Ending ProcessBitsInBands(const Request& request);             // 4

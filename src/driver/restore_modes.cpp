@@ -31,7 +31,7 @@ Ending RestoreWholeImage(const Request& request) {
   return Ending::report;
 }
 
-Ending RestoreImageInBands(const Request& request) {
+Ending RestoreOnThreads(const Request& request) {
   FloatImage image = LoadPicture();
   const int32_t threads = ClampThreads(request.threads, request.processors);
   RestoreImageThreaded(image, request.restore, threads);

@@ -93,8 +93,8 @@ void MakeUncleared(FloatImage& image, int32_t width, int32_t height, int32_t for
 void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatImage& source, bool shortcut,
                   const BandPlan& plan) {
   const int32_t rows = plan.height + 2 * kBandMargin, factor = enlarger.Factor();
-  Progress progress(kDoing, NetworkPlanes(source, shortcut) * rows * plan.threads);
-  ParallelFor(plan.threads, plan.threads, [&](int64_t i) {
+  Progress progress(kDoing, NetworkPlanes(source, shortcut) * rows * plan.bands);
+  ParallelFor(plan.bands, plan.bands, [&](int64_t i) {
     const int32_t first = static_cast<int32_t>(i * plan.height);
     FloatImage band;
     CutBand(source, first - kBandMargin, rows, band);
@@ -106,6 +106,23 @@ void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatI
 void EnlargeWhole(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut) {
   Progress progress(kDoing, NetworkPlanes(image, shortcut) * image.height);
   EnlargeStrip(enlarger, image, shortcut, WholeStrip(image.height), progress);
+}
+
+void EnlargeImage(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, int32_t threads) {
+  if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
+  const bool teamSize = threads == 4 || threads == 8 || threads == 16;
+  const BandPlan plan = teamSize ? PlanBands(image.height, threads) : BandPlan{1, image.height};
+  const int32_t width = EnlargedLength(image.width, enlarger.Factor());
+  const int32_t height = EnlargedLength(image.height, enlarger.Factor());
+  FloatImage source;
+  if (plan.bands > 1) source = enlarger.Supported() ? std::move(image) : image;
+  if (plan.bands > 1 && enlarger.Supported()) {
+    MakeUncleared(image, width, height, source.format);
+  } else {
+    image.Redim(width, height, image.format);
+  }
+  // One band: the cleared image is enlarged, on purpose; see the header.
+  plan.bands > 1 ? EnlargeBands(enlarger, image, source, shortcut, plan) : EnlargeWhole(enlarger, image, shortcut);
 }
 
 void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& out) {
@@ -142,21 +159,9 @@ void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool
 }
 
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads) {
-  const PlaneEnlarger enlarger(net, average);
-  if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
-  const bool teamSize = threads == 4 || threads == 8 || threads == 16;
-  const BandPlan plan = teamSize ? PlanBands(image.height, threads) : BandPlan{1, image.height};
-  const int32_t width = EnlargedLength(image.width, enlarger.Factor());
-  const int32_t height = EnlargedLength(image.height, enlarger.Factor());
-  FloatImage source;
-  if (plan.threads > 1) source = enlarger.Supported() ? std::move(image) : image;
-  if (plan.threads > 1 && enlarger.Supported()) {
-    MakeUncleared(image, width, height, source.format);
-  } else {
-    image.Redim(width, height, image.format);
-  }
-  // One band: the cleared image is enlarged, on purpose; see the header.
-  plan.threads > 1 ? EnlargeBands(enlarger, image, source, shortcut, plan) : EnlargeWhole(enlarger, image, shortcut);
+  BitMask mask = std::move(image.mask);
+  EnlargeImage(PlaneEnlarger(net, average), image, shortcut, threads);
+  image.mask = std::move(mask);
 }
 
 void NetEnlargeAllChannels(FloatImage& image, const NeuralNet& net, bool average) {

@@ -7,11 +7,11 @@
 
 namespace norv {
 
-BandPlan PlanBands(int32_t rows, int32_t threads) {
-  const int32_t whole = rows / threads;
-  if (whole < threads) return {1, rows};
-  const int32_t covering = whole + (rows % threads != 0);
-  return {threads, std::min(covering, rows)};
+BandPlan PlanBands(int32_t rows, int32_t bands) {
+  const int32_t whole = rows / bands;
+  if (whole < bands) return {1, rows};
+  const int32_t covering = whole + (rows % bands != 0);
+  return {bands, std::min(covering, rows)};
 }
 
 void CutBand(const FloatImage& source, int32_t firstRow, int32_t rows, FloatImage& band) {

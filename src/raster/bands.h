@@ -10,13 +10,14 @@
 namespace norv {
 
 struct BandPlan {
-  int32_t threads;  // bands, one a thread; 1 when the image has too few rows for that many
-  int32_t height;   // source rows of a band without its margins; band i starts at row i * height, the last is cut short
+  int32_t bands;   // as many as were asked for, or 1
+  int32_t height;  // source rows of a band without its margins; band i starts at row i * height, the last is cut short
 };
 
-// threads >= 1. Bands of floor(rows / threads) rows; fewer rows than threads in that: one band of all rows; otherwise
-// raised until the bands cover the image.
-BandPlan PlanBands(int32_t rows, int32_t threads);
+// Divides `rows` rows into so many bands (1 or more) of one height, the least that covers them all. Where
+// floor(rows / bands) is less than the number of bands, one band takes all rows, by the contract with
+// the graphical program.
+BandPlan PlanBands(int32_t rows, int32_t bands);
 
 // The band as an image of the source's width and format, `rows` rows from firstRow on; rows outside are mirrored.
 // Planes only.

@@ -96,6 +96,7 @@ class Reckoning {
 
   // Small rows spread along themselves, and the shares of small rows in large ones.
   double KernelFloats() const {
+    if (!HasUpdates(parameters_)) return 0;
     matrix taps;
     BuildTaps(taps, parameters_.factor, *FilterOfKernelCode(parameters_.kernel));
     const double length = taps.mn, rows = std::min<double>(h_, 2 * length / f_ + 2);
@@ -116,7 +117,7 @@ int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, in
 
 int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,
                     int32_t threads) {
-  const int32_t rows = height + 2 * kBandMargin;
+  const int32_t rows = height + 2 * kRestoreMargin;
   return threads *
          (int64_t{4} * FindModel(format)->planes * width * rows + RestorationMemory(parameters, width, rows, format));
 }

@@ -22,4 +22,8 @@ const Recipe& RecipeOf(int32_t type) {
   return found == kRecipes.end() ? kRecipes.front() : *found;
 }
 
+bool HasUpdates(const RestoreParameters& parameters) {
+  return parameters.iterations > 0 && !RecipeOf(parameters.type).first.terms.empty();
+}
+
 }  // namespace norv

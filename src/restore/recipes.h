@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "restore/parameters.h"
 #include "restore/weights.h"
 
 namespace norv {
@@ -37,5 +38,9 @@ struct Recipe {
 
 // An unknown type acts as 0, which does nothing but the emphasis.
 const Recipe& RecipeOf(int32_t type);
+
+// Whether a restoration takes any update step: its type has terms, and there are iterations. If not, nobody looks at
+// the kernel code.
+bool HasUpdates(const RestoreParameters& parameters);
 
 }  // namespace norv

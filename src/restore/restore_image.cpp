@@ -9,10 +9,10 @@
 #include "platform/console.h"
 #include "platform/team.h"
 #include "raster/bands.h"
-#include "raster/filters.h"
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
 #include "restore/memory_need.h"
+#include "restore/recipes.h"
 #include "restore/restore_plane.h"
 
 namespace norv {
@@ -100,10 +100,9 @@ void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastTo
                    const RestoreParameters& parameters, Progress* progress) {
   for (PlanePair& pair : planes) EnlargePlane(pair, parameters, mask);
   GrowMask(mask, parameters.factor / 2);
-  const FilterChoice filter = *FilterOfKernelCode(parameters.kernel);
   for (size_t k = 0; k < planes.size(); ++k)
     if (k < static_cast<size_t>(restored) || (lastToo && k + 1 == planes.size()))
-      RestorePlane(*planes[k].working, mask, planes[k].observed, filter, parameters, progress);
+      restore(*planes[k].working, mask, planes[k].observed, parameters, progress);
 }
 
 void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
@@ -136,9 +135,9 @@ void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Prog
 void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row, int32_t height,
                  const RestoreParameters& parameters, Progress* progress) {
   FloatImage band;
-  CutBand(source, row - kBandMargin, height + 2 * kBandMargin, band);
+  CutBand(source, row - kRestoreMargin, height + 2 * kRestoreMargin, band);
   RestoreImage(band, parameters, progress);
-  PasteBand(destination, row * parameters.factor, band, kBandMargin * parameters.factor);
+  PasteBand(destination, row * parameters.factor, band, kRestoreMargin * parameters.factor);
 }
 
 }  // namespace
@@ -151,7 +150,7 @@ int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) 
 
 void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
   if (parameters.factor < 1) throw "the enlargement factor must be 1 or more";
-  if (!FilterOfKernelCode(parameters.kernel)) throw "there is no kernel with this code";
+  if (HasUpdates(parameters)) UpdateFilter(parameters);
   if (!FindModel(format)) throw "the image's format code has no colour model";
   const int64_t limit = std::numeric_limits<int32_t>::max();
   const int64_t w = int64_t{width} * parameters.factor, h = int64_t{height} * parameters.factor;
@@ -174,16 +173,16 @@ void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters,
   CheckRestoration(parameters, image.width, image.height, image.format);
   if (image.count == 0) return;
   const BandPlan plan = PlanBands(image.height, std::max(bands, 1));
-  CheckRestoration(parameters, image.width, plan.height + 2 * kBandMargin, image.format);
-  const int32_t team = std::clamp(threads, 1, plan.threads), f = parameters.factor;
+  CheckRestoration(parameters, image.width, plan.height + 2 * kRestoreMargin, image.format);
+  const int32_t team = std::clamp(threads, 1, plan.bands), f = parameters.factor;
   DemandMemory(4 * int64_t{image.planes} * image.count * f * f +
                BandsMemory(parameters, image.width, plan.height, image.format, team));
   FloatImage source = std::move(image);
-  Progress progress("Restoring", plan.threads * RestorationWork(parameters, source.format));
+  Progress progress("Restoring", plan.bands * RestorationWork(parameters, source.format));
   image = FloatImage();
   image.Redim(source.width * f, source.height * f, source.format);
-  if (f == 1) image.mask = std::move(source.mask);
-  ParallelFor(team, plan.threads, [&](int64_t i) {
+  image.mask = std::move(source.mask);
+  ParallelFor(team, plan.bands, [&](int64_t i) {
     const int64_t row = i * plan.height;
     if (row < source.height) RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress);
   });

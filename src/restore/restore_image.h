@@ -10,13 +10,13 @@
 namespace norv {
 
 // Source rows that a band shares with each of its neighbours.
-inline constexpr int32_t kBandMargin = 20;
+inline constexpr int32_t kRestoreMargin = 20;
 
 // Planes that an image of this format has while it is restored, a fourth one that is kept aside not among them.
 int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format);
 
-// Throws a message (const char*) when the factor is below 1, the kernel code has no filter, the format has no colour
-// model or the enlarged image would have more than 2^31 - 1 pixels.
+// Throws a message (const char*) when the factor is below 1, an update step would need a filter and the kernel code has
+// none, the format has no colour model, or the enlarged image would have more than 2^31 - 1 pixels.
 void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format);
 
 // Enlarges and restores the image in place. Throws as CheckRestoration, and matrix's out-of-memory message when the
@@ -25,7 +25,7 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
 void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr);
 
 // The same in horizontal bands with margins, one a thread; says the thread count first. 0 threads and fewer work as 1,
-// which is one band. The image's mask is left alone.
+// which is one band. The image's mask stays as it is, of the size of the source.
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
 
 // The same in silence, with any number of bands on `threads` threads: beside the image and the result, at most so many

@@ -16,16 +16,15 @@ namespace {
 
 class PlaneRestorer {
  public:
-  PlaneRestorer(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
-                const RestoreParameters& parameters, Progress* progress)
+  PlaneRestorer(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
+                Progress* progress)
       : working_(working),
         observed_(observed),
         parameters_(parameters),
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
         mask_(parameters.type == kMarkingType ? DilateMask(mask) : mask),
-        pixels_(mask_, working.n),
-        pair_(filter, parameters.factor, observed.m, observed.n) {}
+        pixels_(mask_, parameters.factor * observed.n) {}
 
   void Run() {
     Iterate(recipe_.first, true);
@@ -38,10 +37,19 @@ class PlaneRestorer {
   }
 
  private:
+  // What the first update step needs.
+  void Prepare() {
+    pair_.emplace(UpdateFilter(parameters_), parameters_.factor, observed_.m, observed_.n);
+    scratch_.emplace(*pair_);
+    if (working_.mn > 0) return;
+    working_.dim(scratch_->direction.m, scratch_->direction.n);
+    working_.fill(0);
+  }
+
   void Iterate(const Stage& stage, bool followField) {
     const int64_t iterations = int64_t{parameters_.iterations} * stage.iterationFactor;
     if (stage.terms.empty() || iterations <= 0) return;
-    if (!scratch_) scratch_.emplace(pair_);
+    if (!pair_) Prepare();
     if (terms_.empty()) MakeTerms(stage);
     for (int64_t i = 0; i < iterations; ++i) {
       if (needsField_ && followField)
@@ -55,7 +63,7 @@ class PlaneRestorer {
   bool Update(int32_t steps) {
     std::vector<DifferenceTerm*> terms;
     for (const auto& term : terms_) terms.push_back(term.get());
-    return StepTowardsMinimum(working_, observed_, pair_, terms, steps, *scratch_, progress_);
+    return StepTowardsMinimum(working_, observed_, *pair_, terms, steps, *scratch_, progress_);
   }
 
   void MakeTerms(const Stage& stage) {
@@ -88,7 +96,7 @@ class PlaneRestorer {
   Progress* progress_;
   BitMask mask_;  // the dilated one for the masked type, else the image's
   PixelList pixels_;
-  KernelPair pair_;
+  std::optional<KernelPair> pair_;
   std::optional<SolverScratch> scratch_;
   OrientationField field_;
   std::vector<std::unique_ptr<DifferenceTerm>> terms_;
@@ -97,9 +105,15 @@ class PlaneRestorer {
 
 }  // namespace
 
-void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
-                  const RestoreParameters& parameters, Progress* progress) {
-  if (working.mn > 0) PlaneRestorer(working, mask, observed, filter, parameters, progress).Run();
+void restore(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
+             Progress* progress) {
+  if (observed.mn > 0) PlaneRestorer(working, mask, observed, parameters, progress).Run();
+}
+
+FilterChoice UpdateFilter(const RestoreParameters& parameters) {
+  const auto filter = FilterOfKernelCode(parameters.kernel);
+  if (!filter) throw "there is no kernel with this code";
+  return *filter;
 }
 
 int64_t PlaneWork(const RestoreParameters& parameters) {

@@ -12,10 +12,14 @@
 namespace norv {
 
 // Makes the working plane (f*w x f*h, an enlargement of the observed one, w x h) sharper while it stays consistent
-// with the observed plane under the filter's reduction. mask: the image's grown edge mask, empty when nothing was
-// marked. progress: may be null; advanced by PlaneWork() unless the plane becomes NaN.
-void RestorePlane(matrix& working, const BitMask& mask, const matrix& observed, FilterChoice filter,
-                  const RestoreParameters& parameters, Progress* progress);
+// with the observed plane under the reduction of the kernel code. mask: the image's grown edge mask, empty when nothing
+// was marked. An empty working plane is sized and cleared by the first update step. progress: may be null; advanced by
+// PlaneWork() unless the plane becomes NaN. Throws as UpdateFilter, where an update step is taken.
+void restore(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
+             Progress* progress);
+
+// The reduction that the update steps undo. Throws a message (const char*) for a kernel code without a filter.
+FilterChoice UpdateFilter(const RestoreParameters& parameters);
 
 // Units of progress that one plane takes: the inner steps and one more for every outer iteration.
 int64_t PlaneWork(const RestoreParameters& parameters);

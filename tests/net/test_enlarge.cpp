@@ -185,6 +185,17 @@ TEST_CASE("bands are small images with mirrored margins") {
     }
 }
 
+TEST_CASE("the mask stays as it was read, whatever way the image goes") {
+  const NeuralNet net = ConstantNet(24, 4, 0.5f), unsupported = ConstantNet(25, 4, 0);
+  FloatImage image = RandomFloatImage(3, 17, kDefaultFormat);
+  image.mask.Resize(3, 17);
+  image.mask.words = {0x12345678u, 0x70001u};
+  for (const NeuralNet* with : {&net, &unsupported})
+    for (const bool shortcut : {false, true})
+      for (const int32_t threads : {1, 2, 4, 8})
+        CHECK(Enlarged(image, *with, shortcut, false, threads).mask.words == image.mask.words);
+}
+
 // On purpose: the graphical program knows the size that such a request gives back.
 TEST_CASE("other thread counts and too few rows enlarge the cleared image once more") {
   const NeuralNet net = ConstantNet(24, 4, 0.5f);

@@ -50,10 +50,10 @@ TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
 }
 
 TEST_CASE("bands cover the image, or one does when there are too few rows") {
-  const auto plan = [](int32_t rows, int32_t threads, int32_t bands, int32_t height) {
+  const auto plan = [](int32_t rows, int32_t asked, int32_t bands, int32_t height) {
     CAPTURE(rows);
-    const BandPlan made = PlanBands(rows, threads);
-    CHECK(made.threads == bands);
+    const BandPlan made = PlanBands(rows, asked);
+    CHECK(made.bands == bands);
     CHECK(made.height == height);
   };
   plan(10, 4, 1, 10);

@@ -94,7 +94,7 @@ TEST_CASE("reckoned and measured: bands take the memory of as many as there are 
   constexpr int32_t kWidth = 3000, kHeight = 350, kBands = 7;
   const RestoreParameters parameters = Quick(5);
   const BandPlan plan = PlanBands(kHeight, kBands);
-  REQUIRE(plan.threads == kBands);
+  REQUIRE(plan.bands == kBands);
   const int64_t result = int64_t{3} * 4 * kWidth * kHeight * 4;
   for (const int32_t threads : {1, 2}) {
     CAPTURE(threads);

@@ -58,7 +58,7 @@ double Apart(const matrix& a, const matrix& b) {
 
 matrix Restored(const matrix& small, const RestoreParameters& p) {
   matrix large = Enlarged(small, p.factor);
-  RestorePlane(large, BitMask(), small, *FilterOfKernelCode(p.kernel), p, nullptr);
+  restore(large, BitMask(), small, p, nullptr);
   return large;
 }
 
@@ -134,6 +134,42 @@ TEST_CASE("the edge mask stays only when asked for, at the enlarged size, and le
       RestoreImage(image, p);
       CHECK(image.mask.Empty() == !(keep && type == 3));
       if (!image.mask.Empty()) CHECK(image.mask.width == 16);
+    }
+}
+
+TEST_CASE("restored in bands, an image keeps its mask, word for word") {
+  for (const int32_t factor : {1, 2})
+    for (const int32_t bands : {1, 3}) {
+      FloatImage image = Picture(8, 12, kDefaultFormat);
+      image.mask.Resize(8, 12);
+      image.mask.words = {5, 0, 0x80000001u};
+      RestoreParameters p = Parameters(1, 3);
+      p.factor = factor;
+      RestoreImageInBands(image, p, bands, 2);
+      CHECK(image.width == 8 * factor);
+      CHECK(image.mask.words == std::vector<uint32_t>{5, 0, 0x80000001u});
+    }
+}
+
+TEST_CASE("an unknown kernel code is refused where an update step would need it, and nowhere else") {
+  const FloatImage picture = Picture(6, 5, kDefaultFormat);
+  for (const int32_t type : {0, 1, 9})
+    for (const int32_t iterations : {-1, 0, 2}) {
+      RestoreParameters p = Parameters(0, type), known = p;
+      p.kernel = 6;
+      p.iterations = known.iterations = iterations;
+      FloatImage image = picture, banded = picture, expected = picture;
+      if (type == 1 && iterations > 0) {
+        CHECK_THROWS_AS(RestoreImage(image, p), const char*);
+        CHECK_THROWS_AS(RestoreImageInBands(banded, p, 2, 1), const char*);
+        CHECK(image.count == picture.count);
+        continue;
+      }
+      RestoreImage(image, p);
+      RestoreImage(expected, known);
+      RestoreImageInBands(banded, p, 2, 1);
+      for (int32_t k = 0; k < 3; ++k) CHECK(Apart(image.plane[k], expected.plane[k]) == 0);
+      CHECK(banded.count == 4 * picture.count);
     }
 }
 

@@ -53,7 +53,7 @@ struct Case {
 
   matrix Fast() const {
     matrix x = working;
-    RestorePlane(x, mask, observed, Filter(), parameters, nullptr);
+    restore(x, mask, observed, parameters, nullptr);
     return x;
   }
   // The plain way, from a start that is off by `error` grey levels in a chequered pattern.
@@ -164,6 +164,18 @@ TEST_CASE("nothing is done without iterations or steps, and only emphasis for ne
     p.emphasis = 0.5f;
     const bool emphasised = type != -1 && type != 7;
     CHECK(SameBits(Case(6, 5, p).Fast(), Case(6, 5, p).working) != emphasised);
+  }
+}
+
+TEST_CASE("an empty working plane is cleared by the first update step, and left alone without any") {
+  for (int32_t type = -1; type <= 7; ++type) {
+    Case zeros(6, 5, Parameters(type)), empty = zeros;
+    zeros.working.fill(0);
+    empty.working.freemem();
+    if (type == 0)
+      CHECK(empty.Fast().mn == 0);
+    else
+      CHECK(SameBits(empty.Fast(), zeros.Fast()));
   }
 }
 

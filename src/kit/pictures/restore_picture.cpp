@@ -37,7 +37,7 @@ FloatImage ColoursOf(Picture& picture) {
 
 // As norv does it: as many rows a band as there are bands, or no bands at all.
 void WarnOfSingleBand(int32_t rows, int32_t bands) {
-  if (bands < 2 || PlanBands(rows, bands).threads == bands) return;
+  if (bands < 2 || PlanBands(rows, bands).bands == bands) return;
   const int32_t most = static_cast<int32_t>(std::sqrt(static_cast<double>(rows)));
   Warn("%d rows make %d bands at most, so all are restored as one band instead of %d", rows, most, bands);
 }
