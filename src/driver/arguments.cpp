@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 #include <variant>
 
@@ -40,6 +41,18 @@ constexpr Row kRows[] = {
     {"KEEP_MASK", 20, &P::keepMask, 0},
     {"EDGE_THRESHOLD", 16, &P::edgeThreshold, 25},
 };
+
+// Every field has a row of its own, and every position from 2 to the unread one at least one row.
+constexpr bool IsComplete() {
+  for (const Row* row = std::begin(kRows); row != std::end(kRows); ++row)
+    if (std::any_of(row + 1, std::end(kRows), [&](const Row& other) { return other.field == row->field; }))
+      return false;
+  for (int32_t position = 2; position < kUnreadPosition; ++position)
+    if (std::none_of(std::begin(kRows), std::end(kRows), [&](const Row& row) { return row.position == position; }))
+      return false;
+  return sizeof(RestoreParameters) == 4 * std::size(kRows);
+}
+static_assert(IsComplete());
 
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -82,8 +95,10 @@ RestoreParameters DecodeRestoreParameters(const Arguments& arguments) {
 
 std::string RestoreArgumentNames() {
   std::string names;
-  for (const Row& row : kRows)
-    if (row.field != Field(&P::edgeThreshold)) names += row.name + std::string(" ");
+  for (int32_t position = 2; position < kUnreadPosition; ++position) {
+    const auto* row = std::find_if(std::begin(kRows), std::end(kRows), [&](auto& r) { return r.position == position; });
+    names += row->name + std::string(" ");
+  }
   return names + "UNREAD THREADS";
 }
 

@@ -32,10 +32,13 @@ class Arguments {
   const std::vector<std::string>& words_;
 };
 
-// Modes below 6 need the positions 2 to 22. Position 21 is never read, and 16 is read twice, as the orientation scale
-// and as the edge threshold: the graphical program counts on both.
-inline constexpr int32_t kRestoreArguments = 21;
-inline constexpr int32_t kThreadsPosition = 22;
+// Whether a mode is one of the restoration. Negative ones, which do nothing, need its parameters too.
+constexpr bool IsRestoration(int32_t mode) { return mode < 6; }
+
+// The restoration needs the positions 2 to 22. Position 21 is never read, and 16 is read twice, as the orientation
+// scale and as the edge threshold: the graphical program counts on both.
+inline constexpr int32_t kUnreadPosition = 21, kThreadsPosition = 22;
+inline constexpr int32_t kRestoreArguments = kThreadsPosition - 1;
 
 RestoreParameters DefaultRestoreParameters();
 RestoreParameters DecodeRestoreParameters(const Arguments& arguments);

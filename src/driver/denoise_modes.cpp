@@ -8,46 +8,49 @@ namespace norv {
 namespace {
 
 // From input.fdib to the file whose name stands at a position of the command line. An input that cannot be read leaves
-// the empty image; that and a failed save have said so already. The empty finish.mat tells whoever waits for it that
-// the run has ended.
+// the empty image; that and a failed save have said so already. Where the position `finish` asks for it, an empty
+// finish.mat tells whoever waits for it that the run has ended.
 template <typename Wanted>
-Ending Denoise(void (*denoise)(FloatImage&, const Wanted&), const Wanted& wanted, const Arguments& a, int position) {
+Ending Denoise(void (*denoise)(FloatImage&, const Wanted&), const Wanted& wanted, const Arguments& a, int32_t file,
+               int32_t finish) {
   FloatImage image;
   (void)image.Load("input.fdib", Folder::executable);
   denoise(image, wanted);
-  (void)image.Save(a.Text(position), Folder::executable);
-  if (a.Flag(position + 1)) matrix().save("finish.mat", Folder::executable);
+  (void)image.Save(a.Text(file), Folder::executable);
+  if (a.Flag(finish)) matrix().save("finish.mat", Folder::executable);
   return Ending::report;
 }
 
 }  // namespace
 
 Ending RunComponentDenoiser(const Request& request) {
+  constexpr ParameterNames in = kComponentParameters;
   const Arguments& a = request.arguments;
   ComponentRequest wanted;
-  wanted.sigma = a.Float(2);
-  wanted.side = a.Integer(3);
-  wanted.kept = a.Integer(4);
-  wanted.hard = a.Flag(5);
-  wanted.luminance = a.Flag(6);
-  wanted.threads = a.Integer(7);
-  wanted.source = a.Integer(8) == 0 ? ComponentSource::learn : ComponentSource::files;
-  return Denoise(DenoiseByComponents, wanted, a, 9);
+  wanted.sigma = a.Float(in["SIGMA"]);
+  wanted.side = a.Integer(in["SIDE"]);
+  wanted.kept = a.Integer(in["COMPONENTS"]);
+  wanted.hard = a.Flag(in["HARD"]);
+  wanted.luminance = a.Flag(in["LUMINANCE"]);
+  wanted.threads = a.Integer(in["THREADS"]);
+  wanted.source = a.Integer(in["VARIANT"]) == 0 ? ComponentSource::learn : ComponentSource::files;
+  return Denoise(DenoiseByComponents, wanted, a, in["FILE"], in["FINISH"]);
 }
 
 Ending RunGroupDenoiser(const Request& request) {
+  constexpr ParameterNames in = kGroupParameters;
   const Arguments& a = request.arguments;
   GroupRequest wanted;
-  wanted.iterations = a.Integer(2);
-  wanted.side = a.Integer(3);
-  wanted.sigma = a.Float(4);
-  wanted.strength = a.Float(5);
-  wanted.feedback = a.Float(6);
-  wanted.parallel = a.Flag(7);
-  wanted.luminance = a.Flag(8);
-  wanted.ranked = a.Flag(9);
-  wanted.twoStep = a.Flag(10);
-  return Denoise(DenoiseByGroups, wanted, a, 11);
+  wanted.iterations = a.Integer(in["ITERATIONS"]);
+  wanted.side = a.Integer(in["SIDE"]);
+  wanted.sigma = a.Float(in["SIGMA"]);
+  wanted.strength = a.Float(in["STRENGTH"]);
+  wanted.feedback = a.Float(in["FEEDBACK"]);
+  wanted.parallel = a.Flag(in["PARALLEL"]);
+  wanted.luminance = a.Flag(in["LUMINANCE"]);
+  wanted.ranked = a.Flag(in["RANKED"]);
+  wanted.twoStep = a.Flag(in["TWO_STEP"]);
+  return Denoise(DenoiseByGroups, wanted, a, in["FILE"], in["FINISH"]);
 }
 
 }  // namespace norv

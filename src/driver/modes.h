@@ -6,6 +6,7 @@
 #include <string>
 
 #include "driver/arguments.h"
+#include "driver/parameter_names.h"
 #include "restore/parameters.h"
 
 namespace norv {
@@ -16,9 +17,9 @@ struct Request {
   int32_t mode;
   int32_t start;       // Clock() when the run began
   int32_t processors;  // asked of the system once
-  // The 21 parameters of the modes below 6; defaults in all others.
+  // What the modes of the restoration are asked for; defaults in all others.
   RestoreParameters restore;
-  int32_t threads;
+  int32_t threads;  // Threads as the graphical program gives it: how many bands modes 1, 3 and 4 cut
 };
 
 enum class Ending {
@@ -52,8 +53,7 @@ Ending Notice(const Request& request);          // 15
 
 struct Mode {
   int32_t number;
-  int32_t parameters;  // that it needs behind the mode's number
-  const char* names;   // of its parameters; null for the restoration's
+  ParameterNames parameters;  // all of which must stand behind the mode's number; none for the restoration's
   Ending (*run)(const Request& request);
 };
 

@@ -10,12 +10,13 @@
 namespace norv {
 
 Ending EnlargeByNetwork(const Request& request) {
-  const Arguments& arguments = request.arguments;
-  const int32_t average = arguments.Integer(2), threads = arguments.Integer(3), shortcut = arguments.Integer(4);
+  constexpr ParameterNames in = kEnlargementParameters;
+  const Arguments& a = request.arguments;
+  const int32_t average = a.Integer(in["AVERAGE"]), threads = a.Integer(in["THREADS"]);
+  const int32_t shortcut = a.Integer(in["SHORTCUT"]);
   Say("\nNeural Net Enlargement\n\nShortcut = %d, Average = %d, Threads = %d", shortcut, average, threads);
   NeuralNet net;
   LoadNet(net, "net.net", Folder::executable);
-  if (const char* reason = WhyNotEvaluable(net)) throw reason;
   NetEnlargeFile(PathOf("input.fdib", Folder::executable), PathOf("output.fdib", Folder::executable), net,
                  shortcut != 0, average != 0, threads);
   return Ending::report;

@@ -19,10 +19,9 @@ namespace {
 constexpr int kRan = 0, kFailed = 1, kWrongUse = 2;
 constexpr int kInterrupted = 130;  // as a shell reports a run that Ctrl-C ended
 
-// The parameters of the restoration, which modes below 6 bring along and all others leave alone.
 Request MakeRequest(const Arguments& arguments, int32_t mode, int32_t start) {
   Request request{arguments, mode, start, ProcessorCount(), DefaultRestoreParameters(), 1};
-  if (mode < 6) {
+  if (IsRestoration(mode)) {
     request.restore = DecodeRestoreParameters(arguments);
     request.threads = arguments.Integer(kThreadsPosition);
   }

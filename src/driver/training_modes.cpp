@@ -11,7 +11,17 @@ namespace norv {
 namespace {
 
 TrainingOptions DecodeTrainingOptions(const Arguments& a) {
-  return {a.Integer(2), a.Float(3), a.Float(4), a.Integer(5), a.Integer(6), a.Float(7), a.Float(8), a.Integer(9)};
+  constexpr ParameterNames in = kTrainingParameters;
+  TrainingOptions options;
+  options.iters = a.Integer(in["ITERS"]);
+  options.nu0 = a.Float(in["NU0"]);
+  options.nuf = a.Float(in["NUF"]);
+  options.costSelection = a.Integer(in["COST_SELECTION"]);
+  options.alternate = a.Integer(in["ALTERNATE"]);
+  options.clip = a.Float(in["CLIP"]);
+  options.momentum = a.Float(in["MOMENTUM"]);
+  options.threads = a.Integer(in["THREADS"]);
+  return options;
 }
 
 void SayTrainingOptions(const TrainingOptions& o, int32_t sound) {
@@ -53,22 +63,27 @@ bool RotateBackups(NeuralNet& net) {
   return true;
 }
 
-bool LoadSet(TrainingSet& set) {
-  try {
-    LoadTrainingSet(set, "test.dat", Folder::executable);
-    return true;
-  } catch (const char*) {
-    SayAndWaitForOneKey("\nNo test.dat. Abort! Press any key.");
-    return false;
-  }
-}
-
-bool AreCompatible(const NeuralNet& net, const TrainingSet& set) {
+bool AreCompatible(const NeuralNet& net, const TrainingHeader& set) {
   if (net.N0 == set.Nin && net.LastNi() == set.Ny && set.N != 0) return true;
   Say("\n\ntest.net and test.dat are incompatible.\n\nN0 = %d, Nin = %d\nLastNi = %d, Ny = %d\nN = %d", net.N0, set.Nin,
       net.LastNi(), set.Ny, set.N);
   WaitForKeys(1);
   return false;
+}
+
+// The set that fits the network: sizes are compared before anybody looks at the records. False, all said, when there is
+// none.
+bool LoadFittingSet(const NeuralNet& net, TrainingSet& set) {
+  constexpr char kName[] = "test.dat";
+  try {
+    FileIn file(PathOf(kName, Folder::executable));
+    if (!AreCompatible(net, ReadTrainingHeader(file))) return false;
+    LoadTrainingSet(set, kName, Folder::executable);
+    return true;
+  } catch (const char*) {
+    SayAndWaitForOneKey("\nNo test.dat. Abort! Press any key.");
+    return false;
+  }
 }
 
 constexpr char kReminder[] =
@@ -91,12 +106,12 @@ Ending ReportFailure(const Operation& operation) {
 
 Ending RunTraining(const Request& request) {
   const TrainingOptions options = DecodeTrainingOptions(request.arguments);
-  const int32_t sound = request.arguments.Integer(10);
+  const int32_t sound = request.arguments.Integer(kTrainingParameters["SOUND"]);
   SayTrainingOptions(options, sound);
   NeuralNet net;
   TrainingSet set;
-  if (!RotateBackups(net) || !LoadSet(set) || !AreCompatible(net, set)) return Ending::silent;
-  if (const char* reason = WhyNotEvaluable(net)) throw reason;
+  if (!RotateBackups(net) || !LoadFittingSet(net, set)) return Ending::silent;
+  if (const char* reason = WhyNotTrainable(net, options)) throw reason;
   Say("%s", kReminder);
   const TrainingEnd end = TrainNet(net, set, options);
   ClearTrainingSet(set);
@@ -112,11 +127,13 @@ Ending RunTraining(const Request& request) {
 }
 
 Ending AddTrainingPairs(const Request& request) {
-  const Arguments& arguments = request.arguments;
-  const int32_t index = arguments.Integer(2), Nin = arguments.Integer(4), Ny = arguments.Integer(5);
-  const int32_t shrinkOrder = arguments.Integer(6);
+  constexpr ParameterNames in = kPairsParameters;
+  const Arguments& a = request.arguments;
+  const int32_t index = a.Integer(in["INDEX"]), total = a.Integer(in["TOTAL"]);
+  const int32_t Nin = a.Integer(in["INPUTS"]), Ny = a.Integer(in["OUTPUTS"]);
+  const int32_t shrinkOrder = a.Integer(in["SHRINK_ORDER"]);
   // The index may be any number, the largest included: the next one is formed without overflow.
-  Say("\n%d of %d", static_cast<int32_t>(static_cast<uint32_t>(index) + 1), arguments.Integer(3));
+  Say("\n%d of %d", static_cast<int32_t>(static_cast<uint32_t>(index) + 1), total);
   Say("\nShrinkOrder = %d", shrinkOrder);
   return ReportFailure([&] {
     matrix picture;

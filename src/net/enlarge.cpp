@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "net/enlarge_plane.h"
+#include "net/layouts.h"
+#include "net/team_size.h"
 #include "platform/assert.h"
 #include "platform/team.h"
 #include "raster/bands.h"
@@ -12,7 +14,6 @@
 namespace norv {
 namespace {
 
-constexpr int32_t kBandMargin = 3;  // the largest layout's radius
 constexpr char kDoing[] = "Enlarging";
 
 bool HasFourth(const FloatImage& image) { return ModelOf(image.format) == kWithFourth; }
@@ -92,14 +93,14 @@ void MakeUncleared(FloatImage& image, int32_t width, int32_t height, int32_t for
 
 void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatImage& source, bool shortcut,
                   const BandPlan& plan) {
-  const int32_t rows = plan.height + 2 * kBandMargin, factor = enlarger.Factor();
+  const int32_t rows = plan.height + 2 * kLargestRadius, factor = enlarger.Factor();
   Progress progress(kDoing, NetworkPlanes(source, shortcut) * rows * plan.bands);
   ParallelFor(plan.bands, plan.bands, [&](int64_t i) {
     const int32_t first = static_cast<int32_t>(i * plan.height);
     FloatImage band;
-    CutBand(source, first - kBandMargin, rows, band);
+    CutBand(source, first - kLargestRadius, rows, band);
     EnlargeStrip(enlarger, band, shortcut, WholeStrip(rows), progress);
-    PasteBand(image, first * factor, band, kBandMargin * factor);
+    PasteBand(image, first * factor, band, kLargestRadius * factor);
   });
 }
 
@@ -110,8 +111,7 @@ void EnlargeWhole(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcu
 
 void EnlargeImage(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, int32_t threads) {
   if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
-  const bool teamSize = threads == 4 || threads == 8 || threads == 16;
-  const BandPlan plan = teamSize ? PlanBands(image.height, threads) : BandPlan{1, image.height};
+  const BandPlan plan = IsTeamSize(threads) ? PlanBands(image.height, threads) : BandPlan{1, image.height};
   const int32_t width = EnlargedLength(image.width, enlarger.Factor());
   const int32_t height = EnlargedLength(image.height, enlarger.Factor());
   FloatImage source;
@@ -151,7 +151,7 @@ void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool
   RowWindow window(source);
   bool wanted = true;
   for (int64_t first = 0; first < source.height && wanted; first += stripRows) {
-    const Strip strip = PlanStrip(source.height, static_cast<int32_t>(first), stripRows, kBandMargin);
+    const Strip strip = PlanStrip(source.height, static_cast<int32_t>(first), stripRows, kLargestRadius);
     FloatImage image = window.Show(strip);
     EnlargeStrip(enlarger, image, shortcut, strip, progress);
     wanted = sink.Write(image);

@@ -11,7 +11,8 @@ namespace norv {
 // threads: 1 works on the image as it is (0 too). 4, 8 and 16 cut it into that many bands with margins, each a small
 // image of its own; an image with fewer rows than threads squared and any other count enlarge a cleared image of the
 // enlarged size once more. Kept on purpose: the graphical program expects the size factor^2 back.
-// A network without a layout leaves the planes as they are. The mask always stays as it is, of the source's size.
+// A network without a layout leaves the planes as they are; one with a layout must be evaluable unless the image is
+// empty. The mask always stays as it is, of the source's size.
 // Throws matrix's out-of-memory message; the image is then unusable.
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads);
 

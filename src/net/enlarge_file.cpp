@@ -41,6 +41,7 @@ void NetEnlargeFile(const std::string& from, const std::string& to, const Neural
                     int32_t threads, int32_t stripRows) {
   FloatImageReader in(from);
   const bool enlarging = FindEnlargement(net.N0, net.LastNi()) && in.Planes() > 0 && in.width > 0 && in.height > 0;
+  if (const char* reason = enlarging ? WhyNotEvaluable(net) : nullptr) throw reason;
   if (enlarging) RequireEnlargedCount(in.width, in.height, EnlargementFactor(net));
   if (enlarging && (threads == 0 || threads == 1)) return EnlargeInStrips(in, to, net, shortcut, average, stripRows);
   FloatImage image;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/assert.h"
 #include "platform/console.h"
 #include "raster/orient.h"
 
@@ -18,16 +19,16 @@ constexpr int64_t kTileStride = kTileColumns + kVector;
 
 constexpr int64_t WholeVectors(int64_t pixels) { return (pixels + kVector - 1) / kVector * kVector; }
 
-// One of the views that a network takes of a plane.
+// How a network sees a plane in one orientation without anybody turning the plane.
 struct View {
-  TapOffsets taps;             // in a tile
-  std::vector<int32_t> place;  // element i of a pixel's block is output place[i]
+  TapOffsets taps;              // where its inputs are in a tile
+  std::vector<int32_t> output;  // element i of a pixel's block, as it stands in the result, is output output[i]
 };
 
 View MakeView(const InputLayout& layout, int32_t factor, int32_t k) {
   View view{OrientedOffsets(layout, k, kTileStride), std::vector<int32_t>(factor * factor)};
   const std::vector<int32_t> turned = OrientationPermutation(factor, k);
-  for (int32_t i = 0; i < factor * factor; ++i) view.place[turned[i]] = i;
+  for (int32_t i = 0; i < factor * factor; ++i) view.output[turned[i]] = i;
   return view;
 }
 
@@ -60,7 +61,8 @@ void FillInputs(const InputLayout& layout, const TapOffsets& taps, const float* 
   }
 }
 
-// Block rows of factor x factor pixels side by side into the result.
+// The outputs of neighbouring pixels, an element of all blocks a row, into `factor` rows of the result, where the
+// blocks of factor x factor pixels stand side by side.
 template <int32_t factor>
 void Interleave(const float* block, float* const* rows, int64_t column, int32_t pixels) {
   for (int32_t i = 0; i < factor; ++i) {
@@ -73,10 +75,10 @@ void Interleave(const float* block, float* const* rows, int64_t column, int32_t 
 
 }  // namespace
 
-// The road of one plane: everything that one thread needs for it.
-class TileRoad {
+// Enlarges the tiles of one plane: everything that one thread needs for it.
+class TileEnlarger {
  public:
-  TileRoad(const PlaneEnlarger& enlarger, const PlaneWindow& plane, int32_t firstRow, matrix& result)
+  TileEnlarger(const PlaneEnlarger& enlarger, const PlaneWindow& plane, int32_t firstRow, matrix& result)
       : layout_(*enlarger.layout_),
         net_(*enlarger.net_),
         factor_(enlarger.factor_),
@@ -89,7 +91,7 @@ class TileRoad {
     for (const int32_t k : enlarger.orientations_) views_.push_back(MakeView(layout_, factor_, k));
   }
 
-  void EnlargeTile(int64_t row, int64_t column, int64_t rows) {
+  void Enlarge(int64_t row, int64_t column, int64_t rows) {
     const int64_t columns = std::min(kTileColumns, plane_.rows.m - column), radius = layout_.radius;
     const Rectangle area{row - radius, column - radius, rows + 2 * radius, WholeVectors(columns) + 2 * radius};
     CopyRectangle(plane_, layout_.edges, area, tile_.get(), kTileStride);
@@ -111,7 +113,7 @@ class TileRoad {
       FillInputs(layout_, view.taps, centre, WholeVectors(pixels), scratch_);
       const float* outputs = net_.EvaluateBlock(scratch_, pixels);
       for (int32_t i = 0; i < elements; ++i)
-        TakeOutput(outputs + view.place[i] * kPixelsPerBlock, centre, pixels, averaged, &block_[i * kPixelsPerBlock]);
+        TakeOutput(outputs + view.output[i] * kPixelsPerBlock, centre, pixels, averaged, &block_[i * kPixelsPerBlock]);
     }
     if (averaged)
       for (int32_t i = 0; i < elements * kPixelsPerBlock; ++i) block_[i] *= 0.125f;
@@ -147,19 +149,20 @@ PlaneEnlarger::PlaneEnlarger(const NeuralNet& net, bool average)
       factor_(EnlargementFactor(net)),
       orientations_(average ? kOrientations : 1) {
   for (int32_t k = 0; k < static_cast<int32_t>(orientations_.size()); ++k) orientations_[k] = k;
-  if (layout_) net_.emplace(net);
+  if (layout_ && !WhyNotEvaluable(net)) net_.emplace(net);
 }
 
 void PlaneEnlarger::Enlarge(const matrix& plane, const Strip& strip, matrix& result, Progress& progress) const {
   if (!Supported()) return;
   result.dim(EnlargedLength(plane.m, factor_), EnlargedLength(strip.rows, factor_));
   if (result.mn == 0) return;
+  NORV_ASSERT(net_.has_value());
   const PlaneWindow window = strip.WindowOf(plane);
-  TileRoad road(*this, window, strip.first, result);
+  TileEnlarger tiles(*this, window, strip.first, result);
   const int64_t end = int64_t{strip.first} + strip.rows;
   for (int64_t row = strip.first; row < end; row += kTileRows) {
     const int64_t rows = std::min(kTileRows, end - row);
-    for (int64_t column = 0; column < plane.m; column += kTileColumns) road.EnlargeTile(row, column, rows);
+    for (int64_t column = 0; column < plane.m; column += kTileColumns) tiles.Enlarge(row, column, rows);
     progress.Advance(rows);
   }
 }

@@ -15,7 +15,8 @@ namespace norv {
 // A network made ready for one request: read-only afterwards and shared by all threads.
 class PlaneEnlarger {
  public:
-  // average: the mean of the answers to the eight orientations of the plane.
+  // average: the mean of the answers to the eight orientations of the plane. A network that has a layout but cannot be
+  // evaluated (WhyNotEvaluable) enlarges empty planes only; others are a broken promise.
   PlaneEnlarger(const NeuralNet& net, bool average);
 
   // Whether there is a layout for the network's inputs and outputs; without one Enlarge() does nothing.
@@ -31,7 +32,7 @@ class PlaneEnlarger {
   void Enlarge(const matrix& plane, const Strip& strip, matrix& result, Progress& progress) const;
 
  private:
-  friend class TileRoad;
+  friend class TileEnlarger;
 
   const InputLayout* layout_;
   int32_t factor_;

@@ -1,5 +1,6 @@
 #include "net/forward.h"
 
+#include "net/team_size.h"
 #include "platform/assert.h"
 #include "platform/team.h"
 
@@ -32,7 +33,7 @@ float DotProduct(const float* a, const float* b, int32_t n) {
 }
 
 void ForwardPass(NeuralNet& net, const matrix& input, int32_t threads) {
-  if (threads != 1 && threads != 4 && threads != 8 && threads != 16) return;
+  if (!IsTeamSize(threads)) return;
   NORV_ASSERT(input.mn == net.N0);
   for (size_t k = 0; k < net.layers.size(); ++k) {
     std::vector<NetUnit>& units = net.layers[k].units;

@@ -5,11 +5,17 @@
 namespace norv {
 namespace {
 
-constexpr InputLayout kLayouts[] = {
-    {8, true, 1, EdgeRule::mirror, ValueForm::centred},     {24, true, 2, EdgeRule::clamp, ValueForm::centred},
-    {48, true, 3, EdgeRule::clamp, ValueForm::centred},     {49, false, 3, EdgeRule::clamp, ValueForm::plain},
-    {72, false, 3, EdgeRule::clamp, ValueForm::difference},
-};
+// The counts of inputs of the layouts that pass, as a sentence lists them.
+template <typename Passes>
+std::string ListOfInputs(const Passes& passes, const std::string& conjunction) {
+  std::vector<std::string> counts;
+  for (const InputLayout& layout : kLayouts)
+    if (passes(layout)) counts.push_back(std::to_string(layout.inputs));
+  std::string list = counts.front();
+  for (size_t i = 1; i < counts.size(); ++i)
+    list += (i + 1 < counts.size() ? ", " : " " + conjunction + " ") + counts[i];
+  return list;
+}
 
 // Every pixel of the neighbourhood of orientation k, row by row.
 std::vector<Tap> Neighbourhood(int32_t radius, int32_t k) {
@@ -48,7 +54,17 @@ const InputLayout* FindLayout(int32_t inputs) {
 
 const InputLayout* FindEnlargement(int32_t inputs, int32_t outputs) {
   const InputLayout* layout = FindLayout(inputs);
-  return layout && (outputs == 16 || (outputs == 4 && layout->enlargesTwice)) ? layout : nullptr;
+  return layout && IsOutputCount(outputs) && (outputs == 16 || layout->enlargesTwice) ? layout : nullptr;
+}
+
+const std::string& LayoutInputs() {
+  static const std::string list = ListOfInputs([](const InputLayout&) { return true; }, "or");
+  return list;
+}
+
+const std::string& FourfoldLayoutInputs() {
+  static const std::string list = ListOfInputs([](const InputLayout& layout) { return !layout.enlargesTwice; }, "and");
+  return list;
 }
 
 LayoutTaps OrientedTaps(const InputLayout& layout, int32_t k) {

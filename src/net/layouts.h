@@ -1,8 +1,11 @@
 // The table of input layouts: which pixels around a source pixel a network sees, in which order and in which form.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <string>
 #include <vector>
 
 #include "raster/edges.h"
@@ -27,11 +30,35 @@ struct InputLayout {
   ValueForm form;
 };
 
-// The layout with that many inputs (8, 24, 48, 49, 72); null for another count.
+inline constexpr InputLayout kLayouts[] = {
+    {8, true, 1, EdgeRule::mirror, ValueForm::centred},     {24, true, 2, EdgeRule::clamp, ValueForm::centred},
+    {48, true, 3, EdgeRule::clamp, ValueForm::centred},     {49, false, 3, EdgeRule::clamp, ValueForm::plain},
+    {72, false, 3, EdgeRule::clamp, ValueForm::difference},
+};
+
+// The margin, in source pixels, that is enough for every layout: of bands and strips, and of the pictures that training
+// pairs are made of.
+inline constexpr int32_t kLargestRadius =
+    std::max_element(std::begin(kLayouts), std::end(kLayouts), [](const InputLayout& a, const InputLayout& b) {
+      return a.radius < b.radius;
+    })->radius;
+
+// Bands and pairs are part of the contract with the graphical program: a larger layout would need margins of its own.
+static_assert(kLargestRadius == 3);
+
+// The counts of outputs that there are: a block of 2 x 2 or of 4 x 4 pixels.
+constexpr bool IsOutputCount(int32_t outputs) { return outputs == 4 || outputs == 16; }
+
+// The layout with that many inputs; null for another count.
 const InputLayout* FindLayout(int32_t inputs);
 
 // The layout by which a network with these inputs and outputs enlarges images; null when there is none.
 const InputLayout* FindEnlargement(int32_t inputs, int32_t outputs);
+
+// The counts of inputs for messages and help texts, "8, 24, 48, 49 or 72"; and of those layouts among them that only
+// enlarge four times, "49 and 72".
+const std::string& LayoutInputs();
+const std::string& FourfoldLayoutInputs();
 
 // Where a pixel lies from the centre pixel: rows down, columns to the right.
 struct Tap {

@@ -10,20 +10,6 @@
 namespace norv {
 namespace {
 
-constexpr int64_t kHeaderBytes = 21 * 4;
-constexpr int64_t kUnitFieldBytes = 7 * 4;  // of a unit record, before its arrays
-constexpr int64_t kBytesPerInput = 3 * 4;   // X, W and V
-
-template <typename File, typename Net>
-void TransferHeader(File& file, Net& net) {
-  file.Field(net.Nlayers);
-  file.Field(net.N0);
-  file.Array(net.N.data(), net.N.size());
-  file.Field(net.SpareField);
-  file.Field(net.Cost);
-  file.Field(net.SampleCost);
-}
-
 template <typename File, typename Unit>
 void TransferUnit(File& file, Unit& unit) {
   const size_t nin = static_cast<size_t>(unit.Nin);
@@ -39,25 +25,13 @@ void TransferUnit(File& file, Unit& unit) {
   file.Array(unit.V.x, nin);
 }
 
-// Whether `available` bytes hold the records of all units. No product here can overflow.
-bool HoldsRecords(int64_t available, const NeuralNet& header) {
-  int64_t nin = header.N0;
-  for (const int32_t Ni : header.N) {
-    const int64_t record = kUnitFieldBytes + kBytesPerInput * nin;
-    if (Ni > available / record) return false;
-    available -= Ni * record;
-    nin = Ni;
-  }
-  return true;
-}
-
 // Null when the whole file was read into net, otherwise why not.
 const char* ReadNet(FileIn& file, NeuralNet& net) {
-  NeuralNet header;
-  TransferHeader(file, header);
+  NetHeader header;
+  TransferNetHeader(file, header);
   if (!file.Complete()) return "the file ends within its header";
-  if (const char* problem = WhyNotBuildable(header.N0, header.N)) return problem;
-  if (!HoldsRecords(file.Size() - kHeaderBytes, header)) return "the file ends before its last unit";
+  if (const char* problem = WhyNotBuildable(header)) return problem;
+  if (file.Size() < NetFileBytes(header)) return "the file ends before its last unit";
   BuildNet(net, header.N0, header.N);
   net.SpareField = header.SpareField;
   net.Cost = header.Cost;
@@ -87,7 +61,7 @@ void LoadNet(NeuralNet& net, const std::string& name, Folder folder) {
 
 void SaveNet(const NeuralNet& net, const std::string& name, Folder folder) {
   FileOut file(PathOf(name, folder));
-  TransferHeader(file, net);
+  TransferNetHeader(file, net);
   for (const NetLayer& layer : net.layers)
     for (const NetUnit& unit : layer.units) {
       NORV_ASSERT(unit.X.mn == unit.Nin && unit.W.mn == unit.Nin && unit.V.mn == unit.Nin);

@@ -19,16 +19,8 @@ void ForHiddenWeights(const NeuralNet& net, const Fold& fold) {
 
 }  // namespace
 
-const char* WhyNotBuildable(int32_t N0, const std::array<int32_t, kMaxLayers>& sizes) {
-  if (N0 < 0 || *std::min_element(sizes.begin(), sizes.end()) < 0) return "network sizes must not be negative";
-  const auto firstAbsent = std::find(sizes.begin(), sizes.end(), 0);
-  if (std::any_of(firstAbsent, sizes.end(), [](int32_t Ni) { return Ni > 0; }))
-    return "a network must not lack a layer before its last one";
-  return nullptr;
-}
-
 void BuildNet(NeuralNet& net, int32_t N0, const std::array<int32_t, kMaxLayers>& sizes) {
-  if (const char* problem = WhyNotBuildable(N0, sizes)) throw problem;
+  if (const char* problem = WhyNotBuildable({0, N0, sizes})) throw problem;
   ClearNet(net);
   net.N0 = N0;
   net.N = sizes;
@@ -71,10 +63,16 @@ void BindActivation(NetUnit& unit) {
   unit.df = activation.df;
 }
 
+const char* WhyNotEvaluable(const NetLayer& layer) {
+  const auto lacksActivation = [](const NetUnit& unit) { return !unit.f || !unit.df; };
+  return std::any_of(layer.units.begin(), layer.units.end(), lacksActivation)
+             ? "a unit of the network has no activation"
+             : nullptr;
+}
+
 const char* WhyNotEvaluable(const NeuralNet& net) {
   for (const NetLayer& layer : net.layers)
-    for (const NetUnit& unit : layer.units)
-      if (!unit.f || !unit.df) return "a unit of the network has no activation";
+    if (const char* reason = WhyNotEvaluable(layer)) return reason;
   return nullptr;
 }
 

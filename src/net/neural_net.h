@@ -7,10 +7,9 @@
 
 #include "linear/matrix2.h"
 #include "net/activation.h"
+#include "net/net_header.h"
 
 namespace norv {
-
-inline constexpr int32_t kMaxLayers = 16;
 
 // One neuron. z = X . W + b, a = (float) f((double) z).
 struct NetUnit {
@@ -33,22 +32,14 @@ struct NetLayer {
 };
 
 // A fully connected feed-forward network of up to 16 layers; all zero when empty.
-struct NeuralNet {
-  int32_t Nlayers = 0;
-  int32_t N0 = 0;                       // network inputs
-  std::array<int32_t, kMaxLayers> N{};  // units of layers 1 to 16; those in use are the leading positive ones
-  int32_t SpareField = 0;               // carried along
-  float Cost = 0;                       // of the last training epoch
-  float SampleCost = 0;                 // of the last training sample
+struct NeuralNet : NetHeader {
   std::vector<NetLayer> layers;
 
   int32_t LastNi() const { return layers.empty() ? 0 : layers.back().Ni; }
 };
 
-// Null when the positive sizes are a gap-free prefix and none is negative; otherwise what is wrong with them.
-const char* WhyNotBuildable(int32_t N0, const std::array<int32_t, kMaxLayers>& sizes);
-
-// (Re)builds the structure, all parameters zero. Sizes that are not buildable throw the text that says why.
+// (Re)builds the structure, all parameters zero; sizes of 0 and less are absent layers and kept as they are. Sizes that
+// are not buildable throw the text that says why.
 void BuildNet(NeuralNet& net, int32_t N0, const std::array<int32_t, kMaxLayers>& sizes);
 
 void ClearNet(NeuralNet& net);
@@ -62,8 +53,10 @@ void InitUnit(NetUnit& unit, int32_t nin);
 // Sets f and df from ActivationKind; a kind above 17 leaves them as they were.
 void BindActivation(NetUnit& unit);
 
-// Null when every unit has an activation; otherwise the reason why the network cannot be evaluated.
+// Null when every unit has an activation; otherwise the reason why the network, or the layer alone, cannot be
+// evaluated. Files may hold such networks: they are refused where they would be evaluated, and nowhere else.
 const char* WhyNotEvaluable(const NeuralNet& net);
+const char* WhyNotEvaluable(const NetLayer& layer);
 
 // Mean and population standard deviation of the weights of all layers but the last, summed strictly one after another
 // in single precision. NaN for a single layer.

@@ -16,7 +16,7 @@ void AppendWeights(const NetUnit* units, int32_t count, int32_t i, std::vector<f
   for (int32_t u = 0; u < kUnitsPerTile; ++u) packed.push_back(u < count ? units[u].W.x[i] : 0.f);
 }
 
-// In the order that Kernels::evaluateLayer reads.
+// The weights of one tile, in the order in which Kernels::evaluateLayer reads them.
 void AppendTile(const NetUnit* units, int32_t count, int32_t inputs, std::vector<float>& packed) {
   const int32_t whole = inputs / 8 * 8;
   for (int32_t lane = 0; lane < 8; ++lane) {
@@ -28,7 +28,8 @@ void AppendTile(const NetUnit* units, int32_t count, int32_t inputs, std::vector
 
 }  // namespace
 
-// A full block's rows are one row to the kernel.
+// Rows lie kPixelsPerBlock floats apart. Those of a full block therefore have no gap between them, and one call does
+// them all; of a shorter block only the first pixels of each row are there to be activated.
 void PackedNet::Activate(const Run& run, float* rows, int32_t pixels) {
   const RowFunction function = ActiveKernels().activation[run.kind];
   rows += int64_t{run.begin} * kPixelsPerBlock;
@@ -36,9 +37,9 @@ void PackedNet::Activate(const Run& run, float* rows, int32_t pixels) {
   for (int32_t u = 0; u < run.units; ++u, rows += kPixelsPerBlock) function(rows, rows, pixels);
 }
 
-PackedNet::PackedNet(const NeuralNet& net) : inputs(net.N0), outputs(net.LastNi()) {
+PackedNet::PackedNet(const NeuralNet& net) : inputs_(net.N0), outputs_(net.LastNi()) {
   NORV_ASSERT(!net.layers.empty() && !WhyNotEvaluable(net));
-  int32_t layerInputs = inputs;
+  int32_t layerInputs = inputs_;
   for (const NetLayer& layer : net.layers) {
     PackLayer(layer, layerInputs);
     layerInputs = layer.Ni;
@@ -46,36 +47,36 @@ PackedNet::PackedNet(const NeuralNet& net) : inputs(net.N0), outputs(net.LastNi(
 }
 
 void PackedNet::PackLayer(const NetLayer& layer, int32_t layerInputs) {
-  Layer packed{layerInputs, layer.Ni, static_cast<int64_t>(weights.size()), {}};
-  weights.reserve(weights.size() + static_cast<size_t>(PaddedUnits(layer.Ni) * (layerInputs + 1)));
+  Layer packed{layerInputs, layer.Ni, static_cast<int64_t>(weights_.size()), {}};
+  weights_.reserve(weights_.size() + static_cast<size_t>(PaddedUnits(layer.Ni) * (layerInputs + 1)));
   for (int32_t u = 0; u < layer.Ni; u += kUnitsPerTile)
-    AppendTile(&layer.units[u], std::min(kUnitsPerTile, layer.Ni - u), layerInputs, weights);
+    AppendTile(&layer.units[u], std::min(kUnitsPerTile, layer.Ni - u), layerInputs, weights_);
   for (int32_t u = 0; u < layer.Ni; ++u) {
     const int32_t kind = layer.units[u].ActivationKind;
     if (packed.runs.empty() || packed.runs.back().kind != kind) packed.runs.push_back({kind, u, 0});
     ++packed.runs.back().units;
   }
-  widestRows = std::max(widestRows, PaddedUnits(layer.Ni));
-  layers.push_back(std::move(packed));
+  widestRows_ = std::max(widestRows_, PaddedUnits(layer.Ni));
+  layers_.push_back(std::move(packed));
 }
 
 PackedNet::Scratch::Scratch(const PackedNet& net)
-    : inputRows(MakeAligned<float>(static_cast<size_t>(net.inputs) * kPixelsPerBlock)) {
-  std::fill_n(inputRows.get(), int64_t{net.inputs} * kPixelsPerBlock, 0.f);
-  for (AlignedArray<float>& rows : layerRows) {
-    rows = MakeAligned<float>(static_cast<size_t>(net.widestRows) * kPixelsPerBlock);
-    std::fill_n(rows.get(), net.widestRows * kPixelsPerBlock, 0.f);
+    : inputRows_(MakeAligned<float>(static_cast<size_t>(net.inputs_) * kPixelsPerBlock)) {
+  std::fill_n(inputRows_.get(), int64_t{net.inputs_} * kPixelsPerBlock, 0.f);
+  for (AlignedArray<float>& rows : layerRows_) {
+    rows = MakeAligned<float>(static_cast<size_t>(net.widestRows_) * kPixelsPerBlock);
+    std::fill_n(rows.get(), net.widestRows_ * kPixelsPerBlock, 0.f);
   }
 }
 
 const float* PackedNet::EvaluateBlock(Scratch& scratch, int32_t pixels) const {
   NORV_ASSERT(pixels >= 1 && pixels <= kPixelsPerBlock);
   const auto evaluateLayer = ActiveKernels().evaluateLayer;
-  const float* from = scratch.inputRows.get();
-  for (size_t i = 0; i < layers.size(); ++i) {
-    const Layer& layer = layers[i];
-    float* to = scratch.layerRows[i % 2].get();
-    evaluateLayer(&weights[layer.weights], layer.inputs, layer.units, from, to, pixels);
+  const float* from = scratch.inputRows_.get();
+  for (size_t i = 0; i < layers_.size(); ++i) {
+    const Layer& layer = layers_[i];
+    float* to = scratch.layerRows_[i % 2].get();
+    evaluateLayer(&weights_[layer.weights], layer.inputs, layer.units, from, to, pixels);
     for (const Run& run : layer.runs) Activate(run, to, pixels);
     from = to;
   }

@@ -19,19 +19,19 @@ class PackedNet {
   // (WhyNotEvaluable() gives null) and there must be a layer: asserted.
   explicit PackedNet(const NeuralNet& net);
 
-  int32_t Inputs() const { return inputs; }    // N0
-  int32_t Outputs() const { return outputs; }  // LastNi
+  int32_t Inputs() const { return inputs_; }    // N0
+  int32_t Outputs() const { return outputs_; }  // LastNi
 
   // What one thread works in. Rows of kPixelsPerBlock floats (simd/kernels.h), one below the other, aligned to
   // kAlignment: input i of pixel p of the block lies in Input(i)[p].
   class Scratch {
    public:
     explicit Scratch(const PackedNet& net);
-    float* Input(int64_t i) { return inputRows.get() + i * kPixelsPerBlock; }
+    float* Input(int64_t i) { return inputRows_.get() + i * kPixelsPerBlock; }
 
    private:
     friend class PackedNet;
-    AlignedArray<float> inputRows, layerRows[2];
+    AlignedArray<float> inputRows_, layerRows_[2];
   };
 
   // Evaluates the first `pixels` (1 .. kPixelsPerBlock) pixels of the input rows, which stay as they are. Output unit u
@@ -54,10 +54,10 @@ class PackedNet {
   void PackLayer(const NetLayer& layer, int32_t layerInputs);
   static void Activate(const Run& run, float* rows, int32_t pixels);
 
-  int32_t inputs, outputs;
-  int64_t widestRows = 0;
-  std::vector<Layer> layers;
-  std::vector<float> weights;  // of all layers, tile by tile in the order in which the kernel reads them
+  int32_t inputs_, outputs_;
+  int64_t widestRows_ = 0;
+  std::vector<Layer> layers_;
+  std::vector<float> weights_;  // of all layers, tile by tile in the order in which Kernels::evaluateLayer reads them
 };
 
 }  // namespace norv

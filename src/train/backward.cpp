@@ -1,5 +1,6 @@
 #include "train/backward.h"
 
+#include "net/team_size.h"
 #include "platform/team.h"
 #include "simd/math.h"
 
@@ -11,10 +12,9 @@ int TeamFor(int32_t threads, int32_t units) {
   return threads == 4 || (threads > 4 && units % threads == 0) ? threads : 1;
 }
 
-bool IsSupported(int32_t threads) { return threads == 1 || threads == 4 || threads == 8 || threads == 16; }
-
 void OutputDeltas(NeuralNet& net, const float* target, int32_t costSelection, float bound) {
   net.SampleCost = 0;
+  if (net.layers.empty()) return;
   for (NetUnit& unit : net.layers.back().units) {
     const OutputCost output = CostOfError(costSelection, unit.a - *target++);
     net.SampleCost += output.cost;
@@ -60,13 +60,13 @@ OutputCost LogarithmicCost(float e) {
 
 void BackPropagate(NeuralNet& net, const float* target, int32_t costSelection, float bound, int32_t threads) {
   OutputDeltas(net, target, costSelection, bound);
-  if (!IsSupported(threads)) return;
+  if (!IsTeamSize(threads) || net.layers.empty()) return;
   for (size_t k = net.layers.size() - 1; k-- > 0;)
     HiddenDeltas(net.layers[k], net.layers[k + 1], bound, TeamFor(threads, net.layers[k].Ni));
 }
 
 void UpdateWeights(NeuralNet& net, float nu, float momentum, int32_t threads) {
-  if (!IsSupported(threads)) return;
+  if (!IsTeamSize(threads)) return;
   for (NetLayer& layer : net.layers)
     ParallelFor(TeamFor(threads, layer.Ni), layer.Ni, [&](int64_t i) {
       NetUnit& unit = layer.units[static_cast<size_t>(i)];

@@ -24,9 +24,10 @@ AlignedArray<T> Zeros(int64_t n) {
 // to 2.6 times as long.
 constexpr int64_t kTeamPays = int64_t{1} << 23;
 
-// Calls body(begin, end) on 0 .. count - 1, split between whole blocks.
+// Calls body(begin, end) on 0 .. count - 1 units, split between whole blocks of units among the threads of a team if
+// the layer has so many weights that it pays.
 template <typename Body>
-void Spread(int32_t threads, int64_t weights, int32_t count, const Body& body) {
+void InTeam(int32_t threads, int64_t weights, int32_t count, const Body& body) {
   if (threads <= 1 || weights < kTeamPays) return body(0, count);
   ParallelRanges(threads, Padded(count) / kTrainBlock, [&](int64_t begin, int64_t end) {
     body(static_cast<int32_t>(begin) * kTrainBlock, std::min(static_cast<int32_t>(end) * kTrainBlock, count));
@@ -35,8 +36,9 @@ void Spread(int32_t threads, int64_t weights, int32_t count, const Body& body) {
 
 constexpr int32_t kLogistic = 1;
 
-// Whether a product with a short slope (see TrainKernels) rounds to the float that the exact one rounds to: it is 0 or
-// of a normal float's size, and not within 2^-37 of the middle between two floats.
+// A layer of logistic units gets slopes of 38 bits (TrainKernels::activateLogistic). Whether a product with such a
+// slope certainly rounds to the same float as the product with the exact slope: it is 0 or of a normal float's size,
+// and not within 2^-37 of the middle between two floats.
 bool IsRoundingDecided(double product) {
   constexpr uint64_t kMiddle = uint64_t{1} << 28, kWindow = uint64_t{1} << 15;
   const uint64_t rest = std::bit_cast<uint64_t>(product) & (2 * kMiddle - 1);
@@ -138,12 +140,12 @@ void RowNet::Sweep(const float* input) {
   first.sweep.update = pendingInput_ ? update_ : TrainUpdate::none;
   first.sweep.previous = pendingInput_;
   first.sweep.input = input;
-  Spread(threads_, first.Weights(), Padded(first.units),
+  InTeam(threads_, first.Weights(), Padded(first.units),
          [&](int32_t begin, int32_t end) { kernels_.columns(first.sweep, begin, end); });
 }
 
 void RowNet::Evaluate(const Layer& layer) {
-  Spread(threads_, layer.Weights(), layer.units,
+  InTeam(threads_, layer.Weights(), layer.units,
          [&](int32_t begin, int32_t end) { kernels_.rows(layer.sweep, begin, end); });
 }
 
@@ -197,7 +199,7 @@ void RowNet::OutputDeltas(const float* target) {
 }
 
 void RowNet::HiddenDeltas(Layer& layer, const Layer& above) {
-  Spread(threads_, above.Weights(), Padded(layer.units),
+  InTeam(threads_, above.Weights(), Padded(layer.units),
          [&](int32_t begin, int32_t end) { kernels_.deltas(layer.deltas, begin, end); });
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include "net/team_size.h"
 #include "platform/console.h"
 #include "platform/interrupt.h"
 #include "platform/paths.h"
@@ -69,10 +70,12 @@ bool RunEpoch(Trainer& trainer, const TrainingSet& set, bool backward, TrainingW
   return true;
 }
 
+bool HasEpochs(const TrainingOptions& o) { return std::min(o.iters, o.endEpoch) > o.firstEpoch; }
+
 std::unique_ptr<Trainer> MakeTrainer(NeuralNet& net, const TrainingOptions& o, TrainedForm form) {
-  const bool supported = o.threads == 1 || o.threads == 4 || o.threads == 8 || o.threads == 16;
-  // Other thread counts train nothing: that is left to the plain functions.
-  if (form == TrainedForm::record || !supported) return MakeRecordTrainer(net, o.costSelection, o.momentum, o.threads);
+  // Where nothing is trained, that is left to the plain functions.
+  const bool trains = HasEpochs(o) && IsTeamSize(o.threads) && !net.layers.empty();
+  if (form == TrainedForm::record || !trains) return MakeRecordTrainer(net, o.costSelection, o.momentum, o.threads);
   return std::make_unique<RowNet>(net, o.costSelection, o.momentum, o.threads);
 }
 
@@ -142,6 +145,11 @@ class Training {
 };
 
 }  // namespace
+
+const char* WhyNotTrainable(const NeuralNet& net, const TrainingOptions& options) {
+  if (!HasEpochs(options) || net.layers.empty()) return nullptr;
+  return IsTeamSize(options.threads) ? WhyNotEvaluable(net) : WhyNotEvaluable(net.layers.back());
+}
 
 void SayEpoch(const EpochReport& r) {
   const double nu = Printable(r.nu), cost = Printable(r.cost);

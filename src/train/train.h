@@ -23,6 +23,10 @@ struct TrainingOptions {
   int32_t firstEpoch = 0, endEpoch = std::numeric_limits<int32_t>::max();
 };
 
+// Null when training with these options evaluates no unit that has no activation; otherwise the reason why not. Without
+// epochs no unit is evaluated, with thread counts that train nothing only the output layer's costs are.
+const char* WhyNotTrainable(const NeuralNet& net, const TrainingOptions& options);
+
 // What is trained: the rows are the fast form, the record the plain one. Their results are the same bits.
 enum class TrainedForm { rows, record };
 
@@ -41,8 +45,8 @@ void SayEpoch(const EpochReport& report);
 
 // Trains by per-sample gradient descent and reports each epoch. The set ends in the order of the last epoch when each
 // one shuffles it (through temp.dat in the executable's directory, removed again on every way out). A network that does
-// not fit the set is reported on standard output, waits for a key and is left alone. Units without activation must have
-// been refused before.
+// not fit the set is reported on standard output, waits for a key and is left alone. One that is WhyNotTrainable() must
+// have been refused before.
 //
 // The first interrupt ends it after the current sample, as a completed training ends; Cost is then that of the last
 // whole epoch. Throws the message texts of the set's file functions when temp.dat fails.

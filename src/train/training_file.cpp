@@ -32,12 +32,6 @@ AlignedArray<T> MakeOrThrowMessage(int64_t count) {
   }
 }
 
-void WriteHeader(FileOut& out, const TrainingHeader& header) {
-  out.Field(header.N);
-  out.Field(header.Nin);
-  out.Field(header.Ny);
-}
-
 // Records in the order of the result, each fetched from where it lies in the mapped file.
 void WriteGathered(FileOut& out, const TrainingHeader& header, const char* records, const int32_t* source) {
   const int64_t size = header.RecordBytes(), pieceRecords = (kPieceBytes + size - 1) / size;
@@ -96,7 +90,9 @@ void ShuffleInParts(const std::string& path, FileOut& out, const TrainingHeader&
 // Opened for the header only: the file must not be open when another takes its place.
 TrainingHeader HeaderOf(const std::string& path) {
   FileIn file(path);
-  return ReadTrainingHeader(file);
+  const TrainingHeader header = ReadTrainingHeader(file);
+  RequireRecords(file, header);
+  return header;
 }
 
 }  // namespace
@@ -104,15 +100,18 @@ TrainingHeader HeaderOf(const std::string& path) {
 TrainingHeader ReadTrainingHeader(FileIn& file) {
   if (!file.IsOpen()) Refuse(file, file.Reason().c_str());
   TrainingHeader header;
-  file.Field(header.N);
-  file.Field(header.Nin);
-  file.Field(header.Ny);
+  TransferTrainingHeader(file, header);
   if (!file.Complete()) Refuse(file, "it ends within its header");
-  if (header.N < 0 || header.Nin < 0 || header.Ny < 0) Refuse(file, "its header has negative sizes");
-  if (header.N > 0 && header.RecordBytes() == 0) Refuse(file, "its records are empty");
-  if (header.N > 0 && (file.Size() - kTrainingHeaderBytes) / header.RecordBytes() < header.N)
-    Refuse(file, "it holds fewer records than its header counts");
   return header;
+}
+
+void RequireSizes(const FileIn& file, const TrainingHeader& header) {
+  if (const char* reason = WhyNoTrainingSet(header)) Refuse(file, reason);
+}
+
+void RequireRecords(const FileIn& file, const TrainingHeader& header) {
+  RequireSizes(file, header);
+  if (file.Size() < header.FileBytes()) Refuse(file, "it holds fewer records than its header counts");
 }
 
 int64_t MemoryForTrainingSet() { return static_cast<int64_t>(AvailableMemory() / 8 * 7); }
@@ -137,7 +136,7 @@ void ShuffleTrainingFile(const std::string& path, Durability durability, int64_t
   const TrainingHeader header = HeaderOf(path);
   auto order = ShuffledOrder(header.N);
   FileOut out(path, durability);
-  WriteHeader(out, header);
+  TransferTrainingHeader(out, header);
   if (header.N > 0) {
     if (header.FileBytes() <= memory)
       ShuffleMapped(path, out, header, std::move(order));

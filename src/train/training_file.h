@@ -6,25 +6,22 @@
 
 #include "platform/file.h"
 #include "platform/memory.h"
+#include "train/training_header.h"
 
 namespace norv {
 
 // What is thrown for a training set that cannot be opened, read or written.
 inline constexpr const char* kTrainingFileProblem = "PROBLEM OPENING FILE!";
 
-inline constexpr int64_t kTrainingHeaderBytes = 12;
-
-struct TrainingHeader {
-  int32_t N = 0, Nin = 0, Ny = 0;
-
-  int64_t RecordBytes() const { return 4 * (int64_t{Nin} + Ny); }
-  // From the file's start to behind the last counted record.
-  int64_t FileBytes() const { return kTrainingHeaderBytes + N * RecordBytes(); }
-};
-
-// Reads the header and refuses (throws kTrainingFileProblem, reason on standard error) what is not open, has negative
-// sizes, or holds fewer records than it counts. Bytes behind the counted records are none of our business.
+// Reads the header alone, whatever its sizes. Throws kTrainingFileProblem, reason on standard error, for a file that is
+// not open or ends within its header.
 TrainingHeader ReadTrainingHeader(FileIn& file);
+
+// Refuses, as ReadTrainingHeader() does, a header that makes no sense (WhyNoTrainingSet).
+void RequireSizes(const FileIn& file, const TrainingHeader& header);
+// And also a file that holds fewer records than its header counts. Bytes behind the counted records are none of our
+// business.
+void RequireRecords(const FileIn& file, const TrainingHeader& header);
 
 // How large a training set may be to be held in memory.
 int64_t MemoryForTrainingSet();

@@ -1,5 +1,6 @@
 #include "train/training_pairs.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -8,31 +9,32 @@
 #include "platform/file_update.h"
 #include "platform/progress.h"
 #include "raster/filters.h"
-#include "raster/orient.h"
 #include "raster/separable.h"
 
 namespace norv {
 namespace {
 
-constexpr int32_t kMargin = 3;  // of the largest layout, and of all so that every layout sees the same pixels
+// The margin of the largest layout is that of all, so that every layout sees the same pixels.
+constexpr int32_t kMargin = kLargestRadius;
 
 const InputLayout* LayoutOrThrow(int32_t Nin, int32_t Ny) {
   const InputLayout* layout = FindLayout(Nin);
-  if (!layout || (Ny != 4 && Ny != 16)) throw "Training pairs have 8, 24, 48, 49 or 72 inputs and 4 or 16 outputs.";
+  static const std::string sizes = "Training pairs have " + LayoutInputs() + " inputs and 4 or 16 outputs.";
+  if (!layout || !IsOutputCount(Ny)) throw sizes.c_str();
   return layout;
 }
 
 matrix Shrunk(matrix& picture, int32_t f, int32_t shrinkOrder) {
-  matrix kernel;
-  ShrinkKernel(kernel, f, shrinkOrder);
-  if (kernel.mn == 0) throw "The shrink order has no filter.";
+  matrix filter;
+  ShrinkKernel(filter, f, shrinkOrder);
+  if (filter.mn == 0) throw "The shrink order has no filter.";
   const int32_t smallest = 2 * kMargin + 1;
   if (picture.m / f < smallest || picture.n / f < smallest) throw "The picture is too small for training pairs.";
   if ((picture.m / f - 2 * kMargin) * (picture.n / f - 2 * kMargin) > std::numeric_limits<int32_t>::max() / 8)
     throw "The picture has too many training pairs.";
   CropToMultiple(picture, f);
   matrix low(picture.m / f, picture.n / f);
-  ShrinkMatrix(low, picture, kernel);
+  ShrinkMatrix(low, picture, filter);
   return low;
 }
 
@@ -96,9 +98,8 @@ void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, i
   const PairMaker maker(picture, Nin, Ny, shrinkOrder);
   const FileLock lock(path);
   FileOut file(path);
-  file.Field(maker.Count());
-  file.Field(Nin);
-  file.Field(Ny);
+  const TrainingHeader header{maker.Count(), Nin, Ny};
+  TransferTrainingHeader(file, header);
   if (file.IsOpen()) ForRows(maker, [&](const float* records, size_t count) { file.Array(records, count); });
   if (!file.Commit()) throw kTrainingFileProblem;
 }
@@ -107,17 +108,20 @@ void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrin
   const FileLock lock(path);
   FileIn old(path);
   const TrainingHeader header = ReadTrainingHeader(old);
+  RequireSizes(old, header);
   const PairMaker maker(picture, header.Nin, header.Ny, shrinkOrder);
   if (maker.Count() > std::numeric_limits<int32_t>::max() - header.N) throw "The training set would be too large.";
+  const int64_t end = std::min(header.FileBytes(), old.Size());
+  if (end < header.FileBytes()) Warn("%s holds fewer records than its header counts", path.c_str());
   FileUpdate file(path);
   if (file.IsOpen()) {
-    file.Seek(header.FileBytes());
+    file.Seek(end);
     ForRows(maker, [&](const float* records, size_t count) {
       if (!file.Failed()) file.Write(records, count * sizeof(float));
     });
     // The count may only stand for records that are on the disk.
     file.Flush();
-    file.CutBack(header.FileBytes());
+    file.CutBack(end);
     const int32_t total = header.N + maker.Count();
     file.Seek(0);
     file.Write(&total, sizeof total);

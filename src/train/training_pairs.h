@@ -8,6 +8,7 @@
 
 #include "linear/matrix2.h"
 #include "net/layouts.h"
+#include "raster/orient.h"
 #include "train/training_set.h"
 
 namespace norv {
@@ -22,20 +23,18 @@ void CropToMultiple(matrix& picture, int32_t f);
 class PairMaker {
  public:
   // Crops the picture (0..255 scale), which must outlive this object. Throws the text that says why there are no pairs:
-  // other sizes than 8, 24, 48, 49, 72 with 4, 16; a shrink order without a filter; a picture below 7 f pixels on a
-  // side; more pairs than 32 bits count.
+  // sizes that no layout has or other targets than 4 and 16; a shrink order without a filter; a picture below 7 f
+  // pixels on a side; more pairs than 32 bits count.
   PairMaker(matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder);
 
   int32_t Count() const { return Rows() * PairsInRow(); }
-  int32_t Rows() const { return low_.n - 6; }
-  int32_t PairsInRow() const { return (low_.m - 6) * kOrientations; }
+  int32_t Rows() const { return low_.n - 2 * kLargestRadius; }
+  int32_t PairsInRow() const { return (low_.m - 2 * kLargestRadius) * kOrientations; }
   int64_t RecordFloats() const { return int64_t{layout_->inputs} + f_ * f_; }
   // The records of row 0 .. Rows() - 1: PairsInRow() * RecordFloats() floats.
   void MakeRow(int32_t row, float* records) const;
 
  private:
-  static constexpr int32_t kOrientations = 8;
-
   const matrix& picture_;
   matrix low_;
   const InputLayout* layout_;
@@ -51,8 +50,9 @@ void BuildTrainingPairs(TrainingSet& set, matrix& picture, int32_t Nin, int32_t 
 // kTrainingFileProblem; the old file is kept then.
 void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder);
 
-// The picture's pairs behind the counted records of the file, whose sizes they take; the count is written when they are
-// on the disk. Throws as WriteTrainingPairs; the file counts what it counted before then.
+// The picture's pairs behind the counted records of the file, whose sizes they take; at its end, with a warning, when
+// it holds fewer than it counts. The count is written when they are on the disk. Throws as WriteTrainingPairs; the file
+// counts what it counted before then.
 void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder);
 
 }  // namespace norv

@@ -73,9 +73,8 @@ void ClearTrainingSet(TrainingSet& set) { set = TrainingSet(); }
 
 void SaveTrainingSet(const TrainingSet& set, const std::string& name, Folder folder, Durability durability) {
   FileOut file(PathOf(name, folder), durability);
-  file.Field(set.N);
-  file.Field(set.Nin);
-  file.Field(set.Ny);
+  const TrainingHeader header{set.N, set.Nin, set.Ny};
+  TransferTrainingHeader(file, header);
   file.Array(set.records, static_cast<size_t>(set.N * set.RecordFloats()));
   if (!file.Commit()) throw kTrainingFileProblem;
 }
@@ -84,6 +83,7 @@ void LoadTrainingSet(TrainingSet& set, const std::string& name, Folder folder, i
   ClearTrainingSet(set);
   FileIn file(PathOf(name, folder));
   const TrainingHeader header = ReadTrainingHeader(file);
+  RequireRecords(file, header);
   if (header.FileBytes() > memory) return Map(set, file.Path(), header);
   CreateTrainingSet(set, header.N, header.Nin, header.Ny);
   file.Array(set.block.get(), static_cast<size_t>(set.N * set.RecordFloats()));
@@ -96,6 +96,7 @@ void LoadTrainingSetShuffled(TrainingSet& set, const std::string& name, Folder f
   ClearTrainingSet(set);
   FileIn file(PathOf(name, folder));
   const TrainingHeader header = ReadTrainingHeader(file);
+  RequireRecords(file, header);
   const auto order = ShuffledOrder(header.N);
   CreateTrainingSet(previous, header.N, header.Nin, header.Ny);
   set = std::move(previous);

@@ -76,6 +76,17 @@ TEST_CASE("every field of a network file has its place") {
   CHECK(ReadBytes(folder / "b.net") == expected);
 }
 
+TEST_CASE("a negative layer size is an absent layer that passes through") {
+  ScratchFolder folder;
+  const std::string bytes = Header(2, {2, 1, -1, 0, -7}) + kSmall.substr(84);
+  WriteBytes(folder / "a.net", bytes);
+  NeuralNet net;
+  LoadNet(net, folder / "a.net", Folder::asGiven);
+  CHECK(net.Nlayers == 2);
+  SaveNet(net, folder / "b.net", Folder::asGiven);
+  CHECK(ReadBytes(folder / "b.net").substr(4) == bytes.substr(4));
+}
+
 TEST_CASE("49 inputs and any kinds pass through a file unchanged") {
   ScratchFolder folder;
   const NeuralNet net = RandomRecord(49, {5, 3, 16}, {0, 1, 18, -7, 17});
@@ -94,8 +105,7 @@ TEST_CASE("damaged network files are refused and the network stays as it was") {
   CheckRefused(kSmall.substr(0, 84), "ends behind the header");
   CheckRefused(kSmall.substr(0, kSmall.size() - 1), "ends within the last array");
   CheckRefused(Header(-2, {2, 1}) + kSmall.substr(84), "negative input count");
-  CheckRefused(Header(2, {2, -1}) + kSmall.substr(84), "negative size");
-  CheckRefused(Header(2, {2, 0, 1}) + kSmall.substr(84), "gap");
+  CheckRefused(Header(2, {2, -1, 1}) + kSmall.substr(84), "gap");
   CheckRefused(Header(2, {2, 1}) + Record(14, 2, 1) + Record(12, 3, 10) + Record(15, 2, 20), "record disagrees");
   CheckRefused(Header(2, {2, 1}) + Record(14, 2, 1) + Record(12, -2, 10) + Record(15, 2, 20), "negative record");
   const int32_t huge = 2147483647;

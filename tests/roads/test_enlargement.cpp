@@ -150,6 +150,18 @@ TEST_CASE("without a network, or with one that cannot be evaluated, the run fail
   }
 }
 
+TEST_CASE("units without activation matter only where they would be evaluated") {
+  const std::string image = BytesOf(RandomImage(4, 4, 23, 3));
+  for (const int32_t kind : {0, 18}) {
+    const Enlargement noLayout(BytesOf(RandomNet(25, {4}, kind)), image, "0", "1", "0");
+    CHECK(noLayout.WentWell("Shortcut = 0, Average = 0, Threads = 1"));
+    CHECK(noLayout.result == image);
+    const Enlargement noPicture(BytesOf(RandomNet(24, {4}, kind)), "", "1", "4", "1");
+    CHECK(noPicture.outcome.exitCode == 0);
+    CHECK(noPicture.result == BytesOf(PlainImage{}));
+  }
+}
+
 TEST_CASE("standard streams that are closed or full leave the result alone") {
   const PlainNet net = RandomNet(24, {4}, 12);
   const PlainImage image = RandomImage(4, 4, 23, 3);

@@ -157,7 +157,8 @@ TEST_CASE("mode 9: what cannot be trained is said, waits for one key and changes
     check("\nNo test.dat. Abort! Press any key.");
   }
   const std::string incompatible = "\n\ntest.net and test.dat are incompatible.\n\n";
-  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(3, 24, 4)));
+  // The sizes come first: nobody looks whether there are records.
+  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(3, 24, 4)).substr(0, 12));
   check(incompatible + "N0 = 8, Nin = 24\nLastNi = 4, Ny = 4\nN = 3");
   WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(2, 8, 16)));
   check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 16\nN = 2");
@@ -165,18 +166,44 @@ TEST_CASE("mode 9: what cannot be trained is said, waits for one key and changes
   check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 4\nN = 0");
 }
 
-TEST_CASE("mode 9: failures that nobody handles end with their reason, the network kept") {
-  const std::vector<std::string> arguments{"9", "2", "0.1", "0.1", "0", "3", "0", "0", "1", "0"};
-  {
+TEST_CASE("mode 9: units without activation matter only where they would be evaluated") {
+  // 12 hidden units and 4 outputs; other thread counts than 1, 4, 8 and 16 only compute the costs of the outputs.
+  const auto ends = [](size_t layer, const std::string& iters, const std::string& threads) {
     Workplace place;
-    place.net.layers[0].units[3].ActivationKind = 0;
+    place.net.layers[layer].units[3].ActivationKind = 18;
     SaveNet(place.net, place.folder / "test.net", Folder::asGiven);
     const std::string net = place.Bytes("test.net");
-    const Outcome outcome = Run(CommandIn(place.folder, arguments));
-    CHECK(outcome.exitCode == 1);
-    CHECK(outcome.errors != "");
-    CHECK(place.Bytes("test.net") == net);
+    const Outcome outcome =
+        Run(CommandIn(place.folder, {"9", iters, "0.1", "0.1", "0", "3", "0", "0.5", threads, "0"}));
+    const bool written = outcome.output.find("\nResults were written to test.net\n") != std::string::npos;
+    CHECK(written == (outcome.exitCode == 0));
+    CHECK(written == (outcome.errors == ""));
+    CHECK((written || place.Bytes("test.net") == net));
+    return outcome.exitCode;
+  };
+  CHECK(ends(0, "2", "1") == 1);
+  CHECK(ends(0, "2", "2") == 0);
+  CHECK(ends(1, "2", "2") == 1);
+  CHECK(ends(1, "0", "1") == 0);
+  CHECK(ends(0, "-1", "4") == 0);
+}
+
+TEST_CASE("mode 9: a network without layers fits a set without targets and learns nothing") {
+  const ScratchFolder folder;
+  NeuralNet net;
+  BuildNet(net, 8, {});
+  SaveNet(net, folder / "test.net", Folder::asGiven);
+  SaveTrainingSet(MakeSamples(5, 8, 0), folder / "test.dat", Folder::asGiven);
+  for (const std::string threads : {"1", "2"}) {
+    const Outcome outcome = Run(CommandIn(folder, {"9", "2", "0.1", "0.1", "0", "0", "0", "0.5", threads, "0"}));
+    CHECK(outcome.exitCode == 0);
+    CHECK(outcome.output.find("\n2 of 2  (nu = 0.100000)  Cost = 0.000000e+00,") != std::string::npos);
+    CHECK(ReadBytes(folder / "test.net") == NetBytes(net));
   }
+}
+
+TEST_CASE("mode 9: failures that nobody handles end with their reason, the network kept") {
+  const std::vector<std::string> arguments{"9", "2", "0.1", "0.1", "0", "3", "0", "0", "1", "0"};
   Workplace place;
   const std::string net = place.Bytes("test.net");
   std::filesystem::create_symlink("/dev/full", place.folder / "temp.dat");

@@ -6,6 +6,7 @@
 #include "raster/filters.h"
 #include "raster/orient.h"
 #include "raster/separable.h"
+#include "support/captured_output.h"
 #include "support/samples.h"
 #include "support/scratch.h"
 #include "train/training_pairs.h"
@@ -107,6 +108,22 @@ TEST_CASE("training pairs: more pictures are added behind the counted records") 
   CHECK(FileBytes(set).substr(12) == before.substr(12) + FileBytes(added).substr(12));
 }
 
+TEST_CASE("training pairs: a file that is short of records is continued at its end, with a warning") {
+  const ScratchFolder folder;
+  matrix picture = MakePicture(20, 18);
+  TrainingSet added;
+  BuildTrainingPairs(added, picture, 8, 4, 0);
+  // Nothing but the header, and half a record.
+  const std::string old = FileBytes(MakeSamples(5, 8, 4));
+  for (const size_t left : {size_t{12}, size_t{36}}) {
+    WriteBytes(folder / "set", old.substr(0, left));
+    const std::string warning = ErrorsOf([&] { AppendTrainingPairs(folder / "set", picture, 0); });
+    CHECK(warning.find("fewer records than its header counts") != std::string::npos);
+    const int32_t header[] = {5 + added.N, 8, 4};
+    CHECK(ReadBytes(folder / "set") == BytesOf(header, 3) + old.substr(12, left - 12) + FileBytes(added).substr(12));
+  }
+}
+
 TEST_CASE("training pairs: what gives none is refused with its reason and the file is kept") {
   const ScratchFolder folder;
   matrix good = MakePicture(20, 18);
@@ -121,7 +138,7 @@ TEST_CASE("training pairs: what gives none is refused with its reason and the fi
   refused(13, 20, 8, 4, 0, "too small");
   refused(20, 27, 8, 16, 0, "too small");
   refused(0, 0, 8, 4, 0, "too small");
-  refused(20, 20, 9, 4, 0, "inputs");
+  refused(20, 20, 9, 4, 0, "Training pairs have 8, 24, 48, 49 or 72 inputs and 4 or 16 outputs.");
   refused(20, 20, 8, 9, 0, "outputs");
   refused(20, 20, 8, 4, -6, "filter");
   refused(20, 20, 8, 4, 65, "filter");
