@@ -4,7 +4,7 @@
 #include <doctest/doctest.h>
 
 #include "support/messages.h"
-#include "support/plain.h"
+#include "support/nets.h"
 #include "support/process.h"
 #include "support/scratch.h"
 
@@ -15,9 +15,10 @@ namespace {
 
 // A network whose weights, but for the output layer's, have this mean and the deviation 0.5.
 std::string NetOfMean(float mean) {
-  PlainNet net = RandomNet(2, {2, 1}, 12);
-  for (PlainUnit& unit : net.layers[0]) unit.W = {mean - 0.5f, mean + 0.5f};
-  return BytesOf(net);
+  norv::NeuralNet net = RandomRecord(2, {2, 1}, {12});
+  for (norv::NetUnit& unit : net.layers[0].units)
+    for (int i = 0; i < 2; ++i) unit.W.x[i] = mean + static_cast<float>(i) - 0.5f;
+  return NetBytes(net);
 }
 
 std::string Statistics(const std::string& mean, const std::string& deviation) {
@@ -32,7 +33,7 @@ TEST_CASE("mode 13 prints mean and deviation; those of a single layer are no num
   const Command command{.arguments = {"13"}, .environment = {"NORV_DIR=" + folder.Path()}};
   WriteBytes(folder / "test.net", NetOfMean(-2));
   CHECK(Run(command).output == Statistics("-2.000000", "0.500000"));
-  WriteBytes(folder / "test.net", BytesOf(RandomNet(3, {2}, 0)));
+  WriteBytes(folder / "test.net", NetBytes(RandomRecord(3, {2}, {0})));
   const Outcome single = Run(command);
   CHECK(single.output == Statistics("nan", "nan"));
   CHECK(single.errors == "");

@@ -9,11 +9,10 @@
 #include <thread>
 #include <vector>
 
-#include "linear/index_sort.h"
-#include "linear/random.h"
 #include "net/net_file.h"
 #include "support/captured_output.h"
 #include "support/messages.h"
+#include "support/nets.h"
 #include "support/process.h"
 #include "support/samples.h"
 #include "support/scratch.h"
@@ -44,12 +43,6 @@ struct Workplace {
   TrainingSet set;
   NeuralNet net;
 };
-
-std::string NetBytes(const NeuralNet& net) {
-  const ScratchFolder folder;
-  SaveNet(net, folder / "net", Folder::asGiven);
-  return ReadBytes(folder / "net");
-}
 
 std::string Request(const std::string& numbers) {
   return kBanner + "\nMode = 9\n" + numbers + "\nSoundNotification = 0\n";
@@ -108,16 +101,7 @@ TEST_CASE("mode 9: epochs that shuffle go on from each other's order, and temp.d
   // One epoch after the other by hand, its rate as the whole run's.
   RandomGenerator generator;
   for (const float nu : {0.05f, 0.5f * (0.01f - 0.05f) + 0.05f, (0.01f - 0.05f) + 0.05f}) {
-    std::vector<float> keys;
-    for (int32_t i = 0; i < place.set.N; ++i) {
-      const int32_t low = generator.Next(), high = generator.Next();
-      keys.push_back(static_cast<float>((high * 10000 + low) * 1e-8 + 5e-9));
-    }
-    std::vector<int32_t> order(300);
-    IndexSort(order.data(), keys.data(), place.set.N);
-    TrainingSet next = MakeSamples(300, 8, 4);
-    for (int32_t j = 0; j < 300; ++j) std::copy_n(place.set.Input(j), 12, next.Record(order[j]));
-    place.set = std::move(next);
+    place.set = Shuffled(place.set, generator);
     // Of two epochs with equal rates the first one is taken: its network is what an epoch leaves.
     NeuralNet& net = place.net;
     TrainNet(net, place.set, {2, nu, nu, 0, 0, 0, 0, 1}, TrainedForm::record,

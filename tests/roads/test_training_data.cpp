@@ -10,8 +10,6 @@
 #include <unistd.h>
 #include <vector>
 
-#include "linear/index_sort.h"
-#include "linear/random.h"
 #include "support/messages.h"
 #include "support/process.h"
 #include "support/samples.h"
@@ -27,13 +25,6 @@ Outcome RunIn(const ScratchFolder& folder, const std::vector<std::string>& argum
   return Run({.arguments = arguments, .environment = {"NORV_DIR=" + folder.Path()}, .input = "kkk"});
 }
 
-matrix MakePicture(int32_t w, int32_t h, uint32_t seed) {
-  matrix picture(w, h);
-  Noise noise(seed);
-  for (int32_t i = 0; i < picture.mn; ++i) picture.x[i] = 127.5f + 127.5f * noise();
-  return picture;
-}
-
 bool Exists(const std::string& path) { return std::filesystem::exists(path); }
 
 }  // namespace
@@ -47,16 +38,7 @@ TEST_CASE("mode 12: the first shuffle of every run gives the same order") {
   CHECK(outcome.errors == "");
   CHECK(IsReported(outcome.output, "\nMode = 12\nShuffling Data"));
   RandomGenerator generator;
-  std::vector<float> keys;
-  for (int32_t i = 0; i < set.N; ++i) {
-    const int32_t low = generator.Next(), high = generator.Next();
-    keys.push_back(static_cast<float>((high * 10000 + low) * 1e-8 + 5e-9));
-  }
-  std::vector<int32_t> order(3000);
-  IndexSort(order.data(), keys.data(), set.N);
-  TrainingSet expected = MakeSamples(3000, 8, 4);
-  for (int32_t j = 0; j < set.N; ++j) std::copy_n(set.Input(j), 12, expected.Record(order[j]));
-  CHECK(ReadBytes(folder / "test.dat") == FileBytes(expected));
+  CHECK(ReadBytes(folder / "test.dat") == FileBytes(Shuffled(set, generator)));
 }
 
 TEST_CASE("mode 12: a file that cannot be shuffled is a message, a key and exit code 0") {

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
-#include "net/neural_net.h"
+#include "net/net_file.h"
+#include "support/scratch.h"
 
 namespace norv::test {
 
@@ -43,6 +45,13 @@ inline NeuralNet RandomRecord(int32_t N0, const std::vector<int32_t>& layers, co
       BindActivation(unit);
     }
   return net;
+}
+
+// The network as it stands in a file.
+inline std::string NetBytes(const NeuralNet& net) {
+  const ScratchFolder folder;
+  SaveNet(net, folder / "net", Folder::asGiven);
+  return ReadBytes(folder / "net");
 }
 
 inline bool SameBits(const matrix& a, const matrix& b) {

@@ -122,4 +122,10 @@ FloatImage RandomFloatImage(int32_t w, int32_t h, int32_t format) {
   return image;
 }
 
+std::string ImageBytes(const FloatImage& image) {
+  const ScratchFolder folder;
+  static_cast<void>(image.Save(folder / "image", Folder::asGiven));
+  return ReadBytes(folder / "image");
+}
+
 }  // namespace norv::test

@@ -1,6 +1,8 @@
 // Enlargement in its plainest form: turned planes, one pixel at a time, on the record. Every faster road has its bits.
 #pragma once
 
+#include <string>
+
 #include "image/float_image.h"
 #include "net/neural_net.h"
 
@@ -21,5 +23,8 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q);
 
 FloatImage RandomFloatImage(int32_t w, int32_t h, int32_t format);
+
+// The image as it stands in a file.
+std::string ImageBytes(const FloatImage& image);
 
 }  // namespace norv::test

@@ -1,11 +1,15 @@
 // Training sets and networks of made-up numbers.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
+#include "linear/index_sort.h"
+#include "linear/random.h"
 #include "net/neural_net.h"
 #include "train/training_set.h"
 
@@ -51,6 +55,29 @@ inline NeuralNet MakeNet(int32_t N0, const std::array<int32_t, kMaxLayers>& size
       unit.vb = 0.3f * noise();
     }
   return net;
+}
+
+// The set in the order that the tool's generator gives next, the long way: keys from pairs of its numbers, sorted.
+inline TrainingSet Shuffled(const TrainingSet& set, RandomGenerator& generator) {
+  std::vector<float> keys;
+  for (int32_t i = 0; i < set.N; ++i) {
+    const int32_t low = generator.Next(), high = generator.Next();
+    keys.push_back(static_cast<float>((high * 10000 + low) * 1e-8 + 5e-9));
+  }
+  std::vector<int32_t> order(keys.size());
+  IndexSort(order.data(), keys.data(), set.N);
+  TrainingSet shuffled;
+  CreateTrainingSet(shuffled, set.N, set.Nin, set.Ny);
+  for (int32_t j = 0; j < set.N; ++j) std::copy_n(set.Input(j), set.RecordFloats(), shuffled.Record(order[j]));
+  return shuffled;
+}
+
+// A picture of values from 0 to 255.
+inline matrix MakePicture(int32_t w, int32_t h, uint32_t seed = 3) {
+  matrix picture(w, h);
+  Noise noise(seed);
+  for (int32_t i = 0; i < picture.mn; ++i) picture.x[i] = 127.5f + 127.5f * noise();
+  return picture;
 }
 
 template <typename T>

@@ -16,13 +16,6 @@ using namespace norv::test;
 
 namespace {
 
-matrix MakePicture(int32_t w, int32_t h, uint32_t seed = 3) {
-  matrix picture(w, h);
-  Noise noise(seed);
-  for (int32_t i = 0; i < picture.mn; ++i) picture.x[i] = 127.5f + 127.5f * noise();
-  return picture;
-}
-
 constexpr float kScale = 0.003921569f;
 
 // The inputs of one pixel and orientation in the long way: the neighbourhood as a matrix, turned, written out.
