@@ -7,9 +7,9 @@
 
 #include "platform/memory.h"
 #include "raster/separable.h"
-#include "restore/differences.h"
 #include "restore/least_squares.h"
 #include "restore/restore_plane.h"
+#include "restore/terms/differences.h"
 
 using namespace norv;
 
@@ -28,7 +28,7 @@ matrix Observed(int32_t side) {
 RestoreParameters Parameters(int32_t type, int32_t factor, int32_t steps, int32_t iterations) {
   RestoreParameters p{};
   p.factor = factor;
-  p.kernel = -1;
+  p.kernelCode = -1;
   p.lambdaCross = 0.06f;
   p.lambda = 0.035f;
   p.deltaCross = 5;
@@ -76,7 +76,7 @@ BENCHMARK(Bandwidth)->Arg(8)->Arg(256)->Unit(benchmark::kMillisecond);
 void Update(benchmark::State& state, int32_t factor) {
   Plane plane(factor);
   const RestoreParameters p = Parameters(4, factor, kSteps, 1);
-  KernelPair pair(*FilterOfKernelCode(p.kernel), factor, plane.observed.m, plane.observed.n);
+  FilterPair pair(*FilterOfKernelCode(p.kernelCode), factor, plane.observed.m, plane.observed.n);
   SolverScratch scratch(pair);
   IsotropicTerm term(plane.enlarged.m, plane.enlarged.n, {Rule::huber, p.lambda, p.delta});
   term.Weigh(plane.enlarged);

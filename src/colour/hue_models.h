@@ -10,7 +10,7 @@
 namespace norv {
 
 inline constexpr double kDegrees = 57.29577951308232;  // per radian
-inline constexpr double kInverseRoot3 = 0.57735026918962576451;
+inline constexpr double kInverseRoot3 = 0.57735026;    // of so many digits by the contract with the graphical program
 inline constexpr double kHalfRoot3 = 0.86602540378443864676;
 
 // An angle in degrees brought to 0 .. 360 (the end excluded up to rounding).

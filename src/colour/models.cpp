@@ -1,5 +1,7 @@
 #include "colour/models.h"
 
+#include <algorithm>
+
 #include "colour/hue_models.h"
 #include "colour/linear_models.h"
 
@@ -84,7 +86,7 @@ constexpr ColourModel Model(int32_t code, const char* name) {
 }
 
 constexpr ColourModel kModels[] = {
-    Model<Identity>(0x10, "RGB"),
+    Model<Identity>(kDisplay, "RGB"),
     Model<HueVector, 4>(0x20, "intensity, saturation, hue vector"),
     Model<GreyAxis, 4>(0x40, "grey axis and chroma"),
     Model<Inks, 4>(0x80, "CMYK"),
@@ -92,20 +94,21 @@ constexpr ColourModel kModels[] = {
     Model<HueLightness>(0x400, "HSL"),
     Model<HueIntensity>(0x800, "HSI"),
     Model<Inversion>(0x1000, "CMY"),
-    Model<WithFourth, 4>(0x2000, "RGB and a fourth plane"),
+    Model<WithFourth, 4>(kWithFourth, "RGB and a fourth plane"),
     Model<ScalarModel<ScaledLogarithm>>(0x4000, "scaled log RGB"),
     Model<Lab>(0x8000, "CIE L*a*b*"),
     Model<PolarChroma>(0x10000, "luminance, polar chroma"),
-    Model<LinearModel<Plain, kYCbCr>>(0x20000, "YCbCr"),
+    Model<LinearModel<Plain, kYCbCr>>(kLuminance, "YCbCr"),
     Model<ScalarModel<SingleLogarithm>>(0x40000, "log RGB"),
-    Model<Identity>(0x100000, "RGB again"),
-    Model<LinearModel<Plain, kYCbCr>>(0x200000, "YCbCr again"),
-    Model<LinearModel<Plain, kMean>>(0x400000, "mean and differences"),
+    Model<Identity>(kDisplayAgain, "RGB again"),
+    Model<LinearModel<Plain, kYCbCr>>(kLuminanceAgain, "YCbCr again"),
+    Model<LinearModel<Plain, kMean>>(kIntensity, "mean and differences"),
     Model<LinearModel<Plain, kYuv>>(0x800000, "YUV"),
     Model<ScalarModel<Logarithm>>(0x1000000, "log RGB in double precision"),
     Model<LinearModel<Logarithm, kYCbCr>>(0x2000000, "YCbCr of log RGB"),
     Model<LinearModel<Logarithm, kMean>>(0x4000000, "mean and differences of log RGB"),
 };
+static_assert(std::ranges::is_sorted(kModels, {}, &ColourModel::code), "rows stand by ascending code");
 
 }  // namespace
 

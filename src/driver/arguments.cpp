@@ -21,7 +21,7 @@ struct Row {
 using P = RestoreParameters;
 constexpr Row kRows[] = {
     {"FACTOR", 2, &P::factor, 4},
-    {"KERNEL", 3, &P::kernel, 0},
+    {"KERNEL", 3, &P::kernelCode, 0},
     {"LAMBDA_CROSS", 4, &P::lambdaCross, 0.06f},
     {"LAMBDA", 5, &P::lambda, 0.035f},
     {"DELTA_CROSS", 6, &P::deltaCross, 1},

@@ -1,7 +1,9 @@
 // Memory for planes and vectors: aligned, and refused in time instead of being taken back by the system later.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -32,6 +34,14 @@ AlignedArray<T> MakeAligned(size_t n) {
   void* memory = n > static_cast<size_t>(-1) / 2 / sizeof(T) ? nullptr : AllocateAligned(n * sizeof(T));
   if (!memory) throw std::bad_alloc();
   return AlignedArray<T>(static_cast<T*>(memory));
+}
+
+// The same, filled with zeros.
+template <typename T>
+AlignedArray<T> Zeros(int64_t n) {
+  auto array = MakeAligned<T>(static_cast<size_t>(n));
+  std::fill_n(array.get(), n, T{0});
+  return array;
 }
 
 }  // namespace norv

@@ -16,7 +16,10 @@ struct FilterChoice {
   double parameter;  // lanczos: order; cubic: the cubic parameter; gaussian: sigma in small pixels; else unused
 };
 
-// The filter of a ShrinkOrder (training pairs) or of a kernel code (restoration); nothing for a code without a filter.
+// The filter of a code: of a ShrinkOrder (training pairs) or of a kernel code (restoration), two families that share
+// most of their codes. Nothing for a code without a filter.
+//   0 box, 1 tent, 2 .. 64 Lanczos of that order (kernel codes: 2 .. 5 and 15), -1 .. -5 cubic, -11 .. -22 Gaussian,
+//   and kernel codes -31 .. -35 Gaussian
 std::optional<FilterChoice> FilterOfShrinkOrder(int32_t order);
 std::optional<FilterChoice> FilterOfKernelCode(int32_t code);
 
@@ -25,9 +28,9 @@ std::optional<FilterChoice> FilterOfKernelCode(int32_t code);
 void BuildTaps(matrix& taps, int32_t f, FilterChoice choice);
 
 // BuildTaps by ShrinkOrder; empty for an unknown one.
-void ShrinkKernel(matrix& kernel, int32_t f, int32_t shrinkOrder);
+void ShrinkKernel(matrix& taps, int32_t f, int32_t shrinkOrder);
 
-// 0 for |x| >= a, else sinc(x) sinc(x / a) with sinc(t) = sin(pi t) / (pi t).
+// 0 for |x| >= a, else sinc(x) sinc(x / a) with sinc(t) = sin(pi t) / (pi t) (Duchon 1979).
 double LanczosKernel(double x, double a);
 
 }  // namespace norv

@@ -9,10 +9,10 @@
 namespace norv {
 
 // Small plane from large plane: every small pixel is the weighted mean of the large pixels under its taps.
-//   high  w*f x h*f;  low  w x h, dimensioned by the caller;  kernel  L taps, offset (L - f) / 2
+//   high  w*f x h*f;  low  w x h, dimensioned by the caller;  taps  L of them, offset (L - f) / 2
 // Along rows first, then along columns, each sum in tap order, single precision. Outside pixels are mirrored without
 // repeating the edge, as often as needed on short planes.
-void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel);
+void ShrinkMatrix(matrix& low, const matrix& high, const matrix& taps);
 
 // Which source pixels an output position is made of.
 struct ResampleTable {
@@ -24,7 +24,7 @@ struct ResampleTable {
 };
 
 // Lanczos weights of order a for `length` output positions p = k*step + offset: taps weights from trunc(p) - (taps - 1)
-// / 2 on, each row with sum 1. widen stretches the kernel for reductions (step > 1). k counts from `first`.
+// / 2 on, each row with sum 1. widen stretches the filter for reductions (step > 1). k counts from `first`.
 void LanczosWeights(ResampleTable& table, int32_t length, int32_t taps, double a, double step, double offset,
                     bool widen, int32_t first = 0);
 

@@ -22,7 +22,7 @@ struct SquareSum {
 
 class Solver {
  public:
-  Solver(const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms, SolverScratch& scratch)
+  Solver(const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms, SolverScratch& scratch)
       : y_(y), pair_(pair), terms_(terms), scratch_(scratch), kernels_(ActiveRestoreKernels()) {}
 
   // r0 = y - R x, s = -D x, g = E r0 + D' s; the sum of g^2.
@@ -74,13 +74,13 @@ class Solver {
 
   void FormGradient(SquareSum& sum, int32_t r) {
     float* g = scratch_.gradient.z[r];
-    pair_.SpreadRow(scratch_.residual, r, g);
+    pair_.AdjointRow(scratch_.residual, r, g);
     for (const DifferenceTerm* term : terms_) term->AddAdjoint(g, r);
     kernels_.addSquares(sum.lanes, g, scratch_.gradient.m);
   }
 
   const matrix& y_;
-  KernelPair& pair_;
+  FilterPair& pair_;
   std::span<DifferenceTerm* const> terms_;
   SolverScratch& scratch_;
   const RestoreKernels& kernels_;
@@ -109,13 +109,13 @@ class StepCount {
 
 }  // namespace
 
-SolverScratch::SolverScratch(const KernelPair& pair)
+SolverScratch::SolverScratch(const FilterPair& pair)
     : direction(pair.Factor() * pair.SmallWidth(), pair.Factor() * pair.SmallHeight()),
       gradient(direction.m, direction.n),
       residual(pair.SmallWidth(), pair.SmallHeight()),
       reducedDirection(residual.m, residual.n) {}
 
-bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms,
+bool StepTowardsMinimum(matrix& x, const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms,
                         int32_t steps, SolverScratch& scratch, Progress* progress) {
   if (steps <= 0) return true;
   StepCount count(progress, steps);

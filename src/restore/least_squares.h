@@ -6,8 +6,8 @@
 
 #include "linear/matrix2.h"
 #include "platform/progress.h"
-#include "restore/differences.h"
-#include "restore/kernel_pair.h"
+#include "restore/filter_pair.h"
+#include "restore/terms/differences.h"
 
 namespace norv {
 
@@ -16,7 +16,7 @@ struct SolverScratch {
   matrix direction, gradient;         // p and g
   matrix residual, reducedDirection;  // r0 and q0
 
-  explicit SolverScratch(const KernelPair& pair);
+  explicit SolverScratch(const FilterPair& pair);
 };
 
 // Takes `steps` steps of conjugate gradients (Hestenes and Stiefel 1952, least-squares form) from x towards the minimum
@@ -24,7 +24,7 @@ struct SolverScratch {
 // anew from x; two sweeps over the rows a step. Sums of squares in double precision in an order that depends on nothing
 // but the sizes, then rounded. Allocates nothing. False when x has become NaN, which no further step would change.
 // progress: null, or advanced by `steps`, as they are taken.
-bool StepTowardsMinimum(matrix& x, const matrix& y, KernelPair& pair, std::span<DifferenceTerm* const> terms,
+bool StepTowardsMinimum(matrix& x, const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms,
                         int32_t steps, SolverScratch& scratch, Progress* progress = nullptr);
 
 }  // namespace norv

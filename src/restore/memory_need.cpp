@@ -7,8 +7,8 @@
 #include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "raster/filters.h"
-#include "restore/recipes.h"
 #include "restore/restore_image.h"
+#include "restore/terms/recipes.h"
 
 namespace norv {
 namespace {
@@ -16,47 +16,9 @@ namespace {
 constexpr double kSlack = 1.05;      // for the gaps that allocations leave
 constexpr double kStacks = 2 << 20;  // and whatever else a thread touches for the first time
 
-// Planes of the enlarged size that the terms of a stage keep: weights and residuals, and the field that they ask for.
-struct StagePlanes {
-  int64_t count = 0;
-  bool field = false;
-};
-
-StagePlanes PlanesOf(const Stage& stage, const RestoreParameters& parameters) {
-  StagePlanes planes;
-  for (const TermKind kind : stage.terms) {
-    const bool ifAsked = kind == TermKind::crossIfAsked || kind == TermKind::scaledIfAsked;
-    if (ifAsked && !(parameters.lambdaCross > 0)) continue;
-    switch (kind) {
-      case TermKind::isotropic:
-      case TermKind::reference:
-        planes.count += 3;
-        continue;
-      case TermKind::axis:
-        planes.count += 4;
-        continue;
-      case TermKind::cross:
-      case TermKind::crossIfAsked:
-        planes.count += 2;
-        break;
-      case TermKind::scaledIfAsked:
-        planes.count += 1;
-        break;
-      case TermKind::crossAndDot:
-        planes.count += 4;
-        break;
-      case TermKind::masked:
-        planes.count += 3;  // the list of pixels is one, if every pixel is an edge
-        break;
-    }
-    planes.field = true;
-  }
-  return planes;
-}
-
-class Reckoning {
+class MemoryEstimate {
  public:
-  Reckoning(const RestoreParameters& parameters, int32_t width, int32_t height)
+  MemoryEstimate(const RestoreParameters& parameters, int32_t width, int32_t height)
       : parameters_(parameters),
         f_(parameters.factor),
         h_(height),
@@ -71,7 +33,7 @@ class Reckoning {
     const double stages =
         parameters_.iterations > 0 ? std::max(StageFloats(recipe.first), StageFloats(recipe.tail)) : 0;
     const double converting = std::max(added, 0) * large_;
-    const double floats = planes * large_ + std::max(stages, converting) + KernelFloats();
+    const double floats = planes * large_ + std::max(stages, converting) + FilterFloats();
     const double masks = parameters_.type == kMarkingType ? 3 * large_ / 8 : 0;
     // Lines of all kinds, the resampling tables (15 numbers a line) and every plane's pointers to its rows.
     const double lines = 64 * (row_ + column_);
@@ -81,10 +43,14 @@ class Reckoning {
  private:
   double StageFloats(const Stage& stage) const {
     if (stage.terms.empty()) return 0;
-    const StagePlanes planes = PlanesOf(stage, parameters_);
+    int32_t planes = 0;
+    bool field = false;
+    for (const TermRow* row : TermsOf(stage, parameters_)) {
+      planes += row->planes;
+      field |= row->field != FieldUse::none;
+    }
     // Direction and gradient, residual and reduced direction are the solver's.
-    return 2 * (large_ + small_) + static_cast<double>(planes.count) * large_ +
-           (planes.field ? 2 * large_ + SmoothingFloats() : 0);
+    return 2 * (large_ + small_) + planes * large_ + (field ? 2 * large_ + SmoothingFloats() : 0);
   }
 
   // Rows of the tensor's three planes that smoothing along columns keeps.
@@ -94,11 +60,11 @@ class Reckoning {
     return 3 * row_ * std::min(column_, 2 * reach + 1) + 6 * std::min(reach, row_);
   }
 
-  // Small rows spread along themselves, and the shares of small rows in large ones.
-  double KernelFloats() const {
+  // Rows of the adjoint between its two passes, and the shares of small rows in large ones.
+  double FilterFloats() const {
     if (!HasUpdates(parameters_)) return 0;
     matrix taps;
-    BuildTaps(taps, parameters_.factor, *FilterOfKernelCode(parameters_.kernel));
+    BuildTaps(taps, parameters_.factor, *FilterOfKernelCode(parameters_.kernelCode));
     const double length = taps.mn, rows = std::min<double>(h_, 2 * length / f_ + 2);
     return rows * (row_ + length) + 2 * h_ * length + 2 * length;
   }
@@ -112,7 +78,7 @@ class Reckoning {
 int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
   const int32_t working = PlanesWhileWorking(parameters, format), aside = ModelOf(format) == kWithFourth;
   return static_cast<int64_t>(
-      Reckoning(parameters, width, height).Bytes(working + aside, FindModel(format)->planes - working));
+      MemoryEstimate(parameters, width, height).Bytes(working + aside, FindModel(format)->planes - working));
 }
 
 int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,

@@ -1,4 +1,4 @@
-// What a restoration needs of the machine's memory, reckoned before it starts: whoever cannot have it is told so, and
+// What a restoration needs of the machine's memory, estimated before it starts: whoever cannot have it is told so, and
 // nobody waits for hours to be ended by the system.
 #pragma once
 

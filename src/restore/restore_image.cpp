@@ -1,84 +1,28 @@
 #include "restore/restore_image.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <vector>
 
-#include "linear/dmatrix.h"
 #include "platform/console.h"
 #include "platform/team.h"
 #include "raster/bands.h"
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
 #include "restore/memory_need.h"
-#include "restore/recipes.h"
+#include "restore/representation.h"
 #include "restore/restore_plane.h"
+#include "restore/terms/recipes.h"
 
 namespace norv {
 namespace {
 
-constexpr int32_t kDecorrelated = 5;
-constexpr int32_t kAgainDisplay = 4;
-
-// The format that a colour representation works in; 0: the image's own.
-int32_t WorkingFormat(int32_t representation) {
-  constexpr std::array<int32_t, 6> kFormats = {0, kLuminance, kIntensity, kLuminanceAgain, kDisplayAgain, kDisplay};
-  return representation >= 0 && representation <= kDecorrelated ? kFormats[representation] : 0;
+// The format that the planes are worked on in.
+int32_t WorkingFormat(const RestoreParameters& parameters, int32_t format) {
+  const int32_t chosen = RepresentationOf(parameters.representation).format;
+  if (chosen != 0) return chosen;
+  return ModelOf(format) == kWithFourth ? kDisplay : format;
 }
-
-// Colour planes that are restored; the others are only enlarged. In representations that gather the detail in their
-// first plane it is only that one.
-int32_t RestoredPlanes(const RestoreParameters& parameters, int32_t planes) {
-  return (parameters.representation & ~kAgainDisplay) == 0 ? planes : 1;
-}
-
-// ------------------------------------------------------------------------------------------- decorrelation
-
-using ColourMatrix = std::array<std::array<double, 3>, 3>;
-
-// Second moments of the three planes, not centred.
-dmatrix SecondMoments(const FloatImage& image) {
-  dmatrix moments(3, 3);
-  moments.fill(0);
-  for (int32_t k = 0; k < 3; ++k)
-    for (int32_t j = 0; j < 3; ++j) {
-      double sum = 0;
-      for (int32_t i = 0; i < image.count; ++i)
-        sum += static_cast<double>(image.plane[j].x[i]) * static_cast<double>(image.plane[k].x[i]);
-      moments.z[k][j] = sum / image.count;
-    }
-  return moments;
-}
-
-// Row k is the k-th singular vector of the second moments.
-ColourMatrix DecorrelatingMatrix(const FloatImage& image) {
-  dmatrix u, w, v;
-  SecondMoments(image).svd(u, w, v);
-  ColourMatrix rows;
-  for (int32_t k = 0; k < 3; ++k)
-    for (int32_t j = 0; j < 3; ++j) rows[k][j] = u.z[k][j];
-  return rows;
-}
-
-ColourMatrix Transposed(const ColourMatrix& a) {
-  ColourMatrix t;
-  for (size_t k = 0; k < 3; ++k)
-    for (size_t j = 0; j < 3; ++j) t[k][j] = a[j][k];
-  return t;
-}
-
-void TransformColours(FloatImage& image, const ColourMatrix& rows) {
-  for (int32_t i = 0; i < image.plane[0].mn; ++i) {
-    std::array<double, 3> colour;
-    for (size_t j = 0; j < 3; ++j) colour[j] = static_cast<double>(image.plane[j].x[i]);
-    for (size_t k = 0; k < 3; ++k)
-      image.plane[k].x[i] =
-          static_cast<float>(rows[k][0] * colour[0] + rows[k][1] * colour[1] + rows[k][2] * colour[2]);
-  }
-}
-
-// --------------------------------------------------------------------------------------------------- planes
 
 // A plane as it was observed, and the plane of the image that it is enlarged into.
 struct PlanePair {
@@ -107,7 +51,7 @@ void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastTo
 
 void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
   image.mask = BitMask();
-  const int32_t format = image.format, working = WorkingFormat(parameters.representation);
+  const int32_t format = image.format;
   const bool fourthAside = ModelOf(format) == kWithFourth;
   matrix fourth;
   std::vector<PlanePair> planes;
@@ -115,20 +59,20 @@ void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Prog
     planes.push_back({image.plane[3], &fourth});
     image.ConvertTo(kDisplay);
   }
-  if (working != 0) image.ConvertTo(working);
+  image.ConvertTo(WorkingFormat(parameters, format));
+  const Representation& representation = RepresentationOf(parameters.representation);
   ColourMatrix decorrelating{};
-  const bool decorrelated = parameters.representation == kDecorrelated;
-  if (decorrelated) {
+  if (representation.decorrelated) {
     decorrelating = DecorrelatingMatrix(image);
     TransformColours(image, decorrelating);
   }
   for (int32_t p = image.planes - 1; p >= 0; --p)
     planes.insert(planes.begin(), PlanePair{std::move(image.plane[p]), &image.plane[p]});
-  RestorePlanes(planes, RestoredPlanes(parameters, image.planes), fourthAside, image.mask, parameters, progress);
+  RestorePlanes(planes, std::min(representation.restored, image.planes), fourthAside, image.mask, parameters, progress);
   if (!parameters.keepMask) image.mask = BitMask();
   image.RefreshSize();
-  if (decorrelated) TransformColours(image, Transposed(decorrelating));
-  if (parameters.representation != 0 || fourthAside) image.ConvertTo(format);
+  if (representation.decorrelated) TransformColours(image, Transposed(decorrelating));
+  image.ConvertTo(format);
   if (fourthAside) image.plane[3].swap(fourth);
 }
 
@@ -143,9 +87,8 @@ void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row,
 }  // namespace
 
 int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) {
-  const ColourModel* model = FindModel(format);
-  const bool converted = WorkingFormat(parameters.representation) != 0 || ModelOf(format) == kWithFourth;
-  return converted || !model ? 3 : model->planes;
+  const ColourModel* model = FindModel(WorkingFormat(parameters, format));
+  return model ? model->planes : 3;
 }
 
 void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format) {
@@ -189,8 +132,9 @@ void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters,
 }
 
 int64_t RestorationWork(const RestoreParameters& parameters, int32_t format) {
-  const int32_t planes = RestoredPlanes(parameters, PlanesWhileWorking(parameters, format));
-  return PlaneWork(parameters) * (planes + (ModelOf(format) == kWithFourth));
+  const int32_t planes = PlanesWhileWorking(parameters, format);
+  const int32_t restored = std::min(RepresentationOf(parameters.representation).restored, planes);
+  return PlaneWork(parameters) * (restored + (ModelOf(format) == kWithFourth));
 }
 
 }  // namespace norv

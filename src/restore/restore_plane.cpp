@@ -5,11 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "restore/differences.h"
 #include "restore/edge_mask.h"
 #include "restore/least_squares.h"
-#include "restore/recipes.h"
-#include "restore/reference_plane.h"
+#include "restore/terms/recipes.h"
 
 namespace norv {
 namespace {
@@ -67,26 +65,19 @@ class PlaneRestorer {
   }
 
   void MakeTerms(const Stage& stage) {
+    const TermSetting setting{working_.m,
+                              working_.n,
+                              {stage.rule, parameters_.lambda, parameters_.delta, parameters_.shapeDot},
+                              {stage.rule, parameters_.lambdaCross, parameters_.deltaCross, parameters_.shapeCross},
+                              field_,
+                              pixels_,
+                              observed_,
+                              parameters_.factor};
     needsField_ = false;
-    for (const TermKind kind : stage.terms)
-      if (auto term = MakeTerm(kind, stage.rule)) terms_.push_back(std::move(term));
-  }
-
-  std::unique_ptr<DifferenceTerm> MakeTerm(TermKind kind, Rule rule) {
-    const int32_t w = working_.m, h = working_.n;
-    const Weighting plain{rule, parameters_.lambda, parameters_.delta, parameters_.shapeDot};
-    const Weighting cross{rule, parameters_.lambdaCross, parameters_.deltaCross, parameters_.shapeCross};
-    if (kind == TermKind::isotropic) return std::make_unique<IsotropicTerm>(w, h, plain);
-    if (kind == TermKind::axis) return std::make_unique<AxisTerm>(w, h, plain);
-    if (kind == TermKind::reference)
-      return std::make_unique<ReferenceTerm>(ReferencePlane(observed_, parameters_.factor), plain);
-    const bool ifAsked = kind == TermKind::crossIfAsked || kind == TermKind::scaledIfAsked;
-    if (ifAsked && !(cross.lambda > 0)) return nullptr;
-    needsField_ = true;
-    if (kind == TermKind::scaledIfAsked) return std::make_unique<ScaledCrossTerm>(w, h, cross, field_);
-    if (kind == TermKind::crossAndDot) return std::make_unique<DirectionalTerm>(w, h, cross, plain, field_);
-    if (kind == TermKind::masked) return std::make_unique<MaskedTerm>(w, h, cross, field_, pixels_);
-    return std::make_unique<CrossTerm>(w, h, cross, field_);
+    for (const TermRow* row : TermsOf(stage, parameters_)) {
+      terms_.push_back(row->make(setting));
+      needsField_ |= row->field != FieldUse::none;
+    }
   }
 
   matrix& working_;
@@ -96,7 +87,7 @@ class PlaneRestorer {
   Progress* progress_;
   BitMask mask_;  // the dilated one for the masked type, else the image's
   PixelList pixels_;
-  std::optional<KernelPair> pair_;
+  std::optional<FilterPair> pair_;
   std::optional<SolverScratch> scratch_;
   OrientationField field_;
   std::vector<std::unique_ptr<DifferenceTerm>> terms_;
@@ -111,7 +102,7 @@ void restore(matrix& working, const BitMask& mask, const matrix& observed, const
 }
 
 FilterChoice UpdateFilter(const RestoreParameters& parameters) {
-  const auto filter = FilterOfKernelCode(parameters.kernel);
+  const auto filter = FilterOfKernelCode(parameters.kernelCode);
   if (!filter) throw "there is no kernel with this code";
   return *filter;
 }

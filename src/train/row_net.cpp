@@ -13,13 +13,6 @@ namespace {
 
 int32_t Padded(int32_t n) { return (n + kTrainBlock - 1) / kTrainBlock * kTrainBlock; }
 
-template <typename T>
-AlignedArray<T> Zeros(int64_t n) {
-  auto array = MakeAligned<T>(static_cast<size_t>(n));
-  std::fill_n(array.get(), n, T{0});
-  return array;
-}
-
 // Below so many weights one thread is done sooner: measured on two cores at 2.2 million weights, where teams took 1.1
 // to 2.6 times as long.
 constexpr int64_t kTeamPays = int64_t{1} << 23;

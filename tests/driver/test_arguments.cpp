@@ -37,7 +37,7 @@ TEST_CASE("the restoration's parameters by position") {
   const float floats[] = {p.lambdaCross, p.lambda,     p.deltaCross, p.delta,      p.gateCross,
                           p.gate,        p.spareCross, p.spare,      p.shapeCross, p.shapeDot};
   for (int i = 0; i < 10; ++i) CHECK(floats[i] == static_cast<float>(i + 4) + 0.75f);
-  const int32_t integers[] = {p.factor, p.kernel, p.steps, p.iterations, p.representation, p.type};
+  const int32_t integers[] = {p.factor, p.kernelCode, p.steps, p.iterations, p.representation, p.type};
   const int32_t positions[] = {2, 3, 14, 15, 18, 19};
   for (int i = 0; i < 6; ++i) CHECK(integers[i] == positions[i]);
   CHECK(p.emphasis == 17.75f);

@@ -43,7 +43,7 @@ std::vector<std::string> ModeWords(int mode, const RestoreParameters& p, int thr
   const auto whole = [](int32_t value) { return std::to_string(value); };
   return {whole(mode),
           whole(p.factor),
-          whole(p.kernel),
+          whole(p.kernelCode),
           Word(p.lambdaCross),
           Word(p.lambda),
           Word(p.deltaCross),

@@ -85,7 +85,7 @@ TEST_CASE("reckoned and measured: what a restoration needs, for every type" * do
   // Smoothing that keeps much of the tensor, and filters with long taps.
   RestoreParameters parameters = Quick(1);
   parameters.orientationScale = 12;
-  parameters.kernel = 15;
+  parameters.kernelCode = 15;
   parameters.factor = 3;
   CheckWhole(parameters, 400, 340, kDefaultFormat);
 }

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "raster/separable.h"
-#include "restore/differences.h"
 #include "restore/edge_mask.h"
-#include "restore/kernel_pair.h"
+#include "restore/filter_pair.h"
+#include "restore/terms/differences.h"
 #include "support/random_plane.h"
 
 using namespace norv;
@@ -86,11 +86,11 @@ TEST_CASE("the kernel pair: the plain reduction, and <R x, y> = <x, E y>, for ev
         CAPTURE(size.w);
         CAPTURE(size.h);
         const FilterChoice filter = *FilterOfKernelCode(code);
-        KernelPair pair(filter, f, size.w, size.h);
+        FilterPair pair(filter, f, size.w, size.h);
         const matrix x = RandomPlane(f * size.w, f * size.h, 4, -1, 1), y = RandomPlane(size.w, size.h, 5, -1, 1);
         matrix reduced(size.w, size.h), plain(size.w, size.h), spread(x.m, x.n), taps;
         for (int32_t i = 0; i < size.h; ++i) pair.ReduceRow(x, i, reduced.z[i]);
-        for (int32_t r = 0; r < x.n; ++r) pair.SpreadRow(y, r, spread.z[r]);
+        for (int32_t r = 0; r < x.n; ++r) pair.AdjointRow(y, r, spread.z[r]);
         BuildTaps(taps, f, filter);
         ShrinkMatrix(plain, x, taps);
         double apart = 0;
@@ -102,7 +102,7 @@ TEST_CASE("the kernel pair: the plain reduction, and <R x, y> = <x, E y>, for ev
 }
 
 TEST_CASE("a row of the small plane needs none of the large one beyond LastSource") {
-  KernelPair pair(*FilterOfKernelCode(3), 2, 6, 7);
+  FilterPair pair(*FilterOfKernelCode(3), 2, 6, 7);
   matrix x = RandomPlane(12, 14, 6);
   for (int32_t i = 0; i < 7; ++i) {
     float before[6], after[6];

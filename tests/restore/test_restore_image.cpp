@@ -20,7 +20,7 @@ namespace {
 RestoreParameters Parameters(int32_t representation, int32_t type = 1) {
   RestoreParameters p{};
   p.factor = 2;
-  p.kernel = -1;
+  p.kernelCode = -1;
   p.lambdaCross = 0.06f;
   p.lambda = 0.035f;
   p.deltaCross = p.delta = 1;
@@ -156,7 +156,7 @@ TEST_CASE("an unknown kernel code is refused where an update step would need it,
   for (const int32_t type : {0, 1, 9})
     for (const int32_t iterations : {-1, 0, 2}) {
       RestoreParameters p = Parameters(0, type), known = p;
-      p.kernel = 6;
+      p.kernelCode = 6;
       p.iterations = known.iterations = iterations;
       FloatImage image = picture, banded = picture, expected = picture;
       if (type == 1 && iterations > 0) {

@@ -19,7 +19,7 @@ namespace {
 RestoreParameters Parameters(int32_t type, int32_t factor = 2) {
   RestoreParameters p{};
   p.factor = factor;
-  p.kernel = -1;
+  p.kernelCode = -1;
   p.lambdaCross = 0.3f;
   p.lambda = 0.2f;
   p.deltaCross = 4;
@@ -49,7 +49,7 @@ struct Case {
       : observed(RandomPlane(w, h, 7)), working(Enlarged(observed, p.factor)), parameters(p) {
     if (p.type == 3) MarkEdges(mask, working, 60);
   }
-  FilterChoice Filter() const { return *FilterOfKernelCode(parameters.kernel); }
+  FilterChoice Filter() const { return *FilterOfKernelCode(parameters.kernelCode); }
 
   matrix Fast() const {
     matrix x = working;
@@ -130,7 +130,7 @@ TEST_CASE("planes of any shape, factors and kernels") {
                         {9, 2, 1, -1}})
     for (const int32_t type : {1, 2, 3, 5, 7}) {
       RestoreParameters p = Parameters(type, s.factor);
-      p.kernel = s.kernel;
+      p.kernelCode = s.kernel;
       p.iterations = 1;
       const Case one(s.w, s.h, p);
       CAPTURE(type);

@@ -5,8 +5,8 @@
 
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
-#include "restore/reference_plane.h"
-#include "restore/weights.h"
+#include "restore/terms/reference_plane.h"
+#include "restore/terms/weights.h"
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
 

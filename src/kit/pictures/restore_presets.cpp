@@ -33,7 +33,7 @@ constexpr RestoreKnob kKnobs[] = {
     {"--kernel",
      "how the picture was made small: -1 to -5 cubic, 0 box, 1 tent, 2 to 5 and 15 Lanczos, -11 to -22 "
      "and -31 to -35 Gaussian",
-     &P::kernel},
+     &P::kernelCode},
     {"--lambda-cross", "smoothing along edges", &P::lambdaCross},
     {"--lambda", "smoothing in every direction", &P::lambda},
     {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross},
@@ -68,7 +68,7 @@ RestoreParameters RestorePreset(const std::string& name, int32_t factor) {
   const PresetRow& row = RowOf(name, factor);
   RestoreParameters parameters{};
   parameters.factor = factor;
-  parameters.kernel = -1;
+  parameters.kernelCode = -1;
   parameters.lambdaCross = row.lambdaCross;
   parameters.lambda = row.lambda;
   parameters.deltaCross = row.deltaCross;

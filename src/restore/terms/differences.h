@@ -9,13 +9,17 @@
 
 #include "linear/matrix2.h"
 #include "platform/memory.h"
-#include "restore/orientation_field.h"
-#include "restore/weights.h"
+#include "restore/terms/orientation_field.h"
+#include "restore/terms/weights.h"
 #include "simd/restore_kernels.h"
 
 namespace norv {
 
-// Planes are w x h, w and h >= 1, of one size for the life of a term.
+// Differences are kept for so many rows, which is what the adjoint of one row gathers from, with zeros on both sides.
+inline constexpr int64_t kRowsKept = 3, kRowPadding = 8;
+
+// Planes are w x h, w and h >= 1, of one size for the life of a term. Each class says in kPlanes how many planes of
+// that size an object holds: its weights and residuals, and whatever else grows with the plane.
 class DifferenceTerm {
  public:
   virtual ~DifferenceTerm() = default;
@@ -32,8 +36,8 @@ class DifferenceTerm {
   virtual void AddAdjoint(float* g, int32_t r) const = 0;
 };
 
-// What all operators on 2 x 2 cells share: the adjoint, gathered from what the cells of three rows add to their
-// corners.
+// What all operators on 2 x 2 cells share: the adjoint. Every cell adds something to its four corners; what the cells
+// of a row add is kept until the rows of pixels above and below have gathered it.
 class CellTerm : public DifferenceTerm {
  public:
   CellTerm(int32_t w, int32_t h);
@@ -53,6 +57,7 @@ class CellTerm : public DifferenceTerm {
 class IsotropicTerm : public CellTerm {
  public:
   IsotropicTerm(int32_t w, int32_t h, const Weighting& weighting) : CellTerm(w, h), weighting_(weighting) {}
+  static constexpr int32_t kPlanes = 3;
   void Weigh(const matrix& x) override;
   void Clear() override;
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -75,6 +80,7 @@ class CrossTerm : public CellTerm {
  public:
   CrossTerm(int32_t w, int32_t h, const Weighting& weighting, const OrientationField& field)
       : CellTerm(w, h), weighting_(weighting), field_(field) {}
+  static constexpr int32_t kPlanes = 2;
   void Weigh(const matrix& x) override;
   void Clear() override { s_.fill(0); }
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -86,11 +92,13 @@ class CrossTerm : public CellTerm {
   matrix weights_, s_;
 };
 
-// d1 v2 - d2 v1 of all cells with v = w u: weighing multiplies the field's vectors in place.
+// d1 v2 - d2 v1 of all cells with v = w u. Weighing multiplies the field's vectors u by w in place, which saves two
+// planes: the field belongs to this term alone and has to be found anew before it is weighed again (FieldUse::scales).
 class ScaledCrossTerm : public CellTerm {
  public:
   ScaledCrossTerm(int32_t w, int32_t h, const Weighting& weighting, OrientationField& field)
       : CellTerm(w, h), weighting_(weighting), field_(field) {}
+  static constexpr int32_t kPlanes = 1;
   void Weigh(const matrix& x) override;
   void Clear() override { s_.fill(0); }
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -107,6 +115,7 @@ class DirectionalTerm : public CellTerm {
  public:
   DirectionalTerm(int32_t w, int32_t h, const Weighting& cross, const Weighting& dot, const OrientationField& field)
       : CellTerm(w, h), cross_(cross), dot_(dot), field_(field) {}
+  static constexpr int32_t kPlanes = 4;
   void Weigh(const matrix& x) override;
   void Clear() override;
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -123,6 +132,7 @@ class MaskedTerm : public CellTerm {
  public:
   MaskedTerm(int32_t w, int32_t h, const Weighting& weighting, const OrientationField& field, const PixelList& pixels)
       : CellTerm(w, h), weighting_(weighting), field_(field), pixels_(pixels) {}
+  static constexpr int32_t kPlanes = 3;  // the list of pixels is one of them, if every pixel is an edge
   void Weigh(const matrix& x) override { WeighListed(weights_, x, field_, pixels_, weighting_); }
   void Clear() override { s_.assign(weights_.size(), 0.0f); }
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -141,6 +151,7 @@ class MaskedTerm : public CellTerm {
 class AxisTerm : public DifferenceTerm {
  public:
   AxisTerm(int32_t w, int32_t h, const Weighting& weighting);
+  static constexpr int32_t kPlanes = 4;
   void Weigh(const matrix& x) override;
   void Clear() override;
   void AddSquares(double* sums, const matrix& p, int32_t r) const override;
@@ -149,9 +160,8 @@ class AxisTerm : public DifferenceTerm {
 
  private:
   // Weighted residuals of one of the latest three rows, with a zero at both ends.
-  float* Across(int64_t r) const { return rows_.get() + (r % 3) * 2 * stride_ + kPadding; }
+  float* Across(int64_t r) const { return rows_.get() + r % kRowsKept * 2 * stride_ + kRowPadding; }
   float* Down(int64_t r) const { return Across(r) + stride_; }
-  static constexpr int64_t kPadding = 8;
 
   int32_t w_, h_;
   int64_t stride_;

@@ -1,4 +1,4 @@
-#include "restore/reference_plane.h"
+#include "restore/terms/reference_plane.h"
 
 #include <vector>
 

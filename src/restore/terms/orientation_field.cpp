@@ -1,4 +1,4 @@
-#include "restore/orientation_field.h"
+#include "restore/terms/orientation_field.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,5 @@
-// The direction of the strongest change at every pixel, from the smoothed structure tensor of the cell differences.
+// The direction of the strongest change at every pixel: the first eigenvector of the smoothed structure tensor
+// (Foerstner and Guelch 1987, Bigun and Granlund 1987) of the differences across 2 x 2 cells.
 #pragma once
 
 #include <cstdint>

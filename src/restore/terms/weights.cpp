@@ -1,6 +1,7 @@
-#include "restore/weights.h"
+#include "restore/terms/weights.h"
 
 #include <bit>
+#include <iterator>
 
 #include "raster/edges.h"
 #include "simd/restore_kernels.h"
@@ -13,7 +14,34 @@ double Sigma(float delta, bool squared) {
   return squared ? static_cast<double>(delta * 1.4142135f) : static_cast<double>(delta) * 1.4142135623730951;
 }
 
-// Weights of the mirrored cells of every row, measured by a kernel.
+struct RuleRow {
+  Rule rule;
+  bool takesSquares;  // of measures that are squared; other rules want their root
+  void (*apply)(float* values, int64_t n, const Weighting& weighting, bool squared);
+};
+
+// By ascending rule.
+constexpr RuleRow kRules[] = {
+    {Rule::huber, false,
+     [](float* values, int64_t n, const Weighting& w, bool) {
+       ActiveRestoreKernels().huber(values, w.lambda, w.delta, n);
+     }},
+    {Rule::lorentzian, true,
+     [](float* values, int64_t n, const Weighting& w, bool squared) {
+       ActiveRestoreKernels().lorentzian(values, static_cast<double>(w.lambda), Sigma(w.delta, squared), squared, n);
+     }},
+    {Rule::shaped, false,
+     [](float* values, int64_t n, const Weighting& w, bool) {
+       ActiveRestoreKernels().shaped(values, w.lambda, w.delta, w.shape, n);
+     }},
+};
+static_assert([] {
+  for (size_t i = 0; i < std::size(kRules); ++i)
+    if (kRules[i].rule != static_cast<Rule>(i)) return false;
+  return std::size(kRules) == static_cast<size_t>(Rule::shaped) + 1;
+}());
+
+// Weights of the mirrored cells of every row; `measure` fills a run of a row with their g.
 template <typename Measure>
 void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, const Measure& measure) {
   w.dim(x.m, x.n);
@@ -26,17 +54,9 @@ void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, const Me
 }  // namespace
 
 void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared) {
-  const RestoreKernels& kernels = ActiveRestoreKernels();
-  if (squared && weighting.rule != Rule::lorentzian) kernels.squareRoot(values, n);
-  switch (weighting.rule) {
-    case Rule::huber:
-      return kernels.huber(values, weighting.lambda, weighting.delta, n);
-    case Rule::lorentzian:
-      return kernels.lorentzian(values, static_cast<double>(weighting.lambda), Sigma(weighting.delta, squared), squared,
-                                n);
-    case Rule::shaped:
-      return kernels.shaped(values, weighting.lambda, weighting.delta, weighting.shape, n);
-  }
+  const RuleRow& row = kRules[static_cast<size_t>(weighting.rule)];
+  if (squared && !row.takesSquares) ActiveRestoreKernels().squareRoot(values, n);
+  row.apply(values, n, weighting, squared);
 }
 
 void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting) {

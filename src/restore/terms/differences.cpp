@@ -1,4 +1,4 @@
-#include "restore/differences.h"
+#include "restore/terms/differences.h"
 
 #include <algorithm>
 
@@ -7,27 +7,18 @@
 namespace norv {
 namespace {
 
-constexpr int64_t kPadding = 8;  // zeros before and behind a row of cells
-constexpr int64_t kRowsKept = 3;
-
-AlignedArray<float> Zeros(int64_t n) {
-  auto array = MakeAligned<float>(static_cast<size_t>(n));
-  std::fill_n(array.get(), n, 0.0f);
-  return array;
-}
-
 CornerRow operator+(CornerRow row, int64_t c) { return {row.first + c, row.second + c}; }
 
 }  // namespace
 
 // -------------------------------------------------------------------------------------------------- cells
 
-// The fourth pair of rows is the one of zeros.
+// Behind the pairs of rows that are kept stands one of zeros.
 CellTerm::CellTerm(int32_t w, int32_t h)
-    : w_(w), h_(h), stride_(w + 2 * kPadding), corners_(Zeros(2 * (kRowsKept + 1) * stride_)) {}
+    : w_(w), h_(h), stride_(w + 2 * kRowPadding), corners_(Zeros<float>(2 * (kRowsKept + 1) * stride_)) {}
 
 CornerRow CellTerm::Corners(int64_t r) const {
-  float* first = corners_.get() + (r < 0 || r >= h_ ? kRowsKept : r % kRowsKept) * 2 * stride_ + kPadding;
+  float* first = corners_.get() + (r < 0 || r >= h_ ? kRowsKept : r % kRowsKept) * 2 * stride_ + kRowPadding;
   return {first, first + stride_};
 }
 
@@ -177,10 +168,10 @@ void MaskedTerm::Step(const matrix& p, int32_t r, float alpha) {
 AxisTerm::AxisTerm(int32_t w, int32_t h, const Weighting& weighting)
     : w_(w),
       h_(h),
-      stride_(w + 2 * kPadding),
+      stride_(w + 2 * kRowPadding),
       weighting_(weighting),
-      rows_(Zeros(2 * kRowsKept * stride_)),
-      zeros_(Zeros(w)) {}
+      rows_(Zeros<float>(2 * kRowsKept * stride_)),
+      zeros_(Zeros<float>(w)) {}
 
 void AxisTerm::Weigh(const matrix& x) {
   WeighAxes(across_, down_, x, weighting_);

@@ -1,4 +1,4 @@
-#include "restore/kernel_pair.h"
+#include "restore/filter_pair.h"
 
 #include <algorithm>
 
@@ -6,17 +6,7 @@
 #include "simd/restore_kernels.h"
 
 namespace norv {
-namespace {
-
-AlignedArray<float> Zeros(int64_t n) {
-  auto array = MakeAligned<float>(static_cast<size_t>(n));
-  std::fill_n(array.get(), n, 0.0f);
-  return array;
-}
-
-}  // namespace
-
-KernelPair::KernelPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f_(f), w_(w), h_(h) {
+FilterPair::FilterPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f_(f), w_(w), h_(h) {
   BuildTaps(taps_, f, filter);
   length_ = taps_.mn;
   offset_ = (length_ - f) / 2;
@@ -24,17 +14,17 @@ KernelPair::KernelPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f
   phaseLength_ = w + (length_ - 1) / f + 1;
   // A line with its margins, and room for the last block of phases behind it.
   stride_ = f * phaseLength_ + 2 * margin_ + f;
-  line_ = Zeros(stride_);
-  phases_ = Zeros(f * phaseLength_);
-  padded_ = Zeros(2 * phaseLength_ + w);
+  line_ = Zeros<float>(stride_);
+  phases_ = Zeros<float>(f * phaseLength_);
+  padded_ = Zeros<float>(2 * phaseLength_ + w);
   for (int64_t p = 0; p < f; ++p)
     for (int64_t i = p; i < length_; i += f) phaseTaps_.push_back(taps_.x[i]);
   CollectShares();
   ringSize_ = RingSize();
-  ring_ = Zeros(ringSize_ * stride_);
+  ring_ = Zeros<float>(ringSize_ * stride_);
 }
 
-void KernelPair::CollectShares() {
+void FilterPair::CollectShares() {
   const int64_t large = int64_t{f_} * h_;
   const auto target = [&](int64_t i, int64_t tap) { return MirrorIndex(f_ * i - offset_ + tap, large); };
   firstShare_.assign(static_cast<size_t>(large) + 1, 0);
@@ -51,8 +41,8 @@ void KernelPair::CollectShares() {
   rowTaps_.resize(most);
 }
 
-// How many spread rows are needed at the same time while the large rows are made in order.
-int32_t KernelPair::RingSize() const {
+// How many small rows are needed at the same time while the large rows are made in order.
+int32_t FilterPair::RingSize() const {
   const int64_t large = int64_t{f_} * h_;
   std::vector<int32_t> earliest(static_cast<size_t>(large) + 1, h_);
   for (int64_t r = large - 1; r >= 0; --r) {
@@ -69,7 +59,7 @@ int32_t KernelPair::RingSize() const {
 
 // ---------------------------------------------------------------------------------------------------- reduction
 
-int32_t KernelPair::LastSource(int32_t i) const {
+int32_t FilterPair::LastSource(int32_t i) const {
   const int64_t large = int64_t{f_} * h_, first = int64_t{f_} * i - offset_;
   if (first >= 0 && first + length_ <= large) return static_cast<int32_t>(first + length_ - 1);
   int64_t last = 0;
@@ -77,7 +67,7 @@ int32_t KernelPair::LastSource(int32_t i) const {
   return static_cast<int32_t>(last);
 }
 
-void KernelPair::FillMargins(float* line) const {
+void FilterPair::FillMargins(float* line) const {
   const int64_t large = int64_t{f_} * w_;
   for (int64_t k = 0; k < margin_; ++k) {
     line[-1 - k] = line[MirrorIndex(-1 - k, large)];
@@ -85,7 +75,7 @@ void KernelPair::FillMargins(float* line) const {
   }
 }
 
-void KernelPair::ReduceRow(const matrix& large, int32_t i, float* small) {
+void FilterPair::ReduceRow(const matrix& large, int32_t i, float* small) {
   const RestoreKernels& kernels = ActiveRestoreKernels();
   float* line = line_.get() + margin_;
   for (int64_t t = 0; t < length_; ++t) rows_[t] = large.z[MirrorIndex(int64_t{f_} * i - offset_ + t, large.n)];
@@ -96,16 +86,16 @@ void KernelPair::ReduceRow(const matrix& large, int32_t i, float* small) {
   kernels.combineRows(small, rows_.data(), taps_.x, length_, w_);
 }
 
-// --------------------------------------------------------------------------------------------------- enlargement
+// ------------------------------------------------------------------------------------------------------- adjoint
 
-void KernelPair::FoldMargins(float* line) const {
+void FilterPair::FoldMargins(float* line) const {
   const int64_t large = int64_t{f_} * w_;
   for (int64_t k = 0; k < margin_; ++k) line[MirrorIndex(-1 - k, large)] += line[-1 - k];
   for (int64_t k = 0; k < margin_; ++k) line[MirrorIndex(large + k, large)] += line[large + k];
 }
 
-// Phase p of the spread row is made of the taps p, p + f, ... and the small row moved by one pixel for each.
-void KernelPair::SpreadAlongRow(const float* small, float* large) {
+// Phase p of the wide row is made of the taps p, p + f, ... and the small row moved by one pixel for each.
+void FilterPair::AdjointAlongRow(const float* small, float* large) {
   const RestoreKernels& kernels = ActiveRestoreKernels();
   float* padded = padded_.get() + phaseLength_;
   std::copy_n(small, w_, padded);
@@ -120,11 +110,11 @@ void KernelPair::SpreadAlongRow(const float* small, float* large) {
   FoldMargins(large);
 }
 
-void KernelPair::SpreadRow(const matrix& small, int32_t r, float* large) {
-  if (r == 0) spread_ = 0;
+void FilterPair::AdjointRow(const matrix& small, int32_t r, float* large) {
+  if (r == 0) widened_ = 0;
   const int64_t begin = firstShare_[r], count = firstShare_[r + 1] - begin;
-  for (; count > 0 && spread_ <= shares_[begin + count - 1].row; ++spread_)
-    SpreadAlongRow(small.z[spread_], Ring(spread_));
+  for (; count > 0 && widened_ <= shares_[begin + count - 1].row; ++widened_)
+    AdjointAlongRow(small.z[widened_], Ring(widened_));
   for (int64_t k = 0; k < count; ++k) {
     rows_[k] = Ring(shares_[begin + k].row);
     rowTaps_[k] = shares_[begin + k].tap;

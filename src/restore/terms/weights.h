@@ -1,5 +1,6 @@
-// Weights of the differences: what is measured at a place (isotropic, cross, dot, axis) times the rule that makes a
-// weight of it.
+// Weights of the differences: what is measured at a place (isotropic, cross, dot, axis; grey levels) times the rule
+// that makes a weight of it. Least squares of the weighted differences, weighed anew again and again, are the
+// iteratively reweighted least squares of robust statistics (Holland and Welsch 1977).
 #pragma once
 
 #include <cstdint>
@@ -7,20 +8,21 @@
 
 #include "image/bit_mask.h"
 #include "linear/matrix2.h"
-#include "restore/orientation_field.h"
+#include "restore/terms/orientation_field.h"
 
 namespace norv {
 
+// (w g)^2 is lambda^2 times twice the penalty that gives a rule its name.
 enum class Rule {
-  huber,       // lambda up to delta, then falling so that w g grows as the square root of Huber's penalty
-  lorentzian,  // lambda sqrt(ln(1 + g^2 / s^2) / g^2) with s = delta sqrt 2
+  huber,       // lambda up to delta, then falling (Huber 1964: quadratic up to delta, linear beyond)
+  lorentzian,  // lambda sqrt(ln(1 + g^2 / s^2) / g^2) with s = delta sqrt 2 (Black and Anandan 1996)
   shaped,      // Huber's rule with the power p in place of 1 in its penalty beyond delta
 };
 
 struct Weighting {
   Rule rule;
-  float lambda;
-  float delta;
+  float lambda;     // 0 or more, no unit
+  float delta;      // grey levels above 0
   float shape = 1;  // p of the shaped rule; 0 or less: the logarithmic limit
 };
 
