@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/console.h"
-#include "platform/file.h"
 #include "platform/paths.h"
 
 namespace norv {
@@ -22,15 +21,17 @@ constexpr char kCannotOpen[] = "PROBLEM OPENING FILE FOR WRITING!";
   throw static_cast<const char*>(message);
 }
 
-// Bytes of the store; negative when the sizes make no image that 32-bit sizes can describe.
-int64_t StoreSize(int32_t width, int32_t height) {
-  if (width < 0 || height < 0) return -1;
-  if (width == 0 || height == 0) return 0;
-  const int64_t stride = BitStride(width);
-  return stride > std::numeric_limits<int32_t>::max() / height ? -1 : stride * height;
-}
+// Bytes of the store. Possible sizes only.
+int64_t StoreBytes(int32_t width, int32_t height) { return BitStride(width) * height; }
 
 }  // namespace
+
+bool BitImageHeader::Possible() const {
+  if (width < 0 || height < 0) return false;
+  return height == 0 || BitStride(width) <= std::numeric_limits<int32_t>::max() / height;
+}
+
+int64_t BitImageHeader::FileBytes() const { return HeaderBytes<BitImageHeader>() + StoreBytes(width, height); }
 
 BitImage::BitImage(const BitImage& other) : BitImage(other.width, other.height) {
   if (size > 0) std::memcpy(pixels.get(), other.pixels.get(), static_cast<size_t>(size));
@@ -49,8 +50,9 @@ void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
   rows.reset();
   pixels.reset();
   width = height = count = size = 0;
-  const int64_t bytes = StoreSize(newWidth, newHeight);
-  if (bytes < 0) ThrowOutOfMemory(static_cast<double>(BitStride(newWidth)) * newHeight);
+  const BitImageHeader sizes{newWidth, newHeight};
+  if (!sizes.Possible()) ThrowOutOfMemory(static_cast<double>(BitStride(newWidth)) * newHeight);
+  const int64_t bytes = StoreBytes(newWidth, newHeight);
   if (bytes > 0) {
     try {
       pixels = MakeAligned<uint8_t>(static_cast<size_t>(bytes));
@@ -76,12 +78,10 @@ BitImage& BitImage::Load(const std::string& name, Folder folder) {
     Complain("cannot read %s: %s", file.Path().c_str(), file.Reason().c_str());
     throw kCannotOpen;
   }
-  int32_t newWidth, newHeight;
-  file.Field(newWidth);
-  file.Field(newHeight);
-  if (StoreSize(newWidth, newHeight) < 0)
-    Complain("%s is damaged: an image of %d x %d pixels", file.Path().c_str(), newWidth, newHeight);
-  Redim(newWidth, newHeight);
+  const auto header = ReadHeader<BitImageHeader>(file);
+  if (!header.Possible())
+    Complain("%s is damaged: an image of %d x %d pixels", file.Path().c_str(), header.width, header.height);
+  Redim(header.width, header.height);
   file.Array(pixels.get(), static_cast<size_t>(size));
   file.WarnIfShort();
   return *this;
@@ -89,8 +89,7 @@ BitImage& BitImage::Load(const std::string& name, Folder folder) {
 
 const BitImage& BitImage::Save(const std::string& name, Folder folder) const {
   FileOut file(PathOf(name, folder));
-  file.Field(width);
-  file.Field(height);
+  WriteHeader(file, BitImageHeader{width, height});
   file.Array(pixels.get(), static_cast<size_t>(size));
   if (!file.Commit()) throw kCannotOpen;
   return *this;

@@ -5,8 +5,9 @@
 #include <memory>
 #include <string>
 
+#include "platform/folder.h"
+#include "platform/header.h"
 #include "platform/memory.h"
-#include "platform/paths.h"
 
 namespace norv {
 
@@ -45,5 +46,20 @@ class BitImage {
   BitImage& Load(const std::string& name, Folder folder);
   const BitImage& Save(const std::string& name, Folder folder) const;
 };
+
+// The start of a .bit file: the store follows.
+struct BitImageHeader {
+  int32_t width = 0, height = 0;
+
+  // Not negative, and a store of at most 2^31 - 1 bytes.
+  bool Possible() const;
+  int64_t FileBytes() const;
+};
+
+template <typename File>
+constexpr void Transfer(File& file, BitImageHeader& header) {
+  file.Field(header.width);
+  file.Field(header.height);
+}
 
 }  // namespace norv

@@ -5,9 +5,33 @@
 #include <string>
 
 #include "image/image_rows.h"
-#include "platform/file.h"
+#include "platform/header.h"
 
 namespace norv {
+
+struct FloatImageHeader {
+  int32_t width = 0, height = 0, format = kDefaultFormat;
+  int32_t mask = 0;  // words of the mask; read, any but 0 means that there is one, whose length the sizes say
+
+  // Of the format, 0 for one that is unknown.
+  int32_t Planes() const;
+  bool SizesPossible() const;
+  bool Possible() const { return SizesPossible() && Planes() > 0; }
+  // 32-bit words of the mask behind the planes, 0 without one. Possible sizes only.
+  int64_t MaskWords() const;
+  // Bytes from the file's start to row `row` of plane k; k = Planes(): to the mask.
+  int64_t PlaceOf(int32_t k, int32_t row) const;
+  // With an unknown format no plane counts. Possible sizes only.
+  int64_t FileBytes() const;
+};
+
+template <typename File>
+constexpr void Transfer(File& file, FloatImageHeader& header) {
+  file.Field(header.width);
+  file.Field(header.height);
+  file.Field(header.format);
+  file.Field(header.mask);
+}
 
 class FloatImageReader : public RowSource {
  public:
@@ -19,8 +43,8 @@ class FloatImageReader : public RowSource {
   // False for a pipe: then all rows have to be read as one group.
   bool CanSeek() const { return file_.CanSeek(); }
   int32_t Planes() const { return planes_; }
-  // 32-bit words of the mask behind the planes, 0 without one. Valid sizes only.
-  int64_t MaskWords() const;
+  // As the header's.
+  int64_t MaskWords() const { return header_.MaskWords(); }
 
   // What a short file lacks reads as zeros.
   void Read(FloatImage& image, int32_t at, int32_t rows) override;
@@ -31,9 +55,10 @@ class FloatImageReader : public RowSource {
 
  private:
   FileIn file_;
+  FloatImageHeader header_;
   int32_t planes_ = 0, row_ = 0;
   int64_t maskRead_ = 0;
-  bool masked_ = false, warned_ = false;
+  bool warned_ = false;
 };
 
 class FloatImageWriter : public RowSink {
@@ -52,7 +77,8 @@ class FloatImageWriter : public RowSink {
 
  private:
   FileOut file_;
-  int32_t width_, height_, planes_, row_ = 0;
+  FloatImageHeader header_;
+  int32_t planes_, row_ = 0;
   int64_t maskWritten_ = 0;
 };
 

@@ -8,15 +8,10 @@
 
 #include "linear/dmatrix.h"
 #include "platform/assert.h"
-#include "platform/console.h"
-#include "platform/file.h"
 #include "platform/memory.h"
-#include "platform/paths.h"
 
 namespace norv {
 namespace {
-
-constexpr char kProblemOpening[] = "PROBLEM OPENING FILE!";
 
 // The texts live in buffers of the process, so that what was thrown outlives every matrix.
 [[noreturn]] void ThrowColumnsMissing() {
@@ -36,22 +31,6 @@ int32_t* CopyIndices(const int32_t* source, int32_t sourceRows, int32_t m) {
   return copy;
 }
 
-template <typename File, typename Matrix>
-void Transfer(File& file, Matrix& a) {
-  int32_t rows = a.m, columns = a.n, count = a.mn;
-  file.Field(rows);
-  file.Field(columns);
-  file.Field(count);  // never believed when reading
-  if constexpr (File::kReading) a.dim(rows, columns);
-  file.Array(a.x, static_cast<size_t>(a.mn));
-}
-
-void SaveTo(const std::string& path, const matrix& a) {
-  FileOut file(path);
-  if (file.IsOpen()) Transfer(file, a);
-  if (!file.Commit()) throw kProblemOpening;
-}
-
 }  // namespace
 
 void ThrowOutOfMemory(double elements) {
@@ -62,11 +41,13 @@ void ThrowOutOfMemory(double elements) {
   throw static_cast<const char*>(buffer);
 }
 
+bool IsCountable(int32_t rows, int32_t columns) {
+  return rows >= 0 && columns >= 0 && int64_t{rows} * columns <= std::numeric_limits<int32_t>::max();
+}
+
 int32_t ElementCount(int32_t rows, int32_t columns) {
-  const int64_t count = int64_t{rows} * columns;
-  if (rows < 0 || columns < 0 || count > std::numeric_limits<int32_t>::max())
-    ThrowOutOfMemory(static_cast<double>(count));
-  return static_cast<int32_t>(count);
+  if (!IsCountable(rows, columns)) ThrowOutOfMemory(static_cast<double>(int64_t{rows} * columns));
+  return rows * columns;
 }
 
 // ------------------------------------------------------------------------------------------- storage and copies
@@ -229,28 +210,6 @@ void matrix::multTA(const matrix& a, const matrix& b) {
       for (int32_t k = blocks; k < a.m; ++k) sum += static_cast<double>(left[k] * right[k]);
       z[j][i] = static_cast<float>(sum);
     }
-}
-
-// ------------------------------------------------------------------------------------------------------- files
-
-void matrix::save(const std::string& name, Folder folder) const { SaveTo(PathOf(name, folder), *this); }
-
-void matrix::load(const std::string& name, bool remove, Folder folder) {
-  {
-    FileIn file(PathOf(name, folder));
-    if (!file.IsOpen()) {
-      Complain("cannot read %s: %s", file.Path().c_str(), file.Reason().c_str());
-      throw kProblemOpening;
-    }
-    Transfer(file, *this);
-    file.WarnIfShort();
-  }
-  // The executable's directory even for a full path, on purpose: only files that were handed over there are consumed.
-  if (remove) RemoveFile(PathOf(name, Folder::executable));
-}
-
-void matrix::savenumbered(const std::string& base, int32_t k) const {
-  SaveTo(PathOf(base + std::to_string(k) + ".mat", Folder::executable), *this);
 }
 
 }  // namespace norv

@@ -68,6 +68,9 @@ class matrix {
 // The out-of-memory message of so many elements.
 [[noreturn]] void ThrowOutOfMemory(double elements);
 
+// Whether rows x columns elements can be counted in 32 bits; negative sizes cannot.
+bool IsCountable(int32_t rows, int32_t columns);
+
 // rows x columns as a 32-bit count. Throws the out-of-memory message when a size is negative or the count overflows.
 int32_t ElementCount(int32_t rows, int32_t columns);
 

@@ -1,9 +1,7 @@
 // Raw little-endian fields and arrays in and out of files. A file is replaced as a whole or not at all.
 //
 // FileIn and FileOut answer to the same two calls, Field and Array, so that one function per format serves reading and
-// writing alike:
-//
-//   template <typename File> void Transfer(File& file, Thing& thing) { file.Field(thing.size); ... }
+// writing alike. platform/header.h says how the start of a format is described.
 #pragma once
 
 #include <cstddef>
@@ -22,8 +20,6 @@ concept RawElement = std::is_arithmetic_v<T>;
 // and Complete() says so.
 class FileIn {
  public:
-  static constexpr bool kReading = true;
-
   // Opens for reading; a file that cannot be opened leaves IsOpen() false and the reason in Reason().
   explicit FileIn(const std::string& path);
   ~FileIn();
@@ -76,8 +72,6 @@ enum class Durability {
 // no regular file (a device, a pipe) is written directly.
 class FileOut {
  public:
-  static constexpr bool kReading = false;
-
   explicit FileOut(const std::string& path, Durability durability = Durability::durable);
   // Not committed: the temporary file goes, the old file stays.
   ~FileOut();

@@ -4,45 +4,37 @@
 #include <array>
 #include <limits>
 
-#include "colour/models.h"
+#include "image/bit_image.h"
+#include "image/float_image_file.h"
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
-#include "platform/file.h"
+#include "linear/matrix_file.h"
 
 namespace norv {
 namespace {
 
 constexpr int64_t kSenseless = -1;
-constexpr int64_t kMostElements = std::numeric_limits<int32_t>::max();
 
 // The leading fields of a file, zeros behind its end.
 using Header = std::array<int32_t, 19>;
 
-int64_t Elements(int32_t width, int32_t height) {
-  if (width < 0 || height < 0) return kSenseless;
-  const int64_t n = int64_t{width} * height;
-  return n <= kMostElements ? n : kSenseless;
+// By the header of one of the formats that describe theirs as platform/header.h says.
+template <FileHeader H>
+int64_t BytesBy(FileIn& in) {
+  in.Seek(0);
+  const auto header = ReadHeader<H>(in);
+  return header.Possible() ? header.FileBytes() : kSenseless;
 }
 
-int64_t MatrixBytes(const Header& h) {
-  const int64_t n = Elements(h[0], h[1]);
-  return n < 0 ? kSenseless : 12 + 4 * n;
+Header LeadingFields(FileIn& in) {
+  Header header;
+  in.Seek(0);
+  in.Array(header.data(), header.size());
+  return header;
 }
 
-int64_t FloatImageBytes(const Header& h) {
-  const int64_t n = Elements(h[0], h[1]);
-  const ColourModel* model = FindModel(h[2]);
-  if (n < 0 || !model) return kSenseless;
-  return 16 + 4 * n * model->planes + (h[3] != 0 ? 4 * ((n + 31) / 32) : 0);
-}
-
-int64_t BitImageBytes(const Header& h) {
-  if (Elements(h[0], h[1]) < 0) return kSenseless;
-  const int64_t bytes = (int64_t{h[0]} * 3 + 3) / 4 * 4 * h[1];
-  return bytes <= kMostElements ? 8 + bytes : kSenseless;
-}
-
-int64_t TrainingSetBytes(const Header& h) {
+int64_t TrainingSetBytes(FileIn& in) {
+  const Header h = LeadingFields(in);
   if (h[0] < 0 || h[1] < 0 || h[2] < 0) return kSenseless;
   const int64_t record = (int64_t{h[1]} + h[2]) * 4;
   if (h[0] > 0 && record > std::numeric_limits<int64_t>::max() / 2 / h[0]) return kSenseless;
@@ -52,7 +44,8 @@ int64_t TrainingSetBytes(const Header& h) {
 // Units and inputs beyond this belong to no network that anybody holds.
 constexpr int32_t kMostUnits = 1 << 24;
 
-int64_t NetBytes(const Header& h) {
+int64_t NetBytes(FileIn& in) {
+  const Header h = LeadingFields(in);
   int64_t bytes = 84;
   bool ended = false;
   for (int layer = 2; layer < 18; ++layer) {
@@ -68,16 +61,16 @@ struct KindRow {
   FileKind kind;
   const char* name;
   const char* extension;
-  int64_t (*bytes)(const Header&);  // of the whole file by its header, kSenseless for a header that cannot be
+  int64_t (*bytes)(FileIn&);  // of the whole file by its header, kSenseless for a header that cannot be
 };
 
 // Those with more to agree come first: they decide when no extension does.
 constexpr KindRow kKinds[] = {
     {FileKind::net, "network", "net", NetBytes},
-    {FileKind::floatImage, "float image", "fdib", FloatImageBytes},
-    {FileKind::matrix, "matrix", "mat", MatrixBytes},
+    {FileKind::floatImage, "float image", "fdib", BytesBy<FloatImageHeader>},
+    {FileKind::matrix, "matrix", "mat", BytesBy<MatrixHeader>},
     {FileKind::trainingSet, "training set", "dat", TrainingSetBytes},
-    {FileKind::bitImage, "bit image", "bit", BitImageBytes},
+    {FileKind::bitImage, "bit image", "bit", BytesBy<BitImageHeader>},
 };
 
 const KindRow* RowOfExtension(const std::string& extension) {
@@ -97,18 +90,17 @@ const char* NameOf(FileKind kind) {
 FileFacts RecogniseFile(const std::string& path) {
   FileIn in(path);
   if (!in.IsOpen()) Fail("cannot open %s: %s", path.c_str(), in.Reason().c_str());
-  Header header;
-  in.Array(header.data(), header.size());
+  const Header header = LeadingFields(in);
   const auto* start = reinterpret_cast<const uint8_t*>(header.data());
   const size_t held = static_cast<size_t>(std::min<int64_t>(in.Size(), sizeof header));
   if (CodecOfContents({start, held})) return {FileKind::picture, in.Size(), in.Size()};
   if (const KindRow* row = RowOfExtension(ExtensionOf(path))) {
-    const int64_t expected = row->bytes(header);
+    const int64_t expected = row->bytes(in);
     if (expected == kSenseless) Fail("%s is no %s: its header makes no sense", path.c_str(), row->name);
     return {row->kind, in.Size(), expected};
   }
   for (const KindRow& row : kKinds)
-    if (row.bytes(header) == in.Size()) return {row.kind, in.Size(), in.Size()};
+    if (row.bytes(in) == in.Size()) return {row.kind, in.Size(), in.Size()};
   Fail("%s is neither a picture (%s) nor a file of ours", path.c_str(), KnownFormats().c_str());
 }
 
