@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/console.h"
-#include "platform/native_file.h"
+#include "platform/native/native_file.h"
 
 namespace norv {
 namespace {

@@ -1,6 +1,7 @@
 // One writer at a time: a file that is changed in place, or read and then replaced, is held against other runs.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace norv {
@@ -16,11 +17,7 @@ class FileLock {
   FileLock& operator=(const FileLock&) = delete;
 
  private:
-#ifdef _WIN32
-  void* mutex_ = nullptr;
-#else
-  int descriptor_ = -1;
-#endif
+  intptr_t handle_ = -1;  // a descriptor, or a mutex's handle; -1: the file is not held
 };
 
 }  // namespace norv

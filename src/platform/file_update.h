@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/native_file.h"
+#include "platform/native/native_file.h"
 
 namespace norv {
 

@@ -1,20 +1,8 @@
 #include "platform/memory.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <string>
 
-#ifdef _WIN32
-#include <malloc.h>
-#include <windows.h>
-#else
-#include <malloc.h>
-#include <sys/resource.h>
-#include <unistd.h>
-#endif
+#include "platform/native/block.h"
 
 namespace norv {
 namespace {
@@ -22,126 +10,13 @@ namespace {
 // Below this nobody asks the system how much is left.
 constexpr size_t kSmall = size_t{16} << 20;
 
-#ifndef _WIN32
-
-// The number behind a key in a file of the kernel's, or the file's only number when the key is empty; the largest value
-// when the file does not say.
-size_t ReadNumber(const std::string& path, const char* key) {
-  FILE* file = std::fopen(path.c_str(), "r");
-  if (!file) return SIZE_MAX;
-  const size_t length = std::strlen(key);
-  size_t value = SIZE_MAX;
-  char line[256];
-  while (value == SIZE_MAX && std::fgets(line, sizeof line, file))
-    if (std::strncmp(line, key, length) == 0 && std::sscanf(line + length, "%zu", &value) != 1) value = SIZE_MAX;
-  std::fclose(file);
-  return value;
-}
-
-size_t Left(size_t limit, size_t used) {
-  return limit == SIZE_MAX || used == SIZE_MAX ? SIZE_MAX : limit - std::min(limit, used);
-}
-
-// Where the files of a kind of group lie, and what they call its limit and the memory that it cannot give up; file
-// pages count as free, for the kernel gives them up.
-struct GroupKind {
-  const char *folder, *limit, *used;
-};
-constexpr GroupKind kUnified = {"/sys/fs/cgroup", "/memory.max", "anon "};
-constexpr GroupKind kOlder = {"/sys/fs/cgroup/memory", "/memory.limit_in_bytes", "total_rss "};
-
-// The least that a group and those around it leave. Inside a container the path may not be visible; its own group is
-// the topmost one there.
-size_t LeftInGroups(const GroupKind& kind, std::string path) {
-  size_t least = SIZE_MAX;
-  for (;;) {
-    const std::string folder = kind.folder + (path == "/" ? "" : path);
-    least = std::min(least, Left(ReadNumber(folder + kind.limit, ""), ReadNumber(folder + "/memory.stat", kind.used)));
-    if (path.empty() || path == "/") return least;
-    path.erase(path.rfind('/'));
-  }
-}
-
-// Each line of the file is NUMBER:KINDS:PATH, 0 and no kinds for the unified tree.
-size_t LeftByGroups() {
-  FILE* file = std::fopen("/proc/self/cgroup", "r");
-  if (!file) return SIZE_MAX;
-  size_t least = SIZE_MAX;
-  char line[4096];
-  while (std::fgets(line, sizeof line, file)) {
-    line[std::strcspn(line, "\n")] = 0;
-    const char *kinds = std::strchr(line, ':'), *path = kinds ? std::strchr(kinds + 1, ':') : nullptr;
-    if (!path || path[1] != '/') continue;
-    const std::string names(kinds + 1, path);
-    if (names.empty()) least = std::min(least, LeftInGroups(kUnified, path + 1));
-    if (names == "memory") least = std::min(least, LeftInGroups(kOlder, path + 1));
-  }
-  std::fclose(file);
-  return least;
-}
-
-size_t LeftByAddressSpace() {
-  rlimit limit;
-  if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return SIZE_MAX;
-  const size_t pages = ReadNumber("/proc/self/statm", "");
-  return pages == SIZE_MAX ? SIZE_MAX : Left(limit.rlim_cur, pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)));
-}
-
-#endif
-
-}  // namespace
-
-#ifdef _WIN32
-
-size_t AvailableMemory() {
-  MEMORYSTATUSEX status = {};
-  status.dwLength = sizeof status;
-  if (!GlobalMemoryStatusEx(&status)) return SIZE_MAX;
-  // What the system still promises, and what this process can still address, may be less than what is free.
-  return static_cast<size_t>(std::min({status.ullAvailPhys, status.ullAvailPageFile, status.ullAvailVirtual}));
-}
-
-#else
-
-size_t AvailableMemory() {
-  const size_t kilobytes = ReadNumber("/proc/meminfo", "MemAvailable:");
-  const size_t machine = kilobytes == SIZE_MAX ? SIZE_MAX : kilobytes * 1024;
-  return std::min({machine, LeftByGroups(), LeftByAddressSpace()});
-}
-
-#endif
-
-namespace {
-
-// Large blocks go back to the system when they are freed; the C library would begin to keep them after the first one,
-// and a run would take more than was reckoned for it.
-void ReturnLargeBlocks() {
-#ifdef M_MMAP_THRESHOLD
-  static const bool told = mallopt(M_MMAP_THRESHOLD, 4 << 20) != 0 && mallopt(M_TRIM_THRESHOLD, 1 << 20) != 0;
-  static_cast<void>(told);
-#endif
-}
-
 }  // namespace
 
 void* AllocateAligned(size_t bytes) {
-  ReturnLargeBlocks();
   if (bytes > SIZE_MAX / 2) return nullptr;
   const size_t size = bytes == 0 ? kAlignment : (bytes + kAlignment - 1) / kAlignment * kAlignment;
   if (size > kSmall && size > AvailableMemory()) return nullptr;
-#ifdef _WIN32
-  return _aligned_malloc(size, kAlignment);
-#else
-  return std::aligned_alloc(kAlignment, size);
-#endif
-}
-
-void FreeAligned(void* memory) {
-#ifdef _WIN32
-  _aligned_free(memory);
-#else
-  std::free(memory);
-#endif
+  return TakeBlock(size);
 }
 
 }  // namespace norv

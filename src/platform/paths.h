@@ -17,8 +17,4 @@ std::string PathOf(const std::string& name, Folder folder);
 // The command line as UTF-8, whatever the platform hands to main().
 std::vector<std::string> CommandLine(int argc, char** argv);
 
-#ifdef _WIN32
-std::wstring Wide(const std::string& utf8);
-#endif
-
 }  // namespace norv

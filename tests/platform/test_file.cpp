@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "platform/file.h"
-#include "platform/native_file.h"
+#include "platform/native/native_file.h"
 
 using namespace norv;
 namespace fs = std::filesystem;

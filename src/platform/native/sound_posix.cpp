@@ -1,22 +1,12 @@
-#include "platform/sound.h"
-
-#include <initializer_list>
-
-#ifdef _WIN32
-// clang-format off
-#include <windows.h>
-#include <mmsystem.h>
-// clang-format on
-#else
 #include <fcntl.h>
+#include <initializer_list>
 #include <sys/wait.h>
 #include <unistd.h>
-#endif
+
+#include "platform/sound.h"
 
 namespace norv {
 namespace {
-
-#ifndef _WIN32
 
 // In a process of its own: null streams, then the first player that exists. Only async-signal-safe calls.
 [[noreturn]] void BecomePlayer(const char* file) {
@@ -28,17 +18,7 @@ namespace {
   _exit(1);
 }
 
-#endif
-
 }  // namespace
-
-#ifdef _WIN32
-
-void PlayNotification() { PlaySoundW(L"norv.wav", nullptr, SND_FILENAME | SND_ASYNC | SND_NODEFAULT); }
-
-void KeepAwake() { SetThreadExecutionState(ES_SYSTEM_REQUIRED); }
-
-#else
 
 void PlayNotification() {
   constexpr const char* kSound = "norv.wav";
@@ -53,7 +33,5 @@ void PlayNotification() {
 }
 
 void KeepAwake() {}
-
-#endif
 
 }  // namespace norv

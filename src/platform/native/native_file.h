@@ -1,8 +1,9 @@
-// The system's own file calls behind platform/file, one implementation per platform. Nobody else includes this.
+// The system's own file calls behind platform/file.h.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -14,15 +15,9 @@ namespace norv {
 // A descriptor or handle; closed when it goes. Calls that fail leave the reason with the system (LastSystemError).
 class NativeFile {
  public:
-#ifdef _WIN32
-  using Handle = void*;
-#else
-  using Handle = int;
-#endif
-
-  NativeFile();
+  NativeFile() = default;
   ~NativeFile() { Close(); }
-  NativeFile(NativeFile&& other) noexcept : NativeFile() { std::swap(handle_, other.handle_); }
+  NativeFile(NativeFile&& other) noexcept { std::swap(handle_, other.handle_); }
   NativeFile& operator=(NativeFile&& other) noexcept {
     std::swap(handle_, other.handle_);
     return *this;
@@ -38,7 +33,7 @@ class NativeFile {
   static NativeFile CreateTemporary(const std::string& destination, std::string& name,
                                     std::optional<ScratchGuard>& guard);
 
-  bool IsOpen() const;
+  bool IsOpen() const { return handle_ != kNone; }
   int64_t Size() const;
   // Bytes moved, 0 at the end of the file, negative on failure.
   int64_t Read(void* bytes, size_t size);
@@ -53,12 +48,17 @@ class NativeFile {
   bool CanSeek() const;
   bool Flush();
   bool Close();
-  // Renames this (flushed) file from its temporary name over the destination and closes it.
+  // Renames this (flushed) file from its temporary name over the destination and closes it. durable: the new name is on
+  // the disk when this returns.
   bool Rename(const std::string& temporary, const std::string& destination, bool durable);
 
  private:
+  // Wide enough for a descriptor and for a handle; -1 is neither.
+  using Handle = intptr_t;
+  static constexpr Handle kNone = -1;
+
   explicit NativeFile(Handle handle) : handle_(handle) {}
-  Handle handle_;
+  Handle handle_ = kNone;
 };
 
 // The last failure of this thread in words.
@@ -70,10 +70,18 @@ std::string FinalTarget(const std::string& path);
 // Whether the path exists and is neither a regular file nor a directory.
 bool IsSpecialFile(const std::string& path);
 
+// The path as the system writes it.
+std::filesystem::path ToNative(const std::string& utf8);
+
+// A name beside the destination that no other temporary file has, of this or another process.
+std::string TemporaryName(const std::string& destination);
+
+// Removes the file unless somebody holds it locked.
+void RemoveIfAbandoned(const std::filesystem::path& path);
+
 // Removes temporary files beside the destination that no living process holds locked.
 void RemoveAbandonedFiles(const std::string& destination);
 
-// Temporary names end in this.
-inline constexpr char kTemporarySuffix[] = ".norv-tmp";
+unsigned long ProcessId();
 
 }  // namespace norv

@@ -1,0 +1,35 @@
+#include <cwctype>
+#include <windows.h>
+
+#include "platform/file_lock.h"
+#include "platform/native/wide_windows.h"
+
+namespace norv {
+namespace {
+
+// An open handle would keep others from replacing the file, so the lock is a mutex whose name stands for the path.
+std::wstring MutexName(const std::string& path) {
+  wchar_t full[32768];
+  const DWORD length = GetFullPathNameW(Wide(path).c_str(), 32768, full, nullptr);
+  unsigned long long hash = 14695981039346656037ull;
+  for (DWORD i = 0; i < length && i < 32768; ++i) hash = (hash ^ std::towlower(full[i])) * 1099511628211ull;
+  return L"Local\\norv-" + std::to_wstring(hash);
+}
+
+}  // namespace
+
+FileLock::FileLock(const std::string& path) {
+  const HANDLE mutex = CreateMutexW(nullptr, FALSE, MutexName(path).c_str());
+  if (!mutex) return;
+  handle_ = reinterpret_cast<intptr_t>(mutex);
+  WaitForSingleObject(mutex, INFINITE);
+}
+
+FileLock::~FileLock() {
+  if (handle_ == -1) return;
+  const HANDLE mutex = reinterpret_cast<HANDLE>(handle_);
+  ReleaseMutex(mutex);
+  CloseHandle(mutex);
+}
+
+}  // namespace norv

@@ -1,0 +1,22 @@
+#include <windows.h>
+
+#include "platform/native/ending.h"
+#include "platform/native/wide_windows.h"
+
+namespace norv {
+namespace {
+
+// On a thread of its own, which the system makes for each event.
+BOOL WINAPI OnConsoleEvent(DWORD) {
+  if (OnlyNoted()) return TRUE;
+  RemoveScratchFiles();
+  return FALSE;  // the system's own way: the process ends
+}
+
+}  // namespace
+
+void InstallHandlers() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
+
+void RemoveInHandler(const char* path) { DeleteFileW(Wide(path).c_str()); }
+
+}  // namespace norv

@@ -1,0 +1,23 @@
+#include <algorithm>
+#include <cstdint>
+#include <malloc.h>
+#include <windows.h>
+
+#include "platform/memory.h"
+#include "platform/native/block.h"
+
+namespace norv {
+
+size_t AvailableMemory() {
+  MEMORYSTATUSEX status = {};
+  status.dwLength = sizeof status;
+  if (!GlobalMemoryStatusEx(&status)) return SIZE_MAX;
+  // What the system still promises, and what this process can still address, may be less than what is free.
+  return static_cast<size_t>(std::min({status.ullAvailPhys, status.ullAvailPageFile, status.ullAvailVirtual}));
+}
+
+void* TakeBlock(size_t size) { return _aligned_malloc(size, kAlignment); }
+
+void FreeAligned(void* memory) { _aligned_free(memory); }
+
+}  // namespace norv

@@ -1,0 +1,35 @@
+#include "platform/native/native_file.h"
+
+#include <atomic>
+
+#include "platform/file.h"
+
+namespace norv {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kTemporarySuffix[] = ".norv-tmp";
+
+}  // namespace
+
+std::string TemporaryName(const std::string& destination) {
+  static std::atomic<unsigned> counter{0};
+  return destination + "." + std::to_string(ProcessId()) + "-" + std::to_string(counter++) + kTemporarySuffix;
+}
+
+void RemoveAbandonedFiles(const std::string& destination) {
+  fs::path folder = ToNative(destination).parent_path();
+  if (folder.empty()) folder = ".";
+  std::error_code ignored;
+  for (fs::directory_iterator entry(folder, ignored), end; !ignored && entry != end; entry.increment(ignored))
+    if (entry->path().extension() == fs::path(kTemporarySuffix)) RemoveIfAbandoned(entry->path());
+}
+
+bool RemoveFile(const std::string& path) {
+  std::error_code error;
+  fs::remove(ToNative(path), error);
+  return !error;
+}
+
+}  // namespace norv

@@ -1,0 +1,28 @@
+#include <cstdlib>
+#include <unistd.h>
+
+#include "platform/native/places.h"
+#include "platform/paths.h"
+
+namespace norv {
+
+const char* Separators() { return "/"; }
+
+std::string ExecutablePath() {
+  std::string path(512, '\0');
+  for (;;) {
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    if (length < 0) return "./";
+    if (static_cast<size_t>(length) < path.size()) return path.substr(0, length);
+    path.resize(2 * path.size());
+  }
+}
+
+std::string EnvironmentVariable(const std::string& name) {
+  const char* value = std::getenv(name.c_str());
+  return value ? value : "";
+}
+
+std::vector<std::string> CommandLine(int argc, char** argv) { return {argv, argv + argc}; }
+
+}  // namespace norv

@@ -1,0 +1,53 @@
+// clang-format off
+#include <windows.h>
+#include <shellapi.h>
+// clang-format on
+
+#include "platform/native/places.h"
+#include "platform/native/wide_windows.h"
+#include "platform/paths.h"
+
+namespace norv {
+
+std::wstring Wide(const std::string& utf8) {
+  const int length = static_cast<int>(utf8.size());
+  const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+  std::wstring wide(size, L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), size);
+  return wide;
+}
+
+std::string Utf8(const wchar_t* text) {
+  const int length = static_cast<int>(std::char_traits<wchar_t>::length(text));
+  const int size = WideCharToMultiByte(CP_UTF8, 0, text, length, nullptr, 0, nullptr, nullptr);
+  std::string utf8(size, '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text, length, utf8.data(), size, nullptr, nullptr);
+  return utf8;
+}
+
+const char* Separators() { return "\\/"; }
+
+std::string ExecutablePath() {
+  std::wstring path(512, L'\0');
+  for (;;) {
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length < path.size()) return Utf8(path.c_str());
+    path.resize(2 * path.size());
+  }
+}
+
+std::string EnvironmentVariable(const std::string& name) {
+  const wchar_t* value = _wgetenv(Wide(name).c_str());
+  return value ? Utf8(value) : "";
+}
+
+std::vector<std::string> CommandLine(int, char**) {
+  int count = 0;
+  wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 0; i < count; ++i) arguments.push_back(Utf8(words[i]));
+  LocalFree(words);
+  return arguments;
+}
+
+}  // namespace norv

@@ -1,0 +1,17 @@
+// What the system says about places, behind platform/paths.h. Text is UTF-8.
+#pragma once
+
+#include <string>
+
+namespace norv {
+
+// The characters that end a folder's name in a path, the system's own one first.
+const char* Separators();
+
+// The executable's path, symbolic links resolved.
+std::string ExecutablePath();
+
+// Empty when it is not set.
+std::string EnvironmentVariable(const std::string& name);
+
+}  // namespace norv
