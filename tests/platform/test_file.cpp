@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -13,46 +12,23 @@
 
 #include "platform/file.h"
 #include "platform/native/native_file.h"
+#include "support/captured_output.h"
+#include "support/scratch.h"
 
 using namespace norv;
+using namespace norv::test;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Folder {
-  fs::path path;
-  Folder() {
-    std::string name = (fs::temp_directory_path() / "norv-file-XXXXXX").string();
-    REQUIRE(mkdtemp(name.data()));
-    path = name;
-  }
-  ~Folder() { fs::remove_all(path); }
-  std::string operator/(const char* name) const { return (path / name).string(); }
-  size_t Entries() const { return static_cast<size_t>(std::distance(fs::directory_iterator(path), {})); }
-};
-
-std::string Contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+size_t Entries(const ScratchFolder& folder) {
+  return static_cast<size_t>(std::distance(fs::directory_iterator(folder.Path()), {}));
 }
-
-void WriteText(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
-
-// Standard error of our own messages goes nowhere while it lives.
-struct Quiet {
-  int saved = dup(2);
-  Quiet() { (void)!freopen("/dev/null", "w", stderr); }
-  ~Quiet() {
-    fflush(stderr);
-    dup2(saved, 2);
-    close(saved);
-  }
-};
 
 }  // namespace
 
 TEST_CASE("fields and arrays of any size come back as they were") {
-  Folder folder;
+  const ScratchFolder folder;
   std::vector<float> large(700001);
   for (size_t i = 0; i < large.size(); ++i) large[i] = static_cast<float>(i) * 0.25f;
   {
@@ -81,8 +57,8 @@ TEST_CASE("fields and arrays of any size come back as they were") {
 }
 
 TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
-  Folder folder;
-  WriteText(folder / "short", std::string(6, 'x'));
+  const ScratchFolder folder;
+  WriteBytes(folder / "short", std::string(6, 'x'));
   FileIn in(folder / "short");
   int32_t whole = 1;
   std::vector<uint8_t> rest(5, 9);
@@ -103,11 +79,11 @@ TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
   CHECK_FALSE(skipping.Complete());
 
   CHECK_FALSE(FileIn(folder / "none").IsOpen());
-  CHECK_FALSE(FileIn(folder.path.string()).IsOpen());
+  CHECK_FALSE(FileIn(folder.Path()).IsOpen());
 }
 
 TEST_CASE("reading and writing move to places in the file, beyond 4 GiB too") {
-  Folder folder;
+  const ScratchFolder folder;
   constexpr int64_t kFar = (int64_t{1} << 32) + 5;
   {
     FileOut out(folder / "a");
@@ -140,53 +116,51 @@ TEST_CASE("reading and writing move to places in the file, beyond 4 GiB too") {
 }
 
 TEST_CASE("a file that is not committed, or cannot be, leaves the old one and nothing else") {
-  Folder folder;
-  WriteText(folder / "data", "old");
+  const ScratchFolder folder;
+  WriteBytes(folder / "data", "old");
   {
     FileOut out(folder / "data");
     out.Field(1.0f);
   }
-  CHECK(Contents(folder / "data") == "old");
-  CHECK(folder.Entries() == 1);
+  CHECK(ReadBytes(folder / "data") == "old");
+  CHECK(Entries(folder) == 1);
 
-  Quiet quiet;
-  fs::create_directory(folder.path / "directory");
-  {
-    FileOut out(folder / "directory");
-    out.Field(1.0f);
-    CHECK_FALSE(out.Commit());
-  }
-  CHECK(folder.Entries() == 2);
-  FileOut nowhere(folder / "missing/data");
-  CHECK_FALSE(nowhere.IsOpen());
-  CHECK_FALSE(nowhere.Commit());
-  // A device that is always full: every write fails with the system's own word for it.
-  FileOut full("/dev/full");
-  full.Field(1.0f);
-  CHECK_FALSE(full.Commit());
+  const auto refusal = [](const std::string& path) {
+    const std::string line = ErrorsOf([&] {
+      FileOut out(path);
+      out.Field(1.0f);
+      CHECK_FALSE(out.Commit());
+    });
+    return line.substr(line.find("cannot write"));
+  };
+  fs::create_directory(folder / "directory");
+  CHECK(refusal(folder / "directory") == "cannot write " + (folder / "directory") + ": Is a directory\n");
+  CHECK(Entries(folder) == 2);
+  CHECK(refusal(folder / "no/a") == "cannot write " + (folder / "no/a") + ": No such file or directory\n");
+  CHECK(refusal("/dev/full") == "cannot write /dev/full: No space left on device\n");
 }
 
 TEST_CASE("permissions stay, symbolic links stay links, abandoned files go and live ones stay") {
-  Folder folder;
-  WriteText(folder / "target", "old");
+  const ScratchFolder folder;
+  WriteBytes(folder / "target", "old");
   chmod((folder / "target").c_str(), 0640);
-  fs::create_symlink("target", folder.path / "link");
-  WriteText(folder / "other.99-0.norv-tmp", "left by a killed run");
+  fs::create_symlink("target", folder / "link");
+  WriteBytes(folder / "other.99-0.norv-tmp", "left by a killed run");
   FileOut live(folder / "live");
   live.Field(1.0f);
   FileOut out(folder / "link");
   out.Field(int32_t{0x31323334});
   REQUIRE(out.Commit());
-  CHECK(Contents(folder / "target") == "4321");
-  CHECK(fs::is_symlink(folder.path / "link"));
-  CHECK(fs::status(folder.path / "target").permissions() == fs::perms(0640));
-  CHECK_FALSE(fs::exists(folder.path / "other.99-0.norv-tmp"));
+  CHECK(ReadBytes(folder / "target") == "4321");
+  CHECK(fs::is_symlink(folder / "link"));
+  CHECK(fs::status(folder / "target").permissions() == fs::perms(0640));
+  CHECK_FALSE(fs::exists(folder / "other.99-0.norv-tmp"));
   CHECK(live.Commit());
-  CHECK(folder.Entries() == 3);
+  CHECK(Entries(folder) == 3);
 }
 
 TEST_CASE("a run killed at any instant leaves the old or the new file whole") {
-  Folder folder;
+  const ScratchFolder folder;
   const std::string path = folder / "data";
   const auto write = [&](char letter) {
     FileOut out(path, Durability::scratch);
@@ -203,17 +177,17 @@ TEST_CASE("a run killed at any instant leaves the old or the new file whole") {
     std::this_thread::sleep_for(std::chrono::microseconds(500 + 377 * round));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    const std::string contents = Contents(path);
+    const std::string contents = ReadBytes(path);
     REQUIRE(contents.size() == 2400000);
     REQUIRE(contents.find_first_not_of(contents[0]) == std::string::npos);
   }
   REQUIRE(write('a'));
-  CHECK(folder.Entries() == 1);
+  CHECK(Entries(folder) == 1);
 }
 
 TEST_CASE("whatever ends a run but a kill takes its half-written file along") {
-  Folder folder;
-  WriteText(folder / "data", "old");
+  const ScratchFolder folder;
+  WriteBytes(folder / "data", "old");
   const auto endWith = [&](int signal) {
     const pid_t child = fork();
     if (child == 0) {
@@ -226,17 +200,17 @@ TEST_CASE("whatever ends a run but a kill takes its half-written file along") {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    CHECK(Contents(folder / "data") == "old");
+    CHECK(ReadBytes(folder / "data") == "old");
     return status;
   };
   for (const int signal : {SIGHUP, SIGXCPU}) {
     CHECK(WTERMSIG(endWith(signal)) == signal);
-    CHECK(folder.Entries() == 1);
+    CHECK(Entries(folder) == 1);
   }
   CHECK(WEXITSTATUS(endWith(0)) == 1);
-  CHECK(folder.Entries() == 1);
+  CHECK(Entries(folder) == 1);
   endWith(SIGKILL);
-  CHECK(folder.Entries() == 2);
+  CHECK(Entries(folder) == 2);
   RemoveAbandonedFiles(folder / "data");
-  CHECK(folder.Entries() == 1);
+  CHECK(Entries(folder) == 1);
 }

@@ -1,22 +1,19 @@
 #include "kit/pictures/file_kind.h"
 
 #include <algorithm>
-#include <array>
-#include <limits>
 
 #include "image/bit_image.h"
 #include "image/float_image_file.h"
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
 #include "linear/matrix_file.h"
+#include "net/net_header.h"
+#include "train/training_header.h"
 
 namespace norv {
 namespace {
 
 constexpr int64_t kSenseless = -1;
-
-// The leading fields of a file, zeros behind its end.
-using Header = std::array<int32_t, 19>;
 
 // By the header of one of the formats that describe theirs as platform/header.h says.
 template <FileHeader H>
@@ -26,35 +23,25 @@ int64_t BytesBy(FileIn& in) {
   return header.Possible() ? header.FileBytes() : kSenseless;
 }
 
-Header LeadingFields(FileIn& in) {
-  Header header;
-  in.Seek(0);
-  in.Array(header.data(), header.size());
-  return header;
-}
-
+// Pairs of nothing are a set too: they can be looked at, though nobody trains with them.
 int64_t TrainingSetBytes(FileIn& in) {
-  const Header h = LeadingFields(in);
-  if (h[0] < 0 || h[1] < 0 || h[2] < 0) return kSenseless;
-  const int64_t record = (int64_t{h[1]} + h[2]) * 4;
-  if (h[0] > 0 && record > std::numeric_limits<int64_t>::max() / 2 / h[0]) return kSenseless;
-  return 12 + record * h[0];
+  TrainingHeader header;
+  in.Seek(0);
+  TransferTrainingHeader(in, header);
+  const bool sensible = header.N >= 0 && header.Nin >= 0 && header.Ny >= 0 && header.FileBytes() < INT64_MAX;
+  return sensible ? header.FileBytes() : kSenseless;
 }
 
 // Units and inputs beyond this belong to no network that anybody holds.
 constexpr int32_t kMostUnits = 1 << 24;
 
 int64_t NetBytes(FileIn& in) {
-  const Header h = LeadingFields(in);
-  int64_t bytes = 84;
-  bool ended = false;
-  for (int layer = 2; layer < 18; ++layer) {
-    const int32_t units = h[layer], inputs = h[layer - 1];
-    if (units < 0 || units > kMostUnits || inputs < 0 || inputs > kMostUnits || (ended && units > 0)) return kSenseless;
-    ended |= units == 0;
-    bytes += units * (28 + 12 * int64_t{inputs});
-  }
-  return h[1] > 0 && h[2] > 0 ? bytes : kSenseless;
+  NetHeader header;
+  in.Seek(0);
+  TransferNetHeader(in, header);
+  const bool sensible = header.N0 > 0 && header.N0 <= kMostUnits && header.N[0] > 0 && !WhyNotBuildable(header) &&
+                        *std::max_element(header.N.begin(), header.N.end()) <= kMostUnits;
+  return sensible ? NetFileBytes(header) : kSenseless;
 }
 
 struct KindRow {
@@ -90,10 +77,10 @@ const char* NameOf(FileKind kind) {
 FileFacts RecogniseFile(const std::string& path) {
   FileIn in(path);
   if (!in.IsOpen()) Fail("cannot open %s: %s", path.c_str(), in.Reason().c_str());
-  const Header header = LeadingFields(in);
-  const auto* start = reinterpret_cast<const uint8_t*>(header.data());
-  const size_t held = static_cast<size_t>(std::min<int64_t>(in.Size(), sizeof header));
-  if (CodecOfContents({start, held})) return {FileKind::picture, in.Size(), in.Size()};
+  uint8_t start[64];  // more than any mark
+  in.Array(start, sizeof start);
+  if (CodecOfContents({start, static_cast<size_t>(std::min<int64_t>(in.Size(), sizeof start))}))
+    return {FileKind::picture, in.Size(), in.Size()};
   if (const KindRow* row = RowOfExtension(ExtensionOf(path))) {
     const int64_t expected = row->bytes(in);
     if (expected == kSenseless) Fail("%s is no %s: its header makes no sense", path.c_str(), row->name);

@@ -25,7 +25,8 @@ extern "C" void RestoreAndDie(int signal) {
 class RawTerminal {
  public:
   RawTerminal() {
-    if (!isatty(STDIN_FILENO) || tcgetattr(STDIN_FILENO, &savedTerminal) != 0) return;
+    active_ = isatty(STDIN_FILENO) && tcgetattr(STDIN_FILENO, &savedTerminal) == 0;
+    if (!active_) return;
     termios raw = savedTerminal;
     raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     raw.c_cc[VMIN] = 1;
@@ -37,7 +38,7 @@ class RawTerminal {
       // A signal that the parent chose to ignore stays ignored.
       if (previous_[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);
     }
-    active_ = tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
+    tcsetattr(STDIN_FILENO, TCSANOW, &raw);
   }
   ~RawTerminal() {
     if (!active_) return;

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <initializer_list>
 #include <io.h>
+#include <windows.h>
 
 #include "platform/console.h"
 
@@ -15,7 +16,12 @@ void PrepareConsole() {
   _setmode(_fileno(stdout), _O_BINARY);
 }
 
-bool ProgressIsVisible() { return _isatty(_fileno(stderr)); }
+bool ProgressIsVisible() {
+  // The line is wiped by a control sequence, which a console obeys only when it is told to.
+  const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
+  DWORD mode;
+  return GetConsoleMode(console, &mode) && SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
 
 void WaitForKeys(int count) {
   const bool terminal = _isatty(_fileno(stdin));

@@ -9,10 +9,11 @@ namespace {
 
 // An open handle would keep others from replacing the file, so the lock is a mutex whose name stands for the path.
 std::wstring MutexName(const std::string& path) {
-  wchar_t full[32768];
-  const DWORD length = GetFullPathNameW(Wide(path).c_str(), 32768, full, nullptr);
-  unsigned long long hash = 14695981039346656037ull;
-  for (DWORD i = 0; i < length && i < 32768; ++i) hash = (hash ^ std::towlower(full[i])) * 1099511628211ull;
+  const std::wstring given = Wide(path);
+  std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  unsigned long long hash = 14695981039346656037ull;  // FNV-1a
+  for (const wchar_t c : full) hash = (hash ^ std::towlower(c)) * 1099511628211ull;
   return L"Local\\norv-" + std::to_wstring(hash);
 }
 

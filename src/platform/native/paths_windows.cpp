@@ -27,13 +27,36 @@ std::string Utf8(const wchar_t* text) {
 
 const char* Separators() { return "\\/"; }
 
+namespace {
+
+// Where the symbolic link leads; the link itself where that cannot be said as an ordinary path.
+std::wstring BehindLink(const std::wstring& link) {
+  const HANDLE file = CreateFileW(link.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return link;
+  std::wstring path(GetFinalPathNameByHandleW(file, nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+  path.resize(GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED));
+  CloseHandle(file);
+  const std::wstring drive = L"\\\\?\\", share = L"\\\\?\\UNC\\";
+  if (path.rfind(share, 0) == 0) return L"\\\\" + path.substr(share.size());
+  return path.rfind(drive, 0) == 0 ? path.substr(drive.size()) : link;
+}
+
+}  // namespace
+
 std::string ExecutablePath() {
   std::wstring path(512, L'\0');
   for (;;) {
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length < path.size()) return Utf8(path.c_str());
+    if (length < path.size()) {
+      path.resize(length);
+      break;
+    }
     path.resize(2 * path.size());
   }
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  const bool link = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+  return Utf8((link ? BehindLink(path) : path).c_str());
 }
 
 std::string EnvironmentVariable(const std::string& name) {
