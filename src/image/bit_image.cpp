@@ -14,7 +14,7 @@ namespace {
 // One text for both directions: the graphical program's users know it.
 constexpr char kCannotOpen[] = "PROBLEM OPENING FILE FOR WRITING!";
 
-[[noreturn]] void ThrowOutOfMemory(double bytes) {
+[[noreturn]] void ThrowPixelsMissing(double bytes) {
   thread_local char message[128];
   std::snprintf(message, sizeof message,
                 "Out of memory!\n\nFailed to allocate %.2f MB memory for BitImage pixels member.", bytes * 1e-6);
@@ -51,7 +51,7 @@ void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
   pixels.reset();
   width = height = count = size = 0;
   const BitImageHeader sizes{newWidth, newHeight};
-  if (!sizes.Possible()) ThrowOutOfMemory(static_cast<double>(BitStride(newWidth)) * newHeight);
+  if (!sizes.Possible()) ThrowPixelsMissing(static_cast<double>(BitStride(newWidth)) * newHeight);
   const int64_t bytes = StoreBytes(newWidth, newHeight);
   if (bytes > 0) {
     try {
@@ -59,7 +59,7 @@ void BitImage::Redim(int32_t newWidth, int32_t newHeight) {
       rows = MakeAligned<uint8_t*>(static_cast<size_t>(newHeight));
     } catch (const std::bad_alloc&) {
       pixels.reset();
-      ThrowOutOfMemory(static_cast<double>(bytes));
+      ThrowPixelsMissing(static_cast<double>(bytes));
     }
   }
   width = newWidth;

@@ -8,7 +8,7 @@
 namespace norv {
 namespace {
 
-constexpr size_t kUnasked = size_t{1} << 20;  // so many words are always there
+constexpr size_t kUnasked = size_t{1} << 20;  // up to so many words nobody asks whether memory is left
 
 }  // namespace
 

@@ -20,10 +20,11 @@ constexpr Range StaticPart(int64_t count, int member, int members) {
   return {begin, begin + part + (member < longer ? 1 : 0)};
 }
 
+// Processors that this process may run on.
 inline int ProcessorCount() { return omp_get_num_procs(); }
 
 // Calls body(begin, end) once on each of exactly `threads` threads with its static part of 0 .. count - 1; empty parts
-// are skipped. One thread: called directly. The first exception that a member throws is thrown again here.
+// are skipped. One thread, or a count below it: called directly. The first exception that a member throws is thrown again here.
 template <typename Body>
 void ParallelRanges(int threads, int64_t count, const Body& body) {
   if (threads <= 1) {
