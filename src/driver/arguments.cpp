@@ -19,7 +19,7 @@ struct Row {
 };
 
 using P = RestoreParameters;
-constexpr Row kRows[] = {
+constexpr Row kRestoreRows[] = {
     {"FACTOR", 2, &P::factor, 4},
     {"KERNEL", 3, &P::kernelCode, 0},
     {"LAMBDA_CROSS", 4, &P::lambdaCross, 0.06f},
@@ -44,13 +44,14 @@ constexpr Row kRows[] = {
 
 // Every field has a row of its own, and every position from 2 to the unread one at least one row.
 constexpr bool IsComplete() {
-  for (const Row* row = std::begin(kRows); row != std::end(kRows); ++row)
-    if (std::any_of(row + 1, std::end(kRows), [&](const Row& other) { return other.field == row->field; }))
+  for (const Row* row = std::begin(kRestoreRows); row != std::end(kRestoreRows); ++row)
+    if (std::any_of(row + 1, std::end(kRestoreRows), [&](const Row& other) { return other.field == row->field; }))
       return false;
   for (int32_t position = 2; position < kUnreadPosition; ++position)
-    if (std::none_of(std::begin(kRows), std::end(kRows), [&](const Row& row) { return row.position == position; }))
+    if (std::none_of(std::begin(kRestoreRows), std::end(kRestoreRows),
+                     [&](const Row& row) { return row.position == position; }))
       return false;
-  return sizeof(RestoreParameters) == 4 * std::size(kRows);
+  return sizeof(RestoreParameters) == 4 * std::size(kRestoreRows);
 }
 static_assert(IsComplete());
 
@@ -73,7 +74,7 @@ float DecodeFloat(const std::string& text) { return static_cast<float>(std::strt
 
 RestoreParameters DefaultRestoreParameters() {
   RestoreParameters parameters{};
-  for (const Row& row : kRows)
+  for (const Row& row : kRestoreRows)
     std::visit(
         [&](auto field) {
           using T = std::remove_reference_t<decltype(parameters.*field)>;
@@ -85,7 +86,7 @@ RestoreParameters DefaultRestoreParameters() {
 
 RestoreParameters DecodeRestoreParameters(const Arguments& arguments) {
   RestoreParameters parameters{};
-  for (const Row& row : kRows) {
+  for (const Row& row : kRestoreRows) {
     if (auto* integer = std::get_if<int32_t P::*>(&row.field)) parameters.** integer = arguments.Integer(row.position);
     if (auto* real = std::get_if<float P::*>(&row.field)) parameters.** real = arguments.Float(row.position);
     if (auto* flag = std::get_if<bool P::*>(&row.field)) parameters.** flag = arguments.Flag(row.position);
@@ -96,7 +97,8 @@ RestoreParameters DecodeRestoreParameters(const Arguments& arguments) {
 std::string RestoreArgumentNames() {
   std::string names;
   for (int32_t position = 2; position < kUnreadPosition; ++position) {
-    const auto* row = std::find_if(std::begin(kRows), std::end(kRows), [&](auto& r) { return r.position == position; });
+    const auto* row =
+        std::find_if(std::begin(kRestoreRows), std::end(kRestoreRows), [&](auto& r) { return r.position == position; });
     names += row->name + std::string(" ");
   }
   return names + "UNREAD THREADS";

@@ -1,4 +1,5 @@
-// Modes 2 to 5: the roads that end in an image of three bytes a pixel.
+// Modes 2 to 5, which end in an image of three bytes a pixel.
+#include "driver/images.h"
 #include "driver/modes.h"
 #include "driver/report.h"
 #include "image/bit_image.h"
@@ -7,13 +8,6 @@
 
 namespace norv {
 namespace {
-
-// An input that cannot be read leaves the empty image and has said so already.
-FloatImage LoadInput(Folder folder) {
-  FloatImage image;
-  (void)image.Load("input.fdib", folder);
-  return image;
-}
 
 void SaveAsBytes(const FloatImage& image) {
   BitImage bits(image.width, image.height);
@@ -33,7 +27,7 @@ Ending ProcessInBands(int32_t threads, int32_t processors, const RestoreParamete
 }  // namespace
 
 Ending RestoreToBitImage(const Request& request) {
-  FloatImage image = LoadInput(Folder::executable);
+  FloatImage image = LoadInputImage();
   {
     Progress progress("Restoring", RestorationWork(request.restore, image.format));
     RestoreImage(image, request.restore, &progress);
@@ -47,7 +41,7 @@ Ending RestoreToBitImage(const Request& request) {
 Ending RestoreInBandsThenProcessBits(const Request& request) {
   int32_t threads;
   {
-    FloatImage image = LoadInput(Folder::asGiven);
+    FloatImage image = LoadInputImage(Folder::asGiven);
     threads = ClampThreads(request.threads, request.processors);
     RestoreImageThreaded(image, request.restore, threads);
     SaveAsBytes(image);

@@ -1,22 +1,20 @@
 // Modes 6 and 7: denoising.
 #include "denoise/denoise.h"
+#include "driver/images.h"
 #include "driver/modes.h"
-#include "image/float_image.h"
 #include "linear/matrix2.h"
 
 namespace norv {
 namespace {
 
-// From input.fdib to the file whose name stands at a position of the command line. An input that cannot be read leaves
-// the empty image; that and a failed save have said so already. Where the position `finish` asks for it, an empty
-// finish.mat tells whoever waits for it that the run has ended.
+// From input.fdib to the file that the position `file` of the command line names. Where the position `finish` asks for
+// it, an empty finish.mat tells whoever waits for it that the run has ended.
 template <typename Wanted>
 Ending Denoise(void (*denoise)(FloatImage&, const Wanted&), const Wanted& wanted, const Arguments& a, int32_t file,
                int32_t finish) {
-  FloatImage image;
-  (void)image.Load("input.fdib", Folder::executable);
+  FloatImage image = LoadInputImage();
   denoise(image, wanted);
-  (void)image.Save(a.Text(file), Folder::executable);
+  SaveResultImage(image, a.Text(file));
   if (a.Flag(finish)) matrix().save("finish.mat", Folder::executable);
   return Ending::report;
 }

@@ -1,21 +1,11 @@
 // Modes 0 and 1: restoration of float images.
+#include "driver/images.h"
 #include "driver/modes.h"
 #include "driver/report.h"
-#include "image/float_image.h"
 #include "restore/restore_image.h"
 
 namespace norv {
 namespace {
-
-// On purpose no failure: a missing picture is restored as an empty one, and the run ends as usual even when the result
-// cannot be written. The reason is on standard error then.
-FloatImage LoadPicture() {
-  FloatImage image;
-  static_cast<void>(image.Load("input.fdib", Folder::executable));
-  return image;
-}
-
-void SavePicture(const FloatImage& image) { static_cast<void>(image.Save("output.fdib", Folder::executable)); }
 
 void RestoreVisibly(FloatImage& image, const RestoreParameters& parameters) {
   Progress progress("Restoring", RestorationWork(parameters, image.format));
@@ -25,17 +15,17 @@ void RestoreVisibly(FloatImage& image, const RestoreParameters& parameters) {
 }  // namespace
 
 Ending RestoreWholeImage(const Request& request) {
-  FloatImage image = LoadPicture();
+  FloatImage image = LoadInputImage();
   RestoreVisibly(image, request.restore);
-  SavePicture(image);
+  SaveResultImage(image, "output.fdib");
   return Ending::report;
 }
 
 Ending RestoreOnThreads(const Request& request) {
-  FloatImage image = LoadPicture();
+  FloatImage image = LoadInputImage();
   const int32_t threads = ClampThreads(request.threads, request.processors);
   RestoreImageThreaded(image, request.restore, threads);
-  SavePicture(image);
+  SaveResultImage(image, "output.fdib");
   return Ending::report;
 }
 

@@ -6,8 +6,6 @@
 
 #include "net/enlarge.h"
 #include "net/enlarge_file.h"
-#include "net/layouts.h"
-#include "raster/orient.h"
 #include "support/captured_output.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
@@ -46,93 +44,68 @@ NeuralNet ConstantNet(int32_t inputs, int32_t outputs, float answer) {
 
 }  // namespace
 
-TEST_CASE("oriented inputs are the plain inputs of the turned neighbourhood") {
-  const matrix P = RandomPlane(7, 7, 1);
-  for (const int32_t inputs : {8, 24, 48, 49, 72}) {
-    const InputLayout& layout = *FindLayout(inputs);
-    for (int32_t k = 0; k < kOrientations; ++k) {
-      CAPTURE(inputs);
-      CAPTURE(k);
-      matrix turned, gathered(inputs, 1);
-      OrientMatrix(turned, P, k);
-      GatherInputs(layout, OrientedOffsets(layout, k, 7), &P.z[3][3], gathered.x);
-      CHECK(SameBits(gathered, PlainInput(turned, 3, 3, inputs)));
-    }
-  }
-}
-
-TEST_CASE("every layout and size of plane, plain and averaged, has the bits of the plain form") {
-  const std::pair<int32_t, int32_t> sizes[] = {{1, 1}, {1, 6}, {7, 1}, {2, 2}, {3, 5}, {70, 3}, {5, 35}};
-  for (const Case layout : kCases)
-    for (const auto& [w, h] : sizes) {
-      CAPTURE(layout.inputs);
-      CAPTURE(layout.outputs);
-      CAPTURE(w);
-      CAPTURE(h);
-      const NeuralNet net = RandomRecord(layout.inputs, {6, layout.outputs}, kExactKinds, w + h);
-      const matrix P = RandomPlane(w, h, w * h);
-      matrix out;
-      NetEnlargeChannel(net, P, out);
-      CHECK(SameBits(out, PlainChannel(net, P)));
-      NetEnlargeChannelAveraged(net, P, out);
-      CHECK(SameBits(out, PlainAveraged(net, P)));
-    }
-}
-
-TEST_CASE("planes wider than a tile and networks of one layer or many") {
-  const matrix P = RandomPlane(1100, 2, 9);
-  for (const std::vector<int32_t>& layers : {std::vector<int32_t>{4}, {9, 1, 17, 4}}) {
-    const NeuralNet net = RandomRecord(8, layers, kExactKinds);
+TEST_CASE("every layout, size of plane and depth of network, plain and averaged, has the bits of the plain form") {
+  const auto check = [](const NeuralNet& net, int32_t w, int32_t h) {
+    CAPTURE(net.N0);
+    CAPTURE(net.LastNi());
+    CAPTURE(w);
+    CAPTURE(h);
+    const matrix P = RandomPlane(w, h, w * h);
     matrix out;
     NetEnlargeChannel(net, P, out);
     CHECK(SameBits(out, PlainChannel(net, P)));
-  }
+    NetEnlargeChannelAveraged(net, P, out);
+    CHECK(SameBits(out, PlainAveraged(net, P)));
+  };
+  for (const Case layout : kCases)
+    for (const auto& [w, h] : {std::pair{1, 1}, {1, 6}, {7, 1}, {2, 2}, {3, 5}, {70, 3}, {5, 35}})
+      check(RandomRecord(layout.inputs, {6, layout.outputs}, kExactKinds, w + h), w, h);
+  // Wider than a tile, of one layer and of many.
+  check(RandomRecord(8, {4}, kExactKinds), 1100, 2);
+  check(RandomRecord(8, {9, 1, 17, 4}, kExactKinds), 1100, 2);
 }
 
 TEST_CASE("images of three and four planes, whole and by the shortcut") {
+  const NeuralNet net = RandomRecord(24, {5, 16}, kExactKinds);
   for (const int32_t format : {kDefaultFormat, kLuminance + 7, kWithFourth + 7})
     for (const bool shortcut : {false, true})
       for (const bool average : {false, true}) {
         CAPTURE(format);
         CAPTURE(shortcut);
-        const NeuralNet net = RandomRecord(24, {5, 16}, kExactKinds);
-        FloatImage image = RandomFloatImage(9, 6, format), expected = image;
-        image = Enlarged(image, net, shortcut, average, 1);
+        FloatImage expected = RandomFloatImage(9, 6, format);
+        const FloatImage image = Enlarged(expected, net, shortcut, average, 1);
         PlainImage(expected, net, shortcut, average);
-        CHECK(image.format == format);
         CHECK(SameImage(image, expected));
       }
 }
 
 TEST_CASE("strips of any height make the file that the whole image makes, mask and missing rows included") {
   const ScratchFolder folder;
-  const std::string from = folder / "in.fdib", to = folder / "out.fdib", whole = folder / "whole.fdib";
+  const std::string from = folder / "in.fdib", to = folder / "out.fdib";
   const int32_t formats[] = {kDefaultFormat, kWithFourth + 7, kLuminance + 1, 0x80};
   int32_t turn = 0;
   for (const Case layout : kCases)
     for (const bool shortcut : {false, true})
-      for (const bool average : {false, true})
-        for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
-          FloatImage image = RandomFloatImage(w, h, formats[++turn % 4]);
-          if (turn % 3 == 0) image.mask.Resize(w, h);
-          for (uint32_t& word : image.mask.words) word = 0x9E3779B9u * static_cast<uint32_t>(h);
-          REQUIRE(!image.Save(from, Folder::asGiven));
-          // Cut within a plane: all planes behind it are zeros, in every strip.
-          if (turn % 5 == 0) std::filesystem::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
-          const std::string warning = ErrorsOf([&] { REQUIRE(!image.Load(from, Folder::asGiven)); });
-          CHECK(warning.empty() == (turn % 5 != 0));
-          const NeuralNet net = RandomRecord(layout.inputs, {3, layout.outputs}, kExactKinds, turn);
-          REQUIRE(!Enlarged(image, net, shortcut, average, 1).Save(whole, Folder::asGiven));
-          for (const int32_t rows : {0, 1, 2, 7}) {
-            CAPTURE(layout.inputs);
-            CAPTURE(layout.outputs);
-            CAPTURE(image.format);
-            CAPTURE(rows);
-            const auto enlarge = [&] { NetEnlargeFile(from, to, net, shortcut, average, turn % 2, rows); };
-            CHECK(ErrorsOf(enlarge) == warning);
-            CHECK(ReadBytes(to) == ReadBytes(whole));
-          }
+      for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
+        FloatImage image = RandomFloatImage(w, h, formats[++turn % 4]);
+        if (turn % 3 == 0) image.mask.Resize(w, h);
+        for (uint32_t& word : image.mask.words) word = 0x9E3779B9u * static_cast<uint32_t>(h);
+        REQUIRE(!image.Save(from, Folder::asGiven));
+        // Cut within a plane: all planes behind it are zeros, in every strip.
+        if (turn % 5 == 0) std::filesystem::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
+        const std::string warning = ErrorsOf([&] { REQUIRE(!image.Load(from, Folder::asGiven)); });
+        CHECK(warning.empty() == (turn % 5 != 0));
+        const NeuralNet net = RandomRecord(layout.inputs, {3, layout.outputs}, kExactKinds, turn);
+        const bool average = turn % 2 == 0;
+        const std::string whole = ImageBytes(Enlarged(image, net, shortcut, average, 1));
+        for (const int32_t rows : {0, 1, 2, 7}) {
+          CAPTURE(layout.inputs);
+          CAPTURE(image.format);
+          CAPTURE(rows);
+          CHECK(ErrorsOf([&] { NetEnlargeFile(from, to, net, shortcut, average, turn % 2, rows); }) == warning);
+          CHECK(ReadBytes(to) == whole);
         }
+      }
 }
 
 #ifndef _WIN32
@@ -140,17 +113,15 @@ TEST_CASE("pipes are read and written from front to back") {
   const ScratchFolder folder;
   const NeuralNet net = RandomRecord(24, {4}, kExactKinds);
   const FloatImage image = RandomFloatImage(6, 9, kWithFourth + 7);
-  REQUIRE(!image.Save(folder / "in.fdib", Folder::asGiven));
-  REQUIRE(!Enlarged(image, net, true, false, 1).Save(folder / "whole.fdib", Folder::asGiven));
   REQUIRE(mkfifo((folder / "in").c_str(), 0600) == 0);
   REQUIRE(mkfifo((folder / "out").c_str(), 0600) == 0);
-  std::thread writer([&] { WriteBytes(folder / "in", ReadBytes(folder / "in.fdib")); });
+  std::thread writer([&] { WriteBytes(folder / "in", ImageBytes(image)); });
   std::string received;
   std::thread reader([&] { received = ReadBytes(folder / "out"); });
   NetEnlargeFile(folder / "in", folder / "out", net, true, false, 1, 2);
   writer.join();
   reader.join();
-  CHECK(received == ReadBytes(folder / "whole.fdib"));
+  CHECK(received == ImageBytes(Enlarged(image, net, true, false, 1)));
 }
 #endif
 
@@ -199,23 +170,17 @@ TEST_CASE("the mask stays as it was read, whatever way the image goes") {
 // On purpose: the graphical program knows the size that such a request gives back.
 TEST_CASE("other thread counts and too few rows enlarge the cleared image once more") {
   const NeuralNet net = ConstantNet(24, 4, 0.5f);
-  const FloatImage low = RandomFloatImage(3, 10, kWithFourth + 7), image = RandomFloatImage(3, 40, kWithFourth + 7);
-  for (const auto& [source, threads] : {std::pair{&low, 4},
-                                        {&low, 8},
-                                        {&image, 16},
-                                        {&image, 2},
-                                        {&image, 3},
-                                        {&image, 5},
-                                        {&image, 17},
-                                        {&image, -1},
-                                        {&image, -4}}) {
+  const auto check = [&](int32_t rows, int32_t threads) {
     CAPTURE(threads);
-    const FloatImage result = Enlarged(*source, net, false, false, threads);
+    const FloatImage result = Enlarged(RandomFloatImage(3, rows, kWithFourth + 7), net, false, false, threads);
     CHECK(result.width == 12);
-    CHECK(result.height == 4 * source->height);
+    CHECK(result.height == 4 * rows);
     CHECK(result.plane[0].z[39][11] == 127.5f);
     CHECK(result.plane[3].z[39][11] == 255 + 127.5f);
-  }
+  };
+  for (const int32_t threads : {4, 8}) check(10, threads);
+  for (const int32_t threads : {16, 2, 3, 5, 17, -1, -4}) check(40, threads);
+  const FloatImage image = RandomFloatImage(3, 40, kDefaultFormat);
   CHECK(SameImage(Enlarged(image, net, false, false, 0), Enlarged(image, net, false, false, 1)));
 }
 

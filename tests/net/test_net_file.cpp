@@ -1,8 +1,8 @@
 // The network's file: its layout byte for byte, and what is refused.
 #include <doctest/doctest.h>
 
-#include "net/net_file.h"
 #include "support/nets.h"
+#include "support/samples.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -10,114 +10,75 @@ using namespace norv::test;
 
 namespace {
 
-// A file put together field by field.
-struct Bytes : std::string {
-  template <typename T>
-  Bytes& operator<<(T value) {
-    append(reinterpret_cast<const char*>(&value), sizeof value);
-    return *this;
-  }
-};
-
-Bytes Header(int32_t N0, const std::vector<int32_t>& sizes) {
-  Bytes bytes;
-  bytes << int32_t{9} << N0;
-  for (size_t i = 0; i < 16; ++i) bytes << (i < sizes.size() ? sizes[i] : 0);
-  return bytes << int32_t{77} << 0.5f << 0.25f;
-}
-
-Bytes Record(int32_t kind, int32_t nin, float first) {
-  Bytes bytes;
-  bytes << kind << nin << first << first + 1 << first + 2 << first + 3 << first + 4;
-  for (int32_t i = 0; i < 3 * nin; ++i) bytes << 100 * first + static_cast<float>(i);
-  return bytes;
-}
-
-const std::string kSmall = Header(2, {2, 1}) + Record(14, 2, 1) + Record(12, 2, 10) + Record(15, 2, 20);
-
-void CheckRefused(const std::string& bytes, const char* what) {
-  CAPTURE(what);
-  ScratchFolder folder;
+NeuralNet Loaded(const std::string& bytes) {
+  const ScratchFolder folder;
   WriteBytes(folder / "a.net", bytes);
-  NeuralNet net = RandomRecord(3, {2}, {12});
-  const NeuralNet before = net;
-  CHECK_THROWS_WITH(LoadNet(net, folder / "a.net", Folder::asGiven), "PROBLEM OPENING FILE!");
-  CHECK(net.N == before.N);
-  CHECK(net.SpareField == before.SpareField);
-  CHECK(SameBits(net.layers[0].units[1].W, before.layers[0].units[1].W));
+  NeuralNet net;
+  LoadNet(net, folder / "a.net", Folder::asGiven);
+  return net;
+}
+
+// The file with other integers from field `field` on (of four bytes each).
+std::string With(std::string bytes, size_t field, const std::vector<int32_t>& values) {
+  return bytes.replace(4 * field, 4 * values.size(), BytesOf(values.data(), values.size()));
 }
 
 }  // namespace
 
 TEST_CASE("every field of a network file has its place") {
-  ScratchFolder folder;
-  WriteBytes(folder / "a.net", kSmall + "bytes behind the records");
-  NeuralNet net;
-  LoadNet(net, folder / "a.net", Folder::asGiven);
-  CHECK(net.Nlayers == 2);  // counted anew
-  CHECK(net.N0 == 2);
-  CHECK(net.SpareField == 77);
-  CHECK(net.Cost == 0.5f);
-  CHECK(net.SampleCost == 0.25f);
+  const NeuralNet net = RandomRecord(2, {2, 1}, {14, 12});
   const NetUnit& unit = net.layers[0].units[1];
-  CHECK(unit.ActivationKind == 12);
-  CHECK(unit.b == 10);
-  CHECK(unit.vb == 11);
-  CHECK(unit.z == 12);
-  CHECK(unit.a == 13);
-  CHECK(unit.delta == 14);
-  CHECK(unit.X.x[1] == 1001);
-  CHECK(unit.W.x[0] == 1002);
-  CHECK(unit.V.x[1] == 1005);
-  CHECK(unit.f(3) == 3);
-  SaveNet(net, folder / "b.net", Folder::asGiven);
-  std::string expected = kSmall;
-  expected[0] = 2;
-  CHECK(ReadBytes(folder / "b.net") == expected);
+  const int32_t header[20] = {2, 2, 2, 1}, spare = net.SpareField, kind[] = {12, 2};
+  const float costs[] = {net.Cost, net.SampleCost}, fields[] = {unit.b, unit.vb, unit.z, unit.a, unit.delta};
+  const std::string bytes = NetBytes(net), record = bytes.substr(84 + 52, 52);
+  CHECK(bytes.size() == 84 + 3 * 52);
+  CHECK(bytes.substr(0, 84) == BytesOf(header, 18) + BytesOf(&spare, 1) + BytesOf(costs, 2));
+  CHECK(record ==
+        BytesOf(kind, 2) + BytesOf(fields, 5) + BytesOf(unit.X.x, 2) + BytesOf(unit.W.x, 2) + BytesOf(unit.V.x, 2));
+  // The number of layers is counted anew.
+  const NeuralNet loaded = Loaded(With(bytes, 0, {9}) + "bytes behind the records");
+  CHECK(NetBytes(loaded) == bytes);
+  CHECK((loaded.layers[0].units[1].f(3) == 3));
 }
 
-TEST_CASE("a negative layer size is an absent layer that passes through") {
-  ScratchFolder folder;
-  const std::string bytes = Header(2, {2, 1, -1, 0, -7}) + kSmall.substr(84);
-  WriteBytes(folder / "a.net", bytes);
-  NeuralNet net;
-  LoadNet(net, folder / "a.net", Folder::asGiven);
-  CHECK(net.Nlayers == 2);
-  SaveNet(net, folder / "b.net", Folder::asGiven);
-  CHECK(ReadBytes(folder / "b.net").substr(4) == bytes.substr(4));
-}
-
-TEST_CASE("49 inputs and any kinds pass through a file unchanged") {
-  ScratchFolder folder;
-  const NeuralNet net = RandomRecord(49, {5, 3, 16}, {0, 1, 18, -7, 17});
-  SaveNet(net, folder / "a.net", Folder::asGiven);
-  CHECK(ReadBytes(folder / "a.net").size() == 84 + 5 * (28 + 12 * 49) + 3 * (28 + 12 * 5) + 16 * (28 + 12 * 3));
-  NeuralNet loaded;
-  LoadNet(loaded, folder / "a.net", Folder::asGiven);
-  CHECK(loaded.layers[0].units[0].X.n == 7);
-  SaveNet(loaded, folder / "b.net", Folder::asGiven);
-  CHECK(ReadBytes(folder / "a.net") == ReadBytes(folder / "b.net"));
+TEST_CASE("49 inputs, any kinds and negative sizes, which are absent layers, pass through a file unchanged") {
+  const std::string bytes = NetBytes(RandomRecord(49, {5, 3, 16}, {0, 1, 18, -7, 17}));
+  CHECK(bytes.size() == 84 + 5 * (28 + 12 * 49) + 3 * (28 + 12 * 5) + 16 * (28 + 12 * 3));
+  for (const std::string& each : {bytes, With(bytes, 5, {-1, 0, -7})}) {
+    const NeuralNet net = Loaded(each);
+    CHECK((net.Nlayers == 3 && net.layers[0].units[0].X.n == 7));
+    CHECK(NetBytes(net) == each);
+  }
 }
 
 TEST_CASE("damaged network files are refused and the network stays as it was") {
-  CheckRefused("", "empty");
-  CheckRefused(kSmall.substr(0, 83), "ends within the header");
-  CheckRefused(kSmall.substr(0, 84), "ends behind the header");
-  CheckRefused(kSmall.substr(0, kSmall.size() - 1), "ends within the last array");
-  CheckRefused(Header(-2, {2, 1}) + kSmall.substr(84), "negative input count");
-  CheckRefused(Header(2, {2, -1, 1}) + kSmall.substr(84), "gap");
-  CheckRefused(Header(2, {2, 1}) + Record(14, 2, 1) + Record(12, 3, 10) + Record(15, 2, 20), "record disagrees");
-  CheckRefused(Header(2, {2, 1}) + Record(14, 2, 1) + Record(12, -2, 10) + Record(15, 2, 20), "negative record");
+  const ScratchFolder folder;
+  const std::string good = NetBytes(RandomRecord(2, {2, 1}, {14}));
   const int32_t huge = 2147483647;
-  CheckRefused(Header(huge, {huge, huge, huge}) + kSmall.substr(84), "sizes beyond every file");
-  CheckRefused(Header(huge, {1}) + kSmall.substr(84), "inputs beyond every file");
-  NeuralNet net;
-  ScratchFolder folder;
+  NeuralNet net = RandomRecord(3, {2}, {12});
+  const std::string before = NetBytes(net);
+  for (const std::string& bytes : {
+           std::string(),
+           good.substr(0, 83),
+           good.substr(0, 84),
+           good.substr(0, good.size() - 1),
+           With(good, 1, {-2}),                      // inputs
+           With(good, 3, {0, 1}),                    // a gap
+           With(good, 3, {-1, 1}),                   // a gap
+           With(good, 21 + 13 + 1, {3}),             // the second record disagrees with the header
+           With(good, 21 + 13 + 1, {-2}),            //
+           With(good, 1, {huge, huge, huge, huge}),  // beyond every file
+           With(good, 1, {huge}),
+       }) {
+    WriteBytes(folder / "a.net", bytes);
+    CHECK_THROWS_WITH(LoadNet(net, folder / "a.net", Folder::asGiven), "PROBLEM OPENING FILE!");
+    CHECK(NetBytes(net) == before);
+  }
   CHECK_THROWS_WITH(LoadNet(net, folder / "none.net", Folder::asGiven), "PROBLEM OPENING FILE!");
 }
 
 TEST_CASE("a network that cannot be written throws and the old file stays") {
-  ScratchFolder folder;
+  const ScratchFolder folder;
   const NeuralNet net = RandomRecord(3, {2}, {12});
   CHECK_THROWS_WITH(SaveNet(net, folder / "missing/a.net", Folder::asGiven), "Problem Saving File");
 #ifndef _WIN32

@@ -26,11 +26,12 @@ std::string Header(int32_t N, int32_t Nin, int32_t Ny) {
 
 }  // namespace
 
-TEST_CASE("training set: its file is the counts and the records, read or mapped") {
+TEST_CASE("training set: its file is the counts and the records, read or mapped; what follows is nobody's business") {
   const ScratchFolder folder;
   const TrainingSet set = MakeSamples(7, 8, 4);
   SaveTrainingSet(set, folder / "set", Folder::asGiven);
   CHECK(ReadBytes(folder / "set") == FileBytes(set));
+  WriteBytes(folder / "set", FileBytes(set) + "left by an append that was interrupted");
   for (const int64_t memory : {int64_t{1} << 30, int64_t{0}}) {
     TrainingSet read = MakeSamples(3, 2, 1);
     LoadTrainingSet(read, folder / "set", Folder::asGiven, memory);
@@ -38,6 +39,8 @@ TEST_CASE("training set: its file is the counts and the records, read or mapped"
     CHECK((read.file != nullptr) == (memory == 0));
     CHECK(read.Target(6)[3] == set.block[7 * 12 - 1]);
   }
+  ShuffleTrainingFile(folder / "set");
+  CHECK(ReadBytes(folder / "set").size() == FileBytes(set).size());
 }
 
 TEST_CASE("training set: the same sizes keep the values, others and none do not") {
@@ -65,41 +68,25 @@ TEST_CASE("training set: a set that memory cannot hold is the out-of-memory mess
 
 TEST_CASE("shuffling: every road gives a new order of the very records") {
   const ScratchFolder folder;
-  const TrainingSet set = MakeSamples(5000, 8, 4);
-  const std::string original = FileBytes(set);
+  const std::string path = folder / "set", original = FileBytes(MakeSamples(5000, 8, 4));
   std::string previous = original;
-  // Mapped; in eight parts; record by record; in memory.
-  for (const int64_t memory : {int64_t{1} << 30, int64_t{60000}, int64_t{1}, int64_t{-1}}) {
-    if (memory == 1)
-      WriteBytes(folder / "set", FileBytes(MakeSamples(50, 8, 4)));
-    else
-      WriteBytes(folder / "set", original);
-    const std::string before = ReadBytes(folder / "set");
-    if (memory >= 0) {
-      ShuffleTrainingFile(folder / "set", Durability::scratch, memory);
-    } else {
-      TrainingSet shuffled;
-      LoadTrainingSetShuffled(shuffled, folder / "set", Folder::asGiven);
-      SaveTrainingSet(shuffled, folder / "set", Folder::asGiven);
-    }
-    const std::string after = ReadBytes(folder / "set");
-    CHECK(after != before);
-    CHECK(after != previous);
+  const auto check = [&](const std::string& before, const auto& shuffle) {
+    WriteBytes(path, before);
+    shuffle();
+    const std::string after = ReadBytes(path);
+    CHECK((after != before && after != previous));
     CHECK(after.substr(0, 12) == before.substr(0, 12));
     CHECK(SortedRecords(after, 48) == SortedRecords(before, 48));
     previous = after;
-  }
-}
-
-TEST_CASE("training set: bytes behind the counted records are nobody's business") {
-  const ScratchFolder folder;
-  const TrainingSet set = MakeSamples(4, 8, 4);
-  WriteBytes(folder / "set", FileBytes(set) + "left by an append that was interrupted");
-  TrainingSet read;
-  LoadTrainingSet(read, folder / "set", Folder::asGiven);
-  CHECK(FileBytes(read) == FileBytes(set));
-  ShuffleTrainingFile(folder / "set");
-  CHECK(ReadBytes(folder / "set").size() == FileBytes(set).size());
+  };
+  check(original, [&] { ShuffleTrainingFile(path, Durability::scratch, int64_t{1} << 30); });  // mapped
+  check(original, [&] { ShuffleTrainingFile(path, Durability::scratch, 60000); });             // in eight parts
+  check(FileBytes(MakeSamples(50, 8, 4)), [&] { ShuffleTrainingFile(path, Durability::scratch, 1); });
+  check(original, [&] {
+    TrainingSet set;
+    LoadTrainingSetShuffled(set, path, Folder::asGiven);
+    SaveTrainingSet(set, path, Folder::asGiven);
+  });
 }
 
 TEST_CASE("training set: damaged files are refused, the set is empty and the file untouched") {
@@ -115,13 +102,13 @@ TEST_CASE("training set: damaged files are refused, the set is empty and the fil
                                  Header(2147483647, 0, 0)};
   for (const std::string& bytes : damaged) {
     WriteBytes(folder / "set", bytes);
-    TrainingSet set = MakeSamples(2, 8, 4);
-    CHECK_THROWS_WITH_AS(LoadTrainingSet(set, folder / "set", Folder::asGiven), "PROBLEM OPENING FILE!", const char*);
-    CHECK(set.N == 0);
-    set = MakeSamples(2, 8, 4);
-    CHECK_THROWS_WITH_AS(LoadTrainingSetShuffled(set, folder / "set", Folder::asGiven), "PROBLEM OPENING FILE!",
-                         const char*);
-    CHECK(set.N == 0);
+    for (const bool shuffled : {false, true}) {
+      TrainingSet set = MakeSamples(2, 8, 4);
+      CHECK_THROWS_WITH_AS((shuffled ? LoadTrainingSetShuffled(set, folder / "set", Folder::asGiven)
+                                     : LoadTrainingSet(set, folder / "set", Folder::asGiven)),
+                           "PROBLEM OPENING FILE!", const char*);
+      CHECK(set.N == 0);
+    }
     CHECK_THROWS_WITH_AS(ShuffleTrainingFile(folder / "set"), "PROBLEM OPENING FILE!", const char*);
     CHECK(ReadBytes(folder / "set") == bytes);
   }
