@@ -1,6 +1,6 @@
 // Network evaluation without any road around it, ns a pixel of the network 48-64-64-4: the packed form at each vector
 // level against the record's own evaluation and against the machine's limit of separate multiplications and additions.
-#include "simd/kernels.h"
+#include "simd/evaluate/kernels.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -9,7 +9,7 @@
 #include "net/packed_net.h"
 #include "networks.h"
 #include "peak.h"
-#include "simd/level.h"
+#include "simd/levels.h"
 
 namespace norv {
 namespace {
@@ -90,7 +90,7 @@ void Products(benchmark::State& state) {
   for (int i = 0; i < 64 * kPixelsPerBlock; ++i) rows[i] = values.Next();
   for (int i = 0; i < 64 * 65; ++i) weights[i] = values.Next();
   for (auto _ : state) {
-    ActiveKernels().evaluateLayer(weights.get(), 64, 64, rows.get(), sums.get(), kPixelsPerBlock);
+    ActiveEvaluateKernels().evaluateLayer(weights.get(), 64, 64, rows.get(), sums.get(), kPixelsPerBlock);
     benchmark::ClobberMemory();
   }
   state.counters["flops"] =
@@ -105,7 +105,7 @@ void Activation(benchmark::State& state) {
   Values values;
   for (int64_t i = 0; i < kCount; ++i) sums[i] = 8 * values.Next();
   for (auto _ : state) {
-    ActiveKernels().activation[state.range(1)](sums.get(), results.get(), kCount);
+    ActiveEvaluateKernels().activation[state.range(1)](sums.get(), results.get(), kCount);
     benchmark::ClobberMemory();
   }
   state.counters["value"] =

@@ -2,7 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <cstdio>
 
-#include "simd/level.h"
+#include "simd/levels.h"
 
 int main(int argc, char** argv) {
   const std::string refusal = norv::ChooseLevelFromEnvironment();

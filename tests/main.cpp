@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <doctest/doctest.h>
 
-#include "simd/level.h"
+#include "simd/levels.h"
 
 int main(int argc, char** argv) {
   const std::string refusal = norv::ChooseLevelFromEnvironment();

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "net/activation.h"
-#include "simd/kernels.h"
-#include "simd/level.h"
+#include "simd/evaluate/kernels.h"
+#include "simd/levels.h"
 #include "support/plain_activation.h"
 
 using namespace norv;
@@ -26,7 +26,7 @@ uint64_t DifferencesFrom(uint64_t first, int32_t kind) {
     const uint32_t bits = static_cast<uint32_t>(first + i);
     std::memcpy(&x[i], &bits, sizeof bits);
   }
-  ActiveKernels().activation[kind](x.data(), y.data(), kPiece);
+  ActiveEvaluateKernels().activation[kind](x.data(), y.data(), kPiece);
   uint64_t different = 0;
   for (uint64_t i = 0; i < kPiece; ++i) {
     const float want = static_cast<float>(test::PlainActivation(kind, x[i]));

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 

@@ -11,7 +11,7 @@
 #include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/team.h"
-#include "simd/level.h"
+#include "simd/levels.h"
 
 namespace norv {
 namespace {

@@ -5,7 +5,7 @@
 #include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "platform/console.h"
-#include "simd/level.h"
+#include "simd/levels.h"
 
 namespace norv {
 namespace {

@@ -1,16 +1,10 @@
 #include "net/activation.h"
 
-#include <cstddef>
-
 #include "platform/assert.h"
 
 #define NORV_LEVEL scalar
 #define NORV_VECTOR_BYTES 32
-// clang-format off
-#include "simd/vectors-inl.h"
-#include "simd/math-inl.h"
-#include "simd/activation-inl.h"
-// clang-format on
+#include "simd/activation/kinds-inl.h"
 
 namespace norv {
 

@@ -16,7 +16,7 @@ void AppendWeights(const NetUnit* units, int32_t count, int32_t i, std::vector<f
   for (int32_t u = 0; u < kUnitsPerTile; ++u) packed.push_back(u < count ? units[u].W.x[i] : 0.f);
 }
 
-// The weights of one tile, in the order in which Kernels::evaluateLayer reads them.
+// The weights of one tile, in the order in which EvaluateKernels::evaluateLayer reads them.
 void AppendTile(const NetUnit* units, int32_t count, int32_t inputs, std::vector<float>& packed) {
   const int32_t whole = inputs / 8 * 8;
   for (int32_t lane = 0; lane < 8; ++lane) {
@@ -31,7 +31,7 @@ void AppendTile(const NetUnit* units, int32_t count, int32_t inputs, std::vector
 // Rows lie kPixelsPerBlock floats apart. Those of a full block therefore have no gap between them, and one call does
 // them all; of a shorter block only the first pixels of each row are there to be activated.
 void PackedNet::Activate(const Run& run, float* rows, int32_t pixels) {
-  const RowFunction function = ActiveKernels().activation[run.kind];
+  const RowFunction function = ActiveEvaluateKernels().activation[run.kind];
   rows += int64_t{run.begin} * kPixelsPerBlock;
   if (pixels == kPixelsPerBlock) return function(rows, rows, int64_t{run.units} * kPixelsPerBlock);
   for (int32_t u = 0; u < run.units; ++u, rows += kPixelsPerBlock) function(rows, rows, pixels);
@@ -71,7 +71,7 @@ PackedNet::Scratch::Scratch(const PackedNet& net)
 
 const float* PackedNet::EvaluateBlock(Scratch& scratch, int32_t pixels) const {
   NORV_ASSERT(pixels >= 1 && pixels <= kPixelsPerBlock);
-  const auto evaluateLayer = ActiveKernels().evaluateLayer;
+  const auto evaluateLayer = ActiveEvaluateKernels().evaluateLayer;
   const float* from = scratch.inputRows_.get();
   for (size_t i = 0; i < layers_.size(); ++i) {
     const Layer& layer = layers_[i];

@@ -9,7 +9,7 @@
 
 #include "net/neural_net.h"
 #include "platform/memory.h"
-#include "simd/kernels.h"
+#include "simd/evaluate/kernels.h"
 
 namespace norv {
 
@@ -22,7 +22,7 @@ class PackedNet {
   int32_t Inputs() const { return inputs_; }    // N0
   int32_t Outputs() const { return outputs_; }  // LastNi
 
-  // What one thread works in. Rows of kPixelsPerBlock floats (simd/kernels.h), one below the other, aligned to
+  // What one thread works in. Rows of kPixelsPerBlock floats (simd/evaluate/kernels.h), one below the other, aligned to
   // kAlignment: input i of pixel p of the block lies in Input(i)[p].
   class Scratch {
    public:

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 namespace {

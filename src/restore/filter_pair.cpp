@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "raster/edges.h"
-#include "simd/restore_kernels.h"
+#include "simd/restore/kernels.h"
 
 namespace norv {
 FilterPair::FilterPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f_(f), w_(w), h_(h) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simd/restore_kernels.h"
+#include "simd/restore/kernels.h"
 
 namespace norv {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "net/team_size.h"
 #include "platform/team.h"
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 namespace {

@@ -7,7 +7,7 @@
 #include "net/neural_net.h"
 #include "platform/memory.h"
 #include "platform/team.h"
-#include "simd/train_kernels.h"
+#include "simd/train/kernels.h"
 #include "train/trainer.h"
 
 namespace norv {

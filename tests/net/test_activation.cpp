@@ -6,7 +6,7 @@
 #include <random>
 
 #include "net/activation.h"
-#include "simd/kernels.h"
+#include "simd/evaluate/kernels.h"
 #include "support/plain_activation.h"
 
 using namespace norv;

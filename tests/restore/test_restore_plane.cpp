@@ -7,7 +7,7 @@
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
 #include "restore/restore_plane.h"
-#include "simd/level.h"
+#include "simd/levels.h"
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
 

@@ -1,4 +1,4 @@
-// The kernel table: the level that runs, and vectors of every length against plain loops.
+// The level that runs, and the rows of the activation kinds.
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -8,21 +8,14 @@
 #include <vector>
 
 #include "net/activation.h"
-#include "net/forward.h"
+#include "simd/family.h"
+#include "simd/restore/kernels.h"
 #include "support/levels.h"
 
 using namespace norv;
 using namespace norv::test;
 
 namespace {
-
-std::vector<float> RandomFloats(size_t n, unsigned seed) {
-  std::mt19937 random(seed);
-  std::normal_distribution<float> value(0, 1);
-  std::vector<float> floats(n);
-  for (float& x : floats) x = value(random);
-  return floats;
-}
 
 // Random bits: every exponent, infinities and NaN among them.
 std::vector<float> AnyFloats(size_t n) {
@@ -51,33 +44,15 @@ TEST_CASE("the level asked for is the level that runs") {
   for (const VectorLevel level : AvailableLevels()) {
     const ForcedLevel forced(level);
     CHECK(ActiveLevel() == level);
-    // What the compiler was told in the kernels' own file.
-    CHECK(ActiveKernels().level == level);
+    CHECK(&ActiveRestoreKernels() == &RestoreKernelsOf(level));
+  }
+  // What the compiler was asked for in the very files that the tables are made in.
+  REQUIRE(Family::first);
+  for (const Family* family = Family::first; family; family = family->next) {
+    CAPTURE(family->name);
+    for (const VectorLevel level : kLevels) CHECK(family->levelOf(level) == level);
   }
   if (const char* word = std::getenv("NORV_SIMD"); word && *word) CHECK(std::string(NameOf(ActiveLevel())) == word);
-}
-
-TEST_CASE("vector helpers of every length have the plain loops' bits") {
-  for (const VectorLevel level : AvailableLevels()) {
-    const Kernels& kernels = KernelsOf(level);
-    for (int32_t n = 0; n <= 100; ++n) {
-      const std::vector<float> x = RandomFloats(n + 1, n), y = RandomFloats(n + 1, n + 500);
-      CHECK(kernels.dot(x.data(), y.data(), n) == DotProduct(x.data(), y.data(), n));
-      std::vector<float> scaled = y, sum = y, product = y, plainScaled = y, plainSum = y, plainProduct = y;
-      kernels.addScaled(scaled.data(), 0.3f, x.data(), n);
-      kernels.add(sum.data(), x.data(), n);
-      kernels.scale(product.data(), 0.3f, n);
-      for (int32_t i = 0; i < n; ++i) {
-        const volatile float step = 0.3f * x[i];
-        plainScaled[i] = y[i] + step;
-        plainSum[i] = y[i] + x[i];
-        plainProduct[i] = y[i] * 0.3f;
-      }
-      CHECK(scaled == plainScaled);
-      CHECK(sum == plainSum);
-      CHECK(product == plainProduct);
-    }
-  }
 }
 
 TEST_CASE("activation rows have the bits of the single functions at every level") {
@@ -91,8 +66,8 @@ TEST_CASE("activation rows have the bits of the single functions at every level"
     for (const VectorLevel level : AvailableLevels()) {
       std::vector<float> row(x.size());
       std::vector<double> derivatives(x.size());
-      KernelsOf(level).activation[kind](x.data(), row.data(), static_cast<int64_t>(x.size()));
-      KernelsOf(level).activationDerivative[kind](x.data(), derivatives.data(), static_cast<int64_t>(x.size()));
+      EvaluateKernelsOf(level).activation[kind](x.data(), row.data(), static_cast<int64_t>(x.size()));
+      EvaluateKernelsOf(level).activationDerivative[kind](x.data(), derivatives.data(), static_cast<int64_t>(x.size()));
       CHECK(Differences(row, f) == 0);
       CHECK(Differences(derivatives, df) == 0);
     }
@@ -113,7 +88,7 @@ TEST_CASE("the logistic row decides results near the middle between two floats a
   CHECK(x.size() > 50);
   for (const VectorLevel level : AvailableLevels()) {
     std::vector<float> row(x.size());
-    KernelsOf(level).activation[1](x.data(), row.data(), static_cast<int64_t>(x.size()));
+    EvaluateKernelsOf(level).activation[1](x.data(), row.data(), static_cast<int64_t>(x.size()));
     CHECK(Differences(row, f) == 0);
   }
 }

@@ -6,7 +6,7 @@
 #include <limits>
 #include <random>
 
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 using namespace norv;
 

@@ -4,8 +4,8 @@
 #include <doctest/doctest.h>
 #include <vector>
 
-#include "simd/level.h"
-#include "simd/restore_kernels.h"
+#include "simd/levels.h"
+#include "simd/restore/kernels.h"
 #include "support/random_plane.h"
 
 using namespace norv;

@@ -3,14 +3,14 @@
 
 #include <vector>
 
-#include "simd/kernels.h"
-#include "simd/level.h"
+#include "simd/evaluate/kernels.h"
+#include "simd/levels.h"
 
 namespace norv::test {
 
 inline std::vector<VectorLevel> AvailableLevels() {
   std::vector<VectorLevel> levels;
-  for (const VectorLevel level : {VectorLevel::avx, VectorLevel::avx2, VectorLevel::avx512})
+  for (const VectorLevel level : kLevels)
     if (level <= MachineLevel()) levels.push_back(level);
   return levels;
 }

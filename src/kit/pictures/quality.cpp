@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/team.h"
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 namespace {

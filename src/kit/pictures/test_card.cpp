@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "platform/team.h"
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 namespace {

@@ -11,7 +11,7 @@
 #include "platform/memory.h"
 #include "restore/terms/orientation_field.h"
 #include "restore/terms/weights.h"
-#include "simd/restore_kernels.h"
+#include "simd/restore/kernels.h"
 
 namespace norv {
 

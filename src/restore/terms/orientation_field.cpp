@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "platform/memory.h"
-#include "simd/math.h"
+#include "simd/math/math.h"
 
 namespace norv {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "linear/matrix2.h"
 #include "raster/edges.h"
-#include "simd/restore_kernels.h"
+#include "simd/restore/kernels.h"
 
 namespace norv {
 

@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "raster/edges.h"
-#include "simd/restore_kernels.h"
+#include "simd/restore/kernels.h"
 
 namespace norv {
 namespace {

@@ -1,3 +1,0 @@
-#define NORV_LEVEL avx
-#define NORV_VECTOR_BYTES 32
-#include "simd/kernels-inl.h"

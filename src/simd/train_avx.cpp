@@ -1,3 +1,0 @@
-#define NORV_LEVEL train_avx
-#define NORV_VECTOR_BYTES 32
-#include "simd/train_level-inl.h"
