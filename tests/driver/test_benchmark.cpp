@@ -7,6 +7,7 @@
 
 #include "driver/benchmark.h"
 #include "driver/dot.h"
+#include "support/places.h"
 
 using namespace norv;
 
@@ -73,7 +74,7 @@ struct Instruction {
 
 // The executable's machine code of all functions whose readable name contains `name`; empty without a disassembler.
 std::vector<std::vector<Instruction>> Disassemble(const std::string& name) {
-  const std::string command = "objdump -d -C --no-show-raw-insn '" NORV_EXECUTABLE "' 2>&1";
+  const std::string command = "objdump -d -C --no-show-raw-insn '" + test::NorvExecutable() + "' 2>&1";
   FILE* pipe = popen(command.c_str(), "r");
   std::vector<std::vector<Instruction>> functions;
   bool inside = false;

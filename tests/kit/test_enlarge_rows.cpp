@@ -1,7 +1,5 @@
 // Enlargement by a network from file to file: the files are those of the picture in memory, and nothing half-done
 // stays.
-#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
-
 #include <doctest/doctest.h>
 #include <filesystem>
 
@@ -60,8 +58,8 @@ TEST_CASE("damage found late, a full disk and impossible sizes leave the old fil
   const std::string to = folder / "b.png";
   test::WriteBytes(to, "old");
   const auto enlarge = [&](const std::string& from, const std::string& out) {
-    return test::Run(
-        {.arguments = {"enlarge", folder / from, out, "--net", folder / "a.net"}, .executable = NORVKIT_EXECUTABLE});
+    return test::Run({.arguments = {"enlarge", folder / from, out, "--net", folder / "a.net"},
+                      .executable = test::NorvkitExecutable()});
   };
   for (const char* name : {"a.png", "a.tif", "a.jpg", "a.fdib"}) {
     SaveImage(folder / name, Sample(300, 200, 3), {});
@@ -90,5 +88,3 @@ TEST_CASE("damage found late, a full disk and impossible sizes leave the old fil
   CHECK(enlarge("a.fdib", folder / "c.fdib").errors.find("cannot hold 60000 x 40000 pixels") != std::string::npos);
   CHECK(std::distance(std::filesystem::directory_iterator(folder.Path()), {}) == 3);
 }
-
-#endif

@@ -1,6 +1,4 @@
 // The companion as people run it: commands, their files, reasons and exit codes.
-#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
-
 #include <algorithm>
 #include <doctest/doctest.h>
 
@@ -276,5 +274,3 @@ TEST_CASE("a picture made smaller and larger again is the same size and alike") 
   CHECK(Psnr(WithoutBorder(results[2].plane[1], 8), WithoutBorder(results[0].plane[1], 8)) < 40);
   CHECK(Psnr(results[0].plane[0], RepeatPixels(small, 2).plane[0]) > 100);
 }
-
-#endif

@@ -1,6 +1,4 @@
 // What the companion shows of numbers, and the card that it draws.
-#ifdef NORVKIT_EXECUTABLE
-
 #include <algorithm>
 #include <cmath>
 #include <doctest/doctest.h>
@@ -60,5 +58,3 @@ TEST_CASE("the test card is drawn smoothly, symmetrically where it should be, an
   CHECK(moved == 0);
   CHECK(hash == 1457466112u);
 }
-
-#endif

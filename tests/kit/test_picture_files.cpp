@@ -1,6 +1,4 @@
 // Picture files there and back, odd kinds of them, and damaged ones.
-#ifdef NORVKIT_EXECUTABLE
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -315,5 +313,3 @@ TEST_CASE("pictures that cannot fit are refused before memory is taken") {
   CHECK(refusal == "JPEG: out of memory");
 #endif
 }
-
-#endif

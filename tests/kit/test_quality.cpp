@@ -1,6 +1,4 @@
 // PSNR and SSIM against their definitions written down a second way.
-#ifdef NORVKIT_EXECUTABLE
-
 #include <cmath>
 #include <doctest/doctest.h>
 
@@ -67,5 +65,3 @@ TEST_CASE("the border is left out on every side") {
   CHECK(WithoutBorder(plane, 4).mn == 0);
   CHECK(WithoutBorder(plane, INT32_MAX).mn == 0);
 }
-
-#endif

@@ -1,6 +1,4 @@
 // Restoration and denoising for people: the same bytes as the tool's modes, and what the options do.
-#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -222,5 +220,3 @@ TEST_CASE("noise is removed before enlarging and restoring when asked") {
     CHECK(Likeness(folder / "denoised.tif", clean) > Likeness(folder / "plain.tif", clean) + 1);
   }
 }
-
-#endif

@@ -1,6 +1,4 @@
 // The networks of models/ are whole and worth having: nobody replaces one by a worse one unnoticed.
-#if defined(NORVKIT_EXECUTABLE)
-
 #include <doctest/doctest.h>
 #include <string>
 
@@ -9,6 +7,7 @@
 #include "kit/pictures/test_card.h"
 #include "kit/training/training_pictures.h"
 #include "net/net_file.h"
+#include "support/places.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -36,11 +35,9 @@ TEST_CASE("shipped networks fit their names and beat Lanczos") {
                                  Shipped{"x2-48.net", 48, 2, 2.8}, Shipped{"x4-48.net", 48, 4, 0.3}}) {
     CAPTURE(std::string(shipped.name));
     NeuralNet net;
-    LoadNet(net, std::string(NORV_SOURCE_DIR "/models/") + shipped.name, Folder::asGiven);
+    LoadNet(net, test::SourceFolder() + "/models/" + shipped.name, Folder::asGiven);
     CHECK(net.N0 == shipped.inputs);
     CHECK(net.LastNi() == shipped.factor * shipped.factor);
     CHECK(GainOverLanczos(net, shipped.factor) > shipped.gain);
   }
 }
-
-#endif

@@ -1,6 +1,4 @@
 // Networks to start from: interpolations equal the resampler, random ones are scaled and repeatable.
-#ifdef NORVKIT_EXECUTABLE
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -120,5 +118,3 @@ TEST_CASE("random weights depend on the seed alone, fill their range and keep th
   CHECK(widest <= std::sqrt(6.0 / 300));
   CHECK(widest > 0.999 * std::sqrt(6.0 / 300));
 }
-
-#endif

@@ -1,6 +1,4 @@
 // norvkit train and curve: from pictures to networks, and what is left when something is wrong.
-#if defined(NORVKIT_EXECUTABLE) && !defined(_WIN32)
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -171,7 +169,7 @@ TEST_CASE("an interrupt keeps the network and says how to go on") {
   const std::string out = gallery.results / "out";
   test::TerminalRun run({.arguments = {"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "16",
                                        "--valid", "1", "--epochs", "1000000"},
-                         .executable = NORVKIT_EXECUTABLE});
+                         .executable = test::NorvkitExecutable()});
   for (int i = 0; i < 400 && test::ReadBytes(out + "/curve.svg").empty(); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   run.Signal(SIGINT);
@@ -271,5 +269,3 @@ TEST_CASE("a learning curve is well-formed, whatever the log holds, and higher v
   CHECK(height("Lanczos") < height("cubic"));
   CHECK(height("cubic") - height("Lanczos") == doctest::Approx(height("Lanczos") - height("network")).epsilon(0.01));
 }
-
-#endif

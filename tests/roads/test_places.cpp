@@ -53,7 +53,7 @@ TEST_CASE("files lie beside the executable, whatever its folder is called and ho
   fs::path folder = scratch.Path();
   for (int i = 0; i < 12; ++i) folder /= "Größe 画像 of a rather long folder's name " + std::to_string(i);
   fs::create_directories(folder);
-  fs::copy_file(NORV_EXECUTABLE, folder / "norv");
+  fs::copy_file(NorvExecutable(), folder / "norv");
   WriteBytes(folder / "test.net", NetOfMean(3));
   CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
 

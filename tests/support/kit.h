@@ -10,7 +10,7 @@
 namespace norv::test {
 
 inline Outcome Kit(std::vector<std::string> arguments) {
-  return Run({.arguments = std::move(arguments), .executable = NORVKIT_EXECUTABLE});
+  return Run({.arguments = std::move(arguments), .executable = NorvkitExecutable()});
 }
 
 inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }

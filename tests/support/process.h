@@ -8,12 +8,14 @@
 #include <termios.h>
 #include <vector>
 
+#include "support/places.h"
+
 namespace norv::test {
 
 struct Command {
   std::vector<std::string> arguments;
   std::vector<std::string> environment = {};  // NAME=VALUE on top of the test's own
-  std::string executable = NORV_EXECUTABLE;
+  std::string executable = NorvExecutable();
   std::string directory = "/";  // current directory
   std::string input = "";       // what standard input holds, then its end
   std::string output = "";      // where standard output goes instead of the outcome
