@@ -1,4 +1,4 @@
-// Networks and planes of random values for tests, and comparison bit for bit.
+// Networks of random values for tests, and comparison bit for bit.
 #pragma once
 
 #include <cmath>
@@ -8,20 +8,13 @@
 #include <vector>
 
 #include "net/net_file.h"
+#include "support/random_plane.h"
 #include "support/scratch.h"
 
 namespace norv::test {
 
 // Kinds whose functions are plain arithmetic, so that nothing depends on how exp or log are rounded.
 inline const std::vector<int32_t> kExactKinds = {4, 5, 6, 7, 9, 12, 13, 14, 15};
-
-inline matrix RandomPlane(int32_t w, int32_t h, unsigned seed) {
-  std::mt19937 random(seed);
-  std::uniform_real_distribution<float> value(0, 255);
-  matrix plane(w, h);
-  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = value(random);
-  return plane;
-}
 
 // Every field of every unit is random; unit u of a layer has kind kinds[u mod their number].
 inline NeuralNet RandomRecord(int32_t N0, const std::vector<int32_t>& layers, const std::vector<int32_t>& kinds,

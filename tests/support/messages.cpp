@@ -1,0 +1,13 @@
+#include "support/messages.h"
+
+#include <regex>
+
+namespace norv::test {
+
+bool IsReported(const std::string& output, const std::string& text) {
+  static const std::regex report(R"(\n\d+\.\d\d secs, \d+\.\d\d mins\., \d+\.\d\d hrs\., \d+\.\d\d days\nDone!)");
+  const std::string start = kBanner + text;
+  return output.rfind(start, 0) == 0 && std::regex_match(output.substr(start.size()), report);
+}
+
+}  // namespace norv::test
