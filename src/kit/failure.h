@@ -15,6 +15,12 @@ class Failure : public std::runtime_error {
 // Throws a Failure whose text is put together as by printf.
 [[noreturn]] [[gnu::format(gnu_printf, 1, 2)]] void Fail(const char* format, ...);
 
+// Ends the command with exit code 2, this reason and where help is to be had on standard error.
+class WrongUsage : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 // Ends the command with exit code 1 where the reason is on standard error already.
 struct SaidFailure {};
 

@@ -1,46 +1,76 @@
-// The companion's commands: one file each, one row each in the table of kit.cpp.
+// A command of the companion as data: what it is called, its options as rows, and the work that it does once a command
+// line has set them. One file a command; the table of all of them stands in commands.cpp.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
-
-#include "kit/pictures/picture.h"
+#include <variant>
+#include <vector>
 
 namespace norv {
 
-// A command's options live as long as its parser: Options is a plain struct of what the command line sets, run does
-// the work once everything has been parsed.
-template <typename Options>
-CLI::App& AddCommand(CLI::App& kit, const char* name, const char* purpose, const char* example,
-                     void (*declare)(CLI::App&, Options&), void (*run)(const Options&)) {
-  CLI::App& command = *kit.add_subcommand(name, purpose);
-  const auto options = std::make_shared<Options>();
-  command.option_defaults()->always_capture_default();
-  declare(command, *options);
-  command.footer(std::string("Example:\n  ") + example);
-  command.callback([options, run] { run(*options); });
-  return command;
+// What a row sets. A bool is a flag; a vector of numbers is one word with commas between, a vector of strings several
+// words.
+using Target = std::variant<bool*, int32_t*, uint32_t*, uint64_t*, float*, double*, std::optional<double>*,
+                            std::string*, std::vector<int32_t>*, std::vector<std::string>*>;
+
+// What a row accepts beyond any text that its target can hold.
+struct Range {
+  double low, high;  // both included
+};
+struct OneOf {
+  std::string words;  // with commas between
+};
+enum class Form { any, number, wholeNumber, notNegative };
+using Check = std::variant<Form, Range, OneOf>;
+
+struct Option {
+  const char* name;       // "--factor"; one that has to be given, by its place, is named in capitals: "PICTURE"
+  Target target;          // its value beforehand is the default
+  const char* unit = "";  // what stands for the value in the help: N, NAME, N,N ...; of flags empty
+  Check check = Form::any;
+  std::string help;
+  const char* byDefault = "";  // in words, where a value left out means more than the target's default
+  const char* aliases = "";    // older names, accepted but not shown, with commas between
+  const char* excludes = "";   // the option that it cannot stand beside
+  const char* heading = "";    // that it stands under in the help, "Options" where empty
+
+  bool HasPlace() const { return name[0] != '-'; }
+};
+
+using Options = std::vector<Option>;
+
+struct CommandText {
+  const char* name;
+  const char* purpose;
+  const char* examples;    // a line each
+  const char* notes = "";  // below the options
+};
+
+struct Command : CommandText {
+  Options options;
+  std::function<void()> run;
+};
+
+// Settings is a plain struct of what the command line sets; rows point into it, run is called with it.
+template <typename Settings>
+Command MakeCommand(CommandText text, Options (*rows)(Settings&), void (*run)(const Settings&)) {
+  const auto settings = std::make_shared<Settings>();
+  return {text, rows(*settings), [settings, run] { run(*settings); }};
 }
 
-// Ends the parsing with exit code 2 and this reason.
-[[noreturn]] void RefuseUsage(const std::string& reason);
+// A command of the table, every time with settings of its own.
+struct CommandRow {
+  const char* heading;  // that it stands under in the help
+  Command (*make)();
+};
 
-// --bits and --quality of commands that write pictures.
-void DeclareWriteChoice(CLI::App& command, WriteChoice& choice);
+std::span<const CommandRow> CommandTable();
 
-CLI::App& AddImport(CLI::App& kit);
-CLI::App& AddExport(CLI::App& kit);
-CLI::App& AddInfo(CLI::App& kit);
-CLI::App& AddCompare(CLI::App& kit);
-CLI::App& AddTestCard(CLI::App& kit);
-CLI::App& AddShrink(CLI::App& kit);
-CLI::App& AddEnlarge(CLI::App& kit);
-CLI::App& AddRestore(CLI::App& kit);
-CLI::App& AddDenoise(CLI::App& kit);
-CLI::App& AddNoise(CLI::App& kit);
-CLI::App& AddNewNet(CLI::App& kit);
-CLI::App& AddTrain(CLI::App& kit);
-CLI::App& AddCurve(CLI::App& kit);
+bool IsCommand(const std::string& name);
 
 }  // namespace norv

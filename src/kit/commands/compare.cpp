@@ -10,20 +10,23 @@
 namespace norv {
 namespace {
 
-struct CompareOptions {
+struct Settings {
   std::string a, b;
   int32_t border = 4;
   bool crop = false;
 };
 
-void Declare(CLI::App& command, CompareOptions& options) {
-  command.add_option("A", options.a, "a picture, .fdib, .mat or .bit")->required();
-  command.add_option("B", options.b, "another one of the same size")->required();
-  command.add_option("--border", options.border, "pixels left out on every side")
-      ->type_name("N")
-      ->check(CLI::NonNegativeNumber);
-  command.add_flag("--crop", options.crop,
-                   "the larger one without what shrink had to leave out at the right and below");
+Options Rows(Settings& settings) {
+  return {{.name = "A", .target = &settings.a, .help = "a picture, .fdib, .mat or .bit"},
+          {.name = "B", .target = &settings.b, .help = "another one of the same size"},
+          {.name = "--border",
+           .target = &settings.border,
+           .unit = "N",
+           .check = Form::notNegative,
+           .help = "pixels left out on every side"},
+          {.name = "--crop",
+           .target = &settings.crop,
+           .help = "the larger one without what shrink had to leave out at the right and below"}};
 }
 
 // The upper left part, no larger than the picture.
@@ -68,12 +71,12 @@ void RequireComparable(const Picture& a, const Picture& b, int32_t border) {
     Fail("%d x %d pixels have nothing inside a border of %d", a.Width(), a.Height(), border);
 }
 
-void Run(const CompareOptions& options) {
-  Picture a = LoadImage(options.a), b = LoadImage(options.b);
-  if (options.crop) CropToCommonSize(a, b);
-  RequireComparable(a, b, options.border);
+void Run(const Settings& settings) {
+  Picture a = LoadImage(settings.a), b = LoadImage(settings.b);
+  if (settings.crop) CropToCommonSize(a, b);
+  RequireComparable(a, b, settings.border);
   const auto report = [&](const char* what, const matrix& ofA, const matrix& ofB, bool withSimilarity) {
-    Report(what, WithoutBorder(ofA, options.border), WithoutBorder(ofB, options.border), withSimilarity);
+    Report(what, WithoutBorder(ofA, settings.border), WithoutBorder(ofB, settings.border), withSimilarity);
   };
   report("luminance", LuminanceOf(a), LuminanceOf(b), true);
   report("studio Y", StudioLuminanceOf(a), StudioLuminanceOf(b), true);
@@ -86,15 +89,16 @@ void Run(const CompareOptions& options) {
 
 }  // namespace
 
-CLI::App& AddCompare(CLI::App& kit) {
-  CLI::App& command = AddCommand<CompareOptions>(kit, "compare", "PSNR and SSIM between two pictures",
-                                                 "norvkit compare original.png enlarged.png --border 4", Declare, Run);
-  return *command.footer(
-      "luminance is 0.299 R + 0.587 G + 0.114 B on 0..255; studio Y is what papers on super-resolution measure "
-      "(BT.601,\n"
-      "16..235: its PSNR comes out 1.3 dB higher). Nothing is rounded before. SSIM: Wang et al. 2004, 11 x 11 "
-      "window.\n\n" +
-      command.get_footer());
+Command CompareCommand() {
+  return MakeCommand<Settings>(
+      {.name = "compare",
+       .purpose = "PSNR and SSIM between two pictures",
+       .examples = "norvkit compare original.png enlarged.png --border 4",
+       .notes =
+           "luminance is 0.299 R + 0.587 G + 0.114 B on 0..255; studio Y is what papers on super-resolution "
+           "measure (BT.601,\n16..235: its PSNR comes out 1.3 dB higher). Nothing is rounded before. SSIM: Wang et "
+           "al. 2004, 11 x 11 window."},
+      Rows, Run);
 }
 
 }  // namespace norv

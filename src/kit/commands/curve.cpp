@@ -5,25 +5,27 @@
 namespace norv {
 namespace {
 
-struct CurveOptions {
+struct Settings {
   std::string log, out;
 };
 
-void Declare(CLI::App& command, CurveOptions& options) {
-  command.add_option("LOG", options.log, "the log.csv of a training")->required();
-  command.add_option("OUT", options.out, "the .svg file to write")->required();
+Options Rows(Settings& settings) {
+  return {{.name = "LOG", .target = &settings.log, .help = "the log.csv of a training"},
+          {.name = "OUT", .target = &settings.out, .help = "the .svg file to write"}};
 }
 
-void Run(const CurveOptions& options) {
-  const std::string drawing = DrawLearningCurve(ReadTrainingLog(options.log));
-  WriteBytes(options.out, {drawing.begin(), drawing.end()});
+void Run(const Settings& settings) {
+  const std::string drawing = DrawLearningCurve(ReadTrainingLog(settings.log));
+  WriteBytes(settings.out, {drawing.begin(), drawing.end()});
 }
 
 }  // namespace
 
-CLI::App& AddCurve(CLI::App& kit) {
-  return AddCommand<CurveOptions>(kit, "curve", "Draw the learning curve of a training again",
-                                  "norvkit curve trained/log.csv curve.svg", Declare, Run);
+Command CurveCommand() {
+  return MakeCommand<Settings>({.name = "curve",
+                                .purpose = "Draw the learning curve of a training again",
+                                .examples = "norvkit curve trained/log.csv curve.svg"},
+                               Rows, Run);
 }
 
 }  // namespace norv

@@ -1,4 +1,5 @@
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/restore_picture.h"
@@ -8,7 +9,7 @@
 namespace norv {
 namespace {
 
-struct EnlargeOptions {
+struct Settings {
   std::string picture, out, method, net;
   int32_t factor = 0;
   bool denoise = false;
@@ -16,70 +17,86 @@ struct EnlargeOptions {
   WriteChoice choice;
 };
 
-void Declare(CLI::App& command, EnlargeOptions& options) {
-  command.add_option("PICTURE", options.picture, "a picture, .fdib, .mat or .bit")->required();
-  command.add_option("OUT", options.out, "the larger one, in the format that its name says")->required();
-  command.add_option("--factor", options.factor, "how many times larger (default: 2, or what the network does)")
-      ->type_name("N")
-      ->check(CLI::Range(2, 64))
-      ->default_str("");
-  command
-      .add_option("--method", options.method, "nearest, cubic, lanczos or net (default: net with --net, else lanczos)")
-      ->type_name("WAY")
-      ->check(CLI::IsMember({"nearest", "cubic", "lanczos", "net"}));
-  command.add_option("--net", options.net, "the .net file")->type_name("FILE");
-  command.add_flag("--average", options.how.average, "network: mean over the eight orientations, eight times the work");
-  command.add_flag("--shortcut", options.how.shortcut, "network: only for the luminance, a third of the work");
-  command.add_option("--threads", options.how.threads, "network: bands at the same time: 1, 4, 8 or 16")
-      ->type_name("N")
-      ->check(CLI::IsMember({1, 4, 8, 16}));
-  command.add_flag("--denoise", options.denoise, "remove noise first, as norvkit denoise does");
-  DeclareWriteChoice(command, options.choice);
+Options NetworkRows(Settings& settings) {
+  return {{.name = "--net", .target = &settings.net, .unit = "FILE", .help = "the .net file"},
+          {.name = "--average",
+           .target = &settings.how.average,
+           .help = "network: mean over the eight orientations, eight times the work"},
+          {.name = "--shortcut",
+           .target = &settings.how.shortcut,
+           .help = "network: only for the luminance, a third of the work"},
+          {.name = "--threads",
+           .target = &settings.how.threads,
+           .unit = "N",
+           .check = OneOf{"1,4,8,16"},
+           .help = "network: bands at the same time: 1, 4, 8 or 16"}};
 }
 
-Picture LoadInput(const EnlargeOptions& options) {
-  Picture picture = LoadImage(options.picture);
-  if (options.denoise) DenoisePicture(picture, {.threads = options.how.threads});
+Options Rows(Settings& settings) {
+  return Joined({{PictureRow(settings.picture),
+                  OutRow(settings.out, "the larger one"),
+                  {.name = "--factor",
+                   .target = &settings.factor,
+                   .unit = "N",
+                   .check = Range{2, 64},
+                   .help = "how many times larger",
+                   .byDefault = "2, or what the network does"},
+                  {.name = "--method",
+                   .target = &settings.method,
+                   .unit = "WAY",
+                   .check = OneOf{"nearest,cubic,lanczos,net"},
+                   .help = "nearest, cubic, lanczos or net",
+                   .byDefault = "net with --net, else lanczos"}},
+                 NetworkRows(settings),
+                 {DenoiseFirstRow(settings.denoise)},
+                 WriteRows(settings.choice)});
+}
+
+Picture LoadInput(const Settings& settings) {
+  Picture picture = LoadImage(settings.picture);
+  if (settings.denoise) DenoisePicture(picture, {.threads = settings.how.threads});
   return picture;
 }
 
 // Row by row where nothing asks for the whole picture: one that is cleaned of noise, or cut into bands.
-void EnlargeByNet(const EnlargeOptions& options) {
-  if (RecogniseWholeFile(options.net) != FileKind::net) Fail("%s is no network", options.net.c_str());
+void EnlargeByNet(const Settings& settings) {
+  if (RecogniseWholeFile(settings.net) != FileKind::net) Fail("%s is no network", settings.net.c_str());
   NeuralNet net;
-  LoadNet(net, options.net, Folder::asGiven);
-  if (options.factor != 0 && options.factor * options.factor != net.LastNi())
-    Fail("%s does not enlarge %d times", options.net.c_str(), options.factor);
-  std::unique_ptr<PictureReader> picture = options.denoise ? ReadHeld(LoadInput(options)) : OpenImage(options.picture);
-  if (GoesInBands(picture->Shape(), options.how))
-    SaveImage(options.out, EnlargeByNet(ReadAll(*picture), net, options.how), options.choice);
+  LoadNet(net, settings.net, Folder::asGiven);
+  if (settings.factor != 0 && settings.factor * settings.factor != net.LastNi())
+    Fail("%s does not enlarge %d times", settings.net.c_str(), settings.factor);
+  std::unique_ptr<PictureReader> picture =
+      settings.denoise ? ReadHeld(LoadInput(settings)) : OpenImage(settings.picture);
+  if (GoesInBands(picture->Shape(), settings.how))
+    SaveImage(settings.out, EnlargeByNet(ReadAll(*picture), net, settings.how), settings.choice);
   else
-    EnlargeRowsByNet(std::move(picture), net, options.how, options.out, options.choice);
+    EnlargeRowsByNet(std::move(picture), net, settings.how, settings.out, settings.choice);
 }
 
-Picture ByMethod(const EnlargeOptions& options) {
-  const Picture picture = LoadInput(options);
-  const int32_t factor = options.factor ? options.factor : 2;
-  if (options.method == "nearest") return RepeatPixels(picture, factor);
-  return InterpolatePicture(picture, factor, options.method == "cubic" ? Interpolation::cubic : Interpolation::lanczos);
+Picture ByMethod(const Settings& settings) {
+  const Picture picture = LoadInput(settings);
+  const int32_t factor = settings.factor ? settings.factor : 2;
+  if (settings.method == "nearest") return RepeatPixels(picture, factor);
+  return InterpolatePicture(picture, factor,
+                            settings.method == "cubic" ? Interpolation::cubic : Interpolation::lanczos);
 }
 
-void Run(const EnlargeOptions& options) {
-  const bool byNet = options.method == "net" || (options.method.empty() && !options.net.empty());
-  if (byNet && options.net.empty()) RefuseUsage("--method net needs --net FILE");
-  if (!byNet && !options.net.empty()) RefuseUsage("--net goes with --method net");
-  if (byNet) return EnlargeByNet(options);
-  SaveImage(options.out, ByMethod(options), options.choice);
+void Run(const Settings& settings) {
+  const bool byNet = settings.method == "net" || (settings.method.empty() && !settings.net.empty());
+  if (byNet && settings.net.empty()) throw WrongUsage("--method net needs --net FILE");
+  if (!byNet && !settings.net.empty()) throw WrongUsage("--net goes with --method net");
+  if (byNet) return EnlargeByNet(settings);
+  SaveImage(settings.out, ByMethod(settings), settings.choice);
 }
 
 }  // namespace
 
-CLI::App& AddEnlarge(CLI::App& kit) {
-  return AddCommand<EnlargeOptions>(kit, "enlarge",
-                                    "Make a picture larger: repeated pixels, interpolation or a network",
-                                    "norvkit enlarge small.png large.png --factor 2 --method lanczos\n  "
-                                    "norvkit enlarge small.png large.png --net test.net --average --threads 4",
-                                    Declare, Run);
+Command EnlargeCommand() {
+  return MakeCommand<Settings>({.name = "enlarge",
+                                .purpose = "Make a picture larger: repeated pixels, interpolation or a network",
+                                .examples = "norvkit enlarge small.png large.png --factor 2 --method lanczos\n"
+                                            "norvkit enlarge small.png large.png --net test.net --average --threads 4"},
+                               Rows, Run);
 }
 
 }  // namespace norv

@@ -1,34 +1,36 @@
 #include "kit/commands/command.h"
+#include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 
 namespace norv {
 namespace {
 
-struct ImportOptions {
+struct Settings {
   std::string picture, file;
 };
 
-void Declare(CLI::App& command, ImportOptions& options) {
-  command.add_option("PICTURE", options.picture, "PNG, JPEG, TIFF or WebP, 8 or 16 bits")->required();
-  command
-      .add_option("FILE", options.file,
-                  ".fdib (three planes; with alpha four), .mat (one plane of luminance, as for training) or .bit")
-      ->required();
+Options Rows(Settings& settings) {
+  return {{.name = "PICTURE", .target = &settings.picture, .help = "PNG, JPEG, TIFF or WebP, 8 or 16 bits"},
+          {.name = "FILE",
+           .target = &settings.file,
+           .help = ".fdib (three planes; with alpha four), .mat (one plane of luminance, as for training) or .bit"}};
 }
 
-void Run(const ImportOptions& options) {
-  const std::string extension = ExtensionOf(options.file);
+void Run(const Settings& settings) {
+  const std::string extension = ExtensionOf(settings.file);
   if (extension != "fdib" && extension != "mat" && extension != "bit")
-    RefuseUsage("FILE has to end in .fdib, .mat or .bit: " + options.file);
-  const std::unique_ptr<PictureReader> picture = OpenImage(options.picture);
-  CopyRows(*picture, *CreateImage(options.file, picture->Shape(), {}));
+    throw WrongUsage("FILE has to end in .fdib, .mat or .bit: " + settings.file);
+  const std::unique_ptr<PictureReader> picture = OpenImage(settings.picture);
+  CopyRows(*picture, *CreateImage(settings.file, picture->Shape(), {}));
 }
 
 }  // namespace
 
-CLI::App& AddImport(CLI::App& kit) {
-  return AddCommand<ImportOptions>(kit, "import", "Turn a picture into a file of ours: .fdib, .mat or .bit",
-                                   "norvkit import photograph.jpg input.fdib", Declare, Run);
+Command ImportCommand() {
+  return MakeCommand<Settings>({.name = "import",
+                                .purpose = "Turn a picture into a file of ours: .fdib, .mat or .bit",
+                                .examples = "norvkit import photograph.jpg input.fdib"},
+                               Rows, Run);
 }
 
 }  // namespace norv

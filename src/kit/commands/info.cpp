@@ -12,12 +12,14 @@
 namespace norv {
 namespace {
 
-struct InfoOptions {
+struct Settings {
   std::vector<std::string> files;
 };
 
-void Declare(CLI::App& command, InfoOptions& options) {
-  command.add_option("FILE", options.files, ".fdib, .mat, .bit, .net, a training set (.dat) or a picture")->required();
+Options Rows(Settings& settings) {
+  return {{.name = "FILE",
+           .target = &settings.files,
+           .help = ".fdib, .mat, .bit, .net, a training set (.dat) or a picture"}};
 }
 
 // Planes one by one, then one histogram of all values of the first three.
@@ -150,15 +152,17 @@ void PrintFile(const std::string& path) {
   }
 }
 
-void Run(const InfoOptions& options) {
-  for (const std::string& path : options.files) PrintFile(path);
+void Run(const Settings& settings) {
+  for (const std::string& path : settings.files) PrintFile(path);
 }
 
 }  // namespace
 
-CLI::App& AddInfo(CLI::App& kit) {
-  return AddCommand<InfoOptions>(kit, "info", "Show what is in a file: sizes, kinds, ranges, a histogram",
-                                 "norvkit info output.fdib net.net test.dat", Declare, Run);
+Command InfoCommand() {
+  return MakeCommand<Settings>({.name = "info",
+                                .purpose = "Show what is in a file: sizes, kinds, ranges, a histogram",
+                                .examples = "norvkit info output.fdib net.net test.dat"},
+                               Rows, Run);
 }
 
 }  // namespace norv

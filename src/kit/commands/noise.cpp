@@ -1,26 +1,30 @@
 #include <random>
 
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/pictures/conversions.h"
 
 namespace norv {
 namespace {
 
-struct NoiseOptions {
+struct Settings {
   std::string picture, out;
   float sigma = 20;
   uint32_t seed = 1;
   WriteChoice choice;
 };
 
-void Declare(CLI::App& command, NoiseOptions& options) {
-  command.add_option("PICTURE", options.picture, "a picture, .fdib, .mat or .bit")->required();
-  command.add_option("OUT", options.out, "the noisy one, in the format that its name says")->required();
-  command.add_option("--sigma", options.sigma, "standard deviation in grey levels")
-      ->type_name("X")
-      ->check(CLI::Range(0.0, 255.0));
-  command.add_option("--seed", options.seed, "the same seed gives the same noise")->type_name("N");
-  DeclareWriteChoice(command, options.choice);
+Options Rows(Settings& settings) {
+  return Joined(
+      {{PictureRow(settings.picture),
+        OutRow(settings.out, "the noisy one"),
+        {.name = "--sigma",
+         .target = &settings.sigma,
+         .unit = "X",
+         .check = Range{0, 255},
+         .help = "standard deviation in grey levels"},
+        {.name = "--seed", .target = &settings.seed, .unit = "N", .help = "the same seed gives the same noise"}},
+       WriteRows(settings.choice)});
 }
 
 // Near enough to the normal distribution, and the same on every machine: the sum of twelve even numbers.
@@ -32,18 +36,20 @@ void AddNoise(matrix& plane, float sigma, std::mt19937& generator) {
   }
 }
 
-void Run(const NoiseOptions& options) {
-  Picture picture = LoadImage(options.picture);
-  std::mt19937 generator(options.seed);
-  for (int32_t k = 0; k < picture.Colours(); ++k) AddNoise(picture.plane[k], options.sigma, generator);
-  SaveImage(options.out, std::move(picture), options.choice);
+void Run(const Settings& settings) {
+  Picture picture = LoadImage(settings.picture);
+  std::mt19937 generator(settings.seed);
+  for (int32_t k = 0; k < picture.Colours(); ++k) AddNoise(picture.plane[k], settings.sigma, generator);
+  SaveImage(settings.out, std::move(picture), settings.choice);
 }
 
 }  // namespace
 
-CLI::App& AddNoise(CLI::App& kit) {
-  return AddCommand<NoiseOptions>(kit, "noise", "Add normal noise to every colour of a picture, to try what removes it",
-                                  "norvkit noise clean.png noisy.png --sigma 20 --seed 1", Declare, Run);
+Command NoiseCommand() {
+  return MakeCommand<Settings>({.name = "noise",
+                                .purpose = "Add normal noise to every colour of a picture, to try what removes it",
+                                .examples = "norvkit noise clean.png noisy.png --sigma 20 --seed 1"},
+                               Rows, Run);
 }
 
 }  // namespace norv

@@ -1,6 +1,7 @@
 #include <optional>
 
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/restore_picture.h"
 #include "kit/pictures/restore_presets.h"
@@ -8,7 +9,7 @@
 namespace norv {
 namespace {
 
-struct RestoreOptions {
+struct Settings {
   std::string picture, out, preset = "clean";
   int32_t factor = 2, bands = 0, threads = 1;
   bool overBytes = false, denoise = false;
@@ -16,75 +17,91 @@ struct RestoreOptions {
   WriteChoice choice;
 };
 
-void DeclareKnobs(CLI::App& command, RestoreOptions& options) {
+// Every parameter that a preset chooses can be given instead.
+Options KnobRows(Settings& settings) {
   const std::span<const RestoreKnob> knobs = RestoreKnobs();
-  options.knobs.resize(knobs.size());
+  settings.knobs.resize(knobs.size());
+  Options rows;
   for (size_t i = 0; i < knobs.size(); ++i) {
     const bool whole = std::holds_alternative<int32_t RestoreParameters::*>(knobs[i].field);
-    command.add_option(knobs[i].option, options.knobs[i], knobs[i].meaning)
-        ->type_name(whole ? "N" : "X")
-        ->check(whole ? CLI::Validator(CLI::TypeValidator<int32_t>("N")) : CLI::Validator(CLI::Number))
-        ->default_str("")
-        ->group("Instead of the preset's (docs/restoration.md says which to turn when)");
+    rows.push_back({.name = knobs[i].option,
+                    .target = &settings.knobs[i],
+                    .unit = whole ? "N" : "X",
+                    .check = whole ? Form::wholeNumber : Form::number,
+                    .help = knobs[i].meaning,
+                    .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});
   }
+  return rows;
 }
 
-void Declare(CLI::App& command, RestoreOptions& options) {
-  command.add_option("PICTURE", options.picture, "a picture, .fdib, .mat or .bit")->required();
-  command.add_option("OUT", options.out, "the restored one, in the format that its name says")->required();
-  command.add_option("--factor", options.factor, "how many times larger, 1 to 64")
-      ->type_name("N")
-      ->check(CLI::Range(1, 64));
-  command.add_option("--preset", options.preset, "clean, compressed (JPEG) or noisy")
-      ->type_name("NAME")
-      ->check(CLI::IsMember(RestorePresetNames()));
-  command.add_option("--threads", options.threads, "as many bands at the same time")
-      ->type_name("N")
-      ->check(CLI::Range(1, 1024));
-  command
-      .add_option("--bands", options.bands,
-                  "cut into so many bands, of which as many as threads are in memory (default: one a thread, one "
-                  "thread: not cut)")
-      ->type_name("N")
-      ->check(CLI::Range(1, 1024))
-      ->default_str("");
-  command.add_flag("--bits-road", options.overBytes, "8 bits a sample in and out, as norv 4 does");
-  command.add_flag("--denoise", options.denoise, "remove noise first, as norvkit denoise does");
-  DeclareKnobs(command, options);
-  DeclareWriteChoice(command, options.choice);
+Options BandRows(Settings& settings) {
+  return {{.name = "--threads",
+           .target = &settings.threads,
+           .unit = "N",
+           .check = Range{1, 1024},
+           .help = "as many bands at the same time"},
+          {.name = "--bands",
+           .target = &settings.bands,
+           .unit = "N",
+           .check = Range{1, 1024},
+           .help = "cut into so many bands, of which as many as threads are in memory",
+           .byDefault = "one a thread, one thread: not cut"}};
 }
 
-RestoreParameters Parameters(const RestoreOptions& options) {
-  RestoreParameters parameters = RestorePreset(options.preset, options.factor);
+Options Rows(Settings& settings) {
+  return Joined(
+      {{PictureRow(settings.picture),
+        OutRow(settings.out, "the restored one"),
+        {.name = "--factor",
+         .target = &settings.factor,
+         .unit = "N",
+         .check = Range{1, 64},
+         .help = "how many times larger, 1 to 64"},
+        {.name = "--preset",
+         .target = &settings.preset,
+         .unit = "NAME",
+         .check = OneOf{Listed(RestorePresetNames())},
+         .help = "clean, compressed (JPEG) or noisy"}},
+       BandRows(settings),
+       {{.name = "--bits-road", .target = &settings.overBytes, .help = "8 bits a sample in and out, as norv 4 does"},
+        DenoiseFirstRow(settings.denoise)},
+       KnobRows(settings),
+       WriteRows(settings.choice)});
+}
+
+RestoreParameters Parameters(const Settings& settings) {
+  RestoreParameters parameters = RestorePreset(settings.preset, settings.factor);
   const std::span<const RestoreKnob> knobs = RestoreKnobs();
   for (size_t i = 0; i < knobs.size(); ++i) {
-    if (!options.knobs[i]) continue;
+    if (!settings.knobs[i]) continue;
     const auto turn = [&](auto field) {
-      parameters.*field = static_cast<std::decay_t<decltype(parameters.*field)>>(*options.knobs[i]);
+      parameters.*field = static_cast<std::decay_t<decltype(parameters.*field)>>(*settings.knobs[i]);
     };
     std::visit(turn, knobs[i].field);
   }
   return parameters;
 }
 
-void Run(const RestoreOptions& options) {
-  const RestoreParameters parameters = Parameters(options);
-  Picture picture = LoadImage(options.picture);
-  if (options.denoise) DenoisePicture(picture, {.threads = options.threads});
-  const int32_t bands = options.bands > 0 ? options.bands : options.threads > 1 ? options.threads : 0;
-  SaveImage(options.out,
-            options.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), options.threads)
-                              : RestorePicture(std::move(picture), parameters, bands, options.threads),
-            options.choice);
+void Run(const Settings& settings) {
+  const RestoreParameters parameters = Parameters(settings);
+  Picture picture = LoadImage(settings.picture);
+  if (settings.denoise) DenoisePicture(picture, {.threads = settings.threads});
+  const int32_t bands = settings.bands > 0 ? settings.bands : settings.threads > 1 ? settings.threads : 0;
+  SaveImage(settings.out,
+            settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
+                               : RestorePicture(std::move(picture), parameters, bands, settings.threads),
+            settings.choice);
 }
 
 }  // namespace
 
-CLI::App& AddRestore(CLI::App& kit) {
-  return AddCommand<RestoreOptions>(kit, "restore", "Make a picture larger and sharper by edge-preserving restoration",
-                                    "norvkit restore small.png large.png --factor 2 --preset clean --threads 2\n  "
-                                    "norvkit restore small.jpg large.png --factor 4 --preset compressed --lambda 0.2",
-                                    Declare, Run);
+Command RestoreCommand() {
+  return MakeCommand<Settings>(
+      {.name = "restore",
+       .purpose = "Make a picture larger and sharper by edge-preserving restoration",
+       .examples = "norvkit restore small.png large.png --factor 2 --preset clean --threads 2\n"
+                   "norvkit restore small.jpg large.png --factor 4 --preset compressed --lambda 0.2"},
+      Rows, Run);
 }
 
 }  // namespace norv

@@ -1,0 +1,45 @@
+// The table of commands.
+#include <algorithm>
+
+#include "kit/commands/command.h"
+
+namespace norv {
+
+Command ImportCommand();
+Command ExportCommand();
+Command InfoCommand();
+Command CompareCommand();
+Command TestCardCommand();
+Command ShrinkCommand();
+Command EnlargeCommand();
+Command RestoreCommand();
+Command DenoiseCommand();
+Command NoiseCommand();
+Command NewNetCommand();
+Command TrainCommand();
+Command CurveCommand();
+
+namespace {
+
+constexpr char kInAndOut[] = "Pictures in and out";
+constexpr char kScale[] = "Smaller and larger";
+constexpr char kNoise[] = "Noise";
+constexpr char kLook[] = "Look and measure";
+constexpr char kNetworks[] = "Networks";
+
+constexpr CommandRow kCommands[] = {
+    {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, TestCardCommand}, {kScale, ShrinkCommand},
+    {kScale, EnlargeCommand},   {kScale, RestoreCommand},   {kNoise, DenoiseCommand},     {kNoise, NoiseCommand},
+    {kLook, InfoCommand},       {kLook, CompareCommand},    {kNetworks, NewNetCommand},   {kNetworks, TrainCommand},
+    {kNetworks, CurveCommand},
+};
+
+}  // namespace
+
+std::span<const CommandRow> CommandTable() { return kCommands; }
+
+bool IsCommand(const std::string& name) {
+  return std::ranges::any_of(kCommands, [&](const CommandRow& row) { return row.make().name == name; });
+}
+
+}  // namespace norv

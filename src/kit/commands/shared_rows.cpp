@@ -1,0 +1,62 @@
+#include "kit/commands/shared_rows.h"
+
+#include "kit/pictures/picture.h"
+#include "kit/training/start_net.h"
+
+namespace norv {
+
+Options Joined(std::initializer_list<Options> lists) {
+  Options all;
+  for (const Options& list : lists) all.insert(all.end(), list.begin(), list.end());
+  return all;
+}
+
+std::string Listed(std::span<const std::string> words) {
+  std::string list;
+  for (const std::string& word : words) list += (list.empty() ? "" : ",") + word;
+  return list;
+}
+
+Option PictureRow(std::string& target) {
+  return {.name = "PICTURE", .target = &target, .help = "a picture, .fdib, .mat or .bit"};
+}
+
+Option OutRow(std::string& target, const char* what) {
+  return {.name = "OUT", .target = &target, .help = std::string(what) + ", in the format that its name says"};
+}
+
+Options WriteRows(WriteChoice& choice) {
+  return {{.name = "--bits",
+           .target = &choice.bits,
+           .unit = "N",
+           .check = OneOf{"8,16"},
+           .help = "bits a sample of the picture: 8 or 16",
+           .byDefault = "those of the input"},
+          {.name = "--quality",
+           .target = &choice.encoding.quality,
+           .unit = "N",
+           .check = Range{1, 100},
+           .help = "quality of a JPEG, 1 to 100"}};
+}
+
+Option DenoiseFirstRow(bool& target) {
+  return {.name = "--denoise", .target = &target, .help = "remove noise first, as norvkit denoise does"};
+}
+
+Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault) {
+  return {{.name = "--layout", .target = &plan.inputs, .unit = "N", .help = "inputs: 8, 24, 48, 49 or 72"},
+          {.name = "--factor", .target = &plan.factor, .unit = "N", .help = "enlargement: 2 or 4"},
+          {.name = "--hidden",
+           .target = &plan.hidden,
+           .unit = "N,N",
+           .help = "units of the hidden layers",
+           .byDefault = hiddenByDefault},
+          {.name = "--kinds",
+           .target = &plan.kinds,
+           .unit = "K,K,K",
+           .help = "activation kind of every layer, outputs last",
+           .byDefault = kindsByDefault},
+          {.name = "--seed", .target = &plan.seed, .unit = "N", .help = "seed of the random weights"}};
+}
+
+}  // namespace norv

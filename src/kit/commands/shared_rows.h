@@ -1,0 +1,34 @@
+// Rows that several commands have.
+#pragma once
+
+#include "kit/commands/command.h"
+
+namespace norv {
+
+struct WriteChoice;
+struct NetPlan;
+
+// Made of several lists.
+Options Joined(std::initializer_list<Options> lists);
+
+// With commas between.
+std::string Listed(std::span<const std::string> words);
+
+// Any picture or image of ours to read.
+Option PictureRow(std::string& target);
+// The file to write, whose name says its format; `what` is in it.
+Option OutRow(std::string& target, const char* what);
+
+// --bits and --quality of commands that write pictures.
+Options WriteRows(WriteChoice& choice);
+
+// --denoise of commands that may do so first.
+Option DenoiseFirstRow(bool& target);
+
+// A network's layers; byDefault: of its hidden layers and kinds.
+Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault);
+
+// The filters that a ShrinkOrder can mean, in words.
+inline constexpr char kShrinkOrders[] = "-1 to -5 cubic, 0 box, 1 tent, 2 to 64 Lanczos, -11 to -22 Gaussian";
+
+}  // namespace norv
