@@ -1,7 +1,7 @@
 // Pictures as norvkit import reads them: what was accepted has values on the scale, and survives a lossless file.
 #include "fuzz.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 
 using namespace norv;
 using namespace norv::fuzz;

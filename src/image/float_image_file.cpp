@@ -51,6 +51,10 @@ void FloatImageReader::Read(FloatImage& image, int32_t at, int32_t rows) {
   row_ += rows;
 }
 
+ImageSource FloatImageReader::Rows() {
+  return {{width, height, format}, [this](FloatImage& image, int32_t at, int32_t rows) { Read(image, at, rows); }};
+}
+
 void FloatImageReader::ReadMask(uint32_t* words, int64_t n) {
   file_.Seek(header_.PlaceOf(planes_, 0) + 4 * maskRead_);
   file_.Array(words, static_cast<size_t>(n));

@@ -33,8 +33,10 @@ constexpr void Transfer(File& file, FloatImageHeader& header) {
   file.Field(header.mask);
 }
 
-class FloatImageReader : public RowSource {
+class FloatImageReader {
  public:
+  int32_t width = 0, height = 0, format = kDefaultFormat;  // of the whole image
+
   // Reads the header. Width and height are 0 and the reason is on standard error when the file cannot be opened; a
   // file that is shorter than its header asks for is warned of at once, and so is an unknown format.
   explicit FloatImageReader(const std::string& path);
@@ -46,8 +48,11 @@ class FloatImageReader : public RowSource {
   // As the header's.
   int64_t MaskWords() const { return header_.MaskWords(); }
 
-  // What a short file lacks reads as zeros.
-  void Read(FloatImage& image, int32_t at, int32_t rows) override;
+  // The next `rows` rows of every plane into rows at, at + 1, ... of an image of this width and model. What a short
+  // file lacks reads as zeros.
+  void Read(FloatImage& image, int32_t at, int32_t rows);
+  // The same rows for those who take any source; the reader outlives it.
+  ImageSource Rows();
   // The next n words of the mask, once the planes are read.
   void ReadMask(uint32_t* words, int64_t n);
   // Warns of a file that turned out to be shorter than it looked. Once everything is read.
@@ -61,15 +66,15 @@ class FloatImageReader : public RowSource {
   bool warned_ = false;
 };
 
-class FloatImageWriter : public RowSink {
+class FloatImageWriter {
  public:
   FloatImageWriter(const std::string& path, int32_t width, int32_t height, int32_t format, int64_t maskWords);
 
   bool CanSeek() const { return file_.CanSeek(); }
   bool Failed() const { return file_.Failed(); }
-  // As many pixels a plane as the image's height asks for, zeros where a plane has fewer.
+  // All rows of the image, below those written before. False once the file has failed. As many pixels a plane as the
+  // image's height asks for, zeros where a plane has fewer.
   bool WriteRows(const FloatImage& image);
-  bool Write(FloatImage& image) override { return WriteRows(image); }
   // The next n words of the mask.
   void WriteMask(const uint32_t* words, int64_t n);
   // As FileOut::Commit().

@@ -1,29 +1,19 @@
-// Images that pass by in groups of rows, so that nobody has to hold a whole one.
+// Float images that pass by in groups of rows.
 #pragma once
 
-#include <cstdint>
-
 #include "image/float_image.h"
+#include "image/row_stream.h"
 
 namespace norv {
 
-class RowSource {
- public:
-  virtual ~RowSource() = default;
-
-  int32_t width = 0, height = 0, format = kDefaultFormat;  // of the whole image
-
-  // The next `rows` rows of every plane into rows at, at + 1, ... of an image of this width and model.
-  virtual void Read(FloatImage& image, int32_t at, int32_t rows) = 0;
+struct ImageShape {
+  int32_t width = 0, height = 0;  // pixels
+  int32_t format = kDefaultFormat;
 };
 
-class RowSink {
- public:
-  virtual ~RowSink() = default;
+using ImageSource = RowSource<ImageShape, FloatImage>;
 
-  // All rows of the image, which is used up, behind those written before. False: the destination has failed and wants
-  // no more.
-  virtual bool Write(FloatImage& image) = 0;
-};
+// Takes all rows of the image, which is used up, below those taken before. False: no more are wanted.
+using TakeRows = std::function<bool(FloatImage& rows)>;
 
 }  // namespace norv

@@ -131,30 +131,31 @@ void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& 
 }
 
 // Rows a strip for a picture of which not much should be in memory at once: whole tiles, as long as a tile is small.
-int32_t RowsOfStrip(const RowSource& source, int32_t planes, int32_t factor) {
+int32_t RowsOfStrip(int32_t width, int32_t planes, int32_t factor) {
   constexpr int64_t kStripBytes = int64_t{128} << 20;
   // The window, a copy of it and the enlarged planes, of which one comes and one goes.
-  const int64_t bytes = int64_t{4} * source.width * (planes * (2 + factor * factor) + factor * factor);
+  const int64_t bytes = int64_t{4} * width * (planes * (2 + factor * factor) + factor * factor);
   const int64_t rows = std::max<int64_t>(kStripBytes / std::max<int64_t>(bytes, 1), 1);
   return static_cast<int32_t>(std::min<int64_t>(rows < kTileRows ? rows : rows / kTileRows * kTileRows, INT32_MAX));
 }
 
 }  // namespace
 
-void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool shortcut, bool average,
+void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
                     int32_t stripRows) {
   const PlaneEnlarger enlarger(net, average);
-  const FloatImage shape(0, 0, source.format);
+  const FloatImage shape(0, 0, source.shape.format);
+  const int32_t height = source.shape.height;
   NORV_ASSERT(enlarger.Supported() && shape.planes > 0);
-  if (stripRows == 0) stripRows = RowsOfStrip(source, shape.planes, enlarger.Factor());
-  Progress progress(kDoing, NetworkPlanes(shape, shortcut) * source.height);
+  if (stripRows == 0) stripRows = RowsOfStrip(source.shape.width, shape.planes, enlarger.Factor());
+  Progress progress(kDoing, NetworkPlanes(shape, shortcut) * height);
   RowWindow window(source);
   bool wanted = true;
-  for (int64_t first = 0; first < source.height && wanted; first += stripRows) {
-    const Strip strip = PlanStrip(source.height, static_cast<int32_t>(first), stripRows, kLargestRadius);
+  for (int64_t first = 0; first < height && wanted; first += stripRows) {
+    const Strip strip = PlanStrip(height, static_cast<int32_t>(first), stripRows, kLargestRadius);
     FloatImage image = window.Show(strip);
     EnlargeStrip(enlarger, image, shortcut, strip, progress);
-    wanted = sink.Write(image);
+    wanted = take(image);
   }
 }
 

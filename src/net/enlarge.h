@@ -17,9 +17,9 @@ namespace norv {
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads);
 
 // A picture that passes by, in strips of stripRows rows (0: as many as make a strip of moderate size), on the calling
-// thread: the sink gets the very bits of NetEnlargeImage with one thread, strip by strip. The network has a layout,
-// the format is known. Stops where the sink wants no more.
-void NetEnlargeRows(RowSource& source, RowSink& sink, const NeuralNet& net, bool shortcut, bool average,
+// thread: `take` gets the very bits of NetEnlargeImage with one thread, strip by strip. The network has a layout,
+// the format is known. Stops where no more is wanted.
+void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
                     int32_t stripRows = 0);
 
 // A whole image or one band, in place, on the calling thread.

@@ -27,7 +27,8 @@ void EnlargeInStrips(FloatImageReader& in, const std::string& to, const NeuralNe
   FloatImageWriter out(to, in.width * factor, in.height * factor, in.format, in.MaskWords());
   if (!out.Failed()) {
     const bool seeking = in.CanSeek() && out.CanSeek();
-    NetEnlargeRows(in, out, net, shortcut, average, seeking ? stripRows : in.height);
+    const auto write = [&](FloatImage& rows) { return out.WriteRows(rows); };
+    NetEnlargeRows(in.Rows(), write, net, shortcut, average, seeking ? stripRows : in.height);
     CopyMask(in, out);
     in.WarnIfShort();
   }

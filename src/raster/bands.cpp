@@ -40,12 +40,12 @@ Strip PlanStrip(int32_t height, int32_t first, int32_t rows, int32_t margin) {
 }
 
 const FloatImage& RowWindow::Show(const Strip& strip) {
-  FloatImage next(source_.width, strip.windowRows, source_.format);
+  const int64_t width = source_.shape.width;
+  FloatImage next(source_.shape.width, strip.windowRows, source_.shape.format);
   const int32_t kept = first_ + rows_ - strip.windowFirst;
   for (int32_t p = 0; p < next.planes; ++p)
-    std::copy_n(window_.plane[p].x + window_.plane[p].mn - int64_t{kept} * source_.width, int64_t{kept} * source_.width,
-                next.plane[p].x);
-  source_.Read(next, kept, strip.windowRows - kept);
+    std::copy_n(window_.plane[p].x + window_.plane[p].mn - kept * width, kept * width, next.plane[p].x);
+  source_.read(next, kept, strip.windowRows - kept);
   window_ = std::move(next);
   first_ = strip.windowFirst;
   rows_ = strip.windowRows;

@@ -44,14 +44,14 @@ inline Strip WholeStrip(int32_t height) { return PlanStrip(height, 0, height, 0)
 // Looks at the rows of a source through windows that move down it and may overlap; every row is read once.
 class RowWindow {
  public:
-  explicit RowWindow(RowSource& source) : source_(source) {}
+  explicit RowWindow(const ImageSource& source) : source_(source) {}
 
   // The strip's window: rows windowFirst, ... as an image. Windows neither begin nor end above the one before, and
   // leave no gap.
   const FloatImage& Show(const Strip& strip);
 
  private:
-  RowSource& source_;
+  const ImageSource& source_;
   FloatImage window_;
   int32_t first_ = 0, rows_ = 0;
 };

@@ -5,7 +5,8 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
-#include "kit/pictures/scale.h"
+#include "kit/pictures/enlarge_picture.h"
+#include "kit/pictures/image_file.h"
 #include "net/net_file.h"
 #include "support/nets.h"
 #include "support/process.h"

@@ -9,7 +9,8 @@
 #include <tiffio.h>
 
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/formats/codec.h"
+#include "kit/pictures/picture_samples.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -18,8 +19,7 @@ namespace {
 
 // Every value of a channel, every channel different, no two rows alike.
 Samples Pattern(int32_t width, int32_t height, int32_t channels, int32_t bits) {
-  Samples samples;
-  samples.Allocate(width, height, channels, bits);
+  Samples samples({width, height, channels, bits});
   uint32_t state = 12345;
   for (uint8_t& byte : samples.bytes) byte = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
   return samples;

@@ -2,8 +2,8 @@
 #include <doctest/doctest.h>
 #include <string>
 
+#include "kit/pictures/picture_file.h"
 #include "kit/pictures/quality.h"
-#include "kit/pictures/scale.h"
 #include "kit/pictures/test_card.h"
 #include "kit/training/training_pictures.h"
 #include "net/net_file.h"
@@ -23,7 +23,7 @@ struct Shipped {
 // On the drawn card, shrunk and rounded as the held-out picture of a training is.
 double GainOverLanczos(const NeuralNet& net, int32_t factor) {
   test::ScratchFolder folder;
-  for (const char* name : {"card.png", "other.png"}) WritePicture(folder / name, DrawTestCard(384, 256), {});
+  for (const char* name : {"card.png", "other.png"}) WritePicture(folder / name, AllRows(DrawTestCard(384, 256)), {});
   const TrainingPictures pictures({.folder = folder.Path(), .valid = "card.png", .factor = factor});
   return ValidationPsnr(net, pictures.Validation(), 1) - pictures.Validation()[0].lanczos;
 }

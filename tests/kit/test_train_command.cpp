@@ -8,6 +8,7 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/picture_file.h"
 #include "kit/pictures/test_card.h"
 #include "kit/training/learning_curve.h"
 #include "kit/training/training_pictures.h"
@@ -30,7 +31,7 @@ struct Gallery {
     test::WriteBytes(folder / "notes.txt", "no picture");
   }
   void Draw(const char* name, int32_t width, int32_t height) const {
-    WritePicture(folder / name, DrawTestCard(width, height), {});
+    WritePicture(folder / name, AllRows(DrawTestCard(width, height)), {});
   }
   // A training into `out` with a small network.
   test::Outcome Train(const std::string& out, const std::string& epochs, std::vector<std::string> more = {},

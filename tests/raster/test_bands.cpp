@@ -67,18 +67,15 @@ TEST_CASE("bands cover the image, or one does when there are too few rows") {
 }
 
 TEST_CASE("strips cover the image once, and their windows have their rows and margins") {
-  struct Rows : RowSource {
-    FloatImage all = RandomImage(3, 11, kDefaultFormat);
-    int32_t next = 0;
-    Rows() { width = 3, height = 11; }
-    void Read(FloatImage& image, int32_t at, int32_t rows) override {
-      for (int32_t p = 0; p < 3; ++p) std::copy_n(all.plane[p].x + 3 * next, 3 * rows, image.plane[p].x + 3 * at);
-      next += rows;
-    }
-  };
+  const FloatImage all = RandomImage(3, 11, kDefaultFormat);
   for (const int32_t height : {1, 2, 3, 11, 20})
     for (const int32_t margin : {0, 1, 3}) {
-      Rows source;
+      int32_t next = 0;
+      const auto read = [&](FloatImage& image, int32_t at, int32_t rows) {
+        for (int32_t p = 0; p < 3; ++p) std::copy_n(all.plane[p].x + 3 * next, 3 * rows, image.plane[p].x + 3 * at);
+        next += rows;
+      };
+      const ImageSource source{{3, 11, kDefaultFormat}, read};
       RowWindow window(source);
       for (int32_t first = 0; first < 11; first += height) {
         const Strip strip = PlanStrip(11, first, height, margin);
@@ -88,10 +85,9 @@ TEST_CASE("strips cover the image once, and their windows have their rows and ma
         CHECK(strip.windowFirst + shown.height == std::min(first + height + margin, 11));
         for (int32_t p = 0; p < 3; ++p)
           for (int32_t r = strip.windowFirst; r < strip.windowFirst + shown.height; ++r)
-            CHECK(std::equal(source.all.plane[p].z[r], source.all.plane[p].z[r] + 3,
-                             strip.WindowOf(shown.plane[p]).Row(r)));
+            CHECK(std::equal(all.plane[p].z[r], all.plane[p].z[r] + 3, strip.WindowOf(shown.plane[p]).Row(r)));
       }
-      CHECK(source.next == 11);
+      CHECK(next == 11);
     }
 }
 

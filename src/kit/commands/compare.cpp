@@ -4,6 +4,7 @@
 #include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/quality.h"
 #include "platform/console.h"
 

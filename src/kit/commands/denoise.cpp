@@ -1,6 +1,6 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/restore_picture.h"
 
 namespace norv {

@@ -1,7 +1,10 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/enlarge_picture.h"
+#include "kit/pictures/file_kind.h"
+#include "kit/pictures/image_file.h"
+#include "kit/pictures/interpolation.h"
 #include "kit/pictures/restore_picture.h"
 #include "kit/pictures/scale.h"
 #include "net/net_file.h"
@@ -65,10 +68,9 @@ void EnlargeByNet(const Settings& settings) {
   LoadNet(net, settings.net, Folder::asGiven);
   if (settings.factor != 0 && settings.factor * settings.factor != net.LastNi())
     Fail("%s does not enlarge %d times", settings.net.c_str(), settings.factor);
-  std::unique_ptr<PictureReader> picture =
-      settings.denoise ? ReadHeld(LoadInput(settings)) : OpenImage(settings.picture);
-  if (GoesInBands(picture->Shape(), settings.how))
-    SaveImage(settings.out, EnlargeByNet(ReadAll(*picture), net, settings.how), settings.choice);
+  PictureSource picture = settings.denoise ? HeldPicture(LoadInput(settings)) : OpenImage(settings.picture);
+  if (GoesInBands(picture.shape, settings.how))
+    SaveImage(settings.out, EnlargeByNet(AllRows(picture), net, settings.how), settings.choice);
   else
     EnlargeRowsByNet(std::move(picture), net, settings.how, settings.out, settings.choice);
 }

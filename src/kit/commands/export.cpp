@@ -1,7 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -22,10 +22,10 @@ Options Rows(Settings& settings) {
 }
 
 void Run(const Settings& settings) {
-  if (!CodecOfName(settings.picture))
+  if (!HasPictureName(settings.picture))
     throw WrongUsage("PICTURE has to be named as a picture (" + KnownFormats() + "): " + settings.picture);
-  const std::unique_ptr<PictureReader> image = OpenImage(settings.file);
-  const int64_t moved = CopyRows(*image, *CreateImage(settings.picture, image->Shape(), settings.choice));
+  const PictureSource image = OpenImage(settings.file);
+  const int64_t moved = CopyRows(image, CreateImage(settings.picture, image.shape, settings.choice));
   if (settings.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }
 

@@ -1,6 +1,6 @@
 #include "kit/commands/command.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 
 namespace norv {
 namespace {
@@ -17,11 +17,9 @@ Options Rows(Settings& settings) {
 }
 
 void Run(const Settings& settings) {
-  const std::string extension = ExtensionOf(settings.file);
-  if (extension != "fdib" && extension != "mat" && extension != "bit")
-    throw WrongUsage("FILE has to end in .fdib, .mat or .bit: " + settings.file);
-  const std::unique_ptr<PictureReader> picture = OpenImage(settings.picture);
-  CopyRows(*picture, *CreateImage(settings.file, picture->Shape(), {}));
+  if (!HasImageName(settings.file)) throw WrongUsage("FILE has to end in .fdib, .mat or .bit: " + settings.file);
+  const PictureSource picture = OpenImage(settings.picture);
+  CopyRows(picture, CreateImage(settings.file, picture.shape, {}));
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include <set>
 
 #include "image/bit_image.h"
+#include "image/float_image.h"
 #include "kit/commands/command.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/file_kind.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/summary.h"
 #include "net/net_file.h"
 #include "platform/console.h"

@@ -2,7 +2,7 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 
 namespace norv {
 namespace {

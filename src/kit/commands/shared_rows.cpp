@@ -1,6 +1,6 @@
 #include "kit/commands/shared_rows.h"
 
-#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_file.h"
 #include "kit/training/start_net.h"
 
 namespace norv {

@@ -1,7 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/scale.h"
 
 namespace norv {

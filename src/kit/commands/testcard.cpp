@@ -3,7 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/test_card.h"
 
 namespace norv {
@@ -33,7 +33,8 @@ void Run(const Settings& settings) {
   if (fields != 2 || settings.size.c_str()[used] != '\0' || width < kSmallest || height < kSmallest ||
       width > kLargest || height > kLargest)
     throw WrongUsage("--size has to be WIDTHxHEIGHT, each 48 to 20000: " + settings.size);
-  SaveImage(settings.picture, DrawTestCard(width, height), settings.choice);
+  const PictureSource card = DrawTestCard(width, height);
+  CopyRows(card, CreateImage(settings.picture, card.shape, settings.choice));
 }
 
 }  // namespace

@@ -51,11 +51,11 @@ constexpr size_t kPiece = size_t{1} << 16;
 // The library's way to a source: a buffer that it empties and has filled again.
 struct JpegSource {
   jpeg_source_mgr manager = {};  // first, so that the library's pointer is ours
-  ByteSource* source;
+  ByteSource source;
   int64_t position = 0;
   Bytes buffer = Bytes(kPiece);
 
-  explicit JpegSource(ByteSource& from) : source(&from) {
+  explicit JpegSource(const ByteSource& from) : source(from) {
     manager.init_source = manager.term_source = [](j_decompress_ptr) {};
     manager.resync_to_restart = jpeg_resync_to_restart;
     manager.fill_input_buffer = Fill;
@@ -64,7 +64,7 @@ struct JpegSource {
 
   static boolean Fill(j_decompress_ptr jpeg) {
     JpegSource* self = reinterpret_cast<JpegSource*>(jpeg->src);
-    const size_t got = self->source->Read(self->position, self->buffer.data(), kPiece);
+    const size_t got = self->source.read(self->position, self->buffer.data(), kPiece);
     if (got == 0) ERREXIT(jpeg, JERR_INPUT_EOF);
     self->position += static_cast<int64_t>(got);
     self->manager.next_input_byte = self->buffer.data();
@@ -83,11 +83,11 @@ struct JpegSource {
 
 struct JpegSink {
   jpeg_destination_mgr manager = {};  // first, as above
-  ByteSink* sink;
+  ByteSink sink;
   int64_t position = 0;
   Bytes buffer = Bytes(kPiece);
 
-  explicit JpegSink(ByteSink& to) : sink(&to) {
+  explicit JpegSink(const ByteSink& to) : sink(to) {
     manager.init_destination = [](j_compress_ptr jpeg) { reinterpret_cast<JpegSink*>(jpeg->dest)->Restart(); };
     manager.empty_output_buffer = [](j_compress_ptr jpeg) {
       reinterpret_cast<JpegSink*>(jpeg->dest)->Send(jpeg, kPiece);
@@ -103,7 +103,7 @@ struct JpegSink {
     manager.free_in_buffer = kPiece;
   }
   void Send(j_compress_ptr jpeg, size_t size) {
-    if (!sink->Write(position, buffer.data(), size)) ERREXIT(jpeg, JERR_FILE_WRITE);
+    if (!sink(position, buffer.data(), size)) ERREXIT(jpeg, JERR_FILE_WRITE);
     position += static_cast<int64_t>(size);
     Restart();
   }
@@ -115,7 +115,7 @@ struct JpegInput {
   jpeg_progress_mgr progress = {};
   jpeg_decompress_struct jpeg = {};
 
-  explicit JpegInput(ByteSource& from) : source(from) {
+  explicit JpegInput(const ByteSource& from) : source(from) {
     jpeg.err = &errors.manager;
     progress.progress_monitor = [](j_common_ptr common) {
       if (reinterpret_cast<j_decompress_ptr>(common)->input_scan_number > kMostScans)
@@ -132,7 +132,7 @@ struct JpegOutput {
   JpegSink sink;
   jpeg_compress_struct jpeg = {};
 
-  explicit JpegOutput(ByteSink& to) : sink(to) { jpeg.err = &errors.manager; }
+  explicit JpegOutput(const ByteSink& to) : sink(to) { jpeg.err = &errors.manager; }
   ~JpegOutput() { jpeg_destroy_compress(&jpeg); }
   JpegOutput(const JpegOutput&) = delete;
   JpegOutput& operator=(const JpegOutput&) = delete;
@@ -181,9 +181,9 @@ size_t BytesHeld(jpeg_decompress_struct& jpeg) {
   return bytes;
 }
 
-class JpegReader : public SampleReader {
+class JpegReader {
  public:
-  explicit JpegReader(ByteSource& source) : in_(source) {
+  explicit JpegReader(const ByteSource& source) : in_(source) {
     jpeg_decompress_struct& jpeg = in_.jpeg;
     in_.errors.Run([&] {
       jpeg_create_decompress(&jpeg);
@@ -195,33 +195,37 @@ class JpegReader : public SampleReader {
       jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
       jpeg.dct_method = JDCT_ISLOW;
     });
-    shape_.Require(jpeg.image_width, jpeg.image_height, jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3, 8);
+    RequirePossible(jpeg.image_width, jpeg.image_height);
+    shape = {static_cast<int32_t>(jpeg.image_width), static_cast<int32_t>(jpeg.image_height),
+             jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3};
     for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
       if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
-        shape_.turn = TurnOfOrientationTag(tag);
-    if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape_.width));
+        shape.turn = TurnOfOrientationTag(tag);
+    if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape.width));
     if (BytesHeld(jpeg) > AvailableMemory()) Fail("JPEG: out of memory");
     in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
   }
 
-  void Read(uint8_t* row) override {
+  void ReadRow(uint8_t* row) {
     jpeg_decompress_struct& jpeg = in_.jpeg;
     in_.errors.Run([&] {
       JSAMPROW target = inkRow_.empty() ? row : inkRow_.data();
       jpeg_read_scanlines(&jpeg, &target, 1);
-      if (!inkRow_.empty()) InksToRgb(target, row, shape_.width, jpeg.saw_Adobe_marker);
+      if (!inkRow_.empty()) InksToRgb(target, row, shape.width, jpeg.saw_Adobe_marker);
       if (jpeg.output_scanline == jpeg.output_height) jpeg_finish_decompress(&jpeg);
     });
   }
+
+  PictureShape shape;
 
  private:
   JpegInput in_;
   Bytes inkRow_;
 };
 
-class JpegWriter : public SampleWriter {
+class JpegWriter {
  public:
-  JpegWriter(ByteSink& sink, const SampleShape& shape, int32_t quality) : out_(sink) {
+  JpegWriter(const ByteSink& sink, const PictureShape& shape, int32_t quality) : out_(sink) {
     jpeg_compress_struct& jpeg = out_.jpeg;
     out_.errors.Run([&] {
       jpeg_create_compress(&jpeg);
@@ -237,13 +241,13 @@ class JpegWriter : public SampleWriter {
       jpeg_start_compress(&jpeg, TRUE);
     });
   }
-  void Write(const uint8_t* row) override {
+  void WriteRow(const uint8_t* row) {
     out_.errors.Run([&] {
       JSAMPROW source = const_cast<uint8_t*>(row);  // which the library leaves alone
       jpeg_write_scanlines(&out_.jpeg, &source, 1);
     });
   }
-  void Finish() override {
+  void Finish() {
     out_.errors.Run([&] { jpeg_finish_compress(&out_.jpeg); });
   }
 
@@ -251,10 +255,10 @@ class JpegWriter : public SampleWriter {
   JpegOutput out_;
 };
 
-std::unique_ptr<SampleReader> OpenJpeg(ByteSource& source) { return std::make_unique<JpegReader>(source); }
+SampleSource OpenJpeg(const ByteSource& source) { return RowByRow(std::make_shared<JpegReader>(source)); }
 
-std::unique_ptr<SampleWriter> CreateJpeg(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) {
-  return std::make_unique<JpegWriter>(sink, shape, choice.quality);
+SampleSink CreateJpeg(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
+  return ToRowByRow(std::make_shared<JpegWriter>(sink, shape, choice.quality));
 }
 
 }  // namespace

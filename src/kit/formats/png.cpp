@@ -15,14 +15,17 @@ struct PngSession {
   png_structp png = nullptr;
   png_infop info = nullptr;
   bool reading;
-  ByteSource* source = nullptr;
-  ByteSink* sink = nullptr;
+  ByteSource source;
+  ByteSink sink;
   int64_t position = 0;
   char failure[200] = "out of memory";
 
-  PngSession(ByteSource* from, ByteSink* to) : reading(from), source(from), sink(to) {
-    png = reading ? png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning)
-                  : png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
+  explicit PngSession(const ByteSource& from) : reading(true), source(from) {
+    png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
+    if (png) info = png_create_info_struct(png);
+  }
+  explicit PngSession(const ByteSink& to) : reading(false), sink(to) {
+    png = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
     if (png) info = png_create_info_struct(png);
   }
   ~PngSession() {
@@ -50,12 +53,12 @@ struct PngSession {
   static void OnWarning(png_structp, png_const_charp) {}
   static void OnRead(png_structp png, png_bytep target, size_t size) {
     PngSession& self = *static_cast<PngSession*>(png_get_io_ptr(png));
-    if (self.source->Read(self.position, target, size) != size) png_error(png, "the file ends early");
+    if (self.source.read(self.position, target, size) != size) png_error(png, "the file ends early");
     self.position += static_cast<int64_t>(size);
   }
   static void OnWrite(png_structp png, png_bytep bytes, size_t size) {
     PngSession& self = *static_cast<PngSession*>(png_get_io_ptr(png));
-    if (!self.sink->Write(self.position, bytes, size)) png_error(png, "cannot be written");
+    if (!self.sink(self.position, bytes, size)) png_error(png, "cannot be written");
     self.position += static_cast<int64_t>(size);
   }
   static void OnFlush(png_structp) {}
@@ -63,9 +66,9 @@ struct PngSession {
 
 bool IsPng(std::span<const uint8_t> start) { return start.size() >= 8 && png_sig_cmp(start.data(), 0, 8) == 0; }
 
-class PngReader : public SampleReader {
+class PngReader {
  public:
-  explicit PngReader(ByteSource& source) : session_(&source, nullptr) {
+  explicit PngReader(const ByteSource& source) : session_(source) {
     png_structp png = session_.png;
     png_infop info = session_.info;
     session_.Run([&] {
@@ -76,25 +79,26 @@ class PngReader : public SampleReader {
       png_set_interlace_handling(png);
       png_read_update_info(png, info);
     });
-    shape_.Require(png_get_image_width(png, info), png_get_image_height(png, info), png_get_channels(png, info),
-                   png_get_bit_depth(png, info));
-    if (png_get_rowbytes(png, info) != shape_.RowBytes()) Fail("PNG: rows of an unknown layout");
+    const uint32_t width = png_get_image_width(png, info), height = png_get_image_height(png, info);
+    RequirePossible(width, height);
+    shape = {static_cast<int32_t>(width), static_cast<int32_t>(height), png_get_channels(png, info),
+             png_get_bit_depth(png, info)};
+    if (png_get_rowbytes(png, info) != shape.RowBytes()) Fail("PNG: rows of an unknown layout");
   }
   bool IsInterlaced() const { return png_get_interlace_type(session_.png, session_.info) != PNG_INTERLACE_NONE; }
 
-  void Read(uint8_t* row) override {
+  void ReadRow(uint8_t* row) {
     session_.Run([&] {
       png_read_row(session_.png, row, nullptr);
-      if (++next_ == shape_.height) png_read_end(session_.png, nullptr);
+      if (++next_ == shape.height) png_read_end(session_.png, nullptr);
     });
   }
 
   // Every row comes in several passes over the whole picture.
   Samples ReadInterlaced() {
-    Samples samples;
-    samples.Allocate(shape_.width, shape_.height, shape_.channels, shape_.bits);
+    Samples samples(shape);
     std::vector<png_bytep> rows;
-    for (int32_t r = 0; r < shape_.height; ++r) rows.push_back(samples.Row(r));
+    for (int32_t r = 0; r < shape.height; ++r) rows.push_back(samples.Row(r));
     session_.Run([&] {
       png_read_image(session_.png, rows.data());
       png_read_end(session_.png, nullptr);
@@ -102,14 +106,16 @@ class PngReader : public SampleReader {
     return samples;
   }
 
+  PictureShape shape;
+
  private:
   PngSession session_;
   int32_t next_ = 0;
 };
 
-class PngWriter : public SampleWriter {
+class PngWriter {
  public:
-  PngWriter(ByteSink& sink, const SampleShape& shape) : session_(nullptr, &sink) {
+  PngWriter(const ByteSink& sink, const PictureShape& shape) : session_(sink) {
     constexpr int kColourTypes[] = {0, PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA, PNG_COLOR_TYPE_RGB,
                                     PNG_COLOR_TYPE_RGB_ALPHA};
     png_structp png = session_.png;
@@ -123,10 +129,10 @@ class PngWriter : public SampleWriter {
       png_set_swap(png);
     });
   }
-  void Write(const uint8_t* row) override {
+  void WriteRow(const uint8_t* row) {
     session_.Run([&] { png_write_row(session_.png, row); });
   }
-  void Finish() override {
+  void Finish() {
     session_.Run([&] { png_write_end(session_.png, session_.info); });
   }
 
@@ -134,14 +140,13 @@ class PngWriter : public SampleWriter {
   PngSession session_;
 };
 
-std::unique_ptr<SampleReader> OpenPng(ByteSource& source) {
-  auto reader = std::make_unique<PngReader>(source);
-  if (reader->IsInterlaced()) return ReadHeld(reader->ReadInterlaced());
-  return reader;
+SampleSource OpenPng(const ByteSource& source) {
+  const auto reader = std::make_shared<PngReader>(source);
+  return reader->IsInterlaced() ? HeldSamples(reader->ReadInterlaced()) : RowByRow(reader);
 }
 
-std::unique_ptr<SampleWriter> CreatePng(ByteSink& sink, const SampleShape& shape, const EncodingChoice&) {
-  return std::make_unique<PngWriter>(sink, shape);
+SampleSink CreatePng(const ByteSink& sink, const PictureShape& shape, const EncodingChoice&) {
+  return ToRowByRow(std::make_shared<PngWriter>(sink, shape));
 }
 
 }  // namespace

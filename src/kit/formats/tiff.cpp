@@ -17,15 +17,15 @@ namespace {
 
 // The library's handle on a source or a sink.
 struct TiffFile {
-  ByteSource* source;
-  ByteSink* sink;
+  ByteSource source;  // without a function: being written
+  ByteSink sink;
   int64_t position = 0;
   int64_t written = 0;  // size of what is written
   char failure[200] = "not a readable file";
   TIFF* tiff = nullptr;
 
   // mode: as the library's own, "r" for a source.
-  TiffFile(ByteSource* from, ByteSink* to, const char* mode) : source(from), sink(to) {
+  TiffFile(const ByteSource& from, const ByteSink& to, const char* mode) : source(from), sink(to) {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     if (!options) Fail("TIFF: out of memory");
     TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
@@ -60,14 +60,14 @@ struct TiffFile {
   static int OnWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
   static tmsize_t Read(thandle_t handle, void* target, tmsize_t size) {
     TiffFile& self = *static_cast<TiffFile*>(handle);
-    if (!self.source || size < 0) return 0;
-    const size_t got = self.source->Read(self.position, target, static_cast<size_t>(size));
+    if (!self.source.read || size < 0) return 0;
+    const size_t got = self.source.read(self.position, target, static_cast<size_t>(size));
     self.position += static_cast<int64_t>(got);
     return static_cast<tmsize_t>(got);
   }
   static tmsize_t Write(thandle_t handle, void* bytes, tmsize_t size) {
     TiffFile& self = *static_cast<TiffFile*>(handle);
-    if (!self.sink || !self.sink->Write(self.position, bytes, static_cast<size_t>(size))) return -1;
+    if (!self.sink || !self.sink(self.position, bytes, static_cast<size_t>(size))) return -1;
     self.position += size;
     self.written = std::max(self.written, self.position);
     return size;
@@ -83,7 +83,7 @@ struct TiffFile {
   static int Close(thandle_t) { return 0; }
   static toff_t Size(thandle_t handle) {
     const TiffFile& self = *static_cast<TiffFile*>(handle);
-    return static_cast<toff_t>(self.source ? self.source->Size() : self.written);
+    return static_cast<toff_t>(self.source.read ? self.source.size : self.written);
   }
   static int Map(thandle_t, void**, toff_t*) { return 0; }
   static void Unmap(thandle_t, void*, toff_t) {}
@@ -179,12 +179,13 @@ void PlainValues(Samples& samples, bool whiteIsZero, bool multiplied) {
 
 // Rows of a file whose samples are plain, from a band of them: a row of tiles, the strip of every separate plane, or
 // just the next row.
-class TiffReader : public SampleReader {
+class TiffReader {
  public:
-  explicit TiffReader(ByteSource& source) : file_(&source, nullptr, "rm"), layout_(file_) {
+  explicit TiffReader(const ByteSource& source) : file_(source, {}, "rm"), layout_(file_) {
     if (!layout_.IsPlain()) return;
-    shape_.Require(layout_.width, layout_.height, layout_.channels, layout_.bits);
-    shape_.turn = TurnOfOrientationTag(file_.Tag<uint16_t>(TIFFTAG_ORIENTATION, 1));
+    RequirePossible(layout_.width, layout_.height);
+    shape = {static_cast<int32_t>(layout_.width), static_cast<int32_t>(layout_.height), layout_.channels, layout_.bits};
+    shape.turn = TurnOfOrientationTag(file_.Tag<uint16_t>(TIFFTAG_ORIENTATION, 1));
     separate_ = layout_.planar == PLANARCONFIG_SEPARATE && layout_.channels > 1;
     const uint32_t rows = layout_.tiled ? file_.Tag<uint32_t>(TIFFTAG_TILELENGTH, 0)
                           : separate_   ? file_.Tag<uint32_t>(TIFFTAG_ROWSPERSTRIP, 0)
@@ -194,18 +195,20 @@ class TiffReader : public SampleReader {
   bool IsPlain() const { return layout_.IsPlain(); }
   Samples ReadConverted();
 
-  void Read(uint8_t* row) override {
+  void ReadRow(uint8_t* row) {
     const int32_t at = next_++ % bandRows_;
     if (at == 0) ReadBand(next_ - 1);
-    std::copy_n(band_.Row(at), shape_.RowBytes(), row);
+    std::copy_n(band_.Row(at), band_.RowBytes(), row);
   }
+
+  PictureShape shape;
 
  private:
   void ReadBand(int32_t first) {
-    const int32_t rows = std::min(bandRows_, shape_.height - first);
-    if (band_.height != rows) band_.Allocate(shape_.width, rows, shape_.channels, shape_.bits);
-    for (int32_t channel = 0; channel < (separate_ ? shape_.channels : 1); ++channel)
-      (layout_.tiled ? ReadTiles : ReadRows)(file_, band_, first, channel, separate_ ? 1 : shape_.channels);
+    const int32_t rows = std::min(bandRows_, shape.height - first);
+    if (band_.height != rows) band_ = Samples({shape.width, rows, shape.channels, shape.bits});
+    for (int32_t channel = 0; channel < (separate_ ? shape.channels : 1); ++channel)
+      (layout_.tiled ? ReadTiles : ReadRows)(file_, band_, first, channel, separate_ ? 1 : shape.channels);
     const bool whiteIsZero = layout_.photometric == PHOTOMETRIC_MINISWHITE;
     const bool multiplied = layout_.extra == EXTRASAMPLE_ASSOCALPHA && layout_.channels % 2 == 0;
     if (whiteIsZero || multiplied)
@@ -225,8 +228,8 @@ Samples TiffReader::ReadConverted() {
   const TiffLayout& layout = layout_;
   if (!TIFFRGBAImageOK(file_.tiff, reason)) Fail("TIFF: %s", reason);
   if (layout.bits > 8 || layout.kind != SAMPLEFORMAT_UINT) Fail("TIFF: samples of %d bits of this kind", layout.bits);
-  Samples samples;
-  samples.Allocate(layout.width, layout.height, layout.IsGrey() ? 1 : 3, 8);
+  RequirePossible(layout.width, layout.height);
+  Samples samples({static_cast<int32_t>(layout.width), static_cast<int32_t>(layout.height), layout.IsGrey() ? 1 : 3});
   const size_t count = size_t(layout.width) * layout.height;
   if (count * sizeof(uint32_t) > AvailableMemory()) Fail("TIFF: out of memory");
   std::vector<uint32_t> pixels(count);
@@ -238,20 +241,20 @@ Samples TiffReader::ReadConverted() {
   return samples;
 }
 
-std::unique_ptr<SampleReader> OpenTiff(ByteSource& source) {
-  auto reader = std::make_unique<TiffReader>(source);
-  if (!reader->IsPlain()) return ReadHeld(reader->ReadConverted());
-  return reader;
+SampleSource OpenTiff(const ByteSource& source) {
+  const auto reader = std::make_shared<TiffReader>(source);
+  return reader->IsPlain() ? RowByRow(reader) : HeldSamples(reader->ReadConverted());
 }
 
 // Offsets of 64 bits where those of 32 might not do: compression makes noise half as large again.
-const char* ModeFor(const SampleShape& shape) {
+const char* ModeFor(const PictureShape& shape) {
   return shape.RowBytes() * shape.height > (size_t{5} << 29) ? "w8m" : "wm";
 }
 
-class TiffWriter : public SampleWriter {
+class TiffWriter {
  public:
-  TiffWriter(ByteSink& sink, const SampleShape& shape) : file_(nullptr, &sink, ModeFor(shape)), row_(shape.RowBytes()) {
+  TiffWriter(const ByteSink& sink, const PictureShape& shape)
+      : file_({}, sink, ModeFor(shape)), row_(shape.RowBytes()) {
     const auto set = [&](uint32_t tag, auto value) { file_.Require(TIFFSetField(file_.tiff, tag, value)); };
     set(TIFFTAG_IMAGEWIDTH, shape.width);
     set(TIFFTAG_IMAGELENGTH, shape.height);
@@ -265,11 +268,11 @@ class TiffWriter : public SampleWriter {
     const uint16_t kind = EXTRASAMPLE_UNASSALPHA;
     if (shape.channels % 2 == 0) file_.Require(TIFFSetField(file_.tiff, TIFFTAG_EXTRASAMPLES, 1, &kind));
   }
-  void Write(const uint8_t* row) override {
+  void WriteRow(const uint8_t* row) {
     std::copy_n(row, row_.size(), row_.data());
     file_.Require(TIFFWriteScanline(file_.tiff, row_.data(), next_++, 0) == 1);
   }
-  void Finish() override {
+  void Finish() {
     file_.Require(TIFFWriteDirectory(file_.tiff));
     file_.Require(TIFFFlush(file_.tiff));
     TIFFClose(std::exchange(file_.tiff, nullptr));
@@ -281,8 +284,8 @@ class TiffWriter : public SampleWriter {
   Bytes row_;  // the predictor works in place
 };
 
-std::unique_ptr<SampleWriter> CreateTiff(ByteSink& sink, const SampleShape& shape, const EncodingChoice&) {
-  return std::make_unique<TiffWriter>(sink, shape);
+SampleSink CreateTiff(const ByteSink& sink, const PictureShape& shape, const EncodingChoice&) {
+  return ToRowByRow(std::make_shared<TiffWriter>(sink, shape));
 }
 
 }  // namespace

@@ -18,20 +18,19 @@ bool IsWebp(std::span<const uint8_t> start) {
          std::memcmp(start.data() + 8, "WEBP", 4) == 0;
 }
 
-Bytes AllOf(ByteSource& source) {
-  if (static_cast<size_t>(source.Size()) > AvailableMemory()) Fail("WebP: the file does not fit into memory");
-  Bytes bytes(static_cast<size_t>(source.Size()));
-  if (source.Read(0, bytes.data(), bytes.size()) != bytes.size()) Fail("WebP: damaged or cut short");
+Bytes AllOf(const ByteSource& source) {
+  if (static_cast<size_t>(source.size) > AvailableMemory()) Fail("WebP: the file does not fit into memory");
+  Bytes bytes(static_cast<size_t>(source.size));
+  if (source.read(0, bytes.data(), bytes.size()) != bytes.size()) Fail("WebP: damaged or cut short");
   return bytes;
 }
 
-Samples DecodeWebp(ByteSource& source) {
+Samples DecodeWebp(const ByteSource& source) {
   const Bytes bytes = AllOf(source);
   WebPBitstreamFeatures features;
   if (WebPGetFeatures(bytes.data(), bytes.size(), &features) != VP8_STATUS_OK) Fail("WebP: damaged or cut short");
   if (features.has_animation) Fail("WebP: an animation is no picture");
-  Samples samples;
-  samples.Allocate(features.width, features.height, features.has_alpha ? 4 : 3, 8);
+  Samples samples({features.width, features.height, features.has_alpha ? 4 : 3});
   const auto decode = features.has_alpha ? WebPDecodeRGBAInto : WebPDecodeRGBInto;
   const int stride = static_cast<int>(samples.RowBytes());
   if (!decode(bytes.data(), bytes.size(), samples.bytes.data(), samples.bytes.size(), stride))
@@ -41,8 +40,7 @@ Samples DecodeWebp(ByteSource& source) {
 
 // The format knows no grey: three equal channels instead.
 Samples InColour(const Samples& grey) {
-  Samples samples;
-  samples.Allocate(grey.width, grey.height, grey.channels + 2, 8);
+  Samples samples({grey.width, grey.height, grey.channels + 2});
   const uint8_t* source = grey.bytes.data();
   for (uint8_t* target = samples.bytes.data(); source != grey.bytes.data() + grey.bytes.size();
        source += grey.channels) {
@@ -65,28 +63,23 @@ Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
   return bytes;
 }
 
-class WebpWriter : public SampleWriter {
- public:
-  WebpWriter(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) : sink_(sink), choice_(choice) {
-    samples_.Allocate(shape.width, shape.height, shape.channels, 8);
-  }
-  void Write(const uint8_t* row) override { std::copy_n(row, samples_.RowBytes(), samples_.Row(next_++)); }
-  void Finish() override {
-    const Bytes bytes = EncodeWebp(samples_, choice_);
-    if (!sink_.Write(0, bytes.data(), bytes.size())) Fail("WebP: cannot be written");
-  }
+SampleSource OpenWebp(const ByteSource& source) { return HeldSamples(DecodeWebp(source)); }
 
- private:
-  ByteSink& sink_;
-  EncodingChoice choice_;
-  Samples samples_;
-  int32_t next_ = 0;
-};
-
-std::unique_ptr<SampleReader> OpenWebp(ByteSource& source) { return ReadHeld(DecodeWebp(source)); }
-
-std::unique_ptr<SampleWriter> CreateWebp(ByteSink& sink, const SampleShape& shape, const EncodingChoice& choice) {
-  return std::make_unique<WebpWriter>(sink, shape, choice);
+SampleSink CreateWebp(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
+  struct Collected {
+    Samples samples;
+    int32_t next = 0;
+  };
+  const auto all = std::make_shared<Collected>(Collected{Samples(shape)});
+  const auto write = [all](const Samples& rows) {
+    std::copy(rows.bytes.begin(), rows.bytes.end(), all->samples.Row(all->next));
+    all->next += rows.height;
+  };
+  const auto finish = [all, sink, choice] {
+    const Bytes bytes = EncodeWebp(all->samples, choice);
+    if (!sink(0, bytes.data(), bytes.size())) Fail("WebP: cannot be written");
+  };
+  return {write, finish};
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ BitImage ToBitImage(const FloatImage& image) {
   return bytes;
 }
 
-int32_t FloatFormatOf(const PictureShape& shape) { return shape.channels % 2 == 0 ? kAlphaFormat : kDefaultFormat; }
+int32_t FloatFormatOf(const PictureShape& shape) { return shape.HasAlpha() ? kAlphaFormat : kDefaultFormat; }
 
 FloatImage ToFloatImage(Picture picture) {
   FloatImage image(0, 0, FloatFormatOf(picture.Shape()));
@@ -50,10 +50,11 @@ Picture ToPicture(FloatImage image) {
   return picture;
 }
 
-Picture GreyPicture(matrix plane) {
+Picture GreyPicture(matrix plane, matrix alpha) {
   Picture picture;
-  picture.channels = 1;
+  picture.channels = alpha.mn > 0 ? 2 : 1;
   picture.plane[0].swap(plane);
+  picture.plane[1].swap(alpha);
   return picture;
 }
 
@@ -67,23 +68,6 @@ matrix LuminanceOf(const Picture& picture) {
     luminance.x[i] = toLuminance(model, display)[0];
   }
   return luminance;
-}
-
-FloatImage LoadFloatImage(const std::string& path) {
-  FloatImage image;
-  if (image.Load(path, Folder::asGiven)) throw SaidFailure();
-  return image;
-}
-
-void SaveFloatImage(const std::string& path, const FloatImage& image) {
-  if (image.Save(path, Folder::asGiven)) throw SaidFailure();
-}
-
-Picture LoadImage(const std::string& path) { return ReadAll(*OpenImage(path)); }
-
-int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
-  const PictureShape shape = picture.Shape();
-  return CopyRows(*ReadHeld(std::move(picture)), *CreateImage(path, shape, choice));
 }
 
 }  // namespace norv

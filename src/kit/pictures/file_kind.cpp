@@ -74,6 +74,11 @@ const char* NameOf(FileKind kind) {
   return "picture";
 }
 
+std::optional<FileKind> KindOfName(const std::string& path) {
+  const KindRow* row = RowOfExtension(ExtensionOf(path));
+  return row ? std::optional(row->kind) : std::nullopt;
+}
+
 FileFacts RecogniseFile(const std::string& path) {
   FileIn in(path);
   if (!in.IsOpen()) Fail("cannot open %s: %s", path.c_str(), in.Reason().c_str());

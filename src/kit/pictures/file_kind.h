@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace norv {
@@ -10,6 +11,9 @@ enum class FileKind { picture, matrix, floatImage, bitImage, net, trainingSet };
 
 // The kind in words.
 const char* NameOf(FileKind kind);
+
+// The kind that the name's extension says: .mat, .fdib, .bit, .net or .dat; none for other names.
+std::optional<FileKind> KindOfName(const std::string& path);
 
 struct FileFacts {
   FileKind kind;

@@ -15,12 +15,7 @@ namespace {
 
 // What three equal planes of a grey picture have become.
 Picture FirstColour(Picture picture) {
-  Picture grey = GreyPicture(std::move(picture.plane[0]));
-  if (picture.HasAlpha()) {
-    grey.channels = 2;
-    grey.plane[1].swap(picture.Alpha());
-  }
-  return grey;
+  return GreyPicture(std::move(picture.plane[0]), picture.HasAlpha() ? std::move(picture.Alpha()) : matrix());
 }
 
 // Grey as luminance without chrominance, so that two of three planes cost nothing.

@@ -1,7 +1,10 @@
 #include "kit/pictures/test_card.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
+#include <vector>
 
 #include "platform/team.h"
 #include "simd/math/math.h"
@@ -20,21 +23,27 @@ Colour Mix(const Colour& a, const Colour& b, double t) {
   return {a[0] + t * (b[0] - a[0]), a[1] + t * (b[1] - a[1]), a[2] + t * (b[2] - a[2])};
 }
 
-// A panel's scene: coordinates of the place in pixels from the panel's corner, and the panel's size.
-struct Place {
+// A line of strokes: how far its top is below the panel's, and its height in pixels.
+struct TextLine {
+  double top, height;
+};
+
+// Where a scene is looked at: x and y in pixels from the panel's corner, and the panel.
+struct Spot {
   double x, y, width, height;
+  const std::vector<TextLine>& text;
 };
 
 // Rings that narrow from the centre out: the phase grows with the squared radius so that the period at the nearest side
 // is four pixels, the finest that half the size can hold.
-Colour ZonePlate(const Place& p) {
+Colour ZonePlate(const Spot& p) {
   const double dx = p.x - p.width / 2, dy = p.y - p.height / 2;
   const double reach = (p.width < p.height ? p.width : p.height) / 2;
   return Grey(127.5 + 110 * Cos(kPi / 4 * (dx * dx + dy * dy) / reach));
 }
 
 // A fan of wedges around the lower left corner and one lone edge at 5 degrees.
-Colour SlantedEdges(const Place& p) {
+Colour SlantedEdges(const Spot& p) {
   const double up = p.height - p.y;
   if (p.x > 0.6 * p.width) return Grey(p.x - 0.8 * p.width > 0.0875 * (p.y - p.height / 2) ? 225 : 40);
   const double angle = Atan2(up, p.x) * (180 / kPi);
@@ -49,18 +58,27 @@ double SegmentDistance(double x, double y, const std::array<double, 4>& s) {
   return std::sqrt(ex * ex + ey * ey);
 }
 
-// Signs of four strokes each, in lines whose height shrinks from 24 pixels to 7. The strokes of a sign come from a hash
-// of its line and column.
-Colour Strokes(const Place& p) {
-  constexpr double kEnds[8][2] = {{0.1, 0.1}, {0.8, 0.1}, {0.1, 0.5},  {0.8, 0.5},
-                                  {0.1, 0.9}, {0.8, 0.9}, {0.45, 0.1}, {0.45, 0.9}};
-  const Colour paper = {246, 243, 234}, ink = {28, 26, 34};
-  double top = 3, height = 24;
-  uint32_t line = 0;
-  for (; p.y >= top + height * 1.35; ++line) {
+// The lines that begin in a panel of this height, theirs shrinking from 24 pixels to 7. Each takes its place from the
+// one before, so that they are added up once and not for every spot.
+std::vector<TextLine> TextLines(double panelHeight) {
+  std::vector<TextLine> lines;
+  for (double top = 3, height = 24; lines.empty() || top <= panelHeight;) {
+    lines.push_back({top, height});
     top += height * 1.35;
     height = height > 8 ? height * 0.84 : 7;
   }
+  return lines;
+}
+
+// Signs of four strokes each. The strokes of a sign come from a hash of its line and column.
+Colour Strokes(const Spot& p) {
+  constexpr double kEnds[8][2] = {{0.1, 0.1}, {0.8, 0.1}, {0.1, 0.5},  {0.8, 0.5},
+                                  {0.1, 0.9}, {0.8, 0.9}, {0.45, 0.1}, {0.45, 0.9}};
+  const Colour paper = {246, 243, 234}, ink = {28, 26, 34};
+  const auto below = std::upper_bound(p.text.begin() + 1, p.text.end(), p.y,
+                                      [](double y, const TextLine& next) { return y < next.top; });
+  const uint32_t line = static_cast<uint32_t>(below - p.text.begin() - 1);
+  const auto [top, height] = p.text[line];
   const double column = std::floor((p.x - 4) / height), x = (p.x - 4) / height - column, y = (p.y - top) / height;
   if (column < 0 || y < 0 || y > 1 || (column + 1) * height > p.width - 8) return paper;
   uint32_t hash = (line * 0x9E3779B1u) ^ (static_cast<uint32_t>(column) * 0x85EBCA77u + 0x165667B1u);
@@ -77,7 +95,7 @@ Colour Strokes(const Place& p) {
 }
 
 // Coloured discs on a grid, their radii falling from column to column; every third one is a ring.
-Colour Discs(const Place& p) {
+Colour Discs(const Spot& p) {
   constexpr Colour kColours[] = {{214, 62, 52},  {48, 146, 82}, {52, 92, 196},
                                  {236, 190, 60}, {30, 30, 30},  {245, 245, 245}};
   const double cell = p.height / 5;
@@ -90,7 +108,7 @@ Colour Discs(const Place& p) {
 }
 
 // Colour that changes slowly: a lit ball before a ramp.
-Colour Shading(const Place& p) {
+Colour Shading(const Spot& p) {
   const double u = p.x / p.width, v = p.y / p.height;
   const Colour ground = Mix({20 + 200 * u, 60 + 120 * v, 190 - 140 * u}, {250, 240, 220}, 0.5 * v);
   const double radius = 0.36 * p.height, dx = (p.x - p.width / 2) / radius, dy = (p.y - p.height / 2) / radius;
@@ -102,7 +120,7 @@ Colour Shading(const Place& p) {
 }
 
 // Bars of 6, 4, 3 and 2 pixels, upright, lying and crossed.
-Colour Bars(const Place& p) {
+Colour Bars(const Spot& p) {
   constexpr int kWidths[] = {6, 4, 3, 2};
   const int width = kWidths[static_cast<int>(4 * p.x / p.width)], kind = static_cast<int>(3 * p.y / p.height);
   const bool across = static_cast<int>(p.x) / width % 2, along = static_cast<int>(p.y) / width % 2;
@@ -110,7 +128,7 @@ Colour Bars(const Place& p) {
   return Grey(dark ? 40 : 215);
 }
 
-using Panel = Colour (*)(const Place&);
+using Panel = Colour (*)(const Spot&);
 constexpr int kColumns = 3, kRows = 2;
 constexpr Panel kPanels[kRows][kColumns] = {{SlantedEdges, Strokes, ZonePlate}, {Discs, Shading, Bars}};
 
@@ -119,38 +137,58 @@ int32_t PanelStart(int panel, int panels, int32_t length) {
   return static_cast<int32_t>(int64_t{length} * panel / panels);
 }
 
-Colour PixelOf(const Panel& panel, int32_t x, int32_t y, int32_t width, int32_t height) {
+// The pixel (x, y) of a panel.
+Colour PixelOf(Panel panel, int32_t x, int32_t y, double width, double height, const std::vector<TextLine>& text) {
   Colour sum = {};
   for (int i = 0; i < kSubsamples; ++i)
     for (int j = 0; j < kSubsamples; ++j) {
-      const Colour colour =
-          panel({x + (j + 0.5) / kSubsamples, y + (i + 0.5) / kSubsamples, double(width), double(height)});
+      const Colour colour = panel({x + (j + 0.5) / kSubsamples, y + (i + 0.5) / kSubsamples, width, height, text});
       for (int k = 0; k < 3; ++k) sum[k] += colour[k];
     }
   for (double& value : sum) value /= kSubsamples * kSubsamples;
   return sum;
 }
 
-void DrawRow(Picture& card, int32_t r) {
-  const int32_t height = card.Height(), width = card.Width();
-  int row = 0;
-  while (row + 1 < kRows && r >= PanelStart(row + 1, kRows, height)) ++row;
-  const int32_t top = PanelStart(row, kRows, height), bottom = PanelStart(row + 1, kRows, height);
-  for (int column = 0; column < kColumns; ++column) {
-    const int32_t left = PanelStart(column, kColumns, width), right = PanelStart(column + 1, kColumns, width);
-    for (int32_t x = left; x < right; ++x) {
-      const Colour colour = PixelOf(kPanels[row][column], x - left, r - top, right - left, bottom - top);
-      for (int k = 0; k < 3; ++k) card.plane[k].z[r][x] = static_cast<float>(colour[k]);
+class TestCard {
+ public:
+  TestCard(int32_t width, int32_t height) : width_(width), height_(height) {
+    for (int row = 0; row < kRows; ++row) text_[row] = TextLines(Bottom(row) - Top(row));
+  }
+
+  // Row r of the card into row `at` of a picture.
+  void DrawRow(int32_t r, Picture& rows, int32_t at) const {
+    int row = 0;
+    while (row + 1 < kRows && r >= Bottom(row)) ++row;
+    const int32_t top = Top(row), panelHeight = Bottom(row) - top;
+    for (int column = 0; column < kColumns; ++column) {
+      const int32_t left = PanelStart(column, kColumns, width_), right = PanelStart(column + 1, kColumns, width_);
+      for (int32_t x = left; x < right; ++x) {
+        const Colour colour = PixelOf(kPanels[row][column], x - left, r - top, right - left, panelHeight, text_[row]);
+        for (int k = 0; k < 3; ++k) rows.plane[k].z[at][x] = static_cast<float>(colour[k]);
+      }
     }
   }
-}
+
+ private:
+  int32_t Top(int row) const { return PanelStart(row, kRows, height_); }
+  int32_t Bottom(int row) const { return PanelStart(row + 1, kRows, height_); }
+
+  int32_t width_, height_;
+  std::vector<TextLine> text_[kRows];
+};
 
 }  // namespace
 
-Picture DrawTestCard(int32_t width, int32_t height) {
-  Picture card(width, height, 3);
-  ParallelFor(ProcessorCount(), height, [&](int64_t r) { DrawRow(card, static_cast<int32_t>(r)); });
-  return card;
+PictureSource DrawTestCard(int32_t width, int32_t height) {
+  const auto card = std::make_shared<const TestCard>(width, height);
+  const auto next = std::make_shared<int32_t>(0);
+  return {{width, height, 3}, [card, next](Picture& rows, int32_t at, int32_t count) {
+            ParallelFor(ProcessorCount(), count, [&](int64_t i) {
+              const int32_t r = static_cast<int32_t>(i);
+              card->DrawRow(*next + r, rows, at + r);
+            });
+            *next += count;
+          }};
 }
 
 }  // namespace norv

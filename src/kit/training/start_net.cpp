@@ -50,13 +50,6 @@ NeuralNet Skeleton(const NetPlan& plan) {
   return net;
 }
 
-// Keys' kernel with a = -1/2.
-double CubicKernel(double x) {
-  const double t = std::abs(x);
-  if (t < 1) return (1.5 * t - 2.5) * t * t + 1;
-  return t < 2 ? ((-0.5 * t + 2.5) * t - 4) * t + 2 : 0;
-}
-
 // weights[i][t]: what output i of a block takes of the source pixel t - 3 from its own, on an axis.
 std::vector<std::array<double, 7>> AxisWeights(Interpolation interpolation, int32_t f) {
   constexpr int32_t kPixel = 10;  // far from both ends of an axis of 21
@@ -134,19 +127,6 @@ NeuralNet InterpolationNet(const NetPlan& plan, Interpolation interpolation) {
         unit.W.x[i] = 1;
     }
   return net;
-}
-
-ResampleTable InterpolationTable(Interpolation interpolation, int32_t length, int32_t f) {
-  if (interpolation == Interpolation::lanczos) return EnlargementTable(length, f);
-  ResampleTable table;
-  table.taps = 6;
-  for (int32_t k = 0; k < length * f; ++k) {
-    const double position = (k + 0.5) / f - 0.5, first = std::floor(position) - 2;
-    table.start.push_back(static_cast<int32_t>(first));
-    for (int32_t j = 0; j < table.taps; ++j)
-      table.weights.push_back(static_cast<float>(CubicKernel(first + j - position)));
-  }
-  return table;
 }
 
 }  // namespace norv

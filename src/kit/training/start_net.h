@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "kit/pictures/interpolation.h"
 #include "net/neural_net.h"
-#include "raster/separable.h"
 
 namespace norv {
 
@@ -25,8 +25,6 @@ const char* WhyNoNet(const NetPlan& plan);
 // machine.
 NeuralNet RandomNet(const NetPlan& plan);
 
-enum class Interpolation { cubic, lanczos };
-
 // Null when the layout can hold this interpolation exactly; otherwise the reason.
 const char* WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation);
 
@@ -34,8 +32,5 @@ const char* WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation)
 // any, pass the answer on in their first factor^2 units; what their other units do starts random and counts nothing
 // yet.
 NeuralNet InterpolationNet(const NetPlan& plan, Interpolation interpolation);
-
-// The table that enlarges an axis by f: Lanczos-3, or cubic convolution with a = -1/2 (Keys 1981).
-ResampleTable InterpolationTable(Interpolation interpolation, int32_t length, int32_t f);
 
 }  // namespace norv

@@ -6,8 +6,9 @@
 #include <sstream>
 
 #include "kit/failure.h"
-#include "kit/formats/codec.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
+#include "kit/pictures/interpolation.h"
 #include "kit/pictures/quality.h"
 #include "kit/pictures/scale.h"
 #include "net/enlarge.h"
@@ -22,18 +23,14 @@ namespace {
 constexpr int32_t kReduceOrder = -1;
 constexpr int32_t kSmallestSide = 7;  // of a shrunk picture, for a single pair
 
-bool IsPictureName(const std::string& name) {
-  const std::string extension = ExtensionOf(name);
-  return CodecOfName(name) || extension == "fdib" || extension == "mat" || extension == "bit";
-}
-
 std::vector<std::string> PicturesIn(const std::string& folder) {
   std::error_code error;
   std::vector<std::string> names;
   std::filesystem::directory_iterator entry(folder, error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     const std::string name = entry->path().filename().string();
-    if (IsPictureName(name) && !std::filesystem::is_directory(entry->path())) names.push_back(name);
+    if ((HasPictureName(name) || HasImageName(name)) && !std::filesystem::is_directory(entry->path()))
+      names.push_back(name);
   }
   if (error) Fail("cannot read the folder %s: %s", folder.c_str(), error.message().c_str());
   if (names.empty()) Fail("there are no pictures in %s", folder.c_str());

@@ -1,0 +1,22 @@
+// What is known of a picture before its pixels.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace norv {
+
+struct PictureShape {
+  int32_t width = 0, height = 0;  // pixels
+  int32_t channels = 0;           // 1 grey, 2 grey and alpha, 3 RGB, 4 RGB and alpha (not multiplied into the colours)
+  int32_t bits = 8;               // of a sample in the file: 8 or 16
+  int32_t turn = 0;               // the orientation (raster/orient.h) that shows the picture upright
+
+  bool IsGrey() const { return channels <= 2; }
+  bool HasAlpha() const { return channels == 2 || channels == 4; }
+  // Bytes of a pixel and of a row of samples.
+  size_t PixelBytes() const { return size_t(channels) * (bits / 8); }
+  size_t RowBytes() const { return width * PixelBytes(); }
+};
+
+}  // namespace norv

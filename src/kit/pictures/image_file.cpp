@@ -1,0 +1,166 @@
+#include "kit/pictures/image_file.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "image/float_image_file.h"
+#include "kit/failure.h"
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/file_kind.h"
+
+namespace norv {
+namespace {
+
+void PlaceRows(const Picture& from, Picture& to, int32_t at) {
+  for (int32_t k = 0; k < to.channels; ++k)
+    std::copy_n(from.plane[k].x, from.plane[k].mn, to.plane[k].x + int64_t{to.Width()} * at);
+}
+
+// An image without pixels has no sizes either.
+PictureShape ShapeOf(int32_t width, int32_t height, int32_t channels) {
+  if (width == 0 || height == 0) return {0, 0, channels};
+  return {width, height, channels};
+}
+
+PictureSource OpenFloatImage(const std::string& path) {
+  const auto file = std::make_shared<FloatImageReader>(path);
+  if (!file->IsOpen()) throw SaidFailure();
+  const ImageSource image = file->Rows();
+  const int32_t format = image.shape.format;
+  if (file->Planes() == 0) Fail("the image has the unknown format %d", format);
+  const PictureShape shape = ShapeOf(image.shape.width, image.shape.height, ModelOf(format) == kWithFourth ? 4 : 3);
+  return {shape, [file, image](Picture& rows, int32_t at, int32_t count) {
+            if (count == 0) return;
+            FloatImage part(image.shape.width, count, image.shape.format);
+            image.read(part, 0, count);
+            PlaceRows(ToPicture(std::move(part)), rows, at);
+          }};
+}
+
+// .mat and .bit files: a header and the rows one behind the other.
+PictureSource OpenMatrix(const std::string& path) {
+  const auto file = std::make_shared<FileIn>(path);
+  int32_t width = 0, height = 0, count = 0;
+  for (int32_t* field : {&width, &height, &count}) file->Field(*field);
+  return {ShapeOf(width, height, 1), [file](Picture& rows, int32_t at, int32_t n) {
+            for (int32_t r = at; r < at + n; ++r) file->Array(rows.plane[0].z[r], static_cast<size_t>(rows.Width()));
+          }};
+}
+
+PictureSource OpenBitImage(const std::string& path) {
+  const auto file = std::make_shared<FileIn>(path);
+  int32_t width = 0, height = 0;
+  for (int32_t* field : {&width, &height}) file->Field(*field);
+  return {ShapeOf(width, height, 3), [file](Picture& rows, int32_t at, int32_t count) {
+            BitImage image(rows.Width(), count);
+            file->Array(image.pixels.get(), static_cast<size_t>(image.size));
+            PlaceRows(ToPicture(image), rows, at);
+          }};
+}
+
+template <typename File>
+int64_t Commit(File& file) {
+  if (!file.Commit()) throw SaidFailure();
+  return 0;
+}
+
+PictureSink CreateFloatImage(const std::string& path, const PictureShape& shape) {
+  const auto file = std::make_shared<FloatImageWriter>(path, shape.width, shape.height, FloatFormatOf(shape), 0);
+  const auto write = [file](Picture rows) {
+    if (!file->WriteRows(ToFloatImage(std::move(rows)))) Commit(*file);
+  };
+  return {write, [file] { return Commit(*file); }};
+}
+
+// What a .mat or .bit file has behind its header: `put` writes a group of rows.
+template <typename Put>
+PictureSink AfterHeader(const std::shared_ptr<FileOut>& file, const Put& put) {
+  const auto write = [file, put](Picture rows) {
+    put(*file, std::move(rows));
+    if (file->Failed()) Commit(*file);
+  };
+  return {write, [file] { return Commit(*file); }};
+}
+
+PictureSink CreateMatrix(const std::string& path, const PictureShape& shape) {
+  const auto file = std::make_shared<FileOut>(path);
+  for (const int32_t field : {shape.width, shape.height, shape.width * shape.height}) file->Field(field);
+  return AfterHeader(file, [](FileOut& out, const Picture& rows) {
+    const matrix luminance = LuminanceOf(rows);
+    out.Array(luminance.x, static_cast<size_t>(luminance.mn));
+  });
+}
+
+PictureSink CreateBitImage(const std::string& path, const PictureShape& shape) {
+  const auto file = std::make_shared<FileOut>(path);
+  for (const int32_t field : {shape.width, shape.height}) file->Field(field);
+  return AfterHeader(file, [](FileOut& out, Picture rows) {
+    const BitImage image = ToBitImage(ToFloatImage(std::move(rows)));
+    out.Array(image.pixels.get(), static_cast<size_t>(image.size));
+  });
+}
+
+struct ImageFormat {
+  FileKind kind;
+  PictureSource (*open)(const std::string& path);
+  PictureSink (*create)(const std::string& path, const PictureShape& shape);
+};
+
+constexpr ImageFormat kFormats[] = {
+    {FileKind::floatImage, OpenFloatImage, CreateFloatImage},
+    {FileKind::matrix, OpenMatrix, CreateMatrix},
+    {FileKind::bitImage, OpenBitImage, CreateBitImage},
+};
+
+// Null for what is no image of the tool's own.
+const ImageFormat* FormatOf(std::optional<FileKind> kind) {
+  for (const ImageFormat& format : kFormats)
+    if (kind == format.kind) return &format;
+  return nullptr;
+}
+
+// The 32-bit sizes of a .bit file count bytes, three a pixel and at most three more a row.
+int64_t MostPixels(const ImageFormat* format, int32_t height) {
+  const bool bytes = format && format->kind == FileKind::bitImage;
+  return bytes ? (INT32_MAX - int64_t{3} * height) / 3 : INT32_MAX;
+}
+
+}  // namespace
+
+PictureSource OpenImage(const std::string& path) {
+  const FileKind kind = RecogniseWholeFile(path);
+  if (kind == FileKind::picture) return OpenPicture(path);
+  const ImageFormat* format = FormatOf(kind);
+  if (!format) Fail("%s is a %s, no image", path.c_str(), NameOf(kind));
+  return format->open(path);
+}
+
+PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  const ImageFormat* format = FormatOf(KindOfName(path));
+  if (int64_t{shape.width} * shape.height > MostPixels(format, shape.height))
+    Fail("%s cannot hold %d x %d pixels", path.c_str(), shape.width, shape.height);
+  return format ? format->create(path, shape) : CreatePicture(path, shape, choice);
+}
+
+bool HasImageName(const std::string& path) { return FormatOf(KindOfName(path)); }
+
+Picture LoadImage(const std::string& path) { return AllRows(OpenImage(path)); }
+
+int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
+  const PictureSink file = CreateImage(path, picture.Shape(), choice);
+  return CopyRows(HeldPicture(std::move(picture)), file);
+}
+
+FloatImage LoadFloatImage(const std::string& path) {
+  FloatImage image;
+  if (image.Load(path, Folder::asGiven)) throw SaidFailure();
+  return image;
+}
+
+void SaveFloatImage(const std::string& path, const FloatImage& image) {
+  if (image.Save(path, Folder::asGiven)) throw SaidFailure();
+}
+
+}  // namespace norv

@@ -1,0 +1,27 @@
+// Pictures in and out of picture files and of the tool's own image files alike.
+#pragma once
+
+#include <string>
+
+#include "kit/pictures/picture_file.h"
+
+namespace norv {
+
+struct FloatImage;
+
+// A picture from a picture file, .fdib, .mat (grey) or .bit. Throws a Failure that names the file.
+PictureSource OpenImage(const std::string& path);
+Picture LoadImage(const std::string& path);
+
+// To .fdib, .mat (luminance), .bit or a picture format, by the name. SaveImage returns what the sink's finish() does.
+PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice);
+
+// Whether a file of this name is an image of the tool's own: .fdib, .mat or .bit.
+bool HasImageName(const std::string& path);
+
+// Just the float image file, throwing instead of returning a failure.
+FloatImage LoadFloatImage(const std::string& path);
+void SaveFloatImage(const std::string& path, const FloatImage& image);
+
+}  // namespace norv

@@ -1,0 +1,130 @@
+#include "kit/pictures/picture_file.h"
+
+#include <memory>
+#include <utility>
+
+#include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "kit/pictures/picture_samples.h"
+#include "platform/console.h"
+#include "platform/file.h"
+
+namespace norv {
+namespace {
+
+// Does something with a picture file; a Failure then names it.
+template <typename Action>
+auto Naming(const std::string& path, const Action& action) {
+  try {
+    return action();
+  } catch (const Failure& failure) {
+    Fail("%s: %s", path.c_str(), failure.what());
+  }
+}
+
+// Room for one of the picture's rows.
+Samples RowOf(PictureShape shape) {
+  shape.height = 1;
+  return Samples(shape);
+}
+
+SampleSource OpenUpright(const ByteSource& bytes) {
+  uint8_t start[64];
+  const Codec* codec = CodecOfContents({start, bytes.read(0, start, sizeof start)});
+  if (!codec) Fail("no picture of a known format (%s)", KnownFormats().c_str());
+  SampleSource samples = codec->open(bytes);
+  if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
+  return samples;
+}
+
+// A picture file that is being written, a row at a time.
+class PictureFile {
+ public:
+  PictureFile(const std::string& path, const Codec& codec, const PictureShape& shape, const EncodingChoice& choice)
+      : path_(path), file_(path), row_(RowOf(shape)) {
+    Guarded([&] { samples_ = codec.create(ToFile(file_), shape, choice); });
+  }
+  void Write(const Picture& rows) {
+    Guarded([&] {
+      for (int32_t r = 0; r < rows.Height(); ++r) {
+        moved_ += PackRow(rows, r, row_);
+        samples_.write(row_);
+      }
+    });
+    StopWhenLost();
+  }
+  int64_t Finish() {
+    Guarded([&] { samples_.finish(); });
+    if (!file_.Commit()) throw SaidFailure();
+    return moved_;
+  }
+
+ private:
+  // What the format's library says of a destination that fails is less than what the destination knows.
+  template <typename Action>
+  void Guarded(const Action& action) {
+    try {
+      Naming(path_, action);
+    } catch (const Failure&) {
+      StopWhenLost();
+      throw;
+    }
+  }
+  void StopWhenLost() {
+    if (file_.Failed() && !file_.Commit()) throw SaidFailure();
+  }
+
+  std::string path_;
+  FileOut file_;
+  Samples row_;
+  SampleSink samples_;
+  int64_t moved_ = 0;
+};
+
+}  // namespace
+
+PictureSource OpenPicture(const std::string& path) {
+  struct State {
+    std::string path;
+    SampleSource samples;
+    Samples row;
+  };
+  const ByteSource bytes = FromFile(path);
+  SampleSource samples = Naming(path, [&] { return OpenUpright(bytes); });
+  const PictureShape shape = samples.shape;
+  const auto state = std::make_shared<State>(State{path, std::move(samples), RowOf(shape)});
+  return {shape, [state](Picture& rows, int32_t at, int32_t count) {
+            Naming(state->path, [&] {
+              for (int32_t r = at; r < at + count; ++r) {
+                state->samples.read(state->row, 0, 1);
+                UnpackRow(state->row, r, rows);
+              }
+            });
+          }};
+}
+
+Picture ReadPicture(const std::string& path) { return AllRows(OpenPicture(path)); }
+
+PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  const Codec* codec = CodecOfName(path);
+  if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), KnownFormats().c_str());
+  if (choice.bits == 16 && !codec->sixteenBits) Fail("%s: %s holds 8 bits a sample only", path.c_str(), codec->name);
+  PictureShape written = shape;
+  if (shape.HasAlpha() && !codec->alpha) {
+    Warn("%s has no place for the alpha plane, which is left out", codec->name);
+    --written.channels;
+  }
+  if (!codec->sixteenBits) written.bits = 8;
+  if (choice.bits != 0) written.bits = choice.bits;
+  Naming(path, [&] { RequirePossible(written.width, written.height); });
+  const auto file = std::make_shared<PictureFile>(path, *codec, written, choice.encoding);
+  return {[file](const Picture& rows) { file->Write(rows); }, [file] { return file->Finish(); }};
+}
+
+int64_t WritePicture(const std::string& path, Picture picture, const WriteChoice& choice) {
+  const PictureSink file = CreatePicture(path, picture.Shape(), choice);
+  file.write(std::move(picture));
+  return file.finish();
+}
+
+}  // namespace norv

@@ -1,0 +1,28 @@
+// Picture files of people: PNG, JPEG, TIFF ... in and out.
+#pragma once
+
+#include <string>
+
+#include "kit/formats/encoding.h"
+#include "kit/pictures/picture.h"
+
+namespace norv {
+
+// From a file's contents, whatever its name, upright as its orientation tag says. Row by row; what the format gives as
+// a whole only (interlaced PNG, WebP, odd kinds of TIFF) and what has to be turned is held as samples. Throws a Failure
+// that names the file.
+PictureSource OpenPicture(const std::string& path);
+Picture ReadPicture(const std::string& path);
+
+struct WriteChoice {
+  int32_t bits = 0;  // 8 or 16; 0: the picture's own precision as far as the format can hold it
+  EncodingChoice encoding;
+};
+
+// To the format that the name asks for. A format without alpha drops it with a warning. Throws a Failure for a name or
+// precision that there is no format for.
+PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+// Returns what the sink's finish() returns.
+int64_t WritePicture(const std::string& path, Picture picture, const WriteChoice& choice);
+
+}  // namespace norv

@@ -1,0 +1,67 @@
+#include "kit/pictures/picture_samples.h"
+
+#include <cmath>
+
+namespace norv {
+namespace {
+
+// Sample values of one step on the 0..255 scale.
+constexpr double StepsOf(int32_t bits) { return bits == 16 ? 257 : 1; }
+
+template <typename T>
+void Unpack(const uint8_t* row, int32_t r, Picture& picture) {
+  const T* source = reinterpret_cast<const T*>(row);
+  constexpr double kSteps = StepsOf(8 * sizeof(T));
+  for (int32_t k = 0; k < picture.channels; ++k) {
+    float* target = picture.plane[k].z[r];
+    for (int32_t x = 0; x < picture.Width(); ++x)
+      target[x] = static_cast<float>(source[size_t(x) * picture.channels + k] / kSteps);
+  }
+}
+
+// The first `channels` planes.
+template <typename T>
+int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
+  T* target = reinterpret_cast<T*>(row);
+  constexpr double kSteps = StepsOf(8 * sizeof(T)), kMost = 255 * kSteps;
+  int64_t moved = 0;
+  for (int32_t k = 0; k < channels; ++k) {
+    const float* source = picture.plane[k].z[r];
+    for (int32_t x = 0; x < picture.Width(); ++x) {
+      const double value = std::floor(source[x] * kSteps + 0.5);
+      const bool inside = value >= 0 && value <= kMost;  // false for a NaN
+      moved += !inside;
+      target[size_t(x) * channels + k] = static_cast<T>(inside ? value : value > 0 ? kMost : 0);
+    }
+  }
+  return moved;
+}
+
+void UnpackFrom(const Samples& samples, int32_t sampleRow, int32_t r, Picture& picture) {
+  (samples.bits == 16 ? Unpack<uint16_t> : Unpack<uint8_t>)(samples.Row(sampleRow), r, picture);
+}
+
+int64_t PackInto(const Picture& picture, int32_t r, Samples& samples, int32_t sampleRow) {
+  return (samples.bits == 16 ? Pack<uint16_t> : Pack<uint8_t>)(picture, r, samples.channels, samples.Row(sampleRow));
+}
+
+}  // namespace
+
+void UnpackRow(const Samples& row, int32_t r, Picture& picture) { UnpackFrom(row, 0, r, picture); }
+
+int64_t PackRow(const Picture& picture, int32_t r, Samples& row) { return PackInto(picture, r, row, 0); }
+
+Picture ToPicture(const Samples& samples) {
+  if (samples.turn != 0) return ToPicture(Upright(samples));
+  Picture picture(samples.width, samples.height, samples.channels, samples.bits);
+  for (int32_t r = 0; r < samples.height; ++r) UnpackFrom(samples, r, r, picture);
+  return picture;
+}
+
+Samples ToSamples(const Picture& picture, int32_t bits, int64_t& moved) {
+  Samples samples({picture.Width(), picture.Height(), picture.channels, bits});
+  for (int32_t r = 0; r < samples.height; ++r) moved += PackInto(picture, r, samples, r);
+  return samples;
+}
+
+}  // namespace norv
