@@ -5,7 +5,8 @@
 
 namespace norv {
 
-// The standard deviation of the noise in a plane, in its own units; 0 for a plane without 2 x 2 pixels.
+// The standard deviation of the noise in a plane, in its own units, from the median absolute diagonal difference of its
+// 2 x 2 pixels (Donoho and Johnstone 1994, for wavelet coefficients); 0 for a plane without any.
 double EstimateNoise(const matrix& plane);
 
 }  // namespace norv

@@ -4,14 +4,13 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 #include "simd/math/math.h"
 
 namespace norv {
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // The family of bicubic filters with the slope p at 1 (Keys 1981).
 double Cubic(double x, double p) {
@@ -109,7 +108,7 @@ void ShrinkKernel(matrix& taps, int32_t f, int32_t shrinkOrder) {
 
 double LanczosKernel(double x, double a) {
   if (std::abs(x) >= a) return 0;
-  const auto sinc = [](double t) { return t == 0 ? 1.0 : Sin(kPi * t) / (kPi * t); };
+  const auto sinc = [](double t) { return t == 0 ? 1.0 : Sin(std::numbers::pi * t) / (std::numbers::pi * t); };
   return sinc(x) * sinc(x / a);
 }
 

@@ -25,7 +25,7 @@ class Solver {
   Solver(const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms, SolverScratch& scratch)
       : y_(y), pair_(pair), terms_(terms), scratch_(scratch), kernels_(ActiveRestoreKernels()) {}
 
-  // r0 = y - R x, s = -D x, g = E r0 + D' s; the sum of g^2.
+  // r0 = y - R x, s = -D x, g = R' r0 + D' s; the sum of g^2.
   float Start(const matrix& x) {
     for (DifferenceTerm* term : terms_) term->Clear();
     scratch_.residual.copydata(y_);
@@ -48,7 +48,7 @@ class Solver {
     return sum.Total();
   }
 
-  // x += alpha p (x may be missing), r0 -= alpha q0, s -= alpha D p, g = E r0 + D' s; the sum of g^2.
+  // x += alpha p (x may be missing), r0 -= alpha q0, s -= alpha D p, g = R' r0 + D' s; the sum of g^2.
   float Backward(matrix* x, const matrix& p, float alpha) {
     SquareSum sum;
     kernels_.addScaled(scratch_.residual.x, -alpha, scratch_.reducedDirection.x, scratch_.residual.mn);

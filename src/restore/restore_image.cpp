@@ -30,7 +30,7 @@ struct PlanePair {
   matrix* working;
 };
 
-void EnlargePlane(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask) {
+void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask) {
   const ResampleTable across = EnlargementTable(pair.observed.m, parameters.factor);
   const ResampleTable down = EnlargementTable(pair.observed.n, parameters.factor);
   matrix enlarged;
@@ -42,7 +42,7 @@ void EnlargePlane(PlanePair& pair, const RestoreParameters& parameters, BitMask&
 // Enlarges every plane, then restores the first `restored` and the last one if it was kept aside.
 void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastToo, BitMask& mask,
                    const RestoreParameters& parameters, Progress* progress) {
-  for (PlanePair& pair : planes) EnlargePlane(pair, parameters, mask);
+  for (PlanePair& pair : planes) EnlargeObserved(pair, parameters, mask);
   GrowMask(mask, parameters.factor / 2);
   for (size_t k = 0; k < planes.size(); ++k)
     if (k < static_cast<size_t>(restored) || (lastToo && k + 1 == planes.size()))

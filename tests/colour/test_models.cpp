@@ -1,4 +1,4 @@
-// Colour models: the ways back, far values, and what is prescribed to the bit.
+// Colour models: the ways back, far values, and what the contract with the graphical program fixes to the bit.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -81,9 +81,9 @@ TEST_CASE("no finite pixel becomes infinite or NaN") {
   }
 }
 
-TEST_CASE("prescribed colour formulas hold to the bit") {
+TEST_CASE("colour formulas of the contract hold to the bit") {
   const ColourModel &luminance = Named(131072 | 7), &again = Named(2097152);
-  const ColourModel &inversion = Named(4096), &fourth = Named(8192);
+  const ColourModel &inversion = Named(4096), &fourth = Named(8192), &grey = Named(64);
   CHECK(fourth.planes == 4);
   RandomGenerator random;
   int wrong = 0;
@@ -98,6 +98,8 @@ TEST_CASE("prescribed colour formulas hold to the bit") {
     wrong += std::memcmp(again.toModel(out, v), expected, sizeof expected) != 0;
     inversion.toModel(out, v);
     wrong += out[0] != 255.0f - v[0] || out[1] != 255.0f - v[1] || out[2] != 255.0f - v[2];
+    grey.toModel(out, v);
+    wrong += out[0] != static_cast<float>((r + g + b) * 0.57735026);
     fourth.toModel(out, v);
     wrong += std::memcmp(out, v, sizeof v) != 0 || out[3] != 255.0f;
   }

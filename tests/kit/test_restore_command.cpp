@@ -13,6 +13,7 @@
 #include "restore/restore_image.h"
 #include "support/kit.h"
 #include "support/noisy_pictures.h"
+#include "support/restoration.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -31,39 +32,6 @@ Picture Coloured(int32_t width, int32_t height) {
   return picture;
 }
 
-std::string Word(float value) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
-  return text;
-}
-
-// The command line of a mode for these parameters.
-std::vector<std::string> ModeWords(int mode, const RestoreParameters& p, int threads) {
-  const auto whole = [](int32_t value) { return std::to_string(value); };
-  return {whole(mode),
-          whole(p.factor),
-          whole(p.kernelCode),
-          Word(p.lambdaCross),
-          Word(p.lambda),
-          Word(p.deltaCross),
-          Word(p.delta),
-          "0",
-          "0",
-          "0",
-          "0",
-          Word(p.shapeCross),
-          Word(p.shapeDot),
-          whole(p.steps),
-          whole(p.iterations),
-          Word(p.orientationScale),
-          Word(p.emphasis),
-          whole(p.representation),
-          whole(p.type),
-          "0",
-          "0",
-          whole(threads)};
-}
-
 double Likeness(const std::string& path, const Picture& clean) {
   return Psnr(WithoutBorder(LoadImage(path).plane[0], 6), WithoutBorder(clean.plane[0], 6));
 }
@@ -78,8 +46,9 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   const RestoreParameters parameters = RestorePreset("compressed", 2);
   const int threads = std::min(2, ProcessorCount());
   const auto norv = [&](int mode, int count) {
-    CHECK(test::Run({.arguments = ModeWords(mode, parameters, count), .environment = {"NORV_DIR=" + folder.Path()}})
-              .exitCode == 0);
+    CHECK(
+        test::Run({.arguments = test::ModeWords(mode, parameters, count), .environment = {"NORV_DIR=" + folder.Path()}})
+            .exitCode == 0);
     return test::ReadBytes(folder / (mode < 2 ? "output.fdib" : "output.bit"));
   };
   const auto kit = [&](std::vector<std::string> more) {

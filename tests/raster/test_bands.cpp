@@ -4,7 +4,8 @@
 
 #include "raster/bands.h"
 #include "raster/edges.h"
-#include "support/nets.h"
+#include "support/plain_restore.h"
+#include "support/random_plane.h"
 
 using namespace norv;
 using namespace norv::test;
@@ -15,16 +16,6 @@ FloatImage RandomImage(int32_t w, int32_t h, int32_t format) {
   FloatImage image(w, h, format);
   for (int32_t p = 0; p < image.planes; ++p) image.plane[p] = RandomPlane(w, h, p + 1);
   return image;
-}
-
-// Walks as a mirror would: back and forth, turning at the ends.
-int32_t Walk(int32_t steps, int32_t n) {
-  int32_t at = 0, direction = 1;
-  for (int32_t i = 0; i < std::abs(steps) && n > 1; ++i) {
-    if (at + direction < 0 || at + direction >= n) direction = -direction;
-    at += direction;
-  }
-  return at;
 }
 
 }  // namespace
@@ -41,8 +32,8 @@ TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
             for (int32_t c = 0; c < 24; ++c) {
               const int32_t y = static_cast<int32_t>(area.row) + r, x = static_cast<int32_t>(area.column) + c;
               const bool mirror = rule == EdgeRule::mirror;
-              const float inside =
-                  mirror ? plane.z[Walk(y, h)][Walk(x, w)] : plane.z[std::clamp(y, 0, h - 1)][std::clamp(x, 0, w - 1)];
+              const float inside = mirror ? plane.z[Mirror(y, h)][Mirror(x, w)]
+                                          : plane.z[std::clamp(y, 0, h - 1)][std::clamp(x, 0, w - 1)];
               CHECK(target[r * 24 + c] == (c < area.columns ? inside : -1.0f));
             }
         }
@@ -50,20 +41,15 @@ TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
 }
 
 TEST_CASE("bands cover the image, or one does when there are too few rows") {
-  const auto plan = [](int32_t rows, int32_t asked, int32_t bands, int32_t height) {
-    CAPTURE(rows);
-    const BandPlan made = PlanBands(rows, asked);
-    CHECK(made.bands == bands);
-    CHECK(made.height == height);
-  };
-  plan(10, 4, 1, 10);
-  plan(15, 4, 1, 15);
-  plan(16, 4, 4, 4);
-  plan(17, 4, 4, 5);
-  plan(100, 3, 3, 34);
-  plan(256, 16, 16, 16);
-  plan(0, 4, 1, 0);
-  plan(1, 1, 1, 1);
+  struct {
+    int32_t rows, asked, bands, height;
+  } const plans[] = {{10, 4, 1, 10},  {15, 4, 1, 15},    {16, 4, 4, 4}, {17, 4, 4, 5},
+                     {100, 3, 3, 34}, {256, 16, 16, 16}, {0, 4, 1, 0},  {1, 1, 1, 1}};
+  for (const auto& plan : plans) {
+    CAPTURE(plan.rows);
+    CHECK(PlanBands(plan.rows, plan.asked).bands == plan.bands);
+    CHECK(PlanBands(plan.rows, plan.asked).height == plan.height);
+  }
 }
 
 TEST_CASE("strips cover the image once, and their windows have their rows and margins") {
@@ -93,25 +79,19 @@ TEST_CASE("strips cover the image once, and their windows have their rows and ma
 
 TEST_CASE("a band is cut with mirrored rows and pasted without its margins") {
   const FloatImage source = RandomImage(3, 7, kWithFourth + 5);
-  FloatImage band;
+  FloatImage band, whole(3, 8, kWithFourth + 5), narrow(2, 20, kDefaultFormat);
   CutBand(source, 5, 9, band);
   CHECK(band.format == source.format);
-  CHECK(band.width == 3);
-  CHECK(band.height == 9);
+  PasteBand(whole, 5, band, 2);  // five rows, of which three fit
+  PasteBand(narrow, 0, band, 0);
   const int32_t rows[] = {5, 6, 5, 4, 3, 2, 1, 0, 1};
-  for (int32_t p = 0; p < 4; ++p)
+  REQUIRE(band.height == 9);
+  for (int32_t p = 0; p < 4; ++p) {
     for (int32_t r = 0; r < 9; ++r)
       for (int32_t c = 0; c < 3; ++c) CHECK(band.plane[p].z[r][c] == source.plane[p].z[rows[r]][c]);
-
-  FloatImage whole(3, 8, kWithFourth + 5);
-  PasteBand(whole, 5, band, 2);  // five rows, of which three fit
-  for (int32_t p = 0; p < 4; ++p)
-    for (int32_t r = 0; r < 8; ++r) {
-      const float blank = p == 3 ? 255.0f : 0.0f;
-      CHECK(whole.plane[p].z[r][1] == (r < 5 ? blank : band.plane[p].z[r - 3][1]));
-    }
-  FloatImage narrow(2, 20, kDefaultFormat);
-  PasteBand(narrow, 0, band, 0);
+    const float blank = p == 3 ? 255.0f : 0.0f;
+    for (int32_t r = 0; r < 8; ++r) CHECK(whole.plane[p].z[r][1] == (r < 5 ? blank : band.plane[p].z[r - 3][1]));
+  }
   CHECK(narrow.plane[2].z[8][1] == band.plane[2].z[8][1]);
   CHECK(narrow.plane[2].z[9][0] == 0);
 }

@@ -22,20 +22,9 @@ TEST_CASE("reduction is the plain double sum, on planes shorter than the kernel 
         const PlainPlane plain = PlainReduce(PlainPlane(high), f, Vector(taps.x, taps.x + taps.mn));
         CAPTURE(order);
         CAPTURE(f);
-        for (int32_t i = 0; i < low.mn; ++i)
-          CHECK(static_cast<double>(low.x[i]) == doctest::Approx(plain.v[static_cast<size_t>(i)]).epsilon(1e-5));
+        for (size_t i = 0; i < plain.v.size(); ++i)
+          CHECK(static_cast<double>(low.x[i]) == doctest::Approx(plain.v[i]).epsilon(1e-5));
       }
-}
-
-TEST_CASE("a flat plane stays flat, reduced and enlarged") {
-  for (const int32_t f : {1, 2, 3, 4}) {
-    matrix flat(5, 3), large;
-    flat.fill(77);
-    ResampleSeparable(flat, large, EnlargementTable(5, f), EnlargementTable(3, f));
-    CHECK(large.m == 5 * f);
-    CHECK(large.n == 3 * f);
-    for (int32_t i = 0; i < large.mn; ++i) CHECK(large.x[i] == doctest::Approx(77).epsilon(1e-6));
-  }
 }
 
 TEST_CASE("the enlargement's tables: starts are truncated towards zero, rows sum to 1") {
@@ -47,7 +36,7 @@ TEST_CASE("the enlargement's tables: starts are truncated towards zero, rows sum
     for (int32_t j = 0; j < 9; ++j) sum += static_cast<double>(table.weights[static_cast<size_t>(9 * k + j)]);
     CHECK(sum == doctest::Approx(1).epsilon(1e-6));
   }
-  // A reduction by 2 with the kernel stretched spans twice as many pixels as without.
+  // A reduction by 2 with the filter stretched spans twice as many pixels as without.
   ResampleTable plain, wide;
   LanczosWeights(plain, 4, 13, 3, 2, 0.5, false);
   LanczosWeights(wide, 4, 13, 3, 2, 0.5, true);

@@ -3,9 +3,9 @@
 #include <cstring>
 #include <doctest/doctest.h>
 #include <limits>
-#include <random>
 
 #include "restore/bit_process.h"
+#include "support/random_plane.h"
 
 using namespace norv;
 
@@ -20,6 +20,10 @@ Bytes Convert(float first, float second, float third) {
   return bytes;
 }
 
+Bytes Converted(const FloatImage& display, int32_t r, int32_t c) {
+  return Convert(display.plane[0].z[r][c], display.plane[1].z[r][c], display.plane[2].z[r][c]);
+}
+
 Bytes PixelOf(const BitImage& image, int32_t row, int32_t column) {
   Bytes bytes;
   std::memcpy(bytes.data(), image.rows[row] + 3 * column, 3);
@@ -28,10 +32,7 @@ Bytes PixelOf(const BitImage& image, int32_t row, int32_t column) {
 
 FloatImage RandomImage(int32_t width, int32_t height, int32_t format) {
   FloatImage image(width, height, kDefaultFormat);
-  std::mt19937 generator(5);
-  std::uniform_real_distribution<float> value(-40, 330);
-  for (int k = 0; k < 3; ++k)
-    for (int32_t i = 0; i < image.count; ++i) image.plane[k].x[i] = value(generator);
+  for (unsigned k = 0; k < 3; ++k) image.plane[k] = test::RandomPlane(width, height, 5 + k, -40, 330);
   image.ConvertTo(format);
   return image;
 }
@@ -66,9 +67,7 @@ TEST_CASE("a paste converts every pixel as ToBytes does, in every format") {
     FloatImage display = source;
     display.ConvertTo(kDefaultFormat);
     for (int32_t r = 0; r < 3; ++r) {
-      for (int32_t c = 0; c < 263; ++c)
-        CHECK(PixelOf(image, r, c) ==
-              Convert(display.plane[0].z[r][c], display.plane[1].z[r][c], display.plane[2].z[r][c]));
+      for (int32_t c = 0; c < 263; ++c) CHECK(PixelOf(image, r, c) == Converted(display, r, c));
       CHECK(image.rows[r][3 * 263] == 9);  // the padding is nobody's
     }
   }
@@ -80,24 +79,18 @@ TEST_CASE("a paste leaves out margins, masked pixels and what lies outside") {
   mask.Resize(5, 6);
   for (int32_t k = 0; k < 30; ++k)
     if (k % 3 != 1) mask.Set(k / 5, k % 5);
-  for (const BitMask* use : {static_cast<const BitMask*>(nullptr), static_cast<const BitMask*>(&mask)}) {
-    for (int32_t y0 = -8; y0 <= 7; ++y0) {
-      for (int32_t x0 = -8; x0 <= 6; ++x0) {
-        BitImage image = Filled(5, 6, 77);
-        PasteToBitImage(image, x0, y0, source, use, 1, 2, 2, 1);  // rows 2..5, columns 1..5
-        for (int32_t y = 0; y < 6; ++y) {
-          for (int32_t x = 0; x < 5; ++x) {
-            const int32_t r = y - y0 + 2, c = x - x0 + 1;
-            const bool written = r >= 2 && r <= 5 && c >= 1 && c <= 5 && (!use || use->Get(y, x));
-            const Bytes expected =
-                written ? Convert(source.plane[0].z[r][c], source.plane[1].z[r][c], source.plane[2].z[r][c])
-                        : Bytes{77, 77, 77};
-            CHECK(PixelOf(image, y, x) == expected);
-          }
-        }
+  // Written are the source's rows 2 to 5 and columns 1 to 5.
+  for (const BitMask* use : {static_cast<const BitMask*>(nullptr), static_cast<const BitMask*>(&mask)})
+    for (int32_t place = 0; place < 16 * 15; ++place) {
+      const int32_t y0 = place / 15 - 8, x0 = place % 15 - 8;
+      BitImage image = Filled(5, 6, 77);
+      PasteToBitImage(image, x0, y0, source, use, 1, 2, 2, 1);
+      for (int32_t k = 0; k < 30; ++k) {
+        const int32_t y = k / 5, x = k % 5, r = y - y0 + 2, c = x - x0 + 1;
+        const bool written = r >= 2 && r <= 5 && c >= 1 && c <= 5 && (!use || use->Get(y, x));
+        CHECK(PixelOf(image, y, x) == (written ? Converted(source, r, c) : Bytes{77, 77, 77}));
       }
     }
-  }
   BitImage image = Filled(5, 6, 77);
   PasteToBitImage(image, 0, 0, source, nullptr, 6, 6, 0, 0);  // margins that leave nothing
   CHECK(PixelOf(image, 0, 0) == Bytes{77, 77, 77});

@@ -11,6 +11,7 @@
 #include "restore/bit_process.h"
 #include "support/messages.h"
 #include "support/process.h"
+#include "support/restoration.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -61,34 +62,11 @@ bool SamePixels(const std::string& a, const std::string& b) {
   return true;
 }
 
-Outcome RunRestore(const ScratchFolder& folder, int mode, int threads, const std::string& factor = "2",
-                   const std::string& representation = "1") {
-  Command command;
-  command.arguments = {std::to_string(mode),
-                       factor,
-                       "3",
-                       "0.06",
-                       "0.035",
-                       "1",
-                       "1",
-                       "0.05",
-                       "0.05",
-                       "1",
-                       "1",
-                       "0.8",
-                       "0.8",
-                       "3",
-                       "2",
-                       "0.7",
-                       "1",
-                       representation,
-                       "0",
-                       "0",
-                       "x",
-                       std::to_string(threads)};
-  command.environment = {"NORV_DIR=" + folder.Path()};
-  command.directory = folder.Path();
-  return Run(command);
+// With no more than the emphasis, of which rounding makes no other bytes.
+Outcome RunRestore(const ScratchFolder& folder, int mode, int threads, int32_t factor = 2) {
+  return Run({.arguments = ModeWords(mode, TestParameters(0, factor, 1), threads),
+              .environment = {"NORV_DIR=" + folder.Path()},
+              .directory = folder.Path()});
 }
 
 }  // namespace
@@ -139,12 +117,10 @@ TEST_CASE("mode 3 reads from the current directory, writes, and goes on as mode 
   const BitImage picture = Picture(20, 30);
   REQUIRE_FALSE(Floats(Picture(11, 13), kDefaultFormat).Save(current / "input.fdib", Folder::asGiven));
   picture.Save(folder / "input.bit", Folder::asGiven);
-  Command command;
-  command.arguments = {
-      "3",   "2",   "0", "0.06", "0.035", "1", "1", "0.05", "0.05", "1", "1",
-      "0.8", "0.8", "2", "1",    "0.7",   "1", "0", "0",    "0",    "x", std::to_string(ProcessorCount() + 1)};
-  command.environment = {"NORV_DIR=" + folder.Path()};
-  command.directory = current.Path();
+  const RestoreParameters parameters = TestParameters(5);
+  Command command{.arguments = ModeWords(3, parameters, ProcessorCount() + 1),
+                  .environment = {"NORV_DIR=" + folder.Path()},
+                  .directory = current.Path()};
   const std::string most = std::to_string(ProcessorCount()), asked = std::to_string(ProcessorCount() + 1);
   const std::string said = "\nNumber of threads = " + most;
   const Outcome both = Run(command);
@@ -181,7 +157,7 @@ TEST_CASE("empty and missing inputs of the bit modes, and requests that cannot b
   std::filesystem::remove(folder / "output.bit");
 
   Picture(5, 5).Save(folder / "input.bit", Folder::asGiven);
-  for (const char* factor : {"0", "-2", "20000"}) {
+  for (const int32_t factor : {0, -2, 20000}) {
     CAPTURE(factor);
     const Outcome refused = RunRestore(folder, 4, 1, factor);
     CHECK(refused.exitCode != 0);

@@ -1,4 +1,4 @@
-// What is reckoned before a restoration against what it then takes.
+// What a restoration is estimated to need of memory against what it then takes.
 #if !defined(_WIN32) && !defined(NORV_SANITIZED)
 
 #include <cstdio>
@@ -9,7 +9,6 @@
 #include <string>
 #include <sys/resource.h>
 
-#include "driver/arguments.h"
 #include "image/bit_image.h"
 #include "platform/memory.h"
 #include "raster/bands.h"
@@ -17,8 +16,11 @@
 #include "restore/memory_need.h"
 #include "restore/restore_image.h"
 #include "support/process.h"
+#include "support/random_plane.h"
+#include "support/restoration.h"
 
 using namespace norv;
+using namespace norv::test;
 
 namespace {
 
@@ -39,29 +41,23 @@ int64_t PeakOf(const std::function<void()>& work) {
 }
 
 RestoreParameters Quick(int32_t type) {
-  RestoreParameters parameters = DefaultRestoreParameters();
-  parameters.factor = 2;
-  parameters.steps = 2;
-  parameters.iterations = 1;
-  parameters.type = type;
+  RestoreParameters parameters = TestParameters(type, 2, 1);
+  parameters.steps = 2, parameters.iterations = 1;
   parameters.edgeThreshold = 0;  // every pixel is an edge: the most that the masked type can need
   return parameters;
 }
 
 FloatImage Noise(int32_t w, int32_t h, int32_t format) {
   FloatImage image(w, h, format);
-  uint32_t state = 1;
-  for (int32_t p = 0; p < image.planes; ++p)
-    for (int32_t i = 0; i < image.count; ++i)
-      image.plane[p].x[i] = static_cast<float>((state = state * 1664525 + 1013904223) >> 24);
+  for (int32_t p = 0; p < image.planes; ++p) image.plane[p] = RandomPlane(w, h, p);
   return image;
 }
 
-void CheckClose(int64_t reckoned, int64_t measured) {
-  CAPTURE(reckoned);
+void CheckClose(int64_t estimated, int64_t measured) {
+  CAPTURE(estimated);
   CAPTURE(measured);
-  CHECK(reckoned >= measured);
-  CHECK(static_cast<double>(reckoned) <= 1.3 * static_cast<double>(measured));
+  CHECK(estimated >= measured);
+  CHECK(static_cast<double>(estimated) <= 1.3 * static_cast<double>(measured));
 }
 
 void CheckWhole(const RestoreParameters& parameters, int32_t w, int32_t h, int32_t format) {
@@ -72,7 +68,7 @@ void CheckWhole(const RestoreParameters& parameters, int32_t w, int32_t h, int32
 }  // namespace
 
 // Whatever ran before leaves gaps in the heap that count, so these two run in a process of their own.
-TEST_CASE("reckoned and measured: what a restoration needs, for every type" * doctest::skip()) {
+TEST_CASE("estimated and measured: what a restoration needs, for every type" * doctest::skip()) {
   for (int32_t type = -1; type <= 7; ++type)
     for (const int32_t format : {kDefaultFormat, 0x2000, 0x80}) {
       if (format != kDefaultFormat && type != 0 && type != 7) continue;
@@ -90,7 +86,7 @@ TEST_CASE("reckoned and measured: what a restoration needs, for every type" * do
   CheckWhole(parameters, 400, 340, kDefaultFormat);
 }
 
-TEST_CASE("reckoned and measured: bands take the memory of as many as there are threads" * doctest::skip()) {
+TEST_CASE("estimated and measured: bands take the memory of as many as there are threads" * doctest::skip()) {
   constexpr int32_t kWidth = 3000, kHeight = 350, kBands = 7;
   const RestoreParameters parameters = Quick(5);
   const BandPlan plan = PlanBands(kHeight, kBands);
@@ -98,17 +94,17 @@ TEST_CASE("reckoned and measured: bands take the memory of as many as there are 
   const int64_t result = int64_t{3} * 4 * kWidth * kHeight * 4;
   for (const int32_t threads : {1, 2}) {
     CAPTURE(threads);
-    const int64_t reckoned = result + BandsMemory(parameters, kWidth, plan.height, kDefaultFormat, threads);
+    const int64_t estimated = result + BandsMemory(parameters, kWidth, plan.height, kDefaultFormat, threads);
     FloatImage image = Noise(kWidth, kHeight, kDefaultFormat);
-    CheckClose(reckoned, PeakOf([&] { RestoreImageInBands(image, parameters, kBands, threads); }));
-    CHECK((threads > 1 || reckoned < RestorationMemory(parameters, kWidth, kHeight, kDefaultFormat)));
+    CheckClose(estimated, PeakOf([&] { RestoreImageInBands(image, parameters, kBands, threads); }));
+    CHECK((threads > 1 || estimated < RestorationMemory(parameters, kWidth, kHeight, kDefaultFormat)));
   }
 }
 
-TEST_CASE("what a restoration will need of memory is reckoned") {
+TEST_CASE("what a restoration will need of memory is estimated") {
   for (const std::string what : {"what a restoration needs*", "bands take*"}) {
-    const test::Outcome outcome =
-        test::Run({.arguments = {"--no-skip", "-tc=reckoned and measured: " + what}, .executable = "/proc/self/exe"});
+    const Outcome outcome =
+        Run({.arguments = {"--no-skip", "-tc=estimated and measured: " + what}, .executable = "/proc/self/exe"});
     CAPTURE(outcome.output);
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.output.find("1 passed") != std::string::npos);

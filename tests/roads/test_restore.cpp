@@ -9,7 +9,7 @@
 #include "platform/team.h"
 #include "support/messages.h"
 #include "support/process.h"
-#include "support/random_plane.h"
+#include "support/restoration.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -17,35 +17,7 @@ using namespace norv::test;
 
 namespace {
 
-struct Request {
-  int mode = 0;
-  std::string factor = "2", kernel = "-1", representation = "1", type = "5", keepMask = "0", threads = "1";
-
-  std::vector<std::string> Words() const {
-    return {std::to_string(mode),
-            factor,
-            kernel,
-            "0.06",
-            "0.035",
-            "5",
-            "3",
-            "0",
-            "0",
-            "0",
-            "0",
-            "0.8",
-            "0.8",
-            "5",
-            "2",
-            "0.7",
-            "0.25",
-            representation,
-            type,
-            keepMask,
-            "0",
-            threads};
-  }
-};
+const RestoreParameters kUsual = TestParameters(5, 2, 1);
 
 FloatImage Picture(int32_t w, int32_t h, int32_t format = kDefaultFormat) {
   FloatImage image(w, h, format);
@@ -62,13 +34,14 @@ struct Finished {
   bool written;
 };
 
-Finished Restore(const FloatImage& image, const Request& request, const std::string& level = "") {
+Finished Restore(const FloatImage& image, int mode, int threads = 1, const RestoreParameters& asked = kUsual,
+                 const std::string& level = "") {
   const ScratchFolder folder;
   REQUIRE_FALSE(image.Save(folder / "input.fdib", Folder::asGiven));
   Finished finished;
   std::vector<std::string> environment{"NORV_DIR=" + folder.Path()};
   if (!level.empty()) environment.push_back("NORV_SIMD=" + level);
-  finished.outcome = Run({.arguments = request.Words(), .environment = environment});
+  finished.outcome = Run({.arguments = ModeWords(mode, asked, threads), .environment = environment});
   finished.written = std::filesystem::exists(folder / "output.fdib");
   if (finished.written) static_cast<void>(finished.image.Load(folder / "output.fdib", Folder::asGiven));
   return finished;
@@ -85,16 +58,15 @@ double LargestDifference(const FloatImage& a, const FloatImage& b, int32_t borde
 
 }  // namespace
 
-TEST_CASE("modes 0 and 1 enlarge and say what is prescribed; one band with margins is close to the whole") {
+TEST_CASE("modes 0 and 1 enlarge and say so; one band with margins is close to the whole") {
   const FloatImage picture = Picture(40, 60);
-  const Finished whole = Restore(picture, {});
+  const Finished whole = Restore(picture, 0), banded = Restore(picture, 1);
   CHECK(whole.outcome.exitCode == 0);
   CHECK(whole.outcome.errors == "");
   CHECK(IsReported(whole.outcome.output, "\nMode = 0"));
   CHECK(whole.image.width == 80);
   CHECK(whole.image.height == 120);
   CHECK(whole.image.format == kDefaultFormat);
-  const Finished banded = Restore(picture, {.mode = 1});
   CHECK(IsReported(banded.outcome.output, "\nMode = 1\nNumber of threads = 1"));
   // Behind the margins the band's edge is that of the mirrored picture.
   CHECK(LargestDifference(whole.image, banded.image) > 0);
@@ -103,46 +75,44 @@ TEST_CASE("modes 0 and 1 enlarge and say what is prescribed; one band with margi
 
 TEST_CASE("two bands: the same bytes at every vector level, and seams that do not show") {
   const FloatImage picture = Picture(30, 70);
-  const Finished one = Restore(picture, {.mode = 1});
-  const Finished two = Restore(picture, {.mode = 1, .threads = "2"});
+  const Finished two = Restore(picture, 1, 2);
   if (ProcessorCount() >= 2) CHECK(IsReported(two.outcome.output, "\nMode = 1\nNumber of threads = 2"));
-  CHECK(LargestDifference(one.image, two.image) < 1);
-  CHECK(LargestDifference(Restore(picture, {.mode = 1, .threads = "2"}, "avx").image, two.image) == 0);
+  CHECK(LargestDifference(Restore(picture, 1).image, two.image) < 1);
+  CHECK(LargestDifference(Restore(picture, 1, 2, kUsual, "avx").image, two.image) == 0);
 }
 
 TEST_CASE("thread counts: clamped with a message, or printed as given and worked as one") {
   const FloatImage picture = Picture(12, 10);
   const std::string processors = std::to_string(ProcessorCount());
-  CHECK(IsReported(Restore(picture, {.mode = 1, .threads = "1000"}).outcome.output,
+  CHECK(IsReported(Restore(picture, 1, 1000).outcome.output,
                    "\nMode = 1\nNumber of threads changed from 1000 to " + processors +
                        " because it is the maximum for your CPU.\nNumber of threads = " + processors));
-  const Finished none = Restore(picture, {.mode = 1, .threads = "-3"});
+  const Finished none = Restore(picture, 1, -3);
   CHECK(IsReported(none.outcome.output, "\nMode = 1\nNumber of threads = -3"));
-  CHECK(LargestDifference(none.image, Restore(picture, {.mode = 1}).image) == 0);
+  CHECK(LargestDifference(none.image, Restore(picture, 1).image) == 0);
 }
 
 TEST_CASE("a request that cannot be met ends with a reason and a failure, and nothing is written") {
-  const FloatImage picture = Picture(8, 8);
-  for (const Request& request : {Request{.factor = "0"}, Request{.factor = "-4"}, Request{.kernel = "6"},
-                                 Request{.kernel = "-36"}, Request{.factor = "2000000000"}})
+  struct {
+    int32_t factor, kernelCode, format;
+  } const requests[] = {{0, -1, kDefaultFormat},  {-4, -1, kDefaultFormat},         {2, 6, kDefaultFormat},
+                        {2, -36, kDefaultFormat}, {2000000000, -1, kDefaultFormat}, {2, -1, 0x100}};
+  for (const auto& [factor, kernelCode, format] : requests)
     for (int mode : {0, 1}) {
-      Request asked = request;
-      asked.mode = mode;
-      const Finished finished = Restore(picture, asked);
+      RestoreParameters asked = kUsual;
+      asked.factor = factor, asked.kernelCode = kernelCode;
+      const Finished finished = Restore(FloatImage(8, 8, format), mode, 1, asked);
       CHECK(finished.outcome.exitCode == 1);
       CHECK(finished.outcome.errors.size() > 10);
       CHECK_FALSE(finished.written);
     }
-  const Finished unknown = Restore(FloatImage(8, 8, 0x100), {});
-  CHECK(unknown.outcome.exitCode == 1);
-  CHECK_FALSE(unknown.written);
 }
 
 TEST_CASE("a missing picture is restored as an empty one") {
   const ScratchFolder folder;
   for (int mode : {0, 1}) {
     const Outcome outcome =
-        Run({.arguments = Request{.mode = mode}.Words(), .environment = {"NORV_DIR=" + folder.Path()}});
+        Run({.arguments = ModeWords(mode, kUsual, 1), .environment = {"NORV_DIR=" + folder.Path()}});
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.errors.find("input.fdib") != std::string::npos);
     CHECK(ReadBytes(folder / "output.fdib").size() == 16);

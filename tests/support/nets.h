@@ -1,8 +1,7 @@
-// Networks of random values for tests, and comparison bit for bit.
+// Networks of random values for tests.
 #pragma once
 
 #include <cmath>
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -45,10 +44,6 @@ inline std::string NetBytes(const NeuralNet& net) {
   const ScratchFolder folder;
   SaveNet(net, folder / "net", Folder::asGiven);
   return ReadBytes(folder / "net");
-}
-
-inline bool SameBits(const matrix& a, const matrix& b) {
-  return a.m == b.m && a.n == b.n && (a.mn == 0 || std::memcmp(a.x, b.x, sizeof(float) * a.mn) == 0);
 }
 
 }  // namespace norv::test

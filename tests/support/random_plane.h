@@ -1,6 +1,9 @@
-// Planes of reproducible random values.
+// Planes of reproducible random values, and how far planes are apart.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <random>
 
 #include "linear/matrix2.h"
@@ -19,6 +22,18 @@ inline double Product(const matrix& a, const matrix& b) {
   double sum = 0;
   for (int32_t i = 0; i < a.mn; ++i) sum += static_cast<double>(a.x[i]) * static_cast<double>(b.x[i]);
   return sum;
+}
+
+inline bool SameBits(const matrix& a, const matrix& b) {
+  return a.m == b.m && a.n == b.n && (a.mn == 0 || std::memcmp(a.x, b.x, sizeof(float) * a.mn) == 0);
+}
+
+// The largest difference; planes of different sizes are very far apart.
+inline double Apart(const matrix& a, const matrix& b) {
+  double largest = a.m == b.m && a.n == b.n ? 0 : 1e9;
+  for (int32_t i = 0; i < std::min(a.mn, b.mn); ++i)
+    largest = std::max(largest, std::abs(static_cast<double>(a.x[i]) - static_cast<double>(b.x[i])));
+  return largest;
 }
 
 }  // namespace norv::test

@@ -1,0 +1,67 @@
+// What tests ask of a restoration, and the enlargement that it starts from.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "raster/separable.h"
+#include "restore/parameters.h"
+
+namespace norv::test {
+
+// Quick, with weights that matter on planes of random grey levels.
+inline RestoreParameters TestParameters(int32_t type, int32_t factor = 2, int32_t representation = 0) {
+  RestoreParameters p{};
+  p.factor = factor, p.kernelCode = -1;
+  p.lambdaCross = 0.3f, p.lambda = 0.2f;
+  p.deltaCross = 4, p.delta = 6;
+  p.shapeCross = 0.8f, p.shapeDot = 0.6f;
+  p.steps = 4, p.iterations = 2;
+  p.orientationScale = 0.7f, p.emphasis = 0.4f;
+  p.representation = representation, p.type = type;
+  p.edgeThreshold = 60;
+  return p;
+}
+
+inline matrix Enlarged(const matrix& small, int32_t f) {
+  matrix large;
+  ResampleSeparable(small, large, EnlargementTable(small.m, f), EnlargementTable(small.n, f));
+  return large;
+}
+
+// The command line of one of the modes 0 to 5, which takes the edge threshold from the orientation scale.
+inline std::vector<std::string> ModeWords(int mode, const RestoreParameters& p, int threads) {
+  const float values[] = {static_cast<float>(mode),
+                          static_cast<float>(p.factor),
+                          static_cast<float>(p.kernelCode),
+                          p.lambdaCross,
+                          p.lambda,
+                          p.deltaCross,
+                          p.delta,
+                          p.gateCross,
+                          p.gate,
+                          p.spareCross,
+                          p.spare,
+                          p.shapeCross,
+                          p.shapeDot,
+                          static_cast<float>(p.steps),
+                          static_cast<float>(p.iterations),
+                          p.orientationScale,
+                          p.emphasis,
+                          static_cast<float>(p.representation),
+                          static_cast<float>(p.type),
+                          static_cast<float>(p.keepMask),
+                          0,
+                          static_cast<float>(threads)};
+  std::vector<std::string> words;
+  for (const float value : values) {
+    char word[40];
+    std::snprintf(word, sizeof word, value == static_cast<float>(static_cast<int64_t>(value)) ? "%.0f" : "%.9g",
+                  static_cast<double>(value));
+    words.push_back(word);
+  }
+  return words;
+}
+
+}  // namespace norv::test
