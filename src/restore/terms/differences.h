@@ -2,6 +2,9 @@
 //
 // A term owns its weights and its residual s. Two sweeps over the rows of a plane p make a step: one sums the squares
 // of q = D p, the other forms q again, takes alpha q from s and gathers g += D' s. q is never stored.
+//
+// d1 and d2 are the differences along the diagonals of the 2 x 2 cell of pixels at (r, c): x(r+1, c+1) - x(r, c) and
+// x(r+1, c) - x(r, c+1). At the last row and column a mirrored cell has the pixels before them as its far ones.
 #pragma once
 
 #include <cstdint>

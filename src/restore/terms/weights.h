@@ -50,7 +50,7 @@ struct PixelList {
 void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
                  const Weighting& weighting);
 
-// Differences along and across at one mirrored cell, for code off the fast road.
+// d1 and d2 of one mirrored cell, for code that looks at single pixels instead of rows.
 struct CellDifferences {
   float d1, d2;
 };
