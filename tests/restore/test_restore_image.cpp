@@ -36,7 +36,7 @@ matrix Restored(const matrix& small, const RestoreParameters& p) {
   return large;
 }
 
-double Apart(const FloatImage& a, const FloatImage& b) {
+double ImagesApart(const FloatImage& a, const FloatImage& b) {
   double largest = a.format == b.format && a.count == b.count ? 0 : 1e9;
   for (size_t k = 0; k < 4; ++k) largest = std::max(largest, Apart(a.plane[k], b.plane[k]));
   return largest;
@@ -57,7 +57,7 @@ TEST_CASE("every plane is restored in representations 0 and 4, only the first on
     expected.RefreshSize();
     expected.ConvertTo(kDefaultFormat);
     CAPTURE(representation);
-    CHECK(Apart(Restored(picture, p), expected) < 1e-3);
+    CHECK(ImagesApart(Restored(picture, p), expected) < 1e-3);
   }
 }
 
@@ -125,10 +125,10 @@ TEST_CASE("an unknown kernel code is refused where an update step would need it,
       if (type == 1 && iterations > 0) {
         CHECK_THROWS_AS(RestoreImage(image, p), const char*);
         CHECK_THROWS_AS(RestoreImageInBands(image, p, 2, 1), const char*);
-        CHECK(Apart(image, picture) == 0);
+        CHECK(ImagesApart(image, picture) == 0);
         continue;
       }
-      CHECK(Apart(Restored(picture, p), Restored(picture, known)) == 0);
+      CHECK(ImagesApart(Restored(picture, p), Restored(picture, known)) == 0);
       RestoreImageInBands(image, p, 2, 1);
       CHECK(image.count == 4 * picture.count);
     }
@@ -144,11 +144,11 @@ TEST_CASE("bands are real images with margins, cut and pasted") {
     CutBand(picture, 17 * band - 20, 57, alone);
     PasteBand(expected, 34 * band, Restored(alone, p), 40);
   }
-  CHECK(Apart(image, expected) == 0);
+  CHECK(ImagesApart(image, expected) == 0);
   FloatImage few = Picture(5, 10), one = few;
   RestoreImageInBands(few, p, 4, 4);
   RestoreImageInBands(one, p, 1, 1);
-  CHECK(Apart(few, one) == 0);
+  CHECK(ImagesApart(few, one) == 0);
 }
 
 TEST_CASE("small and damaged images") {
