@@ -24,7 +24,8 @@ constexpr Range StaticPart(int64_t count, int member, int members) {
 inline int ProcessorCount() { return omp_get_num_procs(); }
 
 // Calls body(begin, end) once on each of exactly `threads` threads with its static part of 0 .. count - 1; empty parts
-// are skipped. One thread, or a count below it: called directly. The first exception that a member throws is thrown again here.
+// are skipped. One thread, or a count below it: called directly. The first exception that a member throws is thrown
+// again here.
 template <typename Body>
 void ParallelRanges(int threads, int64_t count, const Body& body) {
   if (threads <= 1) {

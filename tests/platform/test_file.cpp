@@ -191,7 +191,6 @@ TEST_CASE("whatever ends a run but a kill takes its half-written file along") {
   const auto endWith = [&](int signal) {
     const pid_t child = fork();
     if (child == 0) {
-      if (signal != 0) std::signal(signal, SIG_DFL);  // a parent such as nohup may have had it ignored
       FileOut out(folder / "data", Durability::scratch);
       const std::vector<float> large(1 << 19);
       out.Array(large.data(), large.size());

@@ -6,6 +6,7 @@
 #include "restore/edge_mask.h"
 #include "restore/restore_plane.h"
 #include "simd/levels.h"
+#include "support/levels.h"
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
