@@ -8,14 +8,12 @@
 namespace norv {
 namespace {
 
-constexpr int kLanes = 8;
-
-// A sum of squares: eight partial sums, added in order.
+// A sum of squares in the eight partial sums that the kernels add to; in the end these are added in order.
 struct SquareSum {
-  double lanes[kLanes] = {};
+  double parts[8] = {};
   float Total() const {
     double total = 0;
-    for (const double lane : lanes) total += lane;
+    for (const double part : parts) total += part;
     return static_cast<float>(total);
   }
 };
@@ -44,7 +42,7 @@ class Solver {
       if (r > 0) AddSquares(sum, p, r - 1);
     }
     AddSquares(sum, p, p.n - 1);
-    kernels_.addSquares(sum.lanes, scratch_.reducedDirection.x, scratch_.reducedDirection.mn);
+    kernels_.addSquares(sum.parts, scratch_.reducedDirection.x, scratch_.reducedDirection.mn);
     return sum.Total();
   }
 
@@ -69,14 +67,14 @@ class Solver {
   }
 
   void AddSquares(SquareSum& sum, const matrix& p, int32_t r) const {
-    for (const DifferenceTerm* term : terms_) term->AddSquares(sum.lanes, p, r);
+    for (const DifferenceTerm* term : terms_) term->AddSquares(sum.parts, p, r);
   }
 
   void FormGradient(SquareSum& sum, int32_t r) {
     float* g = scratch_.gradient.z[r];
     pair_.AdjointRow(scratch_.residual, r, g);
     for (const DifferenceTerm* term : terms_) term->AddAdjoint(g, r);
-    kernels_.addSquares(sum.lanes, g, scratch_.gradient.m);
+    kernels_.addSquares(sum.parts, g, scratch_.gradient.m);
   }
 
   const matrix& y_;
@@ -86,7 +84,7 @@ class Solver {
   const RestoreKernels& kernels_;
 };
 
-// Steps of a solver: those that it does not need are counted when it ends.
+// Advances the progress by the steps that a solver takes, and by those that it turned out not to need when it ends.
 class StepCount {
  public:
   StepCount(Progress* progress, int32_t steps) : progress_(progress), left_(steps) {}
