@@ -27,12 +27,6 @@ Samples Pattern(int32_t width, int32_t height, int32_t channels, int32_t bits) {
 
 Bytes Encoded(const Codec& codec, const Samples& samples) { return codec.Encode(samples, {}); }
 
-const std::vector<const Codec*> kAll = {&kPng, &kJpeg, &kTiff,
-#ifdef NORV_WEBP
-                                        &kWebp
-#endif
-};
-
 // The reason for which these bytes are no picture, empty when they are one.
 std::string Refusal(const Codec& codec, const Bytes& bytes) {
   try {
@@ -93,7 +87,7 @@ TEST_CASE("PNG and TIFF keep every sample of 8 and 16 bits") {
 }
 
 TEST_CASE("formats that lose something lose little of smooth shading") {
-  for (const Codec* codec : kAll)
+  for (const Codec* codec : Codecs())
     for (int32_t channels = 1; channels <= (codec->alpha ? 4 : 3); channels += codec->alpha ? 1 : 2) {
       Samples samples = Pattern(50, 40, channels, 8);
       for (int32_t r = 0; r < 40; ++r)
@@ -110,6 +104,19 @@ TEST_CASE("formats that lose something lose little of smooth shading") {
           worst = std::max(worst, std::abs(before.Colour(k).x[i] - after.Colour(k).x[i]));
       CHECK(worst <= 6);
     }
+}
+
+TEST_CASE("texts for people name every format, and its file names are known") {
+  for (const Codec* codec : Codecs()) {
+    CHECK(KnownFormats().find(codec->name) != std::string::npos);
+    for (const std::string& extension : codec->extensions) CHECK(CodecOfName("a.b/c." + extension) == codec);
+    CHECK(KnownExtensions("or").find("." + codec->extensions[0]) != std::string::npos);
+  }
+  CHECK(KnownFormats("or").starts_with("PNG, JPEG"));
+  CHECK(KnownExtensions("or").find(" or .") == KnownExtensions("or").rfind(' ') - 3);
+  CHECK(CodecOfName("A.PnG") == &kPng);
+  CHECK(!HasPictureName("png"));
+  CHECK(!HasPictureName("a.png/b"));
 }
 
 TEST_CASE("values outside 0..255 move to the nearest end and the rest is rounded to nearest") {
@@ -252,7 +259,7 @@ TEST_CASE("a JPEG of four inks becomes RGB") {
 }
 
 TEST_CASE("a picture cut anywhere is refused with a reason") {
-  for (const Codec* codec : kAll) {
+  for (const Codec* codec : Codecs()) {
     const Bytes whole = Encoded(*codec, Pattern(16, 16, 3, 8));
     int accepted = 0;
     for (size_t length = 0; length < whole.size(); length += 1 + whole.size() / 400)
@@ -264,7 +271,7 @@ TEST_CASE("a picture cut anywhere is refused with a reason") {
 
 TEST_CASE("damaged bytes end in a picture or a reason, never in a fault") {
   uint32_t state = 1;
-  for (const Codec* codec : kAll) {
+  for (const Codec* codec : Codecs()) {
     const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->sixteenBits ? 16 : 8));
     int refused = 0;
     for (int run = 0; run < 500; ++run) {

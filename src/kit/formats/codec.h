@@ -37,7 +37,7 @@ extern const Codec kPng, kJpeg, kTiff;
 extern const Codec kWebp;
 #endif
 
-// What a format's own file says of rows that it gives and takes one by one.
+// For a format's own file: a source or sink from an object that reads or writes a single row at a time.
 //   Reader  { PictureShape shape; void ReadRow(uint8_t*); }      Writer  { void WriteRow(const uint8_t*); void
 //   Finish(); }
 template <typename Reader>

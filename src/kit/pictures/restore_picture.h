@@ -6,19 +6,21 @@
 
 namespace norv {
 
-// The picture as a whole, or in `bands` horizontal bands (1 and more) on `threads` threads. Grey stays grey.
+// The picture enlarged and sharpened in horizontal bands, `threads` of them at a time (1 and more); bands = 0: as a
+// whole. Each band is restored as a picture of its own, so that their number may change the result; a picture of too
+// few rows for them is one band, with a warning. Grey stays grey.
 Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
-// The same as three bytes a pixel in and out; alpha is dropped with a warning.
+// The same by way of three bytes a pixel, bands at least 1: values are rounded before and after, alpha is dropped with a warning.
 Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
 struct DenoiseChoice {
   bool best = false;  // groups of similar patches instead of patch components
   float noise = 0;    // standard deviation in grey levels; 0: estimated
-  int32_t threads = 1;
+  int32_t threads = 1;  // which do not change the result; of `best` 1 or all processors
 };
 
-// The colours of the picture; its alpha plane stays.
+// Noise and compression grain removed from the colours of the picture; its alpha plane stays.
 void DenoisePicture(Picture& picture, const DenoiseChoice& choice);
 
 }  // namespace norv
