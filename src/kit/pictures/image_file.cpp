@@ -5,10 +5,12 @@
 #include <optional>
 #include <utility>
 
+#include "image/bit_image.h"
 #include "image/float_image_file.h"
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/file_kind.h"
+#include "linear/matrix_file.h"
 
 namespace norv {
 namespace {
@@ -42,18 +44,16 @@ PictureSource OpenFloatImage(const std::string& path) {
 // .mat and .bit files: a header and the rows one behind the other.
 PictureSource OpenMatrix(const std::string& path) {
   const auto file = std::make_shared<FileIn>(path);
-  int32_t width = 0, height = 0, count = 0;
-  for (int32_t* field : {&width, &height, &count}) file->Field(*field);
-  return {ShapeOf(width, height, 1), [file](Picture& rows, int32_t at, int32_t n) {
+  const auto header = ReadHeader<MatrixHeader>(*file);
+  return {ShapeOf(header.rows, header.columns, 1), [file](Picture& rows, int32_t at, int32_t n) {
             for (int32_t r = at; r < at + n; ++r) file->Array(rows.plane[0].z[r], static_cast<size_t>(rows.Width()));
           }};
 }
 
 PictureSource OpenBitImage(const std::string& path) {
   const auto file = std::make_shared<FileIn>(path);
-  int32_t width = 0, height = 0;
-  for (int32_t* field : {&width, &height}) file->Field(*field);
-  return {ShapeOf(width, height, 3), [file](Picture& rows, int32_t at, int32_t count) {
+  const auto header = ReadHeader<BitImageHeader>(*file);
+  return {ShapeOf(header.width, header.height, 3), [file](Picture& rows, int32_t at, int32_t count) {
             BitImage image(rows.Width(), count);
             file->Array(image.pixels.get(), static_cast<size_t>(image.size));
             PlaceRows(ToPicture(image), rows, at);
@@ -86,7 +86,7 @@ PictureSink AfterHeader(const std::shared_ptr<FileOut>& file, const Put& put) {
 
 PictureSink CreateMatrix(const std::string& path, const PictureShape& shape) {
   const auto file = std::make_shared<FileOut>(path);
-  for (const int32_t field : {shape.width, shape.height, shape.width * shape.height}) file->Field(field);
+  WriteHeader(*file, MatrixHeader{shape.width, shape.height, shape.width * shape.height});
   return AfterHeader(file, [](FileOut& out, const Picture& rows) {
     const matrix luminance = LuminanceOf(rows);
     out.Array(luminance.x, static_cast<size_t>(luminance.mn));
@@ -95,7 +95,7 @@ PictureSink CreateMatrix(const std::string& path, const PictureShape& shape) {
 
 PictureSink CreateBitImage(const std::string& path, const PictureShape& shape) {
   const auto file = std::make_shared<FileOut>(path);
-  for (const int32_t field : {shape.width, shape.height}) file->Field(field);
+  WriteHeader(*file, BitImageHeader{shape.width, shape.height});
   return AfterHeader(file, [](FileOut& out, Picture rows) {
     const BitImage image = ToBitImage(ToFloatImage(std::move(rows)));
     out.Array(image.pixels.get(), static_cast<size_t>(image.size));
