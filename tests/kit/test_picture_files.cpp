@@ -119,6 +119,21 @@ TEST_CASE("texts for people name every format, and its file names are known") {
   CHECK(!HasPictureName("a.png/b"));
 }
 
+TEST_CASE("what is held comes in groups of rows as what is read does") {
+  const Samples samples = Pattern(7, 12, 3, 16);
+  const SampleSource source = HeldSamples(samples);
+  const PictureSource picture = HeldPicture(ToPicture(samples));
+  Samples again({7, 12, 3, 16});
+  Picture rows(7, 12, 3, 16);
+  for (const int32_t first : {0, 5}) {
+    source.read(again, first, first == 0 ? 5 : 7);
+    picture.read(rows, first, first == 0 ? 5 : 7);
+  }
+  int64_t moved = 0;
+  CHECK(again.bytes == samples.bytes);
+  CHECK(ToSamples(rows, 16, moved).bytes == samples.bytes);
+}
+
 TEST_CASE("values outside 0..255 move to the nearest end and the rest is rounded to nearest") {
   Picture picture(5, 1, 1);
   const float values[] = {-3, 300, 1.5f, 254.49f, NAN};

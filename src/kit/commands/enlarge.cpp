@@ -29,7 +29,7 @@ Options NetworkRows(Settings& settings) {
            .target = &settings.how.shortcut,
            .help = "network: only for the luminance, a third of the work"},
           {.name = "--threads",
-           .target = &settings.how.threads,
+           .target = &settings.how.bands,
            .unit = "N",
            .check = OneOf{"1,4,8,16"},
            .help = "network: bands at the same time: 1, 4, 8 or 16"}};
@@ -57,7 +57,7 @@ Options Rows(Settings& settings) {
 
 Picture LoadInput(const Settings& settings) {
   Picture picture = LoadImage(settings.picture);
-  if (settings.denoise) DenoisePicture(picture, {.threads = settings.how.threads});
+  if (settings.denoise) DenoisePicture(picture, {.threads = settings.how.bands});
   return picture;
 }
 

@@ -16,7 +16,7 @@ struct Settings {
 Options Rows(Settings& settings) {
   return Joined(
       {{{.name = "FILE", .target = &settings.file, .help = ".fdib of any colour model, .mat (as grey) or .bit"},
-        {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: .png, .jpg or .tif"}},
+        {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: " + KnownExtensions("or")}},
        WriteRows(settings.choice),
        {{.name = "--verbose", .target = &settings.verbose, .help = "say how many samples were outside 0..255"}}});
 }

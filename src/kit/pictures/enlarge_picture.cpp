@@ -45,14 +45,14 @@ ImageSource ImageRowsOf(const PictureSource& picture) {
 Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how) {
   const PictureShape shape = picture.Shape();
   RequireEnlargement(net, shape);
-  if (!GoesInBands(shape, how)) how.threads = 1;
+  if (!GoesInBands(shape, how)) how.bands = 1;
   FloatImage image = ToFloatImage(std::move(picture));
-  NetEnlargeImage(image, net, how.shortcut || shape.IsGrey(), how.average, how.threads);
+  NetEnlargeImage(image, net, how.shortcut || shape.IsGrey(), how.average, how.bands);
   return ShownAs(shape, ToPicture(std::move(image)));
 }
 
 bool GoesInBands(const PictureShape& shape, const NetEnlargement& how) {
-  return how.threads > 1 && shape.height / how.threads >= how.threads;
+  return how.bands > 1 && shape.height / how.bands >= how.bands;
 }
 
 void EnlargeRowsByNet(PictureSource picture, const NeuralNet& net, const NetEnlargement& how, const std::string& out,

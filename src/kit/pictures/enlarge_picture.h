@@ -10,7 +10,7 @@ struct NeuralNet;
 struct NetEnlargement {
   bool average = false;   // over the eight orientations
   bool shortcut = false;  // the network for the luminance only
-  int32_t threads = 1;    // 1, 4, 8 or 16: as many bands at the same time
+  int32_t bands = 1;      // 1, 4, 8 or 16, all at the same time
 };
 
 // By the network, whose outputs decide the factor. A picture of too few rows for the bands gets one. Grey pictures take
@@ -20,7 +20,7 @@ Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how);
 // Whether a picture of this size is cut into bands, which takes the whole of it in memory.
 bool GoesInBands(const PictureShape& shape, const NetEnlargement& how);
 
-// The same pixels as EnlargeByNet() on one thread gives, row by row into the file of that name (CreateImage).
+// The same pixels as EnlargeByNet() in one band gives, row by row into the file of that name (CreateImage).
 // stripRows: as in NetEnlargeRows().
 void EnlargeRowsByNet(PictureSource picture, const NeuralNet& net, const NetEnlargement& how, const std::string& out,
                       const WriteChoice& choice, int32_t stripRows = 0);

@@ -11,12 +11,13 @@ namespace norv {
 // few rows for them is one band, with a warning. Grey stays grey.
 Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
-// The same by way of three bytes a pixel, bands at least 1: values are rounded before and after, alpha is dropped with a warning.
+// The same by way of three bytes a pixel, bands at least 1: values are rounded before and after, alpha is dropped with
+// a warning.
 Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
 struct DenoiseChoice {
-  bool best = false;  // groups of similar patches instead of patch components
-  float noise = 0;    // standard deviation in grey levels; 0: estimated
+  bool best = false;    // groups of similar patches instead of patch components
+  float noise = 0;      // standard deviation in grey levels; 0: estimated
   int32_t threads = 1;  // which do not change the result; of `best` 1 or all processors
 };
 
