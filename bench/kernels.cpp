@@ -112,10 +112,11 @@ void Activation(benchmark::State& state) {
       benchmark::Counter(kCount, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-BENCHMARK(Limit)->ArgName("level")->DenseRange(0, 2);
+constexpr int64_t kLastLevel = std::size(kLevels) - 1;
+BENCHMARK(Limit)->ArgName("level")->DenseRange(0, kLastLevel);
 BENCHMARK(Record)->ArgName("kind")->Arg(14)->Arg(1);
-BENCHMARK(Packed)->ArgNames({"level", "kind"})->ArgsProduct({{0, 1, 2}, {14, 1}});
-BENCHMARK(Products)->ArgName("level")->DenseRange(0, 2);
+BENCHMARK(Packed)->ArgNames({"level", "kind"})->ArgsProduct({benchmark::CreateDenseRange(0, kLastLevel, 1), {14, 1}});
+BENCHMARK(Products)->ArgName("level")->DenseRange(0, kLastLevel);
 BENCHMARK(Activation)->ArgNames({"level", "kind"})->ArgsProduct({{1, 2}, {1, 2, 3, 8, 10, 11, 14, 15, 16, 17}});
 
 }  // namespace

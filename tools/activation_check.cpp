@@ -56,7 +56,8 @@ int main(int argc, char** argv) {
     for (int32_t kind = 1; kind < kActivationKinds; ++kind) kinds.push_back(kind);
   bool same = true;
   for (const int32_t kind : kinds) {
-    if (kind < 1 || kind >= kActivationKinds) return std::fprintf(stderr, "kinds are 1 to 17\n"), 2;
+    if (kind < 1 || kind >= kActivationKinds)
+      return std::fprintf(stderr, "kinds are 1 to %d\n", kActivationKinds - 1), 2;
     same = Check(kind) && same;
   }
   return same ? 0 : 1;

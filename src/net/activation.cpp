@@ -14,8 +14,8 @@ template <typename List>
 struct Rows;
 template <typename... Kinds>
 struct Rows<scalar::KindList<Kinds...>> {
-  static constexpr Activation kRows[] = {{nullptr, nullptr},
-                                         {Kinds::template f<double>, Kinds::template df<double>}...};
+  static constexpr Activation kRows[kActivationKinds] = {{nullptr, nullptr},
+                                                         {Kinds::template f<double>, Kinds::template df<double>}...};
 };
 
 }  // namespace

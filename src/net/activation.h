@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-namespace norv {
+#include "simd/activation/kinds.h"
 
-inline constexpr int32_t kActivationKinds = 18;  // 0 to 17; 0 has no functions
+namespace norv {
 
 using ActivationFunction = double (*)(double);
 
@@ -14,7 +14,7 @@ struct Activation {
   ActivationFunction df;  // its derivative
 };
 
-// The row of a kind 0 .. 17.
+// The row of a kind 0 .. kActivationKinds - 1.
 const Activation& ActivationOf(int32_t kind);
 
 }  // namespace norv

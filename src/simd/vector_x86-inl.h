@@ -10,8 +10,10 @@ namespace norv::NORV_LEVEL {
 inline float Sqrt(float v) { return _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(v))); }
 inline double Sqrt(double v) { return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(v))); }
 inline Vec<float, 4> Sqrt(Vec<float, 4> v) { return _mm_sqrt_ps(v); }
-inline Vec<float, 8> Sqrt(Vec<float, 8> v) { return _mm256_sqrt_ps(v); }
 inline Vec<double, 2> Sqrt(Vec<double, 2> v) { return _mm_sqrt_pd(v); }
+
+#if defined(__AVX__)
+inline Vec<float, 8> Sqrt(Vec<float, 8> v) { return _mm256_sqrt_ps(v); }
 inline Vec<double, 4> Sqrt(Vec<double, 4> v) { return _mm256_sqrt_pd(v); }
 
 // The compiler's own conversion takes two halves, one of them by way of memory.
@@ -21,6 +23,8 @@ template <typename Mask>
 requires(sizeof(Mask) == 32) inline bool AnyLane(Mask mask) {
   return !_mm256_testz_si256(__m256i(mask), __m256i(mask));
 }
+
+#endif
 
 #if defined(__FMA__)
 inline Vec<double, 4> MultiplyAddRoughly(Vec<double, 4> a, Vec<double, 4> b, Vec<double, 4> c) {

@@ -43,6 +43,7 @@ TEST_CASE("ends of the activation kinds") {
     }
   CHECK(ActivationOf(16).f(710) == infinity);  // exp overflows on the way, on purpose: written down as log(exp(x) + 1)
   CHECK(std::isnan(ActivationOf(17).f(-infinity)));
+  CHECK(ActivationOf(1).f(-200) == doctest::Approx(1.3838965267367376e-87));  // far below what a float can show
 }
 
 TEST_CASE("derivatives are those of the functions") {

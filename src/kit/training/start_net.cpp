@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 #include "net/layouts.h"
 
@@ -29,7 +30,8 @@ class Generator {
 };
 
 // Squared gain by kind: 1 over the square of the slope at zero, twice that where half of the inputs is nearly lost.
-constexpr double kSquaredGains[kActivationKinds] = {1, 16, 16, 16, 16, 32, 32, 16, 32, 32, 32, 2, 1, 2, 2, 4, 2, 2};
+constexpr double kSquaredGains[] = {1, 16, 16, 16, 16, 32, 32, 16, 32, 32, 32, 2, 1, 2, 2, 4, 2, 2};
+static_assert(std::size(kSquaredGains) == kActivationKinds);
 
 void FillRandom(NetUnit& unit, Generator& generator) {
   const double limit = std::sqrt(3 * kSquaredGains[unit.ActivationKind] / unit.Nin);
@@ -86,6 +88,7 @@ const char* WhyNoNet(const NetPlan& plan) {
     if (units < 1 || units > 65536) return "a hidden layer has 1 to 65536 units";
   if (plan.kinds.size() != plan.hidden.size() + 1)
     return "there has to be one kind for every hidden layer and one for the outputs";
+  static_assert(kActivationKinds == 18);
   for (const int32_t kind : plan.kinds)
     if (kind < 1 || kind >= kActivationKinds) return "a kind is 1 to 17";
   return nullptr;

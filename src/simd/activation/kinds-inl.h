@@ -1,15 +1,17 @@
 // The activation kinds, each written once for a double and for a vector of doubles.
 //
-// f is for results that are rounded to single precision: it may cut off what no float can show. df keeps the whole
-// range of doubles, as it is multiplied before it is rounded. A NaN takes the branch of a failed comparison.
+// Where f adds 1/2 or 1 to what it takes an exponential for, it may cut that off where it no longer shows. df keeps the
+// whole range of doubles, as it is multiplied before it is rounded. A NaN takes the branch of a failed comparison.
 #pragma once
 
-#include "simd/math/math-inl.h"
+#include "simd/activation/kinds.h"
+#include "simd/math/angles-inl.h"
+#include "simd/math/exponential-inl.h"
 
 namespace norv::NORV_LEVEL {
 
-// Beyond it the logistic functions and exp(x) - 1 are constant in single precision, the smallest floats included.
-inline constexpr double kFloatExpLimit = 110;
+// Beyond it the centred logistic function and exp(x) - 1 are constant, in double precision too.
+inline constexpr double kExpLimit = 110;
 
 template <typename V>
 inline V LogisticDerivative(V x) {
@@ -20,7 +22,7 @@ inline V LogisticDerivative(V x) {
 struct Logistic {
   template <typename V>
   static V f(V x) {
-    return 1.0 / (ExpWithin(-x, kFloatExpLimit) + 1.0);
+    return 1.0 / (Exp(-x) + 1.0);
   }
   template <typename V>
   static V df(V x) {
@@ -31,7 +33,7 @@ struct Logistic {
 struct CentredLogistic {
   template <typename V>
   static V f(V x) {
-    return Logistic::f(x) - 0.5;
+    return 1.0 / (ExpWithin(-x, kExpLimit) + 1.0) - 0.5;
   }
   template <typename V>
   static V df(V x) {
@@ -146,7 +148,7 @@ struct QuarterRampExp {
 struct ExponentialLinear {
   template <typename V>
   static V f(V x) {
-    return x > 0.0 ? x : ExpWithin(x, kFloatExpLimit) - 1.0;
+    return x > 0.0 ? x : ExpWithin(x, kExpLimit) - 1.0;
   }
   template <typename V>
   static V df(V x) {
@@ -211,11 +213,14 @@ struct RampExp {
 };
 
 template <typename... Kinds>
-struct KindList {};
+struct KindList {
+  static constexpr int32_t kCount = sizeof...(Kinds);
+};
 
-// Kinds 1 to 17 in order.
+// In the order of their numbers, from kind 1 on.
 using AllKinds = KindList<Logistic, CentredLogistic, ArcTangent, QuarterIdentity, QuarterRamp, QuarterLeakyRamp,
                           HalfSoftSign, QuarterSoftPlus, RampSoftSign, QuarterRampExp, ExponentialLinear, Identity,
                           Ramp, LeakyRamp, SoftSign, SoftPlus, RampExp>;
+static_assert(AllKinds::kCount + 1 == kActivationKinds);
 
 }  // namespace norv::NORV_LEVEL

@@ -41,7 +41,8 @@ inline Doubles ShortExpOfNegative(Doubles x) {
 inline Doubles ShortLogistic(Doubles x) { return 1.0 / (ShortExpOfNegative(x) + 1.0); }
 
 // Whether any value of a or b is within 2^-37 of the middle between two floats, in parts of the value.
-inline bool AnyNearMiddle(Doubles a, Doubles b) {
+template <typename V>
+inline bool AnyNearMiddle(V a, V b) {
   constexpr uint64_t kMiddle = uint64_t{1} << 28, kWindow = uint64_t{1} << 15;
   constexpr uint64_t kFar = (2 * kMiddle - 1) & ~(2 * kWindow - 1);  // bits that are all zero within the window
   return AnyWithout(ToBits(a) - (kMiddle - kWindow), ToBits(b) - (kMiddle - kWindow), kFar);

@@ -9,8 +9,7 @@ extern const EvaluateKernels kTable;
 const EvaluateKernels kTable = {
     .level = kCompiledLevel,
     .evaluateLayer = EvaluateLayer,
-    .activation = RowTables<AllKinds>::kActivation,
-    .activationDerivative = RowTables<AllKinds>::kDerivative,
+    .activation = RowTable<AllKinds>::kRows,
 };
 
 }  // namespace norv::NORV_LEVEL

@@ -1,7 +1,7 @@
 // Weighted sums of a network layer: a tile of units x vectors of pixels, whose sums stay in registers.
 //
-// The prescribed dot product has eight partial sums, but only one is alive at a time besides the total: partial sum 0
-// with the tail first, then sum 1, added to the total at once, and so on.
+// The dot product has eight partial sums (see the contract), but only one is alive at a time besides the total: partial
+// sum 0 with the tail first, then sum 1, added to the total at once, and so on.
 #pragma once
 
 #include "simd/evaluate/kernels.h"

@@ -2,7 +2,8 @@
 
 #define NORV_LEVEL scalar
 #define NORV_VECTOR_BYTES 32
-#include "simd/math/math-inl.h"
+#include "simd/math/angles-inl.h"
+#include "simd/math/exponential-inl.h"
 
 namespace norv {
 

@@ -2,7 +2,7 @@
 // that reaches an output file calls the C library's own, which differ by processor and platform.
 //
 // Each is accurate to 0.85 units in the last place over the whole range; NaN, infinities, signed zeros, overflow
-// and underflow come out as in IEC 60559. Bodies: simd/math/math-inl.h.
+// and underflow come out as in IEC 60559. Bodies: the -inl.h files beside.
 #pragma once
 
 namespace norv {

@@ -1,5 +1,9 @@
 // The row kernels of the restoration for one level.
-#include "simd/restore/restore-inl.h"
+#include "simd/restore/differences-inl.h"
+#include "simd/restore/orientation-inl.h"
+#include "simd/restore/phases-inl.h"
+#include "simd/restore/rows-inl.h"
+#include "simd/restore/weights-inl.h"
 
 namespace norv::NORV_LEVEL {
 

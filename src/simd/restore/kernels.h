@@ -2,7 +2,7 @@
 //
 // A kernel works on one row that stays in the first-level cache; who calls it keeps the planes' sweeps together. Any
 // lengths and alignments, 0 included; arithmetic in single precision in the order written. Sums of squares go to eight
-// doubles, element i of a call to sums[i mod 8], so that all levels give the same bits.
+// doubles, element i of a call to sums[i mod 8]: our own rule, by which all levels give the same bits.
 #pragma once
 
 #include <cstdint>
@@ -25,8 +25,8 @@ struct DirectionRow {
   const float* u2;
 };
 
-// What a difference operator's adjoint adds to the corners: +first to (r', c'), -first to (r, c), +second to (r, c'),
-// -second to (r', c).
+// What the adjoint of a difference operator adds to a cell's corners: +first to (r', c'), -first to (r, c), +second to
+// (r, c'), -second to (r', c).
 struct CornerRow {
   float* first;
   float* second;

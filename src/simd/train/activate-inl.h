@@ -73,7 +73,7 @@ template <typename List>
 struct ActivateTable;
 template <typename... Kinds>
 struct ActivateTable<KindList<Kinds...>> {
-  static constexpr TrainActivation kRows[] = {nullptr, ActivateRow<Kinds>...};
+  static constexpr TrainActivation kRows[kActivationKinds] = {nullptr, ActivateRow<Kinds>...};
 };
 
 }  // namespace norv::NORV_LEVEL

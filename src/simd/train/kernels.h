@@ -1,11 +1,16 @@
-// What training a dense layer sample by sample needs of the machine's vectors. Results are the same bits at every
-// level.
+// What training dense layers sample by sample needs of the machine's vectors.
 //
-// Every weight is read for the sum and for its step in one go. The first layer's step waits for the sweep that
-// evaluates the next sample, as its sums come first; a later layer's is taken where its weights carry the deltas down.
+// Every sum has the order of the dot product in simd/evaluate/kernels.h, which the contract with the graphical program
+// gives; that no multiply-add is fused, and that all levels give the same bits, is our own rule.
+//
+// A weight is read once a sample, for its sum and its step together. A sample's steps are known only after its sums, so
+// that the first layer's wait for the sweep that evaluates the next sample; a later layer's are taken where its weights
+// carry the deltas down to the layer below.
 #pragma once
 
 #include <cstdint>
+
+#include "simd/activation/kinds.h"
 
 namespace norv {
 
@@ -18,40 +23,43 @@ inline constexpr int32_t kTrainBlock = 16;
 // How a step changes the weights: not at all; W += (-step) X; V = momentum V + (-step) X, then W += V.
 enum class TrainUpdate : int32_t { none, plain, momentum };
 
-// z = dot(input, W) + bias, one a unit, summed in eight lane sums, tail to the first, lanes in order.
+// z = dot(input, W) + bias of each unit.
 struct TrainSums {
-  float* W;  // columns: W[i * stride + u]; rows: W[u * stride + i]. u counts units, i inputs.
+  float* W;  // kernel columns: W[i * stride + u]; kernel rows: W[u * stride + i]; u counts units, i inputs
   int32_t inputs;
   int32_t stride;
-  const float* input;  // columns: null where only the weights are updated. Rows: aligned.
+  const float* input;  // columns: null where only the weights are updated; rows: aligned
   const float* bias;
   float* z;  // out
 };
 
-// The same with the step of the sample before.
+// The same, after the step of the sample before.
 struct TrainSweep : TrainSums {
-  float* V;  // as W
+  float* V;  // the velocities, laid out as W; null without momentum
   TrainUpdate update;
   float momentum;
-  const float* step;      // nu times delta of the sample before, one a unit
+  const float* step;      // nu delta of the sample before, one a unit
   const float* previous;  // inputs of the sample before
 };
 
+// delta = slope * sum over k of W[k] deltaAbove[k], in the order of k; then the steps of these weights and of the
+// layer's own biases.
 struct TrainDeltas {
-  float *W, *V;  // rows of the layer above, updated after their use
+  float *W, *V;  // rows of the layer above, one a unit of it; updated after their use. V: null without momentum
   int32_t stride;
   int32_t units;  // of the layer above
   const float *deltaAbove, *stepAbove;
   const float* a;       // of this layer's units: the inputs of the layer above
-  const double* slope;  // df(z)
-  const float* z;       // null: the slopes are exact. Else they come from activateLogistic, and these are its z.
-  float bound;          // 0: none
+  const double* slope;  // df(z): exact, or 38 bits of it as activateLogistic makes them
+  const float* z;       // null where the slopes are exact; else this layer's z, from which the exact slope is made for
+                        // a delta that 38 bits do not decide
+  float bound;          // deltas are clipped to -bound .. bound; 0: to nothing
   float nu, momentum;
   TrainUpdate update;  // plain or momentum
-  float* delta;        // out: df(z) times the sum of W delta in unit order, clipped
-  float* step;         // out: nu times delta
+  float* delta;        // out
+  float* step;         // out: nu delta
   float* bias;         // updated: -= step, or += vb
-  float* vb;           // velocity = momentum velocity - step
+  float* vb;           // updated with momentum: vb = momentum vb - step
 };
 
 // a = (float) f(z) and slope = df(z) of n units; writes whole blocks, so up to kTrainBlock - 1 elements more.
@@ -64,9 +72,10 @@ struct TrainKernels {
   void (*columns)(const TrainSweep& sweep, int32_t begin, int32_t end);
   void (*rows)(const TrainSums& sums, int32_t begin, int32_t end);
   void (*deltas)(const TrainDeltas& deltas, int32_t begin, int32_t end);
-  const TrainActivation* activate;  // by kind, 1 to 17
-  // The same for kind 1 with slopes of 38 bits, which nearly always decide how a delta is rounded: `deltas` finds out
-  // when they do not and takes the exact ones. For layers of this kind alone; z as in `deltas`.
+  // By activation kind, null for kind 0.
+  const TrainActivation (&activate)[kActivationKinds];
+  // That of kind 1, faster: its slopes have 38 bits, which nearly always decide how a delta is rounded
+  // (TrainDeltas::z). For layers that have no other kind.
   TrainActivation activateLogistic;
 };
 

@@ -1,0 +1,95 @@
+// What weights are made of, and the rules that make them of it.
+#pragma once
+
+#include "simd/math/exponential-inl.h"
+#include "simd/restore/cells-inl.h"
+#include "simd/rows-inl.h"
+
+namespace norv::NORV_LEVEL {
+namespace {
+
+using Whole = Vec<int32_t, 8>;
+
+void MeasureIsotropic(float* out, CellRow x, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) {
+    const V d1 = First<V>(x, i), d2 = Second<V>(x, i);
+    Store(d1 * d1 + d2 * d2, out + i);
+  });
+}
+
+void MeasureCross(float* out, CellRow x, DirectionRow u, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) { Store(Cross<V>(x, u, i), out + i); });
+}
+
+void MeasureDot(float* out, CellRow x, DirectionRow u, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) { Store(Dot<V>(x, u, i), out + i); });
+}
+
+void MeasureDifference(float* out, const float* a, const float* b, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) { Store(Load<V>(a + i) - Load<V>(b + i), out + i); });
+}
+
+void SquareRoots(float* x, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) { Store(Sqrt(Load<V>(x + i)), x + i); });
+}
+
+void Huber(float* x, float lambda, float delta, int64_t n) {
+  ForRow(n, [&]<typename V>(int64_t i) {
+    const V g = Abs(Load<V>(x + i));
+    const V beyond = lambda * Sqrt((2 * g - delta) * delta) / g, inside = V{} + lambda;
+    Store(g <= delta ? inside : beyond, x + i);
+  });
+}
+
+// x = body(x) of eight values at a time, the last block filled up with ones.
+template <typename Body>
+inline void ForBlocks(float* x, int64_t n, const Body& body) {
+  int64_t i = 0;
+  for (; i + 8 <= n; i += 8) Store(body(Load<Eight>(x + i)), x + i);
+  StorePart(body(LoadPart(x + i, n - i, Fill<Eight>(1))), x + i, n - i);
+}
+
+void Lorentzian(float* x, double lambda, double sigma, bool squared, int64_t n) {
+  EachInDoubles(x, x, n, [&](Doubles value) {
+    const Doubles g2 = squared ? value : value * value;
+    const Doubles beyond = lambda * Sqrt(NORV_LEVEL::Log(1 + g2 / (sigma * sigma)) / g2);
+    return g2 > 1e-10 ? beyond : Fill<Doubles>(lambda / sigma);
+  });
+}
+
+constexpr int32_t kRootHalf = 0x3f3504f3;
+
+// ln |x| of normal floats: with 1 + f = |x| / 2^k near 1 and s = f / (2 + f), k ln 2 + 2 s (1 + s^2 / 3 + ...).
+inline Eight LogOf(Eight x) {
+  const Whole bits = (__builtin_bit_cast(Whole, x) & 0x7fffffff) - kRootHalf;
+  const Eight k = Convert<float>(bits >> 23);
+  const Eight f = __builtin_bit_cast(Eight, (bits & 0x007fffff) + kRootHalf) - 1;
+  const Eight s = f / (2 + f), u = s * s;
+  const Eight beyond = s * u * (0.6666667f + u * (0.4f + u * (0.2857143f + u * 0.2222222f)));
+  return k * 0.693359375f + (2 * s + (beyond - k * 2.1219444e-4f));
+}
+
+// e^x - 1 without cancellation for x > -87; x beyond 87 counts as that.
+inline Eight ExpLessOne(Eight x) {
+  constexpr float kRound = 0x1.8p23f;
+  const Eight bounded = x > 87 ? Eight{} + 87 : x;
+  const Eight k = (bounded * 1.4426950f + kRound) - kRound;
+  const Eight r = (bounded - k * 0.693359375f) + k * 2.1219444e-4f;
+  const Eight tail = 0.16666667f + r * (0.041666667f + r * (0.0083333333f + r * (1.3888889e-3f + r * 1.9841270e-4f)));
+  const Eight scale = __builtin_bit_cast(Eight, (Convert<int32_t>(k) + 127) << 23);
+  return scale * (r + r * r * (0.5f + r * tail)) + (scale - 1);
+}
+
+// g / delta to the power of the shape is the exponential of a product; a shape of 0 is the limit of small ones.
+void Shaped(float* x, float lambda, float delta, float shape, int64_t n) {
+  const float inverse = 1 / delta, strength = delta >= 0 ? lambda : __builtin_nanf("");
+  ForBlocks(x, n, [&](Eight value) {
+    const Eight g = Abs(value), t = g * inverse, log = LogOf(t);
+    const Eight penalty = 1 + 2 * (shape > 0 ? ExpLessOne(shape * log) / shape : log);
+    const Eight beyond = strength * Sqrt(penalty) / t, inside = Eight{} + lambda;
+    return g <= delta ? inside : beyond;
+  });
+}
+
+}  // namespace
+}  // namespace norv::NORV_LEVEL
