@@ -115,10 +115,11 @@ void EnlargeImage(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcu
   const int32_t width = EnlargedLength(image.width, enlarger.Factor());
   const int32_t height = EnlargedLength(image.height, enlarger.Factor());
   FloatImage source;
-  if (plan.bands > 1) source = enlarger.Supported() ? std::move(image) : image;
   if (plan.bands > 1 && enlarger.Supported()) {
+    source = std::move(image);
     MakeUncleared(image, width, height, source.format);
   } else {
+    if (plan.bands > 1) source = image;
     image.Redim(width, height, image.format);
   }
   // One band: the cleared image is enlarged, on purpose; see the header.

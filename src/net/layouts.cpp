@@ -40,6 +40,7 @@ LayoutTaps Diagonals(const std::vector<Tap>& pixels, int32_t side) {
 
 std::vector<ptrdiff_t> Offsets(const std::vector<Tap>& taps, ptrdiff_t stride) {
   std::vector<ptrdiff_t> offsets;
+  offsets.reserve(taps.size());
   for (const Tap tap : taps) offsets.push_back(tap.dy * stride + tap.dx);
   return offsets;
 }

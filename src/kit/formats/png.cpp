@@ -98,6 +98,7 @@ class PngReader {
   Samples ReadInterlaced() {
     Samples samples(shape);
     std::vector<png_bytep> rows;
+    rows.reserve(shape.height);
     for (int32_t r = 0; r < shape.height; ++r) rows.push_back(samples.Row(r));
     session_.Run([&] {
       png_read_image(session_.png, rows.data());

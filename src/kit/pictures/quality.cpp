@@ -17,7 +17,7 @@ std::array<double, kWindow> GaussianWindow() {
   std::array<double, kWindow> window;
   double sum = 0;
   for (int i = 0; i < kWindow; ++i) {
-    const double t = i - kWindow / 2;
+    const int t = i - kWindow / 2;
     sum += window[i] = Exp(-t * t / (2 * 1.5 * 1.5));
   }
   for (double& weight : window) weight /= sum;

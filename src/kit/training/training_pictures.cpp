@@ -106,7 +106,7 @@ matrix TrainingPictures::LoadOrWarn(const std::string& name) const {
     return {};
   }
   matrix plane = LuminanceOf(picture);
-  if (plan_.reduce > 1) plane.swap(ShrinkPicture(GreyPicture(std::move(plane)), plan_.reduce, kReduceOrder).plane[0]);
+  if (plan_.reduce > 1) plane = ShrinkPicture(GreyPicture(std::move(plane)), plan_.reduce, kReduceOrder).plane[0];
   Clamp(plane);
   return plane;
 }
