@@ -1,10 +1,12 @@
 // A plane as patch work wants it, and sums of overlapping patches.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
 #include "linear/matrix2.h"
+#include "platform/team.h"
 
 namespace norv {
 
@@ -40,5 +42,17 @@ class PatchSums {
   int64_t first_ = 0, end_ = 0, stride_ = 0;
   std::vector<float> values_, weights_;
 };
+
+// Calls work(i, sums) for each of `count` strips with sums of its own, which are then added to total(i), in the order
+// of the strips whoever made them.
+template <typename Work, typename Total>
+void SumStrips(int threads, int64_t count, const Work& work, const Total& total) {
+  constexpr int64_t kAtOnce = 64;  // strips whose sums are in memory
+  for (int64_t first = 0; first < count; first += kAtOnce) {
+    std::vector<PatchSums> sums(static_cast<size_t>(std::min(kAtOnce, count - first)));
+    ParallelFor(threads, static_cast<int64_t>(sums.size()), [&](int64_t i) { work(first + i, sums[i]); });
+    for (size_t i = 0; i < sums.size(); ++i) sums[i].AddTo(total(first + static_cast<int64_t>(i)));
+  }
+}
 
 }  // namespace norv

@@ -6,10 +6,10 @@
 #include <limits>
 #include <utility>
 
-#include "linear/products.h"
 #include "platform/assert.h"
 #include "platform/console.h"
 #include "platform/memory.h"
+#include "simd/columns/kernels.h"
 
 namespace norv {
 namespace {
@@ -113,21 +113,17 @@ void dmatrix::fill(double value) { std::fill_n(x, mn, value); }
 
 void dmatrix::mult(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.m && n == b.n && a.n == b.m, "m==a.m && n==b.n && a.n==b.m");
-  CombineAll(a.z, a.n, z, m, n, [&](int32_t k, int32_t j) { return b.z[j][k]; });
+  ActiveColumnKernels().multiply(a.z, a.n, b.z, z, m, n);
 }
 
 void dmatrix::multTA(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.n && n == b.n && a.m == b.m, "m==a.n && n==b.n && a.m==b.m");
-  for (int32_t j = 0; j < n; ++j) {
-    int32_t i = 0;
-    for (; i + 4 <= m; i += 4) DotColumns<4>(b.z[j], a.z + i, a.m, z[j] + i);
-    for (; i < m; ++i) DotColumns<1>(b.z[j], a.z + i, a.m, z[j] + i);
-  }
+  for (int32_t j = 0; j < n; ++j) ActiveColumnKernels().dots(b.z[j], a.z, a.m, m, z[j]);
 }
 
 void dmatrix::multTB(const dmatrix& a, const dmatrix& b) {
   NORV_ASSERT_TEXT(m == a.m && n == b.m && a.n == b.n, "m==a.m && n==b.m && a.n==b.n");
-  CombineAll(a.z, a.n, z, m, n, [&](int32_t k, int32_t j) { return b.z[k][j]; });
+  ActiveColumnKernels().multiplyTransposed(a.z, a.n, b.z, z, m, n);
 }
 
 }  // namespace norv

@@ -5,46 +5,22 @@
 #include <numeric>
 
 namespace norv {
-namespace {
-
-// Reflects `width` columns at once, so that the reflector is read once for all of them.
-template <int32_t width>
-void Reflect(const double* reflector, double scale, double* const* column, int32_t begin, int32_t length) {
-  Double4 even[width] = {}, odd[width] = {};
-  for (int32_t i = begin; i < length; i += kColumnBlock)
-    for (int32_t j = 0; j < width; ++j) {
-      even[j] += At(reflector + i) * At(column[j] + i);
-      odd[j] += At(reflector + i + 4) * At(column[j] + i + 4);
-    }
-  double factor[width];
-  for (int32_t j = 0; j < width; ++j) factor[j] = scale * Sum(even[j] + odd[j]);
-  for (int32_t i = begin; i < length; i += 4)
-    for (int32_t j = 0; j < width; ++j) At(column[j] + i) -= factor[j] * At(reflector + i);
-}
-
-}  // namespace
 
 Reflection MakeReflector(const double* x, double* v, int32_t begin, int32_t end) {
   const int32_t block = BlockOf(begin), length = PaddedLength(end) - block;
   std::fill_n(v, PaddedLength(end), 0.0);
   std::copy(x + begin, x + end, v + begin);
-  const double norm = std::sqrt(Dot(v + block, v + block, length));
+  const double norm = std::sqrt(ActiveColumnKernels().dot(v + block, v + block, length));
   if (norm == 0) return {0, 0};
   const double result = v[begin] > 0 ? -norm : norm;
   v[begin] -= result;
   return {-1 / (result * v[begin]), result};
 }
 
-void ReflectAll(const double* v, double scale, double* const* column, int32_t count, int32_t begin, int32_t length) {
-  int32_t j = 0;
-  for (; j + 4 <= count; j += 4) Reflect<4>(v, scale, column + j, begin, length);
-  for (; j < count; ++j) Reflect<1>(v, scale, column + j, begin, length);
-}
-
 QrReduction::QrReduction(Columns& a, int32_t rows)
     : rows_(rows), reflectors_(rows, std::min(rows, a.Count())), source_(a.Count()), norm_(a.Count()) {
   std::iota(source_.begin(), source_.end(), 0);
-  for (int32_t j = 0; j < a.Count(); ++j) norm_[j] = Dot(a[j], a[j], a.Length());
+  for (int32_t j = 0; j < a.Count(); ++j) norm_[j] = ActiveColumnKernels().dot(a[j], a[j], a.Length());
   sure_ = norm_;
   const double largest = norm_.empty() ? 0.0 : std::sqrt(*std::max_element(norm_.begin(), norm_.end()));
   const double smallest = largest * std::max(rows, a.Count()) * std::numeric_limits<double>::epsilon();
@@ -71,7 +47,7 @@ bool QrReduction::Eliminate(Columns& a, int32_t k, double smallest) {
   scale_.push_back(made.scale);
   a[k][k] = made.result;
   std::fill(a[k] + k + 1, a[k] + rows_, 0.0);
-  ReflectAll(v, scale_[k], a.Pointers() + k + 1, a.Count() - k - 1, BlockOf(k), a.Length());
+  ActiveColumnKernels().reflect(v, scale_[k], a.Pointers() + k + 1, a.Count() - k - 1, BlockOf(k), a.Length());
   for (int32_t j = k + 1; j < a.Count(); ++j) {
     norm_[j] -= a[j][k] * a[j][k];
     // Too much has cancelled: sum afresh what remains.
@@ -85,9 +61,10 @@ bool QrReduction::Eliminate(Columns& a, int32_t k, double smallest) {
 
 void QrReduction::ApplyQ(Columns& x, int32_t begin, int32_t end) const {
   constexpr int32_t kGroup = 4;  // columns that stay in the nearest cache while all reflectors pass
+  const auto reflect = ActiveColumnKernels().reflect;
   for (int32_t j = begin; j < end; j += kGroup)
     for (int32_t k = rank_ - 1; k >= 0; --k)
-      ReflectAll(reflectors_[k], scale_[k], x.Pointers() + j, std::min(kGroup, end - j), BlockOf(k), x.Length());
+      reflect(reflectors_[k], scale_[k], x.Pointers() + j, std::min(kGroup, end - j), BlockOf(k), x.Length());
 }
 
 }  // namespace norv

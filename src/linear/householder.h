@@ -17,9 +17,7 @@ struct Reflection {
 // For the elements begin .. end - 1 of x; v, zero outside them, is written. scale is 0 when they are all 0.
 Reflection MakeReflector(const double* x, double* v, int32_t begin, int32_t end);
 
-// Reflects columns by v, whose elements before begin (a multiple of the block) are zero.
-void ReflectAll(const double* v, double scale, double* const* column, int32_t count, int32_t begin, int32_t length);
-
+// Where the block of a row begins: from there on the kernels work on the elements behind it.
 constexpr int32_t BlockOf(int32_t row) { return row / kColumnBlock * kColumnBlock; }
 
 // A P = Q R with the columns taken in order of falling remaining norm (Businger and Golub 1965). R has Rank() rows;

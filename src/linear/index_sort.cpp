@@ -14,7 +14,7 @@ struct Entry {
   int32_t index;
 };
 
-struct Range {
+struct Part {
   int32_t low, high;
 };
 
@@ -78,7 +78,7 @@ void SwapBlocks(Entry<Key>* a, Key pivot, int32_t& up, int32_t& down) {
 
 // Parts [low, return.high] with keys up to the pivot and [return.low, high] with keys from the pivot on.
 template <typename Key>
-Range Partition(Entry<Key>* a, Range range) {
+Part Partition(Entry<Key>* a, Part range) {
   const Key pivot = OrderThree(a[range.low], a[range.low + (range.high - range.low) / 2], a[range.high]);
   int32_t up = range.low, down = range.high;
   SwapBlocks(a, pivot, up, down);
@@ -93,7 +93,7 @@ Range Partition(Entry<Key>* a, Range range) {
 }
 
 template <typename Key>
-void Insert(Entry<Key>* a, Range range) {
+void Insert(Entry<Key>* a, Part range) {
   for (int32_t i = range.low + 1; i <= range.high; ++i) {
     const Entry<Key> entry = a[i];
     int32_t k = i;
@@ -105,14 +105,14 @@ void Insert(Entry<Key>* a, Range range) {
 // Ranges at index 0 are partitioned down to one element; the order of equal keys depends on it.
 template <typename Key>
 void Sort(Entry<Key>* a, int32_t n) {
-  Range pending[32];  // the smaller part goes first, so never more than log2(n)
+  Part pending[32];  // the smaller part goes first, so never more than log2(n)
   int32_t count = 0;
-  Range range = {0, n - 1};
+  Part range = {0, n - 1};
   for (;;) {
     const int32_t length = range.high - range.low + 1;
     if (length > kInsertionLength || (range.low == 0 && length > 1)) {
-      const Range gap = Partition(a, range);
-      const Range left = {range.low, gap.high}, right = {gap.low, range.high};
+      const Part gap = Partition(a, range);
+      const Part left = {range.low, gap.high}, right = {gap.low, range.high};
       const bool leftFirst = left.high - left.low <= right.high - right.low;
       pending[count++] = leftFirst ? right : left;
       range = leftFirst ? left : right;

@@ -6,7 +6,6 @@
 #include "linear/dmatrix.h"
 #include "linear/householder.h"
 #include "linear/index_sort.h"
-#include "linear/products.h"
 #include "linear/symmetric.h"
 #include "platform/console.h"
 
@@ -15,45 +14,46 @@ namespace {
 
 constexpr int kMostSweeps = 30;
 
-// Columns that are being made orthogonal: the first `length` elements; the others turn along with them.
-struct Turning {
+// Columns that Jacobi rotations make orthogonal by their first `length` elements; the others are rotated with them.
+struct JacobiColumns {
   Columns& column;
   int32_t length;
   std::vector<double> norm;  // squared
   double tolerance;          // squared cosine that counts as a right angle
+  const ColumnKernels& kernels = ActiveColumnKernels();
 };
 
 // Rotates columns p and q to a right angle; false when they already have one.
-bool MakeOrthogonal(Turning& t, int32_t p, int32_t q) {
-  const double along = Dot(t.column[p], t.column[q], t.length);
+bool MakeOrthogonal(JacobiColumns& t, int32_t p, int32_t q) {
+  const double along = t.kernels.dot(t.column[p], t.column[q], t.length);
   if (along * along <= t.tolerance * t.norm[p] * t.norm[q]) return false;
   const double difference = t.norm[q] - t.norm[p];
   const double hypotenuse = std::sqrt(difference * difference + 4 * along * along);
   const double tangent = 2 * along / (difference >= 0 ? difference + hypotenuse : difference - hypotenuse);
   const double cosine = 1 / std::sqrt(1 + tangent * tangent);
-  Rotate(t.column[p], t.column[q], cosine, cosine * tangent, t.column.Length());
+  t.kernels.rotate(t.column[p], t.column[q], {cosine, -cosine * tangent}, t.column.Length());
   t.norm[p] -= tangent * along;
   t.norm[q] += tangent * along;
   return true;
 }
 
-// One pass over all pairs, the longest remaining column first (de Rijk 1989); false when nothing had to turn.
-bool Sweep(Turning& t) {
+// One pass over all pairs, the longest remaining column first (de Rijk 1989); false when no pair was rotated.
+bool Sweep(JacobiColumns& t) {
   const int32_t n = t.column.Count();
-  bool turned = false;
-  for (int32_t j = 0; j < n; ++j) t.norm[j] = Dot(t.column[j], t.column[j], t.length);
+  bool rotated = false;
+  for (int32_t j = 0; j < n; ++j) t.norm[j] = t.kernels.dot(t.column[j], t.column[j], t.length);
   for (int32_t p = 0; p < n; ++p) {
     const auto longest = static_cast<int32_t>(std::max_element(t.norm.begin() + p, t.norm.end()) - t.norm.begin());
     t.column.Exchange(p, longest);
     std::swap(t.norm[p], t.norm[longest]);
-    for (int32_t q = p + 1; q < n; ++q) turned |= MakeOrthogonal(t, p, q);
+    for (int32_t q = p + 1; q < n; ++q) rotated |= MakeOrthogonal(t, p, q);
   }
-  return turned;
+  return rotated;
 }
 
 bool MakeAllOrthogonal(Columns& column, int32_t length) {
   constexpr double kRounding = std::numeric_limits<double>::epsilon();
-  Turning t = {column, length, std::vector<double>(column.Count()), length * kRounding * kRounding};
+  JacobiColumns t = {column, length, std::vector<double>(column.Count()), length * kRounding * kRounding};
   for (int sweep = 0; sweep < kMostSweeps; ++sweep)
     if (!Sweep(t)) return true;
   return false;
@@ -61,9 +61,8 @@ bool MakeAllOrthogonal(Columns& column, int32_t length) {
 
 // The eigenvectors of R transpose(R) for the upper triangle R with `rank` rows.
 Columns EigenvectorsOf(const Columns& r, int32_t rank) {
-  Columns top(rank, r.Count()), gram(rank, rank);
-  for (int32_t j = 0; j < r.Count(); ++j) std::copy_n(r[j], rank, top[j]);
-  CombineAll(top.Pointers(), top.Count(), gram.Pointers(), rank, rank, [&](int32_t k, int32_t i) { return top[k][i]; });
+  Columns gram(rank, rank);
+  ActiveColumnKernels().multiplyTransposed(r.Pointers(), r.Count(), r.Pointers(), gram.Pointers(), rank, rank);
   std::vector<double> values;
   DecomposeSymmetric(gram, values);
   return gram;
@@ -89,20 +88,20 @@ Decomposition Decompose(Columns& a, int32_t rows, int32_t leftCount) {
   // or three sweeps make it exact.
   const Columns start = EigenvectorsOf(a, rank);
   // Above: transpose(R), rows in the matrix's own order of columns, times them. Below: the rotations gathered.
-  Columns turning(length + rank, rank);
-  for (int32_t i = 0; i < rank; ++i) std::copy_n(start[i], rank, turning[i] + length);
+  Columns stacked(length + rank, rank);
+  for (int32_t i = 0; i < rank; ++i) std::copy_n(start[i], rank, stacked[i] + length);
   Columns triangle(columns, rank);
   for (int32_t i = 0; i < rank; ++i)
     for (int32_t j = i; j < columns; ++j) triangle[i][reduction.Source(j)] = a[j][i];
-  CombineAll(triangle.Pointers(), rank, turning.Pointers(), columns, rank,
-             [&](int32_t k, int32_t j) { return start[j][k]; });
+  const ColumnKernels& kernels = ActiveColumnKernels();
+  kernels.multiply(triangle.Pointers(), rank, start.Pointers(), stacked.Pointers(), columns, rank);
   Decomposition result = {Columns(rows, leftCount), std::vector<double>(columns), Columns(columns, columns), true};
-  result.settled = MakeAllOrthogonal(turning, length);
+  result.settled = MakeAllOrthogonal(stacked, length);
   for (int32_t j = 0; j < rank; ++j) {
-    const double value = std::sqrt(Dot(turning[j], turning[j], length));
+    const double value = std::sqrt(kernels.dot(stacked[j], stacked[j], length));
     result.value[j] = value;
-    for (int32_t i = 0; i < columns; ++i) result.right[j][i] = turning[j][i] / value;
-    std::copy_n(turning[j] + length, rank, result.left[j]);
+    for (int32_t i = 0; i < columns; ++i) result.right[j][i] = stacked[j][i] / value;
+    std::copy_n(stacked[j] + length, rank, result.left[j]);
   }
   for (int32_t j = rank; j < leftCount; ++j) result.left[j][j] = 1;
   reduction.ApplyQ(result.left, 0, leftCount);

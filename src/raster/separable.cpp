@@ -6,6 +6,7 @@
 #include "platform/memory.h"
 #include "raster/edges.h"
 #include "raster/filters.h"
+#include "simd/resample/kernels.h"
 
 namespace norv {
 namespace {
@@ -43,16 +44,13 @@ class PhaseLine {
   AlignedArray<float> phases_;
 };
 
-void AddScaled(float* y, const float* x, float s, int64_t n) {
-  for (int64_t i = 0; i < n; ++i) y[i] += s * x[i];
-}
-
 void ReduceRows(matrix& result, const matrix& high, const Reduction& axis) {
   PhaseLine line(axis, result.m);
-  result.fill(0);
+  std::vector<const float*> taps;
+  for (int32_t i = 0; i < axis.kernel.mn; ++i) taps.push_back(line.Tap(i));
   for (int32_t r = 0; r < high.n; ++r) {
     line.Fill(high.z[r], high.m);
-    for (int32_t i = 0; i < axis.kernel.mn; ++i) AddScaled(result.z[r], line.Tap(i), axis.kernel.x[i], result.m);
+    ActiveResampleKernels().combineRows(result.z[r], taps.data(), axis.kernel.x, axis.kernel.mn, result.m);
   }
 }
 
@@ -63,10 +61,11 @@ void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel) {
   const Reduction across(high.m, low.m, kernel), down(high.n, low.n, kernel);
   matrix narrow(low.m, high.n);
   ReduceRows(narrow, high, across);
-  low.fill(0);
-  for (int32_t r = 0; r < low.n; ++r)
-    for (int32_t i = 0; i < kernel.mn; ++i)
-      AddScaled(low.z[r], narrow.z[down.Source(r, i, high.n)], kernel.x[i], low.m);
+  std::vector<const float*> rows(static_cast<size_t>(kernel.mn));
+  for (int32_t r = 0; r < low.n; ++r) {
+    for (int32_t i = 0; i < kernel.mn; ++i) rows[i] = narrow.z[down.Source(r, i, high.n)];
+    ActiveResampleKernels().combineRows(low.z[r], rows.data(), kernel.x, kernel.mn, low.m);
+  }
 }
 
 // ------------------------------------------------------------------------------------------------- resampling
@@ -129,14 +128,23 @@ Reach ReachOf(const ResampleTable& table, int32_t k, int64_t length) {
   return reach;
 }
 
-// y[i] = the sum over the reach of weight times element i of its lines, for n elements; line(j) is source line j.
-template <typename Line>
-void Gather(float* y, const Line& line, const Reach& reach, int64_t n) {
-  std::fill_n(y, n, 0.0f);
-  for (int64_t j = 0; j < reach.count; ++j) AddScaled(y, line(reach.first + j), reach.weights[j], n);
-  if (reach.divisor != 1)
-    for (int64_t i = 0; i < n; ++i) y[i] /= reach.divisor;
-}
+// Sums over the lines that reaches name. Keeps its scratch.
+class LineGatherer {
+ public:
+  // y[i] = the sum over the reach of weight times element i of its lines, for n elements; line(j) is source line j.
+  template <typename Line>
+  void Gather(float* y, const Line& line, const Reach& reach, int64_t n) {
+    lines_.clear();
+    for (int64_t j = 0; j < reach.count; ++j) lines_.push_back(line(reach.first + j));
+    combineRows_(y, lines_.data(), reach.weights, reach.count, n);
+    if (reach.divisor != 1)
+      for (int64_t i = 0; i < n; ++i) y[i] /= reach.divisor;
+  }
+
+ private:
+  decltype(ResampleKernels::combineRows) combineRows_ = ActiveResampleKernels().combineRows;
+  std::vector<const float*> lines_;
+};
 
 // Rows of a plane resampled along their length, a few side by side, so that the arithmetic runs on neighbouring
 // elements.
@@ -158,7 +166,7 @@ class RowResampler {
     const auto column = [&](int64_t c) { return columns_.get() + c * kRowsAtOnce; };
     for (size_t k = 0; k < reaches_.size(); ++k) {
       float sums[kRowsAtOnce];
-      Gather(sums, column, reaches_[k], kRowsAtOnce);
+      gatherer_.Gather(sums, column, reaches_[k], kRowsAtOnce);
       for (int64_t r = 0; r < count; ++r) rows[r * stride + static_cast<int64_t>(k)] = sums[r];
     }
     return count;
@@ -169,6 +177,7 @@ class RowResampler {
   const int64_t width_;
   std::vector<Reach> reaches_;
   AlignedArray<float> columns_;  // the rows at work, element by element
+  LineGatherer gatherer_;
 };
 
 }  // namespace
@@ -185,11 +194,12 @@ void ResampleSeparable(const PlaneWindow& plane, matrix& result, const ResampleT
   const int64_t begin = ReachOf(vertical, 0, plane.height).first;
   const auto line = [&](int64_t r) { return ring.get() + (r - begin) % ringRows * width; };
   RowResampler rows(plane, horizontal);
+  LineGatherer gatherer;
   int64_t done = begin;
   for (int32_t k = 0; k < result.n; ++k) {
     const Reach reach = ReachOf(vertical, k, plane.height);
     while (done < reach.first + reach.count) done += rows.Resample(done, line(done), width);
-    Gather(result.z[k], line, reach, width);
+    gatherer.Gather(result.z[k], line, reach, width);
   }
 }
 

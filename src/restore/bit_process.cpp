@@ -10,65 +10,12 @@
 #include "raster/edges.h"
 #include "restore/memory_need.h"
 #include "restore/restore_image.h"
+#include "simd/bytes/kernels.h"
 
 namespace norv {
 namespace {
 
 constexpr int32_t kBlock = 256;  // pixels a step: their scratch stays in the first-level cache
-
-typedef float Eight __attribute__((vector_size(32)));
-typedef float Four __attribute__((vector_size(16)));
-typedef int32_t FourInts __attribute__((vector_size(16)));
-typedef uint8_t SixteenBytes __attribute__((vector_size(16)));
-
-inline Eight Positive(Eight value) { return value > 0.0f ? value : Eight{}; }
-
-// Infinity times the scale 0 is the only NaN here.
-inline Eight Scaled(Eight value, Eight scale) {
-  const Eight scaled = value * scale;
-  return (scaled == scaled ? scaled : 255.0f) + 0.5f;
-}
-
-// Eight colours to bytes. Dividing by at least 255 gives the scale 1 to colours that need none, without a branch. Whole
-// numbers go in halves: the oldest machines that we run on have them only four wide.
-inline void EightToBytes(Eight first, Eight second, Eight third, uint8_t* out) {
-  first = Positive(first), second = Positive(second), third = Positive(third);
-  Eight largest = first > second ? first : second;
-  largest = largest > third ? largest : third;
-  const Eight scale = 255.0f / (largest > 255.0f ? largest : Eight{} + 255.0f);
-  const Eight value[3] = {Scaled(third, scale), Scaled(second, scale), Scaled(first, scale)};
-  for (int half = 0; half < 2; ++half) {
-    FourInts whole[3];
-    for (int k = 0; k < 3; ++k) {
-      Four part;
-      std::memcpy(&part, reinterpret_cast<const char*>(&value[k]) + half * sizeof part, sizeof part);
-      whole[k] = __builtin_convertvector(part, FourInts);
-    }
-    const FourInts packed = whole[0] | whole[1] << 8 | whole[2] << 16;
-    const SixteenBytes all = reinterpret_cast<SixteenBytes>(packed);
-    const SixteenBytes bytes = __builtin_shufflevector(all, all, 0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15);
-    std::memcpy(out + 12 * half, &bytes, 12);
-  }
-}
-
-// n display colours, one array a value, to 3 n bytes.
-void RowToBytes(const float* const* colour, int32_t n, uint8_t* out) {
-  const float *first = colour[0], *second = colour[1], *third = colour[2];
-  Eight value[3] = {};
-  int32_t i = 0;
-  for (; i + 8 <= n; i += 8) {
-    std::memcpy(&value[0], first + i, sizeof(Eight));
-    std::memcpy(&value[1], second + i, sizeof(Eight));
-    std::memcpy(&value[2], third + i, sizeof(Eight));
-    EightToBytes(value[0], value[1], value[2], out + 3 * i);
-  }
-  if (i == n) return;
-  const size_t rest = static_cast<size_t>(n - i);
-  uint8_t bytes[24];
-  for (int k = 0; k < 3; ++k) std::memcpy(&value[k], colour[k] + i, rest * sizeof(float));
-  EightToBytes(value[0], value[1], value[2], bytes);
-  std::memcpy(out + 3 * i, bytes, 3 * rest);
-}
 
 // The display colours of n pixels of a row: the planes themselves where the model is the display's own, else converted
 // into scratch.
@@ -135,7 +82,7 @@ void ProcessBand(const BitImage& source, BitImage& destination, int32_t row, int
 
 void ToBytes(const float* colour, uint8_t* out) {
   const float* const values[3] = {colour, colour + 1, colour + 2};
-  RowToBytes(values, 1, out);
+  ActiveByteKernels().fromColours(values, 1, out);
 }
 
 void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& source, const BitMask* mask,
@@ -144,6 +91,7 @@ void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& s
   const Span y = Clip(source.height, top, bottom, y0, dest.height);
   const Span x = Clip(source.width, left, right, x0, dest.width);
   ColourReader reader(source);
+  const auto fromColours = ActiveByteKernels().fromColours;
   for (int64_t r = y.first; r < y.end; ++r) {
     for (int64_t c = x.first; c < x.end; c += kBlock) {
       const int32_t n = static_cast<int32_t>(std::min<int64_t>(kBlock, x.end - c));
@@ -151,7 +99,7 @@ void PasteToBitImage(BitImage& dest, int32_t x0, int32_t y0, const FloatImage& s
       const int32_t row = static_cast<int32_t>(r + y.offset), column = static_cast<int32_t>(c + x.offset);
       uint8_t* target = dest.rows[row] + 3 * column;
       uint8_t bytes[3 * kBlock];
-      RowToBytes(reader.colour, n, mask ? bytes : target);
+      fromColours(reader.colour, n, mask ? bytes : target);
       for (int32_t i = 0; mask && i < n; ++i)
         if (mask->Get(row, column + i)) std::memcpy(target + 3 * i, bytes + 3 * i, 3);
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "raster/edges.h"
-#include "simd/restore/kernels.h"
+#include "simd/resample/kernels.h"
 
 namespace norv {
 FilterPair::FilterPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f_(f), w_(w), h_(h) {
@@ -76,7 +76,7 @@ void FilterPair::FillMargins(float* line) const {
 }
 
 void FilterPair::ReduceRow(const matrix& large, int32_t i, float* small) {
-  const RestoreKernels& kernels = ActiveRestoreKernels();
+  const ResampleKernels& kernels = ActiveResampleKernels();
   float* line = line_.get() + margin_;
   for (int64_t t = 0; t < length_; ++t) rows_[t] = large.z[MirrorIndex(int64_t{f_} * i - offset_ + t, large.n)];
   kernels.combineRows(line, rows_.data(), taps_.x, length_, int64_t{f_} * w_);
@@ -96,7 +96,7 @@ void FilterPair::FoldMargins(float* line) const {
 
 // Phase p of the wide row is made of the taps p, p + f, ... and the small row moved by one pixel for each.
 void FilterPair::AdjointAlongRow(const float* small, float* large) {
-  const RestoreKernels& kernels = ActiveRestoreKernels();
+  const ResampleKernels& kernels = ActiveResampleKernels();
   float* padded = padded_.get() + phaseLength_;
   std::copy_n(small, w_, padded);
   const float* taps = phaseTaps_.data();
@@ -119,7 +119,7 @@ void FilterPair::AdjointRow(const matrix& small, int32_t r, float* large) {
     rows_[k] = Ring(shares_[begin + k].row);
     rowTaps_[k] = shares_[begin + k].tap;
   }
-  ActiveRestoreKernels().combineRows(large, rows_.data(), rowTaps_.data(), count, int64_t{f_} * w_);
+  ActiveResampleKernels().combineRows(large, rows_.data(), rowTaps_.data(), count, int64_t{f_} * w_);
 }
 
 }  // namespace norv

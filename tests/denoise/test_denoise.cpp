@@ -1,14 +1,17 @@
 // Both denoisers as a whole.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <doctest/doctest.h>
+#include <vector>
 
 #include "denoise/component_filter.h"
 #include "denoise/components.h"
 #include "denoise/denoise.h"
 #include "denoise/group_filter.h"
 #include "denoise/working_planes.h"
+#include "support/levels.h"
 #include "support/nets.h"
 #include "support/noisy_pictures.h"
 
@@ -122,6 +125,29 @@ TEST_CASE("groups remove noise, with the same bits in parallel") {
   CHECK(PeakRatio(ByGroups(noisy, request).plane[0], clean) > before + 10);
   request.sigma = 0;  // estimated
   CHECK(PeakRatio(ByGroups(noisy, request).plane[0], clean) > before + 9);
+}
+
+TEST_CASE("both denoisers have the same bits at every vector level") {
+  GroupRequest groups;
+  ComponentRequest components;
+  groups.iterations = 2;
+  components.source = ComponentSource::own;
+  for (const auto& [w, h, side] : {std::array{37, 23, 3}, {40, 41, 6}}) {
+    const FloatImage noisy = NoisyImage(w, h, 20);
+    components.side = groups.side = side;
+    std::vector<FloatImage> first;
+    for (const VectorLevel level : AvailableLevels()) {
+      const ForcedLevel forced(level);
+      std::vector<FloatImage> made = {noisy, noisy, noisy};
+      DenoiseByGroups(made[0], groups);
+      for (int k = 1; k < 3; ++k) {
+        components.hard = k == 1;
+        DenoiseByComponents(made[k], components);
+      }
+      if (first.empty()) first = made;
+      for (size_t k = 0; k < made.size(); ++k) CHECK(SamePlanes(made[k], first[k]));
+    }
+  }
 }
 
 TEST_CASE("what asks for nothing, or is too small, stays as it is in every format") {

@@ -8,7 +8,6 @@
 #include "denoise/noise_level.h"
 #include "denoise/patch_search.h"
 #include "linear/dmatrix.h"
-#include "linear/symmetric.h"
 #include "support/noisy_pictures.h"
 
 using namespace norv;
@@ -29,37 +28,6 @@ TEST_CASE("the estimate of the noise") {
   CHECK(EstimateNoise(flat) == 0);
   CHECK(EstimateNoise(constant) == 0);
   CHECK(EstimateNoise(corner) == doctest::Approx(1 / 0.67448975));
-}
-
-TEST_CASE("eigenvectors of symmetric matrices agree with the singular value decomposition") {
-  for (const int32_t n : {1, 2, 3, 5, 36, 64}) {
-    for (const int32_t rank : {n, (n + 1) / 2}) {
-      CAPTURE(n);
-      CAPTURE(rank);
-      dmatrix factor(n, rank), square(n, n), U, W, V;
-      for (int32_t i = 0; i < factor.mn; ++i) factor.x[i] = std::sin(1.7 * i * i + 0.3 * i);
-      square.multTB(factor, factor);
-      std::vector<double> vectors(square.x, square.x + square.mn), values(static_cast<size_t>(n));
-      REQUIRE(DecomposeSymmetric(n, vectors.data(), values.data()));
-      double error = 0, skew = 0;
-      for (int32_t i = 0; i < n; ++i) {
-        for (int32_t j = 0; j < n; ++j) {
-          double sum = 0, dot = 0;
-          for (int32_t k = 0; k < n; ++k) {
-            sum += vectors[i + n * k] * values[k] * vectors[j + n * k];
-            dot += vectors[k + n * i] * vectors[k + n * j];
-          }
-          error = std::max(error, std::abs(sum - square.z[j][i]));
-          skew = std::max(skew, std::abs(dot - (i == j)));
-        }
-      }
-      square.svd(U, W, V);
-      CHECK(error <= 1e-14 * n * W.x[0]);
-      CHECK(skew <= 1e-13);
-      std::sort(values.begin(), values.end(), std::greater<>());
-      for (int32_t k = 0; k < n; ++k) CHECK(std::abs(values[k] - W.x[k]) <= 1e-14 * n * W.x[0]);
-    }
-  }
 }
 
 TEST_CASE("the search finds the nearest patches of its window") {

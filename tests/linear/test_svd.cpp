@@ -8,12 +8,14 @@
 #include <numeric>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "linear/dmatrix.h"
 #include "linear/matrix2.h"
 #include "linear/random.h"
 #include "linear/symmetric.h"
 #include "support/captured_output.h"
+#include "support/levels.h"
 
 using namespace norv;
 using namespace norv::test;
@@ -178,6 +180,23 @@ TEST_CASE("products of double matrices") {
       }
     CHECK(different == 0);
     CHECK(worst < 1e-14);
+  }
+}
+
+TEST_CASE("decompositions and products have the same bits at every vector level") {
+  RandomGenerator random;
+  for (auto [m, n] : {std::pair{3, 3}, {7, 5}, {21, 36}, {45, 40}}) {
+    const dmatrix a = Random(m, n, random);
+    std::vector<dmatrix> first;
+    for (const VectorLevel level : AvailableLevels()) {
+      const ForcedLevel forced(level);
+      std::vector<dmatrix> made(5, dmatrix(n, n));
+      a.svd(made[0], made[1], made[2]);
+      made[3].multTA(a, a);
+      made[4].multTB(made[2], made[3]);
+      if (first.empty()) first = made;
+      for (size_t k = 0; k < made.size(); ++k) CHECK(std::equal(made[k].x, made[k].x + made[k].mn, first[k].x));
+    }
   }
 }
 

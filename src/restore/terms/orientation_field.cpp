@@ -6,6 +6,7 @@
 
 #include "platform/memory.h"
 #include "simd/math/math.h"
+#include "simd/resample/kernels.h"
 
 namespace norv {
 namespace {
@@ -47,8 +48,8 @@ class TensorRows {
       for (int64_t i = -before_; i < 0; ++i) line[k][i] = line[k][MirrorIndex(i, x_.m)];
       for (int64_t i = x_.m; i < x_.m + behind_; ++i) line[k][i] = line[k][MirrorIndex(i, x_.m)];
       for (size_t t = 0; t < taken_.size(); ++t) taken_[t] = line[k] + across_.offsets[t];
-      kernels.combineRows(const_cast<float*>(Row(k, r)), taken_.data(), across_.weights.data(),
-                          static_cast<int64_t>(taken_.size()), x_.m);
+      ActiveResampleKernels().combineRows(const_cast<float*>(Row(k, r)), taken_.data(), across_.weights.data(),
+                                          static_cast<int64_t>(taken_.size()), x_.m);
     }
   }
 
@@ -97,8 +98,8 @@ void FindOrientation(OrientationField& field, const matrix& x, double scale) {
     tensor.Provide(r);
     for (int32_t k = 0; k < kComponents; ++k) {
       for (int64_t t = 0; t < count; ++t) rows[t] = tensor.Row(k, MirrorIndex(r + down.offsets[t], x.n));
-      ActiveRestoreKernels().combineRows(smoothed.get() + int64_t{k} * x.m, rows.data(), down.weights.data(), count,
-                                         x.m);
+      ActiveResampleKernels().combineRows(smoothed.get() + int64_t{k} * x.m, rows.data(), down.weights.data(), count,
+                                          x.m);
     }
     const float* j = smoothed.get();
     ActiveRestoreKernels().direction(field.u1.z[r], field.u2.z[r], j, j + x.m, j + 2 * int64_t{x.m}, x.m);

@@ -1,7 +1,6 @@
 // The row kernels of the restoration for one level.
 #include "simd/restore/differences-inl.h"
 #include "simd/restore/orientation-inl.h"
-#include "simd/restore/phases-inl.h"
 #include "simd/restore/rows-inl.h"
 #include "simd/restore/weights-inl.h"
 
@@ -10,9 +9,6 @@ namespace norv::NORV_LEVEL {
 extern const RestoreKernels kTable;
 const RestoreKernels kTable = {
     .level = kCompiledLevel,
-    .combineRows = CombineRows,
-    .splitPhases = SplitPhases,
-    .joinPhases = JoinPhases,
     .scaleAndAdd = ScaleAndAdd,
     .addScaled = AddScaled,
     .addDifferences = AddDifferences,

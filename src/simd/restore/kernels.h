@@ -35,12 +35,6 @@ struct CornerRow {
 struct RestoreKernels {
   VectorLevel level;
 
-  // out[j] = sum of taps[i] * rows[i][j] for i < count in that order
-  void (*combineRows)(float* out, const float* const* rows, const float* taps, int64_t count, int64_t n);
-  // phases[p * stride + j] = line[f * j + p], j < n; and back
-  void (*splitPhases)(float* phases, int64_t stride, const float* line, int64_t f, int64_t n);
-  void (*joinPhases)(float* line, const float* phases, int64_t stride, int64_t f, int64_t n);
-
   // y = s y + x;  y += s x;  y += (a - b) + (c - d)
   void (*scaleAndAdd)(float* y, float s, const float* x, int64_t n);
   void (*addScaled)(float* y, float s, const float* x, int64_t n);
