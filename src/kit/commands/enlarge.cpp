@@ -31,8 +31,8 @@ Options NetworkRows(Settings& settings) {
           {.name = "--threads",
            .target = &settings.how.bands,
            .unit = "N",
-           .check = OneOf{"1,4,8,16"},
-           .help = "network: bands at the same time: 1, 4, 8 or 16"}};
+           .check = OneOf{TeamSizes(",", ",")},
+           .help = "network: bands at the same time: " + TeamSizes(", ", " or ")}};
 }
 
 Options Rows(Settings& settings) {
@@ -62,7 +62,7 @@ Picture LoadInput(const Settings& settings) {
 }
 
 // Row by row where nothing asks for the whole picture: one that is cleaned of noise, or cut into bands.
-void EnlargeByNet(const Settings& settings) {
+void RunNetwork(const Settings& settings) {
   if (RecogniseWholeFile(settings.net) != FileKind::net) Fail("%s is no network", settings.net.c_str());
   NeuralNet net;
   LoadNet(net, settings.net, Folder::asGiven);
@@ -87,7 +87,7 @@ void Run(const Settings& settings) {
   const bool byNet = settings.method == "net" || (settings.method.empty() && !settings.net.empty());
   if (byNet && settings.net.empty()) throw WrongUsage("--method net needs --net FILE");
   if (!byNet && !settings.net.empty()) throw WrongUsage("--net goes with --method net");
-  if (byNet) return EnlargeByNet(settings);
+  if (byNet) return RunNetwork(settings);
   SaveImage(settings.out, ByMethod(settings), settings.choice);
 }
 

@@ -10,6 +10,7 @@
 #include "net/net_file.h"
 #include "platform/console.h"
 #include "platform/file.h"
+#include "train/training_header.h"
 
 namespace norv {
 namespace {
@@ -112,19 +113,17 @@ void PrintNet(const std::string& path) {
 // The set goes by record by record: it may be larger than memory.
 void PrintTrainingSet(const std::string& path) {
   FileIn in(path);
-  int32_t count = 0, inputs = 0, outputs = 0;
-  in.Field(count);
-  in.Field(inputs);
-  in.Field(outputs);
-  Say("%d pairs of %d inputs and %d outputs\n", count, inputs, outputs);
-  std::vector<float> record(count > 0 ? size_t(inputs) + outputs : 0);
+  TrainingHeader header;
+  TransferTrainingHeader(in, header);
+  Say("%d pairs of %d inputs and %d outputs\n", header.N, header.Nin, header.Ny);
+  std::vector<float> record(header.N > 0 ? size_t(header.Nin) + header.Ny : 0);
   Summary ofInputs, ofOutputs;
   Histogram histogram(-1, 1);
-  for (int32_t i = 0; i < count && !record.empty(); ++i) {  // pairs of nothing are quickly looked through
+  for (int32_t i = 0; i < header.N && !record.empty(); ++i) {  // pairs of nothing are quickly looked through
     in.Array(record.data(), record.size());
-    ofInputs.Add(record.data(), inputs);
-    ofOutputs.Add(record.data() + inputs, outputs);
-    histogram.Add(record.data() + inputs, outputs);
+    ofInputs.Add(record.data(), header.Nin);
+    ofOutputs.Add(record.data() + header.Nin, header.Ny);
+    histogram.Add(record.data() + header.Nin, header.Ny);
   }
   if (!in.Complete()) Fail("%s cannot be read to its end", path.c_str());
   ofInputs.Print("inputs");

@@ -12,9 +12,6 @@ struct Settings {
   NetPlan plan;
 };
 
-// Hidden layers that rectify with a slope, and outputs that may take any value.
-constexpr int32_t kUsualKind = 14, kIdentity = 12;
-
 Options Rows(Settings& settings) {
   return Joined({{{.name = "FILE", .target = &settings.file, .help = "the .net file to write"}},
                  NetRows(settings.plan, "64,64; none with --start", "14 and 12; all 12 with --start"),
@@ -29,14 +26,11 @@ void Run(const Settings& settings) {
   NetPlan plan = settings.plan;
   const bool random = settings.start == "random";
   if (random && plan.hidden.empty()) plan.hidden = {64, 64};
-  if (plan.kinds.empty()) {
-    plan.kinds.assign(plan.hidden.size(), random ? kUsualKind : kIdentity);
-    plan.kinds.push_back(kIdentity);
-  }
-  if (const char* reason = WhyNoNet(plan)) throw WrongUsage(reason);
+  ChooseKinds(plan, random ? kSlopedRampKind : kIdentityKind);
+  if (const std::string reason = WhyNoNet(plan); !reason.empty()) throw WrongUsage(reason);
   if (random) return SaveNet(RandomNet(plan), settings.file, Folder::asGiven);
   const Interpolation interpolation = settings.start == "cubic" ? Interpolation::cubic : Interpolation::lanczos;
-  if (const char* reason = WhyNoInterpolation(plan, interpolation)) Fail("%s", reason);
+  if (const std::string reason = WhyNoInterpolation(plan, interpolation); !reason.empty()) throw Failure(reason);
   SaveNet(InterpolationNet(plan, interpolation), settings.file, Folder::asGiven);
 }
 

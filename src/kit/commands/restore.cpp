@@ -29,6 +29,7 @@ Options KnobRows(Settings& settings) {
                     .unit = whole ? "N" : "X",
                     .check = whole ? Form::wholeNumber : Form::number,
                     .help = knobs[i].meaning,
+                    .aliases = knobs[i].aliases,
                     .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});
   }
   return rows;

@@ -2,6 +2,8 @@
 
 #include "kit/pictures/picture_file.h"
 #include "kit/training/start_net.h"
+#include "net/layouts.h"
+#include "net/team_size.h"
 
 namespace norv {
 
@@ -43,8 +45,17 @@ Option DenoiseFirstRow(bool& target) {
   return {.name = "--denoise", .target = &target, .help = "remove noise first, as norvkit denoise does"};
 }
 
+std::string TeamSizes(const char* between, const char* last) {
+  std::string list;
+  for (const int32_t& size : kTeamSizes) {
+    const bool isFirst = &size == std::begin(kTeamSizes), isLast = &size + 1 == std::end(kTeamSizes);
+    list += (isFirst ? "" : isLast ? last : between) + std::to_string(size);
+  }
+  return list;
+}
+
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault) {
-  return {{.name = "--layout", .target = &plan.inputs, .unit = "N", .help = "inputs: 8, 24, 48, 49 or 72"},
+  return {{.name = "--layout", .target = &plan.inputs, .unit = "N", .help = "inputs: " + LayoutInputs()},
           {.name = "--factor", .target = &plan.factor, .unit = "N", .help = "enlargement: 2 or 4"},
           {.name = "--hidden",
            .target = &plan.hidden,

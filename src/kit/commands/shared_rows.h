@@ -25,6 +25,9 @@ Options WriteRows(WriteChoice& choice);
 // --denoise of commands that may do so first.
 Option DenoiseFirstRow(bool& target);
 
+// The thread counts that a network is worked with, one after another.
+std::string TeamSizes(const char* between, const char* last);
+
 // A network's layers; byDefault: of its hidden layers and kinds.
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault);
 

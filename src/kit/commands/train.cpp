@@ -12,8 +12,6 @@ struct Settings {
   double rate = 0.01, finalRate = 0.001;
 };
 
-constexpr int32_t kUsualKind = 14, kIdentity = 12;
-
 Options PictureRows(PicturePlan& pictures) {
   return {{.name = "--shrink",
            .target = &pictures.reduce,
@@ -53,8 +51,8 @@ Options LearningRows(Settings& settings) {
           {.name = "--threads",
            .target = &training.threads,
            .unit = "N",
-           .check = OneOf{"1,4,8,16"},
-           .help = "1, 4, 8 or 16: the same network"},
+           .check = OneOf{TeamSizes(",", ",")},
+           .help = TeamSizes(", ", " or ") + ": the same network"},
           {.name = "--resume", .target = &settings.plan.resume, .help = "go on with the training that OUT_DIR holds"}};
 }
 
@@ -70,11 +68,8 @@ Options Rows(Settings& settings) {
 void Run(const Settings& settings) {
   TrainingPlan plan = settings.plan;
   if (plan.net.hidden.empty()) plan.net.hidden = {64, 64};
-  if (plan.net.kinds.empty()) {
-    plan.net.kinds.assign(plan.net.hidden.size(), kUsualKind);
-    plan.net.kinds.push_back(kIdentity);
-  }
-  if (const char* reason = WhyNoNet(plan.net)) throw WrongUsage(reason);
+  ChooseKinds(plan.net, kSlopedRampKind);
+  if (const std::string reason = WhyNoNet(plan.net); !reason.empty()) throw WrongUsage(reason);
   if (!FilterOfShrinkOrder(plan.pictures.shrinkOrder)) throw WrongUsage("--order: there is no such filter");
   plan.pictures.factor = plan.net.factor;
   plan.options.nu0 = static_cast<float>(settings.rate);

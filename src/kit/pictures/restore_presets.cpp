@@ -7,7 +7,7 @@
 namespace norv {
 namespace {
 
-// What a preset chooses; all of them work on the luminance with the cubic kernel and axis differences (type 5).
+// What a preset chooses; all of them work on the luminance with the cubic filter and axis differences (type 5).
 struct PresetRow {
   const char* name;
   int32_t factor;
@@ -30,10 +30,10 @@ constexpr PresetRow kPresets[] = {
 
 using P = RestoreParameters;
 constexpr RestoreKnob kKnobs[] = {
-    {"--kernel",
+    {"--filter",
      "how the picture was made small: -1 to -5 cubic, 0 box, 1 tent, 2 to 5 and 15 Lanczos, -11 to -22 "
      "and -31 to -35 Gaussian",
-     &P::kernelCode},
+     &P::kernelCode, "--kernel"},
     {"--lambda-cross", "smoothing along edges", &P::lambdaCross},
     {"--lambda", "smoothing in every direction", &P::lambda},
     {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross},

@@ -10,8 +10,6 @@
 namespace norv {
 namespace {
 
-constexpr int32_t kIdentity = 12;
-
 // SplitMix64 (Steele, Lea and Flood 2014).
 class Generator {
  public:
@@ -77,21 +75,37 @@ void FillInterpolation(NetUnit& unit, const std::array<double, 7>& down, const s
   }
 }
 
+// The counts of inputs of the layouts that see so many pixels around and tell one from the other.
+std::string InputsThatSee(int32_t radius, const char* between) {
+  std::string list;
+  for (const InputLayout& layout : kLayouts)
+    if (layout.radius >= radius && layout.form != ValueForm::difference)
+      list += (list.empty() ? "" : between) + std::to_string(layout.inputs);
+  return list;
+}
+
 }  // namespace
 
-const char* WhyNoNet(const NetPlan& plan) {
-  if (!FindLayout(plan.inputs)) return "a layout has 8, 24, 48, 49 or 72 inputs";
+void ChooseKinds(NetPlan& plan, int32_t hiddenKind) {
+  if (!plan.kinds.empty()) return;
+  plan.kinds.assign(plan.hidden.size(), hiddenKind);
+  plan.kinds.push_back(kIdentityKind);
+}
+
+std::string WhyNoNet(const NetPlan& plan) {
+  if (!FindLayout(plan.inputs)) return "a layout has " + LayoutInputs() + " inputs";
   if (plan.factor != 2 && plan.factor != 4) return "the factor is 2 or 4";
-  if (!FindEnlargement(plan.inputs, plan.factor * plan.factor)) return "49 and 72 inputs go with factor 4 only";
-  if (plan.hidden.size() >= kMaxLayers) return "a network has at most 16 layers";
+  if (!FindEnlargement(plan.inputs, plan.factor * plan.factor))
+    return FourfoldLayoutInputs() + " inputs go with factor 4 only";
+  if (plan.hidden.size() >= kMaxLayers) return "a network has at most " + std::to_string(kMaxLayers) + " layers";
   for (const int32_t units : plan.hidden)
     if (units < 1 || units > 65536) return "a hidden layer has 1 to 65536 units";
   if (plan.kinds.size() != plan.hidden.size() + 1)
     return "there has to be one kind for every hidden layer and one for the outputs";
   static_assert(kActivationKinds == 18);
   for (const int32_t kind : plan.kinds)
-    if (kind < 1 || kind >= kActivationKinds) return "a kind is 1 to 17";
-  return nullptr;
+    if (kind < 1 || kind >= kActivationKinds) return "a kind is 1 to " + std::to_string(kActivationKinds - 1);
+  return "";
 }
 
 NeuralNet RandomNet(const NetPlan& plan) {
@@ -102,18 +116,18 @@ NeuralNet RandomNet(const NetPlan& plan) {
   return net;
 }
 
-const char* WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation) {
+std::string WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation) {
   const InputLayout& layout = *FindLayout(plan.inputs);
   if (layout.form == ValueForm::difference) return "differences along diagonals do not add up to an interpolation";
   if (interpolation == Interpolation::lanczos && layout.radius < 3)
-    return "Lanczos needs the 7 x 7 pixels of 48 or 49 inputs";
+    return "Lanczos needs the 7 x 7 pixels of " + InputsThatSee(3, " or ") + " inputs";
   if (layout.radius < 2) return "cubic interpolation needs the 5 x 5 pixels of 24 inputs or more";
   for (const int32_t units : plan.hidden)
     if (units < plan.factor * plan.factor)
       return "every hidden layer needs factor^2 units or more to pass the answer on";
   for (const int32_t kind : plan.kinds)
-    if (kind != kIdentity) return "an interpolation is made of identity units: kind 12 in every layer";
-  return nullptr;
+    if (kind != kIdentityKind) return "an interpolation is made of identity units: kind 12 in every layer";
+  return "";
 }
 
 NeuralNet InterpolationNet(const NetPlan& plan, Interpolation interpolation) {
