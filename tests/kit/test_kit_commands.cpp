@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 
 #include "image/bit_image.h"
+#include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/enlarge_picture.h"
@@ -17,6 +18,7 @@
 using namespace norv;
 using test::Contains;
 using test::Kit;
+using test::KitIn;
 
 namespace {
 
@@ -40,13 +42,15 @@ void Keep(const std::string& path, const Picture& picture, int32_t bits) {
 TEST_CASE("every command explains itself with an example") {
   const test::Outcome whole = Kit({"--help"});
   CHECK(whole.exitCode == 0);
-  for (const char* command : {"import", "export", "testcard", "shrink", "enlarge", "restore", "denoise", "noise",
-                              "info", "compare", "new-net", "train", "curve"}) {
-    CAPTURE(command);
-    CHECK(Contains(whole.output, std::string("\n  ") + command + " "));
-    const test::Outcome one = Kit({command, "--help"});
+  for (const CommandRow& row : CommandTable()) {
+    const Command command = row.make();
+    const std::string name = command.name;
+    CAPTURE(name);
+    CHECK(Contains(whole.output, "\n  " + name + " "));
+    const test::Outcome one = Kit({name, "--help"});
     CHECK(one.exitCode == 0);
-    CHECK(Contains(one.output, std::string("Example:\n  norvkit ") + command));
+    CHECK(Contains(one.output, "Example:\n  norvkit " + name));
+    for (const Option& option : command.options) CHECK(Contains(one.output, std::string("\n  ") + option.name + " "));
     CHECK(one.errors.empty());
   }
 }
@@ -56,42 +60,22 @@ TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {
   Keep(folder / "a.png", Sample(8, 8, 3), 8);
   Keep(folder / "b.png", Sample(8, 9, 3), 8);
   test::WriteBytes(folder / "text.png", "no picture");
-  const std::vector<std::vector<std::string>> wrong = {
-      {},
-      {"no-such-command"},
-      {"import", folder / "a.png"},
-      {"import", folder / "a.png", folder / "out.png"},
-      {"export", folder / "a.png", folder / "out.mat"},
-      {"export", folder / "a.png", folder / "out.png", "--bits", "12"},
-      {"new-net", folder / "out.net", "--layout", "50"},
-      {"new-net", folder / "out.net", "--hidden", "4,x"},
-      {"testcard", folder / "out.png", "--size", "100"},
-      {"shrink", folder / "a.png", folder / "out.png", "--factor", "1"},
-      {"enlarge", folder / "a.png", folder / "out.png", "--method", "net"},
-      {"compare", folder / "a.png", folder / "a.png", "--border", "-1"},
-  };
-  for (const auto& arguments : wrong) {
-    const test::Outcome outcome = Kit(arguments);
+  for (const char* line :
+       {"", "no-such-command", "import a.png", "import a.png out.png", "export a.png out.mat",
+        "export a.png out.png --bits 12", "new-net out.net --layout 50", "new-net out.net --hidden 4,x",
+        "testcard out.png --size 100", "shrink a.png out.png --factor 1", "enlarge a.png out.png --method net",
+        "compare a.png a.png --border -1"}) {
+    const test::Outcome outcome = KitIn(folder, line);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 2);
     CHECK(!outcome.errors.empty());
     CHECK(outcome.output.empty());
   }
-  const std::vector<std::vector<std::string>> failing = {
-      {"import", folder / "missing.png", folder / "out.fdib"},
-      {"import", folder / "text.png", folder / "out.fdib"},
-      {"import", folder / "a.png", folder / "no-folder/out.fdib"},
-      {"export", folder / "a.png", folder / "no-folder/out.png"},
-      {"export", folder / "a.png", folder / "out.jpg", "--bits", "16"},
-      {"new-net", folder / "out.net", "--layout", "8", "--start", "lanczos"},
-      {"compare", folder / "a.png", folder / "b.png"},
-      {"compare", folder / "a.png", folder / "a.png"},
-      {"shrink", folder / "a.png", folder / "out.png", "--order", "-7"},
-      {"shrink", folder / "a.png", folder / "out.png", "--factor", "9"},
-      {"info", folder / "text.png"},
-  };
-  for (const auto& arguments : failing) {
-    const test::Outcome outcome = Kit(arguments);
+  for (const char* line : {"import missing.png out.fdib", "import text.png out.fdib", "import a.png no-folder/out.fdib",
+                           "export a.png no-folder/out.png", "export a.png out.jpg --bits 16",
+                           "new-net out.net --layout 8 --start lanczos", "compare a.png b.png", "compare a.png a.png",
+                           "shrink a.png out.png --order -7", "shrink a.png out.png --factor 9", "info text.png"}) {
+    const test::Outcome outcome = KitIn(folder, line);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 1);
     CHECK(outcome.errors.rfind("norvkit: ", 0) == 0);
@@ -105,41 +89,41 @@ TEST_CASE("pictures go into our files and come back") {
   Picture sample = Sample(13, 9, 4);
   sample.plane[1].z[2][3] = 100.0f + 37.0f / 257;
   Keep(folder / "a.png", sample, 16);
-  CHECK(Kit({"import", folder / "a.png", folder / "a.fdib"}).exitCode == 0);
+  CHECK(KitIn(folder, "import a.png a.fdib").exitCode == 0);
   const FloatImage image = LoadFloatImage(folder / "a.fdib");
   CHECK(image.format == 0x2007);
   CHECK(image.plane[1].z[2][3] == doctest::Approx(100.0 + 37.0 / 257).epsilon(1e-7));
   CHECK(image.plane[3].z[2][3] == sample.plane[3].z[2][3]);
-  CHECK(Kit({"export", folder / "a.fdib", folder / "b.png", "--bits", "16"}).exitCode == 0);
+  CHECK(KitIn(folder, "export a.fdib b.png --bits 16").exitCode == 0);
   CHECK(test::ReadBytes(folder / "a.png") == test::ReadBytes(folder / "b.png"));
 
-  CHECK(Kit({"import", folder / "a.png", folder / "a.mat"}).exitCode == 0);
+  CHECK(KitIn(folder, "import a.png a.mat").exitCode == 0);
   matrix luminance;
   luminance.load(folder / "a.mat", false, Folder::asGiven);
   CHECK(luminance.z[4][6] == doctest::Approx(0.299 * sample.plane[0].z[4][6] + 0.587 * sample.plane[1].z[4][6] +
                                              0.114 * sample.plane[2].z[4][6]));
-  CHECK(Kit({"export", folder / "a.mat", folder / "grey.png"}).exitCode == 0);
+  CHECK(KitIn(folder, "export a.mat grey.png").exitCode == 0);
   CHECK(ReadPicture(folder / "grey.png").channels == 1);
 
-  CHECK(Kit({"import", folder / "a.png", folder / "a.bit"}).exitCode == 0);
+  CHECK(KitIn(folder, "import a.png a.bit").exitCode == 0);
   BitImage bytes;
   bytes.Load(folder / "a.bit", Folder::asGiven);
   CHECK(bytes.rows[4][3 * 6 + 2] == sample.plane[0].z[4][6]);
   CHECK(bytes.rows[4][3 * 6] == sample.plane[2].z[4][6]);
-  CHECK(Kit({"export", folder / "a.bit", folder / "c.png"}).exitCode == 0);
+  CHECK(KitIn(folder, "export a.bit c.png").exitCode == 0);
   CHECK(ReadPicture(folder / "c.png").plane[2].z[8][12] == sample.plane[2].z[8][12]);
 }
 
 TEST_CASE("a grey picture fills three planes, and any colour model is exported as display colours") {
   test::ScratchFolder folder;
   Keep(folder / "grey.png", Sample(6, 5, 1), 8);
-  CHECK(Kit({"import", folder / "grey.png", folder / "grey.fdib"}).exitCode == 0);
+  CHECK(KitIn(folder, "import grey.png grey.fdib").exitCode == 0);
   FloatImage image = LoadFloatImage(folder / "grey.fdib");
   CHECK(image.format == kDefaultFormat);
   for (int k = 1; k < 3; ++k) CHECK(image.plane[k].z[3][4] == image.plane[0].z[3][4]);
   image.ConvertTo(kLuminance);
   SaveFloatImage(folder / "y.fdib", image);
-  CHECK(Kit({"export", folder / "y.fdib", folder / "shown.png"}).exitCode == 0);
+  CHECK(KitIn(folder, "export y.fdib shown.png").exitCode == 0);
   CHECK(ReadPicture(folder / "shown.png").plane[2].z[3][4] == image.plane[0].z[3][4]);
 }
 
@@ -148,11 +132,11 @@ TEST_CASE("values outside 0..255 are clamped, which is said when asked for") {
   matrix plane(3, 2);
   for (int32_t i = 0; i < 6; ++i) plane.x[i] = static_cast<float>(100 * i - 100);
   plane.save(folder / "a.mat", Folder::asGiven);
-  const test::Outcome quiet = Kit({"export", folder / "a.mat", folder / "a.png"});
+  const test::Outcome quiet = KitIn(folder, "export a.mat a.png");
   CHECK(quiet.errors.empty());
   CHECK(ReadPicture(folder / "a.png").plane[0].x[0] == 0);
   CHECK(ReadPicture(folder / "a.png").plane[0].x[5] == 255);
-  CHECK(Contains(Kit({"export", folder / "a.mat", folder / "a.png", "--verbose"}).errors, "3 samples"));
+  CHECK(Contains(KitIn(folder, "export a.mat a.png --verbose").errors, "3 samples"));
 }
 
 TEST_CASE("files are known by extension or by what they hold, and truncated ones are named as such") {
@@ -177,13 +161,13 @@ TEST_CASE("files are known by extension or by what they hold, and truncated ones
   for (const auto& [extension, kind] : kinds) {
     CAPTURE(extension);
     const std::string bytes = test::ReadBytes(folder / (std::string("a.") + extension));
-    const test::Outcome named = Kit({"info", folder / (std::string("a.") + extension)});
+    const test::Outcome named = KitIn(folder, std::string("info a.") + extension);
     CHECK(named.exitCode == 0);
     CHECK(Contains(named.output, std::string(": ") + kind));
     test::WriteBytes(folder / "nameless", bytes);
-    CHECK(Contains(Kit({"info", folder / "nameless"}).output, std::string(": ") + kind));
+    CHECK(Contains(KitIn(folder, "info nameless").output, std::string(": ") + kind));
     test::WriteBytes(folder / (std::string("short.") + extension), bytes.substr(0, bytes.size() - 1));
-    const test::Outcome cut = Kit({"info", folder / (std::string("short.") + extension)});
+    const test::Outcome cut = KitIn(folder, std::string("info short.") + extension);
     CHECK(cut.exitCode == 1);
     CHECK(Contains(cut.errors, "ends early"));
   }
@@ -193,17 +177,16 @@ TEST_CASE("a network enlarges grey pictures and alpha planes like any plane") {
   test::ScratchFolder folder;
   Keep(folder / "ga.png", Sample(12, 10, 2), 8);
   Keep(folder / "rgba.png", Sample(12, 10, 4), 8);
-  CHECK(Kit({"new-net", folder / "c.net", "--layout", "24", "--start", "cubic"}).exitCode == 0);
+  CHECK(KitIn(folder, "new-net c.net --layout 24 --start cubic").exitCode == 0);
   for (const char* name : {"ga.png", "rgba.png"}) {
-    CHECK(Kit({"enlarge", folder / name, folder / "net.tif", "--net", folder / "c.net"}).exitCode == 0);
-    CHECK(Kit({"enlarge", folder / name, folder / "cubic.tif", "--method", "cubic"}).exitCode == 0);
+    CHECK(KitIn(folder, std::string("enlarge ") + name + " net.tif --net c.net").exitCode == 0);
+    CHECK(KitIn(folder, std::string("enlarge ") + name + " cubic.tif --method cubic").exitCode == 0);
     const Picture net = ReadPicture(folder / "net.tif"), cubic = ReadPicture(folder / "cubic.tif");
     CHECK(net.channels == cubic.channels);
     for (int32_t k = 0; k < cubic.channels; ++k)
       CHECK(Psnr(WithoutBorder(net.plane[k], 5), WithoutBorder(cubic.plane[k], 5)) > 60);
   }
-  const test::Outcome other =
-      Kit({"enlarge", folder / "ga.png", folder / "o.png", "--net", folder / "c.net", "--factor", "3"});
+  const test::Outcome other = KitIn(folder, "enlarge ga.png o.png --net c.net --factor 3");
   CHECK(other.exitCode == 1);
   CHECK(Contains(other.errors, "does not enlarge 3 times"));
 }
@@ -216,9 +199,9 @@ TEST_CASE("comparing says identical, or how far apart") {
     for (int32_t i = 0; i < a.plane[k].mn; ++i) a.plane[k].x[i] += a.plane[k].x[i] < 128 ? 1.0f : -1.0f;
   a.plane[0].z[0][0] = 255;  // in the border
   Keep(folder / "b.png", a, 8);
-  const test::Outcome same = Kit({"compare", folder / "a.png", folder / "a.png"});
+  const test::Outcome same = KitIn(folder, "compare a.png a.png");
   CHECK(Contains(same.output, "luminance   PSNR identical  SSIM 1.0000"));
-  const test::Outcome apart = Kit({"compare", folder / "a.png", folder / "b.png"});
+  const test::Outcome apart = KitIn(folder, "compare a.png b.png");
   CHECK(Contains(apart.output, "red         PSNR  48.13 dB"));
   CHECK(apart.exitCode == 0);
   // Every channel off by one the same way: the studio luminance by 219 / 255.
@@ -227,9 +210,8 @@ TEST_CASE("comparing says identical, or how far apart") {
   Keep(folder / "c.png", grey, 8);
   grey.plane[0].addscalar(1);
   Keep(folder / "d.png", grey, 8);
-  CHECK(Contains(Kit({"compare", folder / "c.png", folder / "d.png"}).output, "studio Y    PSNR  49.45 dB"));
-  CHECK(!Contains(Kit({"compare", folder / "a.png", folder / "b.png", "--border", "0"}).output,
-                  "red         PSNR  48.13 dB"));
+  CHECK(Contains(KitIn(folder, "compare c.png d.png").output, "studio Y    PSNR  49.45 dB"));
+  CHECK(!Contains(KitIn(folder, "compare a.png b.png --border 0").output, "red         PSNR  48.13 dB"));
   // Cropped as shrink does it: what is left of the larger one is the same picture.
   for (int k = 0; k < 3; ++k) {
     matrix part(28, 29);
@@ -237,31 +219,24 @@ TEST_CASE("comparing says identical, or how far apart") {
     a.plane[k].swap(part);
   }
   Keep(folder / "cropped.png", a, 8);
-  CHECK(Kit({"compare", folder / "b.png", folder / "cropped.png"}).exitCode == 1);
-  CHECK(Contains(Kit({"compare", folder / "b.png", folder / "cropped.png", "--border", "0", "--crop"}).output,
-                 "luminance   PSNR identical"));
+  CHECK(KitIn(folder, "compare b.png cropped.png").exitCode == 1);
+  CHECK(Contains(KitIn(folder, "compare b.png cropped.png --border 0 --crop").output, "luminance   PSNR identical"));
 }
 
 TEST_CASE("a picture made smaller and larger again is the same size and alike") {
   test::ScratchFolder folder;
-  CHECK(Kit({"testcard", folder / "card.png", "--size", "121x97"}).exitCode == 0);
-  CHECK(Kit({"shrink", folder / "card.png", folder / "small.png", "--bits", "16"}).exitCode == 0);
-  CHECK(Kit({"new-net", folder / "l.net", "--start", "lanczos"}).exitCode == 0);
+  CHECK(KitIn(folder, "testcard card.png --size 121x97").exitCode == 0);
+  CHECK(KitIn(folder, "shrink card.png small.png --bits 16").exitCode == 0);
+  CHECK(KitIn(folder, "new-net l.net --start lanczos").exitCode == 0);
   const Picture card = ReadPicture(folder / "card.png"), small = ReadPicture(folder / "small.png");
   CHECK(small.Width() == 60);
   CHECK(small.Height() == 48);
   CHECK(small.bits == 16);
-  const std::vector<std::vector<std::string>> ways = {
-      {"--method", "nearest"},
-      {"--method", "cubic"},
-      {"--method", "lanczos"},
-      {"--net", folder / "l.net"},
-      {"--net", folder / "l.net", "--average", "--shortcut", "--threads", "8"}};
+  const char* const ways[] = {"--method nearest", "--method cubic", "--method lanczos", "--net l.net",
+                              "--net l.net --average --shortcut --threads 8"};
   std::vector<Picture> results;
-  for (const auto& way : ways) {
-    std::vector<std::string> arguments = {"enlarge", folder / "small.png", folder / "large.png"};
-    arguments.insert(arguments.end(), way.begin(), way.end());
-    const test::Outcome outcome = Kit(arguments);
+  for (const char* way : ways) {
+    const test::Outcome outcome = KitIn(folder, std::string("enlarge small.png large.png ") + way);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 0);
     results.push_back(ReadPicture(folder / "large.png"));

@@ -17,7 +17,7 @@
 #include "support/scratch.h"
 
 using namespace norv;
-using test::Kit;
+using test::KitIn;
 
 namespace {
 
@@ -41,8 +41,8 @@ double Likeness(const std::string& path, const Picture& clean) {
 TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's parameters") {
   test::ScratchFolder folder;
   SaveImage(folder / "a.png", Coloured(31, 47), {});
-  REQUIRE(Kit({"import", folder / "a.png", folder / "input.fdib"}).exitCode == 0);
-  REQUIRE(Kit({"import", folder / "a.png", folder / "input.bit"}).exitCode == 0);
+  REQUIRE(KitIn(folder, "import a.png input.fdib").exitCode == 0);
+  REQUIRE(KitIn(folder, "import a.png input.bit").exitCode == 0);
   const RestoreParameters parameters = RestorePreset("compressed", 2);
   const int threads = std::min(2, ProcessorCount());
   const auto norv = [&](int mode, int count) {
@@ -54,9 +54,7 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   const auto kit = [&](std::vector<std::string> more) {
     const bool bytes = more.back() == "--bits-road";
     const std::string out = folder / (bytes ? "kit.bit" : "kit.fdib");
-    std::vector<std::string> words = {"restore", folder / "a.png", out, "--preset", "compressed"};
-    words.insert(words.end(), more.begin(), more.end());
-    const test::Outcome outcome = Kit(words);
+    const test::Outcome outcome = KitIn(folder, "restore a.png " + out + " --preset compressed", more);
     CHECK(outcome.output + outcome.errors == "");
     if (!bytes) return test::ReadBytes(out);
     // Through our own writer, which clears the padding of rows.
@@ -75,8 +73,7 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   RestoreImageInBands(image, parameters, 6, 6);
   REQUIRE_FALSE(image.Save(folder / "output.fdib", Folder::asGiven));
   CHECK((test::ReadBytes(folder / "output.fdib") == kit({"--bands", "6"})));
-  const test::Outcome tooMany =
-      Kit({"restore", folder / "a.png", folder / "kit.fdib", "--preset", "compressed", "--bands", "7"});
+  const test::Outcome tooMany = KitIn(folder, "restore a.png kit.fdib --preset compressed --bands 7");
   CHECK(tooMany.errors.find("6 bands at most") != std::string::npos);
   CHECK((norv(1, 1) == test::ReadBytes(folder / "kit.fdib")));
   norv(4, threads);
@@ -89,18 +86,17 @@ TEST_CASE("every preset beats Lanczos on the pictures that it is for") {
   SaveImage(folder / "large.png", clean, {});
   for (const char* factor : {"2", "3", "4"}) {
     CAPTURE(std::string(factor));
-    REQUIRE(Kit({"shrink", folder / "large.png", folder / "clean.png", "--factor", factor}).exitCode == 0);
-    REQUIRE(Kit({"export", folder / "clean.png", folder / "compressed.jpg", "--quality", "40"}).exitCode == 0);
+    REQUIRE(KitIn(folder, std::string("shrink large.png clean.png --factor ") + factor).exitCode == 0);
+    REQUIRE(KitIn(folder, "export clean.png compressed.jpg --quality 40").exitCode == 0);
     Picture noisy = LoadImage(folder / "clean.png");
     for (int k = 0; k < 3; ++k) test::AddNoise(noisy.plane[k], 12, 3 + k);
     SaveImage(folder / "noisy.png", noisy, {});
     for (const std::string small : {"clean.png", "compressed.jpg", "noisy.png"}) {
       CAPTURE(small);
       const std::string preset = small.substr(0, small.find('.'));
-      CHECK(Kit({"enlarge", folder / small, folder / "lanczos.tif", "--factor", factor}).exitCode == 0);
-      CHECK(
-          Kit({"restore", folder / small, folder / "restored.tif", "--factor", factor, "--preset", preset}).exitCode ==
-          0);
+      CHECK(KitIn(folder, "enlarge " + small + " lanczos.tif --factor " + factor).exitCode == 0);
+      CHECK(KitIn(folder, "restore " + small + " restored.tif --factor " + factor + " --preset " + preset).exitCode ==
+            0);
       const double gain = Likeness(folder / "restored.tif", clean) - Likeness(folder / "lanczos.tif", clean);
       CHECK(gain > (preset == "compressed" ? 0 : 0.3));
     }
@@ -111,9 +107,7 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
   test::ScratchFolder folder;
   SaveImage(folder / "a.png", Coloured(20, 20), {});
   const auto restore = [&](std::vector<std::string> more) {
-    std::vector<std::string> words = {"restore", folder / "a.png", folder / "out.fdib"};
-    words.insert(words.end(), more.begin(), more.end());
-    const int code = Kit(words).exitCode;
+    const int code = KitIn(folder, "restore a.png out.fdib", more).exitCode;
     return code == 0 ? test::ReadBytes(folder / "out.fdib") : std::to_string(code);
   };
   const std::string plain = restore({});
@@ -131,7 +125,7 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
   CHECK(restore({"--factor", "0"}) == "2");
   CHECK(restore({"--steps", "2.5"}) == "2");
   CHECK(restore({"--lambda", "much"}) == "2");
-  CHECK(restore({"--kernel", "7"}) == "1");
+  CHECK(restore({"--kernel", "7"}) == "1");  // the older name of --filter
 }
 
 TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
@@ -139,12 +133,12 @@ TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
   Picture both(16, 12, 2);
   both.plane[0] = both.plane[1] = test::Scene(16, 12);
   SaveImage(folder / "ga.png", both, {});
-  CHECK(Kit({"restore", folder / "ga.png", folder / "out.png"}).exitCode == 0);
+  CHECK(KitIn(folder, "restore ga.png out.png").exitCode == 0);
   const Picture large = ReadPicture(folder / "out.png");
   CHECK(large.channels == 2);
   CHECK(large.Width() == 32);
   CHECK(Psnr(large.plane[0], large.plane[1]) > 50);
-  const test::Outcome bytes = Kit({"restore", folder / "ga.png", folder / "out.png", "--bits-road"});
+  const test::Outcome bytes = KitIn(folder, "restore ga.png out.png --bits-road");
   CHECK(bytes.errors.find("alpha") != std::string::npos);
   CHECK(ReadPicture(folder / "out.png").channels == 3);
 }
@@ -156,13 +150,11 @@ TEST_CASE("denoising gains on noisy pictures, grey or coloured, and the best way
     Picture clean = Coloured(96, 80);
     clean.channels = channels;
     SaveImage(folder / "clean.png", clean, {});
-    REQUIRE(Kit({"noise", folder / "clean.png", folder / "noisy.tif", "--sigma", "20", "--seed", "3"}).exitCode == 0);
+    REQUIRE(KitIn(folder, "noise clean.png noisy.tif --sigma 20 --seed 3").exitCode == 0);
     const double noisy = Likeness(folder / "noisy.tif", clean);
     CHECK(noisy == doctest::Approx(22.1).epsilon(0.02));
     const auto denoised = [&](std::vector<std::string> more) {
-      std::vector<std::string> words = {"denoise", folder / "noisy.tif", folder / "out.tif"};
-      words.insert(words.end(), more.begin(), more.end());
-      const test::Outcome outcome = Kit(words);
+      const test::Outcome outcome = KitIn(folder, "denoise noisy.tif out.tif", more);
       CHECK(outcome.output + outcome.errors == "");
       CHECK(ReadPicture(folder / "out.tif").channels == channels);
       return Likeness(folder / "out.tif", clean);
@@ -174,19 +166,19 @@ TEST_CASE("denoising gains on noisy pictures, grey or coloured, and the best way
     // The whole noise of a grey picture is taken, not its luminance's part of it.
     CHECK(fast > denoised({"--noise", "13.37"}));
   }
-  CHECK_FALSE(std::filesystem::exists("dr0.mat"));
-  CHECK(Kit({"denoise", folder / "noisy.tif", folder / "out.tif", "--fast", "--best"}).exitCode == 2);
+  CHECK_FALSE(std::filesystem::exists(folder / "dr0.mat"));
+  CHECK(KitIn(folder, "denoise noisy.tif out.tif --fast --best").exitCode == 2);
 }
 
 TEST_CASE("noise is removed before enlarging and restoring when asked") {
   test::ScratchFolder folder;
   SaveImage(folder / "clean.png", Coloured(96, 80), {});
   const Picture clean = LoadImage(folder / "clean.png");
-  REQUIRE(Kit({"shrink", folder / "clean.png", folder / "small.png"}).exitCode == 0);
-  REQUIRE(Kit({"noise", folder / "small.png", folder / "noisy.png", "--sigma", "15"}).exitCode == 0);
+  REQUIRE(KitIn(folder, "shrink clean.png small.png").exitCode == 0);
+  REQUIRE(KitIn(folder, "noise small.png noisy.png --sigma 15").exitCode == 0);
   for (const char* command : {"enlarge", "restore"}) {
-    CHECK(Kit({command, folder / "noisy.png", folder / "plain.tif"}).exitCode == 0);
-    CHECK(Kit({command, folder / "noisy.png", folder / "denoised.tif", "--denoise"}).exitCode == 0);
+    CHECK(KitIn(folder, std::string(command) + " noisy.png plain.tif").exitCode == 0);
+    CHECK(KitIn(folder, std::string(command) + " noisy.png denoised.tif --denoise").exitCode == 0);
     CHECK(Likeness(folder / "denoised.tif", clean) > Likeness(folder / "plain.tif", clean) + 1);
   }
 }

@@ -33,15 +33,11 @@ struct Gallery {
   void Draw(const char* name, int32_t width, int32_t height) const {
     WritePicture(folder / name, AllRows(DrawTestCard(width, height)), {});
   }
-  // A training into `out` with a small network.
-  test::Outcome Train(const std::string& out, const std::string& epochs, std::vector<std::string> more = {},
-                      const std::string& finalRate = "0.005") const {
-    std::vector<std::string> arguments = {
-        "train", folder.Path(),  out,       "--layout", "8",     "--hidden", "6", "--kinds",  "14,12", "--rate",
-        "0.02",  "--final-rate", finalRate, "--valid",  "v.png", "--seed",   "3", "--epochs", epochs};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    return Kit(arguments);
+  // The command line of a training of a small network into `out`.
+  std::vector<std::string> Line(const std::string& out, const std::string& more) const {
+    return test::Words("train " + folder.Path() + " " + out + " --layout 8 --hidden 6 --seed 3 --rate 0.02 " + more);
   }
+  test::Outcome Train(const std::string& out, const std::string& more) const { return Kit(Line(out, more)); }
 
   test::ScratchFolder folder, results;
 };
@@ -75,7 +71,8 @@ bool IsWellFormed(const std::string& text) {
 TEST_CASE("train leaves what modes 11, 12 and 9 leave, bit for bit") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
-  const test::Outcome outcome = gallery.Train(out, "3", {"--threads", "4", "--alternate", "1"});
+  const test::Outcome outcome =
+      gallery.Train(out, "--final-rate 0.005 --valid v.png --epochs 3 --threads 4 --alternate 1");
   CAPTURE(outcome.errors);
   REQUIRE(outcome.exitCode == 0);
   CHECK(outcome.errors.empty());
@@ -86,8 +83,7 @@ TEST_CASE("train leaves what modes 11, 12 and 9 leave, bit for bit") {
     CHECK(Mode(place, {"11", name[0] == 'a' ? "0" : "1", "2", "8", "4", "-1"}).exitCode == 0);
   }
   CHECK(Mode(place, {"12"}).exitCode == 0);
-  CHECK(Kit({"new-net", place / "test.net", "--layout", "8", "--hidden", "6", "--kinds", "14,12", "--seed", "3"})
-            .exitCode == 0);
+  CHECK(Kit({"new-net", place / "test.net", "--layout", "8", "--hidden", "6", "--seed", "3"}).exitCode == 0);
   CHECK(Mode(place, {"9", "3", "0.02", "0.005", "0", "1", "0", "0", "1", "0"}).exitCode == 0);
   CHECK(test::ReadBytes(place / "test.dat").size() > 12);
   CHECK(test::ReadBytes(out + "/test.dat") == test::ReadBytes(place / "test.dat"));
@@ -97,7 +93,7 @@ TEST_CASE("train leaves what modes 11, 12 and 9 leave, bit for bit") {
 TEST_CASE("the log tells of a falling cost and a rate on its line, and is drawn") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
-  REQUIRE(gallery.Train(out, "6").exitCode == 0);
+  REQUIRE(gallery.Train(out, "--final-rate 0.005 --valid v.png --epochs 6").exitCode == 0);
   const TrainingLog log = ReadTrainingLog(out + "/log.csv");
   REQUIRE(log.size() == 6);
   CHECK(log.back().cost < 0.95 * log.front().cost);
@@ -112,7 +108,8 @@ TEST_CASE("the log tells of a falling cost and a rate on its line, and is drawn"
 TEST_CASE("the best network is that of the best epoch, whatever came after it") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
-  REQUIRE(gallery.Train(out, "5", {}, "0.2").exitCode == 0);  // a rate that grows too high
+  // A rate that grows too high.
+  REQUIRE(gallery.Train(out, "--final-rate 0.2 --valid v.png --epochs 5").exitCode == 0);
   const TrainingLog log = ReadTrainingLog(out + "/log.csv");
   double best = 0;
   for (const EpochRecord& record : log) best = std::max(best, record.psnr);
@@ -132,33 +129,25 @@ TEST_CASE("the best network is that of the best epoch, whatever came after it") 
 TEST_CASE("a training in two parts is the whole one when the rate does not fall, and nothing is trained over") {
   const Gallery gallery;
   const std::string whole = gallery.results / "whole", parts = gallery.results / "parts";
-  const auto train = [&](const std::string& out, const char* epochs, bool resume,
-                         const std::vector<std::string>& pictures = {"--valid", "1"}) {
-    std::vector<std::string> arguments = {
-        "train", gallery.folder.Path(), out,    "--layout", "8",   "--hidden", "6", "--rate",
-        "0.02",  "--final-rate",        "0.02", "--epochs", epochs};
-    arguments.insert(arguments.end(), pictures.begin(), pictures.end());
-    if (resume) arguments.push_back("--resume");
-    return Kit(arguments);
+  const auto train = [&](const std::string& out, const std::string& more) {
+    return gallery.Train(out, "--final-rate 0.02 --epochs " + more);
   };
-  CHECK(train(whole, "4", false).exitCode == 0);
-  CHECK(train(parts, "1", false).exitCode == 0);
+  CHECK(train(whole, "4 --valid 1").exitCode == 0);
+  CHECK(train(parts, "1 --valid 1").exitCode == 0);
   const std::string first = test::ReadBytes(parts + "/last.net");
-  const test::Outcome again = train(parts, "4", false);
+  const test::Outcome again = train(parts, "4 --valid 1");
   CHECK(again.exitCode == 1);
   CHECK(Contains(again.errors, "--resume"));
   CHECK(test::ReadBytes(parts + "/last.net") == first);
-  CHECK(train(parts, "4", true).exitCode == 0);
+  CHECK(train(parts, "4 --valid 1 --resume").exitCode == 0);
   CHECK(test::ReadBytes(parts + "/last.net") == test::ReadBytes(whole + "/last.net"));
   CHECK(ReadTrainingLog(parts + "/log.csv").size() == 4);
-  const test::Outcome other = gallery.Train(parts, "5", {"--resume", "--factor", "4"});
+  const test::Outcome other = train(parts, "5 --valid 1 --resume --factor 4");
   CHECK(other.exitCode == 1);
   CHECK(Contains(other.errors, "other layers"));
   const std::string log = test::ReadBytes(parts + "/log.csv");
-  using Words = std::vector<std::string>;
-  for (const Words& pictures :
-       {Words{"--valid", "1", "--shrink", "2"}, Words{"--valid", "1", "--order", "3"}, Words{"--valid", "2"}}) {
-    const test::Outcome moved = train(parts, "5", true, pictures);
+  for (const char* pictures : {"--valid 1 --shrink 2", "--valid 1 --order 3", "--valid 2"}) {
+    const test::Outcome moved = train(parts, std::string("5 --resume ") + pictures);
     CHECK(moved.exitCode == 1);
     CHECK(Contains(moved.errors, "measured on other pictures"));
   }
@@ -168,9 +157,8 @@ TEST_CASE("a training in two parts is the whole one when the rate does not fall,
 TEST_CASE("an interrupt keeps the network and says how to go on") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
-  test::TerminalRun run({.arguments = {"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "16",
-                                       "--valid", "1", "--epochs", "1000000"},
-                         .executable = test::NorvkitExecutable()});
+  test::TerminalRun run(
+      {.arguments = gallery.Line(out, "--valid 1 --epochs 1000000"), .executable = test::NorvkitExecutable()});
   for (int i = 0; i < 400 && test::ReadBytes(out + "/curve.svg").empty(); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   run.Signal(SIGINT);
@@ -180,9 +168,7 @@ TEST_CASE("an interrupt keeps the network and says how to go on") {
   LoadNet(net, out + "/last.net", Folder::asGiven);
   const size_t epochs = ReadTrainingLog(out + "/log.csv").size();
   CHECK(epochs > 0);
-  const test::Outcome more = Kit({"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "16", "--valid",
-                                  "1", "--epochs", std::to_string(epochs + 1), "--resume"});
-  CHECK(more.exitCode == 0);
+  CHECK(gallery.Train(out, "--valid 1 --resume --epochs " + std::to_string(epochs + 1)).exitCode == 0);
   CHECK(ReadTrainingLog(out + "/log.csv").size() == epochs + 1);
 }
 
@@ -191,40 +177,37 @@ TEST_CASE("pictures that cannot serve are passed over with a warning, and none a
   gallery.Draw("tiny.png", 100, 13);
   test::WriteBytes(gallery.folder / "broken.png", "no picture");
   const std::string out = gallery.results / "out";
-  const test::Outcome outcome = gallery.Train(out, "1");
+  const test::Outcome outcome = gallery.Train(out, "--valid v.png --epochs 1");
   CHECK(outcome.exitCode == 0);
   CHECK(Contains(outcome.errors, "tiny.png is left out: 100 x 13 pixels, less than 14"));
   CHECK(Contains(outcome.errors, "broken.png"));
-  CHECK(Contains(gallery.Train(gallery.results / "b", "1", {"--shrink", "5"}).errors, "less than 70"));
+  CHECK(Contains(gallery.Train(gallery.results / "b", "--valid v.png --epochs 1 --shrink 5").errors, "less than 70"));
 
   const test::ScratchFolder empty;
-  const auto reason = [](const std::vector<std::string>& arguments, int exitCode) {
-    const test::Outcome failed = Kit(arguments);
+  const auto reason = [](const std::string& line, int exitCode) {
+    const test::Outcome failed = Kit(test::Words(line));
     CHECK(failed.exitCode == exitCode);
     return failed.errors;
   };
-  const std::string there = gallery.folder.Path(), nowhere = gallery.results / "nowhere";
-  CHECK(Contains(reason({"train", empty.Path(), nowhere}, 1), "there are no pictures in"));
-  CHECK(Contains(reason({"train", empty / "missing", nowhere}, 1), "cannot read the folder"));
-  CHECK(Contains(reason({"train", there, nowhere, "--valid", "w.png"}, 1), "no picture w.png"));
-  CHECK(Contains(reason({"train", there, nowhere, "--valid", "9"}, 1), "left to train on"));
-  CHECK(Contains(reason({"train", there, nowhere, "--valid", "0"}, 1), "held out"));
-  CHECK(Contains(reason({"train", there, nowhere, "--order", "-7"}, 2), "no such filter"));
-  CHECK(Contains(reason({"train", there, nowhere, "--layout", "50"}, 2), "inputs"));
+  const std::string nowhere = " " + gallery.results / "nowhere", train = "train " + gallery.folder.Path() + nowhere;
+  CHECK(Contains(reason("train " + empty.Path() + nowhere, 1), "there are no pictures in"));
+  CHECK(Contains(reason("train " + empty / "missing" + nowhere, 1), "cannot read the folder"));
+  CHECK(Contains(reason(train + " --valid w.png", 1), "no picture w.png"));
+  CHECK(Contains(reason(train + " --valid 9", 1), "left to train on"));
+  CHECK(Contains(reason(train + " --valid 0", 1), "held out"));
+  CHECK(Contains(reason(train + " --order -7", 2), "no such filter"));
+  CHECK(Contains(reason(train + " --layout 50", 2), "inputs"));
   test::WriteBytes(gallery.results / "log.csv", "epoch,rate\n1,2\n");
-  CHECK(Contains(reason({"curve", gallery.results / "log.csv", gallery.results / "c.svg"}, 1), "no training log"));
+  CHECK(
+      Contains(reason("curve " + gallery.results / "log.csv" + " " + gallery.results / "c.svg", 1), "no training log"));
 }
 
 TEST_CASE("a training that loses its numbers ends with the network of the epoch before") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";
-  const auto train = [&](const char* rate, const char* epochs) {
-    return Kit({"train", gallery.folder.Path(), out, "--layout", "8", "--hidden", "6", "--valid", "1", "--rate", rate,
-                "--final-rate", rate, "--epochs", epochs, "--resume"});
-  };
-  REQUIRE(train("0.01", "1").exitCode == 0);
+  REQUIRE(gallery.Train(out, "--valid 1 --epochs 1").exitCode == 0);
   const std::string last = test::ReadBytes(out + "/last.net"), log = test::ReadBytes(out + "/log.csv");
-  const test::Outcome lost = train("1e6", "2");
+  const test::Outcome lost = gallery.Train(out, "--valid 1 --epochs 2 --resume --final-rate 1e6");
   CHECK(lost.exitCode == 1);
   CHECK(Contains(lost.errors, "lower --rate"));
   CHECK(test::ReadBytes(out + "/last.net") == last);

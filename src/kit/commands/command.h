@@ -19,14 +19,14 @@ using Target = std::variant<bool*, int32_t*, uint32_t*, uint64_t*, float*, doubl
                             std::string*, std::vector<int32_t>*, std::vector<std::string>*>;
 
 // What a row accepts beyond any text that its target can hold.
-struct Range {
+struct Between {
   double low, high;  // both included
 };
 struct OneOf {
   std::string words;  // with commas between
 };
 enum class Form { any, number, wholeNumber, notNegative };
-using Check = std::variant<Form, Range, OneOf>;
+using Check = std::variant<Form, Between, OneOf>;
 
 struct Option {
   const char* name;       // "--factor"; one that has to be given, by its place, is named in capitals: "PICTURE"

@@ -48,7 +48,7 @@ struct Checks {
     if (form == Form::wholeNumber) option.check(CLI::TypeValidator<int32_t>("N"));
     if (form == Form::notNegative) option.check(CLI::NonNegativeNumber);
   }
-  void operator()(const Range& range) const {
+  void operator()(const Between& range) const {
     option.check(CLI::Range(static_cast<Number>(range.low), static_cast<Number>(range.high)));
   }
   void operator()(const OneOf& choices) const {

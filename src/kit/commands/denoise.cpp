@@ -26,13 +26,13 @@ Options Rows(Settings& settings) {
                   {.name = "--noise",
                    .target = &settings.how.noise,
                    .unit = "N",
-                   .check = Range{0, 255},
+                   .check = Between{0, 255},
                    .help = "its standard deviation in grey levels",
                    .byDefault = "estimated"},
                   {.name = "--threads",
                    .target = &settings.how.threads,
                    .unit = "N",
-                   .check = Range{1, 1024},
+                   .check = Between{1, 1024},
                    .help = "the result does not depend on it; --best: 1 or all processors"}},
                  WriteRows(settings.choice)});
 }

@@ -41,7 +41,7 @@ Options Rows(Settings& settings) {
                   {.name = "--factor",
                    .target = &settings.factor,
                    .unit = "N",
-                   .check = Range{2, 64},
+                   .check = Between{2, 64},
                    .help = "how many times larger",
                    .byDefault = "2, or what the network does"},
                   {.name = "--method",

@@ -21,7 +21,7 @@ Options Rows(Settings& settings) {
         {.name = "--sigma",
          .target = &settings.sigma,
          .unit = "X",
-         .check = Range{0, 255},
+         .check = Between{0, 255},
          .help = "standard deviation in grey levels"},
         {.name = "--seed", .target = &settings.seed, .unit = "N", .help = "the same seed gives the same noise"}},
        WriteRows(settings.choice)});

@@ -39,12 +39,12 @@ Options BandRows(Settings& settings) {
   return {{.name = "--threads",
            .target = &settings.threads,
            .unit = "N",
-           .check = Range{1, 1024},
+           .check = Between{1, 1024},
            .help = "as many bands at the same time"},
           {.name = "--bands",
            .target = &settings.bands,
            .unit = "N",
-           .check = Range{1, 1024},
+           .check = Between{1, 1024},
            .help = "cut into so many bands, of which as many as threads are in memory",
            .byDefault = "one a thread, one thread: not cut"}};
 }
@@ -56,7 +56,7 @@ Options Rows(Settings& settings) {
         {.name = "--factor",
          .target = &settings.factor,
          .unit = "N",
-         .check = Range{1, 64},
+         .check = Between{1, 64},
          .help = "how many times larger, 1 to 64"},
         {.name = "--preset",
          .target = &settings.preset,

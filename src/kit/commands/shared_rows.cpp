@@ -37,7 +37,7 @@ Options WriteRows(WriteChoice& choice) {
           {.name = "--quality",
            .target = &choice.encoding.quality,
            .unit = "N",
-           .check = Range{1, 100},
+           .check = Between{1, 100},
            .help = "quality of a JPEG, 1 to 100"}};
 }
 

@@ -20,7 +20,7 @@ Options Rows(Settings& settings) {
         {.name = "--factor",
          .target = &settings.factor,
          .unit = "N",
-         .check = Range{2, 64},
+         .check = Between{2, 64},
          .help = "how many times smaller, 2 to 64"},
         {.name = "--order", .target = &settings.order, .unit = "K", .help = std::string("filter: ") + kShrinkOrders}},
        WriteRows(settings.choice)});
