@@ -14,20 +14,20 @@ constexpr char kPurpose[] =
 constexpr char kExitCodes[] =
     "Exit codes: 0 good, 1 failed (the reason is on standard error), 2 wrong command line, 130 stopped.";
 
-// Options as "--name N=default"; what they allow is in their own words.
+// Options as "--name N=default", without their older names; what they allow is in their own words.
 class PlainFormatter : public CLI::Formatter {
  public:
   PlainFormatter() { column_width(22); }
+  std::string make_option_name(const CLI::Option* option, bool positional) const override {
+    const std::vector<std::string>& names = option->get_lnames();
+    return names.size() > 1 ? "--" + names[0] : Formatter::make_option_name(option, positional);
+  }
   std::string make_option_opts(const CLI::Option* option) const override {
     if (option->get_positional() || option->get_type_size() == 0) return "";
     const std::string type = option->get_type_name(), value = option->get_default_str();
     return " " + type.substr(0, type.find(':')) + (value.empty() ? "" : "=" + value);
   }
 };
-
-std::vector<std::string> Words(const std::string& list) {
-  return list.empty() ? std::vector<std::string>() : CLI::detail::split(list, ',');
-}
 
 // Whether the value beforehand is one that can be shown.
 template <typename Value>
@@ -52,7 +52,7 @@ struct Checks {
     option.check(CLI::Range(static_cast<Number>(range.low), static_cast<Number>(range.high)));
   }
   void operator()(const OneOf& choices) const {
-    const std::vector<std::string> words = Words(choices.words);
+    const std::vector<std::string> words = CLI::detail::split(choices.words, ',');
     if constexpr (std::is_integral_v<Value>) {
       std::vector<int32_t> numbers;
       for (const std::string& word : words) numbers.push_back(std::stoi(word));
@@ -68,7 +68,8 @@ std::string HelpOf(const Option& row) {
 }
 
 template <typename Value>
-CLI::Option& AddNamed(CLI::App& command, const Option& row, const std::string& name, Value& target) {
+CLI::Option& AddParser(CLI::App& command, const Option& row, Value& target) {
+  const std::string name = std::string(row.name) + (*row.aliases ? "," : "") + row.aliases;
   if constexpr (std::is_same_v<Value, bool>) {
     return *command.add_flag(name, target, row.help);
   } else {
@@ -83,11 +84,10 @@ CLI::Option& AddNamed(CLI::App& command, const Option& row, const std::string& n
 
 void AddOption(CLI::App& command, const Option& row) {
   const auto add = [&](auto* target) {
-    CLI::Option& option = AddNamed(command, row, row.name, *target);
+    CLI::Option& option = AddParser(command, row, *target);
     if (row.HasPlace()) option.required();
     if (*row.heading) option.group(row.heading);
     if (*row.excludes) option.excludes(row.excludes);
-    for (const std::string& alias : Words(row.aliases)) AddNamed(command, row, alias, *target).group("");
   };
   std::visit(add, row.target);
 }
