@@ -10,7 +10,7 @@
 
 namespace norv::NORV_LEVEL {
 
-// Beyond it the centred logistic function and exp(x) - 1 are constant, in double precision too.
+// An exponential below exp(-kExpLimit) leaves a 1 that it is added to as it is, in double precision too.
 inline constexpr double kExpLimit = 110;
 
 template <typename V>
@@ -22,7 +22,7 @@ inline V LogisticDerivative(V x) {
 struct Logistic {
   template <typename V>
   static V f(V x) {
-    return 1.0 / (Exp(-x) + 1.0);
+    return 1.0 / (ExpAbove(-x, -kExpLimit) + 1.0);
   }
   template <typename V>
   static V df(V x) {

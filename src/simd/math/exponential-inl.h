@@ -8,10 +8,10 @@ namespace norv::NORV_LEVEL {
 inline constexpr double kLog2High = 0x1.62e42ff000000p-1;  // times any exponent without rounding
 inline constexpr double kLog2Low = -0x1.718432a1b0e26p-35;
 
-// 2^k of a whole number k, -1022 .. 1023.
+// 2^(k - less) of whole numbers, k - less from -1022 to 1023.
 template <typename V>
-inline V PowerOfTwo(V k) {
-  return FromBits<V>(ToBits<V>(k + (kRounder + 1023)) << 52);
+inline V PowerOfTwo(V k, double less = 0) {
+  return FromBits<V>(ToBits<V>(k + (kRounder + 1023 - less)) << 52);
 }
 
 inline constexpr double kExp[] = {0.5,
@@ -67,6 +67,13 @@ template <typename V>
 inline V ExpWithin(V x, double limit) {
   const Scaled<V> y = ExpScaled<V, false>(Between(x, -limit, limit), V{});
   return y.factor * PowerOfTwo(y.k);
+}
+
+// Exp with x moved to `low`, -700 or more, where it is below.
+template <typename V>
+inline V ExpAbove(V x, double low) {
+  const Scaled<V> y = ExpScaled<V, false>(Between(x, low, 710), V{});
+  return y.factor * PowerOfTwo(y.k, 1) * 2.0;  // as the largest k is beyond the powers of two that a double holds
 }
 
 // x = 2^k (1 + f), 1 + f from sqrt(1/2) to sqrt(2), for positive finite x.
