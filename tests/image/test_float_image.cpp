@@ -1,9 +1,12 @@
 // The float image: re-dimensioning, conversion and .fdib files.
+#include <algorithm>
 #include <cstring>
 #include <doctest/doctest.h>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "image/float_image.h"
+#include "image/float_image_file.h"
 #include "linear/random.h"
 #include "support/scratch.h"
 
@@ -101,6 +104,35 @@ TEST_CASE(".fdib files byte for byte") {
   WriteBytes(folder / "a.fdib", Header(10, 10, 0x2003, 0));
   REQUIRE(!back.Load(folder / "a.fdib", Folder::asGiven));
   CHECK(back.mask.Empty());
+}
+
+TEST_CASE("rows in groups are the same file and the same image") {
+  const ScratchFolder folder;
+  FloatImage image = Random(7, 10, 0x2003);
+  image.mask.Resize(7, 10);
+  image.mask.Set(0, 3);
+  image.mask.Set(9, 6);
+  REQUIRE(!image.Save(folder / "whole.fdib", Folder::asGiven));
+  FloatImageWriter out(folder / "groups.fdib", 7, 10, image.format, 3);
+  for (const auto& [first, rows] : {std::pair{0, 4}, {4, 1}, {5, 5}}) {
+    FloatImage part(7, rows, image.format);
+    for (int32_t k = 0; k < 4; ++k) std::copy_n(image.plane[k].z[first], 7 * rows, part.plane[k].x);
+    REQUIRE(out.WriteRows(part));
+  }
+  out.WriteMask(image.mask.words.data(), 2);
+  out.WriteMask(image.mask.words.data() + 2, 1);
+  REQUIRE(out.Commit());
+  CHECK(ReadBytes(folder / "groups.fdib") == ReadBytes(folder / "whole.fdib"));
+
+  FloatImageReader in(folder / "whole.fdib");
+  FloatImage back(7, 10, image.format);
+  in.Read(back, 0, 3);
+  in.Read(back, 3, 7);
+  CHECK(SamePlanes(back, image));
+  std::vector<uint32_t> words(3);
+  in.ReadMask(words.data(), 1);
+  in.ReadMask(words.data() + 1, 2);
+  CHECK(words == image.mask.words);
 }
 
 TEST_CASE("odd .fdib files") {
