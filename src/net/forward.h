@@ -6,8 +6,8 @@
 namespace norv {
 
 // Eight running sums over whole blocks of eight elements (lane k takes elements 8j + k), the remaining products one by
-// one to lane 0, then lanes 1 to 7 added to it in order; all in single precision. The very order of the products of
-// matrix elements everywhere.
+// one to lane 0, then lanes 1 to 7 added to it in order; all in single precision. The contract with the graphical
+// program asks for this order, which is therefore that of every faster form.
 float DotProduct(const float* a, const float* b, int32_t n);
 
 // Evaluates every unit, layer by layer, and leaves its X, z and a in the record. input has N0 elements (asserted).

@@ -63,7 +63,7 @@ void BindActivation(NetUnit& unit) {
   unit.df = activation.df;
 }
 
-const char* WhyNotEvaluable(const NetLayer& layer) {
+const char* WhyLayerNotEvaluable(const NetLayer& layer) {
   const auto lacksActivation = [](const NetUnit& unit) { return !unit.f || !unit.df; };
   return std::any_of(layer.units.begin(), layer.units.end(), lacksActivation)
              ? "a unit of the network has no activation"
@@ -72,7 +72,7 @@ const char* WhyNotEvaluable(const NetLayer& layer) {
 
 const char* WhyNotEvaluable(const NeuralNet& net) {
   for (const NetLayer& layer : net.layers)
-    if (const char* reason = WhyNotEvaluable(layer)) return reason;
+    if (const char* reason = WhyLayerNotEvaluable(layer)) return reason;
   return nullptr;
 }
 

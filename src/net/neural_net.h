@@ -56,7 +56,7 @@ void BindActivation(NetUnit& unit);
 // Null when every unit has an activation; otherwise the reason why the network, or the layer alone, cannot be
 // evaluated. Files may hold such networks: they are refused where they would be evaluated, and nowhere else.
 const char* WhyNotEvaluable(const NeuralNet& net);
-const char* WhyNotEvaluable(const NetLayer& layer);
+const char* WhyLayerNotEvaluable(const NetLayer& layer);
 
 // Mean and population standard deviation of the weights of all layers but the last, summed strictly one after another
 // in single precision. NaN for a single layer.

@@ -13,10 +13,12 @@
 namespace norv {
 
 // Built from the record, which it updates only when it finishes; results are the very bits of ForwardPass,
-// BackPropagate and UpdateWeights with one thread. The first layer lies input by input (lanes are units: no sums across
-// lanes), later ones unit by unit, which also serves the backward sums. The first layer's step is added to its weights
-// by the sweep that evaluates the next sample, a later one's by the backward sums through its weights. The slope df(z)
-// is kept in double from the evaluation.
+// BackPropagate and UpdateWeights with one thread: the order of additions is part of the contract with the graphical
+// program. Weights of the first layer lie input by input: a vector holds one input's weights of neighbouring units, and
+// no sum runs across a vector. Those of later layers lie unit by unit, in the order of the backward sums. Memory is
+// what costs, so each weight is touched once a sample: a first layer's step waits for the sweep that evaluates the next
+// sample, a later layer's is taken while the backward sums pass through its weights. The slope df(z) is kept in double
+// from the evaluation.
 class RowNet : public Trainer {
  public:
   // Units without activation are a broken promise. More than one thread is used only where every member of the team has

@@ -115,7 +115,8 @@ class Training {
   }
 
  private:
-  // With a single epoch this is not a number, and so is everything that is trained: readers of the protocol know it.
+  // With a single epoch this is not a number, and so is everything that is trained: by the contract with the graphical
+  // program.
   float Rate(int32_t epoch) const {
     const float part = 1 / static_cast<float>(options_.iters - 1);
     return part * static_cast<float>(epoch) * (options_.nuf - options_.nu0) + options_.nu0;
@@ -128,7 +129,7 @@ class Training {
     trainer_->SetRate(nu, options_.clip == 0 ? 0 : options_.clip / nu);
     const bool whole = RunEpoch(*trainer_, set_, IsBackward(options_.alternate, epoch), watch_);
     trainer_->Settle();
-    // The divisor does not depend on the number of outputs: costs of all networks are reported so.
+    // 8 whatever the number of outputs, by the contract with the graphical program, which shows the costs.
     net_.Cost *= 1 / static_cast<float>(8 * static_cast<int64_t>(set_.N));
     if (options_.costSelection == 0) net_.Cost = std::sqrt(net_.Cost);
     if (options_.momentum != 0) trainer_->ForgetVelocities();
@@ -148,7 +149,7 @@ class Training {
 
 const char* WhyNotTrainable(const NeuralNet& net, const TrainingOptions& options) {
   if (!HasEpochs(options) || net.layers.empty()) return nullptr;
-  return IsTeamSize(options.threads) ? WhyNotEvaluable(net) : WhyNotEvaluable(net.layers.back());
+  return IsTeamSize(options.threads) ? WhyNotEvaluable(net) : WhyLayerNotEvaluable(net.layers.back());
 }
 
 void SayEpoch(const EpochReport& r) {

@@ -17,7 +17,7 @@ class Trainer {
   // One sample: evaluation, errors, update. SampleCost of the network is set, Cost grows by it. The input must stay
   // where it is until the next call of any of these.
   virtual void Learn(const float* input, const float* target) = 0;
-  // Lets go of the last sample.
+  // What is still pending of the last sample is done; its input may go then.
   virtual void Settle() = 0;
   virtual void ForgetVelocities() = 0;
   // Everything that was computed stands in the network's record when this returns.
