@@ -27,11 +27,10 @@ void TransferUnit(File& file, Unit& unit) {
 
 // Null when the whole file was read into net, otherwise why not.
 const char* ReadNet(FileIn& file, NeuralNet& net) {
-  NetHeader header;
-  TransferNetHeader(file, header);
+  const auto header = ReadHeader<NetHeader>(file);
   if (!file.Complete()) return "the file ends within its header";
   if (const char* problem = WhyNotBuildable(header)) return problem;
-  if (file.Size() < NetFileBytes(header)) return "the file ends before its last unit";
+  if (file.Size() < header.FileBytes()) return "the file ends before its last unit";
   BuildNet(net, header.N0, header.N);
   net.SpareField = header.SpareField;
   net.Cost = header.Cost;
@@ -61,7 +60,7 @@ void LoadNet(NeuralNet& net, const std::string& name, Folder folder) {
 
 void SaveNet(const NeuralNet& net, const std::string& name, Folder folder) {
   FileOut file(PathOf(name, folder));
-  TransferNetHeader(file, net);
+  WriteHeader<NetHeader>(file, net);
   for (const NetLayer& layer : net.layers)
     for (const NetUnit& unit : layer.units) {
       NORV_ASSERT(unit.X.mn == unit.Nin && unit.W.mn == unit.Nin && unit.V.mn == unit.Nin);

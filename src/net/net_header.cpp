@@ -19,10 +19,10 @@ const char* WhyNotBuildable(const NetHeader& header) {
   return nullptr;
 }
 
-int64_t NetFileBytes(const NetHeader& header) {
+int64_t NetHeader::FileBytes() const {
   constexpr int64_t kMost = std::numeric_limits<int64_t>::max();
-  int64_t bytes = kNetHeaderBytes, nin = header.N0;
-  for (const int32_t Ni : header.N) {
+  int64_t bytes = HeaderBytes<NetHeader>(), nin = N0;
+  for (const int32_t Ni : N) {
     if (Ni <= 0) break;
     const int64_t record = kUnitFieldBytes + kBytesPerInput * nin;
     if (Ni > (kMost - bytes) / record) return kMost;

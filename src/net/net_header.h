@@ -5,9 +5,17 @@
 #include <array>
 #include <cstdint>
 
+#include "platform/header.h"
+
 namespace norv {
 
 inline constexpr int32_t kMaxLayers = 16;
+
+struct NetHeader;
+
+// Null when there are no less than 0 inputs and the positive sizes are a gap-free prefix; otherwise what is wrong with
+// them. A size of 0 or less is an absent layer.
+const char* WhyNotBuildable(const NetHeader& header);
 
 // All fields, in the file's order; all zero when empty.
 struct NetHeader {
@@ -17,14 +25,14 @@ struct NetHeader {
   int32_t SpareField = 0;               // carried along
   float Cost = 0;                       // of the last training epoch
   float SampleCost = 0;                 // of the last training sample
+
+  bool Possible() const { return !WhyNotBuildable(*this); }
+  // The header and one record a unit. What 64 bits cannot count is the most that they can.
+  int64_t FileBytes() const;
 };
 
-inline constexpr int64_t kNetHeaderBytes = 21 * 4;
-static_assert(sizeof(NetHeader) == kNetHeaderBytes);
-
-// Reads from a FileIn or writes to a FileOut.
-template <typename File, typename Header>
-void TransferNetHeader(File& file, Header& header) {
+template <typename File>
+constexpr void Transfer(File& file, NetHeader& header) {
   file.Field(header.Nlayers);
   file.Field(header.N0);
   file.Array(header.N.data(), header.N.size());
@@ -32,13 +40,5 @@ void TransferNetHeader(File& file, Header& header) {
   file.Field(header.Cost);
   file.Field(header.SampleCost);
 }
-
-// Null when there are no less than 0 inputs and the positive sizes are a gap-free prefix; otherwise what is wrong with
-// them. A size of 0 or less is an absent layer.
-const char* WhyNotBuildable(const NetHeader& header);
-
-// Bytes of a file with this header, which is buildable: the header and one record a unit. What 64 bits cannot count is
-// the most that they can.
-int64_t NetFileBytes(const NetHeader& header);
 
 }  // namespace norv

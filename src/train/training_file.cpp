@@ -99,8 +99,7 @@ TrainingHeader HeaderOf(const std::string& path) {
 
 TrainingHeader ReadTrainingHeader(FileIn& file) {
   if (!file.IsOpen()) Refuse(file, file.Reason().c_str());
-  TrainingHeader header;
-  TransferTrainingHeader(file, header);
+  const auto header = ReadHeader<TrainingHeader>(file);
   if (!file.Complete()) Refuse(file, "it ends within its header");
   return header;
 }
@@ -136,7 +135,7 @@ void ShuffleTrainingFile(const std::string& path, Durability durability, int64_t
   const TrainingHeader header = HeaderOf(path);
   auto order = ShuffledOrder(header.N);
   FileOut out(path, durability);
-  TransferTrainingHeader(out, header);
+  WriteHeader(out, header);
   if (header.N > 0) {
     if (header.FileBytes() <= memory)
       ShuffleMapped(path, out, header, std::move(order));

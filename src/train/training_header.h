@@ -4,29 +4,31 @@
 
 #include <cstdint>
 
+#include "platform/header.h"
+
 namespace norv {
 
 // N records of Nin inputs and Ny targets, single precision, follow it.
 struct TrainingHeader {
   int32_t N = 0, Nin = 0, Ny = 0;
 
+  // No size is negative and 64 bits count the file's bytes.
+  bool Possible() const;
   int64_t RecordBytes() const { return 4 * (int64_t{Nin} + Ny); }
-  // From the file's start to behind the last counted record. What 64 bits cannot count is the most that they can.
+  // From the file's start to behind the last counted record.
   int64_t FileBytes() const;
 };
 
-inline constexpr int64_t kTrainingHeaderBytes = 3 * 4;
-static_assert(sizeof(TrainingHeader) == kTrainingHeaderBytes);
-
-// Reads from a FileIn or writes to a FileOut.
-template <typename File, typename Header>
-void TransferTrainingHeader(File& file, Header& header) {
+template <typename File>
+constexpr void Transfer(File& file, TrainingHeader& header) {
   file.Field(header.N);
   file.Field(header.Nin);
   file.Field(header.Ny);
 }
 
-// Null when no size is negative and counted records hold anything; otherwise what is wrong with the header.
+inline constexpr int64_t kTrainingHeaderBytes = HeaderBytes<TrainingHeader>();
+
+// Null when the header is possible and counted records hold anything; otherwise what is wrong with it.
 const char* WhyNoTrainingSet(const TrainingHeader& header);
 
 }  // namespace norv

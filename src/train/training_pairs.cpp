@@ -98,8 +98,7 @@ void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, i
   const PairMaker maker(picture, Nin, Ny, shrinkOrder);
   const FileLock lock(path);
   FileOut file(path);
-  const TrainingHeader header{maker.Count(), Nin, Ny};
-  TransferTrainingHeader(file, header);
+  WriteHeader(file, TrainingHeader{maker.Count(), Nin, Ny});
   if (file.IsOpen()) ForRows(maker, [&](const float* records, size_t count) { file.Array(records, count); });
   if (!file.Commit()) throw kTrainingFileProblem;
 }

@@ -73,8 +73,7 @@ void ClearTrainingSet(TrainingSet& set) { set = TrainingSet(); }
 
 void SaveTrainingSet(const TrainingSet& set, const std::string& name, Folder folder, Durability durability) {
   FileOut file(PathOf(name, folder), durability);
-  const TrainingHeader header{set.N, set.Nin, set.Ny};
-  TransferTrainingHeader(file, header);
+  WriteHeader(file, TrainingHeader{set.N, set.Nin, set.Ny});
   file.Array(set.records, static_cast<size_t>(set.N * set.RecordFloats()));
   if (!file.Commit()) throw kTrainingFileProblem;
 }

@@ -113,8 +113,7 @@ void PrintNet(const std::string& path) {
 // The set goes by record by record: it may be larger than memory.
 void PrintTrainingSet(const std::string& path) {
   FileIn in(path);
-  TrainingHeader header;
-  TransferTrainingHeader(in, header);
+  const auto header = ReadHeader<TrainingHeader>(in);
   Say("%d pairs of %d inputs and %d outputs\n", header.N, header.Nin, header.Ny);
   std::vector<float> record(header.N > 0 ? size_t(header.Nin) + header.Ny : 0);
   Summary ofInputs, ofOutputs;

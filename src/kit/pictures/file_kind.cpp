@@ -23,25 +23,15 @@ int64_t BytesBy(FileIn& in) {
   return header.Possible() ? header.FileBytes() : kSenseless;
 }
 
-// Pairs of nothing are a set too: they can be looked at, though nobody trains with them.
-int64_t TrainingSetBytes(FileIn& in) {
-  TrainingHeader header;
-  in.Seek(0);
-  TransferTrainingHeader(in, header);
-  const bool sensible = header.N >= 0 && header.Nin >= 0 && header.Ny >= 0 && header.FileBytes() < INT64_MAX;
-  return sensible ? header.FileBytes() : kSenseless;
-}
-
 // Units and inputs beyond this belong to no network that anybody holds.
 constexpr int32_t kMostUnits = 1 << 24;
 
 int64_t NetBytes(FileIn& in) {
-  NetHeader header;
   in.Seek(0);
-  TransferNetHeader(in, header);
-  const bool sensible = header.N0 > 0 && header.N0 <= kMostUnits && header.N[0] > 0 && !WhyNotBuildable(header) &&
-                        *std::max_element(header.N.begin(), header.N.end()) <= kMostUnits;
-  return sensible ? NetFileBytes(header) : kSenseless;
+  const auto header = ReadHeader<NetHeader>(in);
+  const bool likely = header.N0 > 0 && header.N0 <= kMostUnits && header.N[0] > 0 &&
+                      *std::max_element(header.N.begin(), header.N.end()) <= kMostUnits;
+  return likely && header.Possible() ? header.FileBytes() : kSenseless;
 }
 
 struct KindRow {
@@ -56,7 +46,7 @@ constexpr KindRow kKinds[] = {
     {FileKind::net, "network", "net", NetBytes},
     {FileKind::floatImage, "float image", "fdib", BytesBy<FloatImageHeader>},
     {FileKind::matrix, "matrix", "mat", BytesBy<MatrixHeader>},
-    {FileKind::trainingSet, "training set", "dat", TrainingSetBytes},
+    {FileKind::trainingSet, "training set", "dat", BytesBy<TrainingHeader>},
     {FileKind::bitImage, "bit image", "bit", BytesBy<BitImageHeader>},
 };
 
