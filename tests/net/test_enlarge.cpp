@@ -208,6 +208,25 @@ TEST_CASE("networks without a layout leave the planes as they are") {
   CHECK(unchanged.plane[2].z[7][5] == doctest::Approx(image.plane[2].z[7][5]).epsilon(0.001));
 }
 
+TEST_CASE("units without activation are refused only where they would be evaluated") {
+  const ScratchFolder folder;
+  const std::string from = folder / "in.fdib", to = folder / "out.fdib";
+  WriteBytes(from, ImageBytes(RandomFloatImage(4, 17, kDefaultFormat)));
+  for (const int32_t kind : {0, 18})
+    for (const int32_t threads : {1, 2, 4}) {
+      const auto enlarge = [&](const std::string& picture, int32_t inputs) {
+        NetEnlargeFile(picture, to, RandomRecord(inputs, {3, 4}, {12, kind}), true, false, threads);
+      };
+      CHECK_THROWS_AS(enlarge(from, 24), const char*);
+      CHECK(!std::filesystem::exists(to));
+      enlarge(from, 25);  // no layout
+      CHECK(std::filesystem::remove(to));
+      ErrorsOf([&] { enlarge(folder / "none", 24); });
+      CHECK(ReadBytes(to) == ImageBytes(FloatImage()));
+      std::filesystem::remove(to);
+    }
+}
+
 TEST_CASE("empty images stay empty and impossible sizes are refused") {
   const NeuralNet net = ConstantNet(8, 16, 0);
   for (const int32_t threads : {1, 2, 4})

@@ -75,15 +75,6 @@ TEST_CASE("mode 10: without a network, or with one that cannot be evaluated, it 
   }
 }
 
-TEST_CASE("mode 10: units without activation matter only where they would be evaluated") {
-  const std::string image = ImageBytes(RandomFloatImage(4, 4, 23));
-  for (const int32_t kind : {0, 18}) {
-    const Workplace noLayout(NetBytes(SomeNet(kind, 25)), image);
-    CHECK(noLayout.Enlarge().exitCode == 0);
-    CHECK(noLayout.Result() == image);
-  }
-}
-
 TEST_CASE("mode 10: a missing picture is an empty one; a result that cannot be written ends the run as usual") {
   for (const int32_t kind : {14, 0}) {  // nothing is evaluated
     const Workplace empty(NetBytes(SomeNet(kind)), "");

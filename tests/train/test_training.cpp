@@ -168,6 +168,20 @@ TEST_CASE("training: other team sizes compute costs and nothing else; on purpose
   }
 }
 
+TEST_CASE("training: units without activation are refused only where they would be evaluated") {
+  NeuralNet hidden = MakeNet(8, {6, 4}, 1), output = hidden;
+  for (NetUnit* unit : {&hidden.layers[0].units[2], &output.layers[1].units[3]}) {
+    unit->ActivationKind = 0;
+    BindActivation(*unit);
+  }
+  const auto options = [](int32_t iters, int32_t threads) { return TrainingOptions{iters, 0, 0, 0, 0, 0, 0, threads}; };
+  CHECK(WhyNotTrainable(hidden, options(2, 4)) != nullptr);
+  CHECK(WhyNotTrainable(hidden, options(2, 2)) == nullptr);
+  CHECK(WhyNotTrainable(output, options(2, 2)) != nullptr);
+  CHECK(WhyNotTrainable(output, options(0, 1)) == nullptr);
+  CHECK(IsSame(Trained(output, MakeSamples(3, 8, 4), options(0, 1)), output));
+}
+
 TEST_CASE("training: the gradient is that of finite differences, for every cost and kind") {
   for (int32_t costSelection = 0; costSelection <= 3; ++costSelection)
     for (int32_t kind = 1; kind <= 17; ++kind) {
