@@ -80,7 +80,7 @@ TEST_CASE("estimated and measured: what a restoration needs, for every type" * d
     }
   // Smoothing that keeps much of the tensor, and filters with long taps.
   RestoreParameters parameters = Quick(1);
-  parameters.orientationScale = 12;
+  parameters.orientationScale = 30;
   parameters.kernelCode = 15;
   parameters.factor = 3;
   CheckWhole(parameters, 400, 340, kDefaultFormat);
