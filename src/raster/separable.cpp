@@ -15,10 +15,10 @@ namespace {
 struct Reduction {
   int64_t f;
   int64_t offset;
-  const matrix& kernel;
+  const matrix& taps;
 
-  Reduction(int32_t large, int32_t small, const matrix& taps)
-      : f(large / small), offset((taps.mn - large / small) / 2), kernel(taps) {}
+  Reduction(int32_t large, int32_t small, const matrix& filter)
+      : f(large / small), offset((filter.mn - large / small) / 2), taps(filter) {}
 
   int64_t Source(int64_t i, int64_t tap, int64_t large) const { return MirrorIndex(f * i - offset + tap, large); }
 };
@@ -28,7 +28,7 @@ struct Reduction {
 class PhaseLine {
  public:
   PhaseLine(const Reduction& axis, int32_t small)
-      : axis_(axis), length_((small - 1) + (axis.kernel.mn - 1) / axis.f + 1), phases_(MakeAligned<float>(Size())) {}
+      : axis_(axis), length_((small - 1) + (axis.taps.mn - 1) / axis.f + 1), phases_(MakeAligned<float>(Size())) {}
 
   void Fill(const float* line, int64_t large) {
     for (int64_t p = 0; p < axis_.f; ++p)
@@ -46,25 +46,25 @@ class PhaseLine {
 
 void ReduceRows(matrix& result, const matrix& high, const Reduction& axis) {
   PhaseLine line(axis, result.m);
-  std::vector<const float*> taps;
-  for (int32_t i = 0; i < axis.kernel.mn; ++i) taps.push_back(line.Tap(i));
+  std::vector<const float*> pixels;
+  for (int32_t i = 0; i < axis.taps.mn; ++i) pixels.push_back(line.Tap(i));
   for (int32_t r = 0; r < high.n; ++r) {
     line.Fill(high.z[r], high.m);
-    ActiveResampleKernels().combineRows(result.z[r], taps.data(), axis.kernel.x, axis.kernel.mn, result.m);
+    ActiveResampleKernels().combineRows(result.z[r], pixels.data(), axis.taps.x, axis.taps.mn, result.m);
   }
 }
 
 }  // namespace
 
-void ShrinkMatrix(matrix& low, const matrix& high, const matrix& kernel) {
+void ShrinkMatrix(matrix& low, const matrix& high, const matrix& taps) {
   if (low.mn == 0) return;
-  const Reduction across(high.m, low.m, kernel), down(high.n, low.n, kernel);
+  const Reduction across(high.m, low.m, taps), down(high.n, low.n, taps);
   matrix narrow(low.m, high.n);
   ReduceRows(narrow, high, across);
-  std::vector<const float*> rows(static_cast<size_t>(kernel.mn));
+  std::vector<const float*> rows(static_cast<size_t>(taps.mn));
   for (int32_t r = 0; r < low.n; ++r) {
-    for (int32_t i = 0; i < kernel.mn; ++i) rows[i] = narrow.z[down.Source(r, i, high.n)];
-    ActiveResampleKernels().combineRows(low.z[r], rows.data(), kernel.x, kernel.mn, low.m);
+    for (int32_t i = 0; i < taps.mn; ++i) rows[i] = narrow.z[down.Source(r, i, high.n)];
+    ActiveResampleKernels().combineRows(low.z[r], rows.data(), taps.x, taps.mn, low.m);
   }
 }
 
