@@ -4,8 +4,8 @@
 #include <doctest/doctest.h>
 #include <vector>
 
-#include "simd/levels.h"
 #include "simd/restore/kernels.h"
+#include "support/levels.h"
 #include "support/random_plane.h"
 
 using namespace norv;
@@ -23,8 +23,7 @@ TEST_CASE("element i of a row adds its square to sum i mod 8") {
 
 TEST_CASE("rules and directions: the same bits for every length at every level, nothing written behind the row") {
   const matrix j = RandomPlane(80, 3, 2, -50, 50), g = RandomPlane(80, 1, 3, -40, 40);
-  const auto results = [&](int64_t n) {
-    const RestoreKernels& kernels = ActiveRestoreKernels();
+  const auto results = [&](const RestoreKernels& kernels, int64_t n) {
     std::vector<std::vector<float>> rows(6, std::vector<float>(g.x, g.x + 80));
     kernels.huber(rows[0].data(), 0.3f, 4, n);
     kernels.lorentzian(rows[1].data(), 0.3, 4, false, n);
@@ -34,15 +33,9 @@ TEST_CASE("rules and directions: the same bits for every length at every level, 
     return rows;
   };
   for (int64_t n = 0; n < 40; ++n) {
-    ForceLevel(VectorLevel::avx);
-    const auto narrow = results(n);
+    const auto narrow = results(RestoreKernelsOf(kLevels[0]), n);
     for (const auto& row : narrow)
       CHECK(std::memcmp(row.data() + n, g.x + n, sizeof(float) * static_cast<size_t>(80 - n)) == 0);
-    for (const VectorLevel level : {VectorLevel::avx2, VectorLevel::avx512}) {
-      ForceLevel(level);
-      CHECK(results(n) == narrow);
-    }
+    for (const VectorLevel level : AvailableLevels()) CHECK(results(RestoreKernelsOf(level), n) == narrow);
   }
-  ForceLevel(MachineLevel());
-  CHECK(ChooseLevelFromEnvironment().empty());
 }

