@@ -60,7 +60,7 @@ TEST_CASE("the level asked for is the level that runs") {
   // What the compiler was asked for in the very files that the tables are made in.
   REQUIRE(Family::first);
   for (const Family* family = Family::first; family; family = family->next) {
-    CAPTURE(family->name);
+    CAPTURE(std::string(family->name));
     for (const VectorLevel level : kLevels) CHECK(family->levelOf(level) == level);
   }
   if (const char* word = std::getenv("NORV_SIMD"); word && *word) CHECK(std::string(NameOf(ActiveLevel())) == word);
