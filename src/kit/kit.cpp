@@ -15,8 +15,7 @@ constexpr int kGood = 0, kFailed = 1, kWrongUsage = 2, kStopped = 130;
 
 // Why the command line is not even looked at by the rows of a command; empty when it is.
 std::string WhyRefused(const std::vector<std::string>& words) {
-  const std::string refusal = ChooseLevelFromEnvironment();
-  if (!refusal.empty()) return refusal;
+  if (std::string refusal = ChooseLevelFromEnvironment(); !refusal.empty()) return refusal;
   if (!words.empty() && !words[0].starts_with('-') && !IsCommand(words[0]))
     return "there is no command " + words[0] + "; norvkit --help lists them";
   // The parser would take an empty value for none and skip its checks.
