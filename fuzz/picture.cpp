@@ -1,4 +1,6 @@
 // Pictures as norvkit import reads them: what was accepted has values on the scale, and survives a lossless file.
+#include "kit/pictures/picture.h"
+
 #include "fuzz.h"
 #include "kit/failure.h"
 #include "kit/pictures/image_file.h"

@@ -9,6 +9,7 @@
 #include "kit/pictures/enlarge_picture.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/interpolation.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/quality.h"
 #include "kit/pictures/scale.h"
 #include "net/net_file.h"

@@ -10,6 +10,8 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_rows.h"
 #include "kit/pictures/picture_samples.h"
 #include "support/scratch.h"
 

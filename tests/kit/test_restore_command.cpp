@@ -7,6 +7,7 @@
 #include "image/bit_image.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/quality.h"
 #include "kit/pictures/restore_presets.h"
 #include "platform/team.h"

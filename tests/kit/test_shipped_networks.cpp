@@ -2,6 +2,7 @@
 #include <doctest/doctest.h>
 #include <string>
 
+#include "kit/pictures/picture.h"
 #include "kit/pictures/picture_file.h"
 #include "kit/pictures/quality.h"
 #include "kit/pictures/test_card.h"

@@ -8,6 +8,7 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/picture_file.h"
 #include "kit/pictures/test_card.h"
 #include "kit/training/learning_curve.h"

@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/restore_picture.h"
 
 namespace norv {

@@ -5,6 +5,7 @@
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/interpolation.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/restore_picture.h"
 #include "kit/pictures/scale.h"
 #include "net/net_file.h"

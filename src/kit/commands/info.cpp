@@ -6,6 +6,7 @@
 #include "kit/failure.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/summary.h"
 #include "net/net_file.h"
 #include "platform/console.h"

@@ -3,6 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 
 namespace norv {
 namespace {

@@ -3,6 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/restore_picture.h"
 #include "kit/pictures/restore_presets.h"
 

@@ -1,6 +1,6 @@
 #include "kit/commands/shared_rows.h"
 
-#include "kit/pictures/picture_file.h"
+#include "kit/formats/encoding.h"
 #include "kit/training/start_net.h"
 #include "net/layouts.h"
 #include "net/team_size.h"

@@ -2,6 +2,7 @@
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/scale.h"
 
 namespace norv {

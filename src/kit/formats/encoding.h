@@ -10,6 +10,11 @@ struct EncodingChoice {
   int32_t quality = 95;  // of formats that lose something: 1 .. 100
 };
 
+struct WriteChoice {
+  int32_t bits = 0;  // 8 or 16; 0: the picture's own precision as far as the format can hold it
+  EncodingChoice encoding;
+};
+
 // The names of all picture formats, "PNG, JPEG, TIFF"; with a last word before the last, "PNG, JPEG or TIFF".
 std::string KnownFormats(const char* lastWord = nullptr);
 // Their usual extensions in the same way, ".png, .jpg or .tif".

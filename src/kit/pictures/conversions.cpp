@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "kit/failure.h"
+#include "kit/pictures/picture.h"
 #include "restore/bit_process.h"
 
 namespace norv {

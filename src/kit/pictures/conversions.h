@@ -3,9 +3,11 @@
 
 #include "image/bit_image.h"
 #include "image/float_image.h"
-#include "kit/pictures/picture.h"
 
 namespace norv {
+
+struct Picture;
+struct PictureShape;
 
 // Display RGB in three planes (grey: three equal ones) and format 23; with alpha four planes and format 0x2007. The
 // planes of the picture are used up.

@@ -5,6 +5,7 @@
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/scale.h"
 #include "net/enlarge.h"
 #include "net/layouts.h"

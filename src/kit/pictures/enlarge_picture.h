@@ -1,7 +1,10 @@
 // Pictures enlarged by a network, the alpha plane like the others.
 #pragma once
 
-#include "kit/pictures/picture_file.h"
+#include <string>
+
+#include "kit/formats/encoding.h"
+#include "kit/pictures/picture_rows.h"
 
 namespace norv {
 

@@ -10,6 +10,7 @@
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/file_kind.h"
+#include "kit/pictures/picture.h"
 #include "linear/matrix_file.h"
 
 namespace norv {

@@ -1,10 +1,9 @@
-// A picture as people have them: planes of display values, whole or in groups of rows.
+// A picture as people have them: planes of display values.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
-#include "image/row_stream.h"
 #include "kit/formats/picture_shape.h"
 #include "linear/matrix2.h"
 
@@ -18,7 +17,7 @@ struct Picture {
   std::array<matrix, 4> plane;
 
   Picture() = default;
-  // Contents undefined.
+  // Contents undefined. Throws matrix's out-of-memory message.
   Picture(int32_t width, int32_t height, int32_t newChannels, int32_t newBits = 8);
 
   int32_t Width() const { return plane[0].m; }
@@ -33,18 +32,5 @@ struct Picture {
   // The plane that holds colour k = 0, 1, 2: of a grey picture always the one it has.
   const matrix& Colour(int32_t k) const { return plane[IsGrey() ? 0 : k]; }
 };
-
-// Reading throws a Failure that names the file. Writing throws a Failure, or a SaidFailure as soon as it is known that
-// the file cannot be written; a file is replaced as a whole at the end, and its finish() says how many samples were
-// outside 0..255 by more than rounding and had to be moved.
-using PictureSource = RowSource<PictureShape, Picture>;
-using PictureSink = RowSink<Picture, int64_t>;
-
-// All rows; a Failure when they do not fit into memory.
-Picture AllRows(const PictureSource& source);
-// The rows of one after another; returns what the sink's finish() returns.
-int64_t CopyRows(const PictureSource& from, const PictureSink& to);
-// From a picture that is in memory already.
-PictureSource HeldPicture(Picture picture);
 
 }  // namespace norv

@@ -5,6 +5,7 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "platform/console.h"
 #include "platform/file.h"

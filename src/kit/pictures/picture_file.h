@@ -4,7 +4,7 @@
 #include <string>
 
 #include "kit/formats/encoding.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_rows.h"
 
 namespace norv {
 
@@ -13,11 +13,6 @@ namespace norv {
 // that names the file.
 PictureSource OpenPicture(const std::string& path);
 Picture ReadPicture(const std::string& path);
-
-struct WriteChoice {
-  int32_t bits = 0;  // 8 or 16; 0: the picture's own precision as far as the format can hold it
-  EncodingChoice encoding;
-};
 
 // To the format that the name asks for. A format without alpha drops it with a warning. Throws a Failure for a name or
 // precision that there is no format for.

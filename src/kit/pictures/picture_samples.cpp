@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "kit/pictures/picture.h"
+
 namespace norv {
 namespace {
 

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "kit/formats/samples.h"
-#include "kit/pictures/picture.h"
 
 namespace norv {
+
+struct Picture;
 
 // Samples of 16 bits keep their precision (value / 257). Upright, as the samples' turn says.
 Picture ToPicture(const Samples& samples);

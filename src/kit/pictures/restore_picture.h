@@ -1,10 +1,11 @@
 // Restoration and denoising of pictures, by the code of the tool's own modes.
 #pragma once
 
-#include "kit/pictures/picture.h"
 #include "restore/parameters.h"
 
 namespace norv {
+
+struct Picture;
 
 // The picture enlarged and sharpened in horizontal bands, `threads` of them at a time (1 and more); bands = 0: as a
 // whole. Each band is restored as a picture of its own, so that their number may change the result; a picture of too

@@ -2,6 +2,7 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/interpolation.h"
+#include "kit/pictures/picture.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
 

@@ -1,11 +1,13 @@
 // Pictures made smaller and larger, plane by plane, the alpha plane like the others.
 #pragma once
 
-#include "kit/pictures/picture.h"
+#include <cstdint>
 
 namespace norv {
 
 enum class Interpolation : int32_t;
+struct Picture;
+struct PictureShape;
 
 // By the integer factor with the reduction filter of a ShrinkOrder, cropped at the right and below to a multiple of the
 // factor first. Throws a Failure for an unknown order and for a picture smaller than the factor.

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "kit/pictures/picture.h"
 #include "platform/team.h"
 #include "simd/math/math.h"
 

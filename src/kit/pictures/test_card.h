@@ -1,7 +1,7 @@
 // A picture drawn by arithmetic: what enlargement and restoration get wrong, side by side.
 #pragma once
 
-#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_rows.h"
 
 namespace norv {
 

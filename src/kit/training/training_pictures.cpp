@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <sstream>
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/interpolation.h"
+#include "kit/pictures/picture.h"
 #include "kit/pictures/quality.h"
 #include "kit/pictures/scale.h"
+#include "kit/training/picture_folder.h"
 #include "net/enlarge.h"
 #include "platform/console.h"
 #include "platform/team.h"
@@ -22,21 +23,6 @@ namespace {
 // Cubic convolution: keeps edges sharp, and what its overshoots leave the range by is cut.
 constexpr int32_t kReduceOrder = -1;
 constexpr int32_t kSmallestSide = 7;  // of a shrunk picture, for a single pair
-
-std::vector<std::string> PicturesIn(const std::string& folder) {
-  std::error_code error;
-  std::vector<std::string> names;
-  std::filesystem::directory_iterator entry(folder, error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if ((HasPictureName(name) || HasImageName(name)) && !std::filesystem::is_directory(entry->path()))
-      names.push_back(name);
-  }
-  if (error) Fail("cannot read the folder %s: %s", folder.c_str(), error.message().c_str());
-  if (names.empty()) Fail("there are no pictures in %s", folder.c_str());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 // FNV-1a (Fowler, Noll, Vo), 64 bits.
 uint64_t HashOf(const std::string& name) {
@@ -86,7 +72,7 @@ TrainingPictures::TrainingPictures(const PicturePlan& plan) : plan_(plan), names
 }
 
 matrix TrainingPictures::LoadOrWarn(const std::string& name) const {
-  const std::string path = (std::filesystem::path(plan_.folder) / name).string();
+  const std::string path = PathInFolder(plan_.folder, name);
   Picture picture;
   try {
     picture = LoadImage(path);

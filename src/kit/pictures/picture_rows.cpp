@@ -1,0 +1,58 @@
+#include "kit/pictures/picture_rows.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "kit/failure.h"
+#include "kit/pictures/picture.h"
+#include "platform/memory.h"
+
+namespace norv {
+namespace {
+
+// Rows a group when a picture is passed on.
+int32_t RowsOfGroup(const PictureShape& shape) {
+  constexpr int64_t kGroupBytes = int64_t{16} << 20;
+  return static_cast<int32_t>(
+      std::clamp<int64_t>(kGroupBytes / (int64_t{4} * shape.width * shape.channels + 1), 1, std::max(shape.height, 1)));
+}
+
+}  // namespace
+
+Picture AllRows(const PictureSource& source) {
+  const PictureShape& shape = source.shape;
+  if (sizeof(float) * shape.channels * shape.width * static_cast<size_t>(shape.height) > AvailableMemory())
+    Fail("the picture of %d x %d pixels does not fit into memory", shape.width, shape.height);
+  Picture picture(shape.width, shape.height, shape.channels, shape.bits);
+  source.read(picture, 0, shape.height);
+  return picture;
+}
+
+int64_t CopyRows(const PictureSource& from, const PictureSink& to) {
+  const PictureShape& shape = from.shape;
+  const int32_t group = RowsOfGroup(shape);
+  for (int32_t first = 0, count; first < shape.height; first += count) {
+    count = std::min(group, shape.height - first);
+    Picture rows(shape.width, count, shape.channels, shape.bits);
+    from.read(rows, 0, count);
+    to.write(std::move(rows));
+  }
+  return to.finish();
+}
+
+PictureSource HeldPicture(Picture picture) {
+  struct Held {
+    Picture picture;
+    int32_t next = 0;
+  };
+  const auto held = std::make_shared<Held>(Held{std::move(picture)});
+  return {held->picture.Shape(), [held](Picture& rows, int32_t at, int32_t count) {
+            const int64_t width = rows.Width();
+            for (int32_t k = 0; k < rows.channels; ++k)
+              std::copy_n(held->picture.plane[k].x + width * held->next, width * count, rows.plane[k].x + width * at);
+            held->next += count;
+          }};
+}
+
+}  // namespace norv
