@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 
-#include "driver/dot.h"
 #include "driver/modes.h"
 #include "driver/report.h"
 #include "linear/random.h"
@@ -11,6 +10,7 @@
 #include "platform/console.h"
 #include "platform/progress.h"
 #include "platform/team.h"
+#include "simd/products/kernels.h"
 
 namespace norv {
 namespace {
@@ -37,6 +37,7 @@ void FillAtRandom(matrix& vector) {
 
 float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads) {
   std::atomic<float> result{0};
+  const auto dot = ActiveProductKernels().dot;
   Progress progress("Multiplying", iterations);
   ParallelRanges(threads, iterations, [&](int64_t begin, int64_t end) {
     const matrix *left = &a, *right = &b;
@@ -45,7 +46,7 @@ float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threa
       for (int64_t k = i; k < partEnd; ++k) {
         // After this line both vectors may be others, so that no product can stand for the next.
         asm volatile("" : "+r"(left), "+r"(right) : : "memory");
-        result.store(dot(*left, *right), std::memory_order_relaxed);
+        result.store(dot(left->x, right->x, left->mn), std::memory_order_relaxed);
       }
       progress.Advance(partEnd - i);
       i = partEnd;

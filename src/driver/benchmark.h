@@ -14,8 +14,9 @@ inline constexpr int kBenchmarkThreads = 8;
 // The next elements of the pseudo-random sequence, in (0, 1): (r2 * 10000 + r1) * 1e-8 + 5e-9 for two numbers each.
 void FillAtRandom(matrix& vector);
 
-// Computes dot(a, b) exactly `iterations` times, split evenly over a team of exactly `threads` threads that all store
-// into the one result. No compiler can shorten it. Progress goes to standard error when that is a terminal.
+// Computes the dot product of a's elements with b's (simd/products) exactly `iterations` times, split evenly over a
+// team of exactly `threads` threads that all store into the one result. No compiler can shorten it. Progress goes to
+// standard error when that is a terminal.
 float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads);
 
 }  // namespace norv
