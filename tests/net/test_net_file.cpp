@@ -48,6 +48,7 @@ TEST_CASE("49 inputs, any kinds and negative sizes, which are absent layers, pas
     const NeuralNet net = Loaded(each);
     CHECK((net.Nlayers == 3 && net.layers[0].units[0].X.n == 7));
     CHECK(NetBytes(net) == each);
+    CHECK(net.FileBytes() == static_cast<int64_t>(each.size()));
   }
 }
 
