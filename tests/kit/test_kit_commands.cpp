@@ -62,7 +62,7 @@ TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {
   Keep(folder / "b.png", Sample(8, 9, 3), 8);
   test::WriteBytes(folder / "text.png", "no picture");
   for (const char* line :
-       {"", "no-such-command", "import a.png", "import a.png out.png", "export a.png out.mat",
+       {"", "no-such-command", "shrink a.png", "import a.png out.png", "export a.png out.mat",
         "export a.png out.png --bits 12", "new-net out.net --layout 50", "new-net out.net --hidden 4,x",
         "testcard out.png --size 100", "shrink a.png out.png --factor 1", "enlarge a.png out.png --method net",
         "compare a.png a.png --border -1"}) {

@@ -6,6 +6,7 @@
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
 #include "kit/training/learning_curve.h"
+#include "kit/training/picture_folder.h"
 #include "net/net_file.h"
 #include "platform/clock.h"
 #include "platform/console.h"
@@ -58,7 +59,7 @@ void TrainingRun::Run() {
   for (int32_t epoch = static_cast<int32_t>(log_.size()); epoch < plan_.options.iters; ++epoch) RunEpoch(epoch);
 }
 
-std::string TrainingRun::Path(const char* name) const { return (std::filesystem::path(plan_.folder) / name).string(); }
+std::string TrainingRun::Path(const char* name) const { return PathInFolder(plan_.folder, name); }
 
 void TrainingRun::PrepareFolder() {
   std::error_code error;
