@@ -15,7 +15,7 @@
 namespace norv {
 namespace {
 
-constexpr float kStrength = 2.83f;  // 2 sqrt(2), the literature's
+constexpr float kStrength = 2.83f;  // 2 sqrt(2), as Gu et al. 2017
 
 // The nearest value of the range; a NaN becomes its lower end.
 template <typename T>

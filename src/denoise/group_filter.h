@@ -10,9 +10,9 @@ namespace norv {
 
 struct GroupSettings {
   int32_t iterations;
-  int32_t side;     // of the patches
-  double strength;  // of the singular-value weights
-  double feedback;  // of the residual, per iteration
+  int32_t side;     // of the patches, 2 .. 12
+  double strength;  // of the singular-value weights, above 0
+  double feedback;  // share of the residual that comes back, 0 .. 1, per iteration
   bool ranked;      // patches weigh the less, the higher their group's rank
   bool twoStep;     // fewer groups, found by a coarse search
   int threads;      // results do not depend on it

@@ -26,7 +26,7 @@ class LowRank {
   void Project();
 
   int32_t length_ = 0, count_ = 0;
-  int32_t side_ = 0, inner_ = 0;  // the Gram matrix is side x side, a sum over runs
+  int32_t side_ = 0, inner_ = 0;  // the smaller and the larger of both: the Gram matrix is side x side
   int64_t stride_ = 0;            // side rounded up to whole vectors
   std::vector<float> mean_, centred_, gram_, kept_, shrunk_, projected_;
   dmatrix square_;  // the Gram matrix, then its eigenvectors

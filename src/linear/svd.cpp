@@ -64,7 +64,7 @@ Columns EigenvectorsOf(const Columns& r, int32_t rank) {
   Columns gram(rank, rank);
   ActiveColumnKernels().multiplyTransposed(r.Pointers(), r.Count(), r.Pointers(), gram.Pointers(), rank, rank);
   std::vector<double> values;
-  DecomposeSymmetric(gram, values);
+  DecomposeSymmetricColumns(gram, values);
   return gram;
 }
 

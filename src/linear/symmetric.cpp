@@ -81,7 +81,7 @@ bool IsLinked(const Tridiagonal& t, int32_t k, double smallest) {
 
 }  // namespace
 
-bool DecomposeSymmetric(Columns& a, std::vector<double>& values) {
+bool DecomposeSymmetricColumns(Columns& a, std::vector<double>& values) {
   constexpr int kMostSteps = 30;
   const int32_t n = a.Count();
   Tridiagonal t = Tridiagonalise(a, n);
@@ -108,7 +108,7 @@ bool DecomposeSymmetric(int32_t n, double* a, double* values) {
   Columns columns(n, n);
   for (int32_t j = 0; j < n; ++j) std::copy_n(a + int64_t{n} * j, n, columns[j]);
   std::vector<double> found;
-  const bool settled = DecomposeSymmetric(columns, found);
+  const bool settled = DecomposeSymmetricColumns(columns, found);
   std::copy(found.begin(), found.end(), values);
   for (int32_t j = 0; j < n; ++j) std::copy_n(columns[j], n, a + int64_t{n} * j);
   return settled;

@@ -16,6 +16,6 @@ namespace norv {
 bool DecomposeSymmetric(int32_t n, double* a, double* values);
 
 // The same of n columns of n rows.
-bool DecomposeSymmetric(Columns& a, std::vector<double>& values);
+bool DecomposeSymmetricColumns(Columns& a, std::vector<double>& values);
 
 }  // namespace norv

@@ -18,6 +18,7 @@
 #include "linear/random.h"
 #include "platform/memory.h"
 #include "platform/paths.h"
+#include "support/captured_output.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -75,23 +76,17 @@ std::string Header(int32_t m, int32_t n, int32_t mn) {
 // Standard error of a child that runs the action and is expected to abort.
 template <typename Action>
 std::string LastWords(const Action& action) {
-  int ends[2];
-  REQUIRE(pipe(ends) == 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    dup2(ends[1], 2);
-    std::signal(SIGABRT, SIG_DFL);
-    action();
-    _exit(0);
-  }
-  close(ends[1]);
-  std::string text;
-  for (char c; read(ends[0], &c, 1) == 1;) text += c;
-  close(ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  CHECK(WIFSIGNALED(status));
-  return text;
+  return ErrorsOf([&] {
+    const pid_t child = fork();
+    if (child == 0) {
+      std::signal(SIGABRT, SIG_DFL);
+      action();
+      _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    CHECK(WIFSIGNALED(status));
+  });
 }
 #endif
 

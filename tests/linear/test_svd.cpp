@@ -76,9 +76,8 @@ void CheckDecomposition(const dmatrix& a, const char* what) {
 
 TEST_CASE("singular value decomposition of every shape and rank") {
   RandomGenerator random;
-  for (int m : {1, 2, 3, 4, 7, 8, 9, 36, 70})
+  for (int m : {1, 2, 3, 4, 7, 8, 9, 36, 70, 300})
     for (int n : {1, 2, 3, 5, 8, 17, 36}) CheckDecomposition(Random(m, n, random), "random");
-  CheckDecomposition(Random(300, 64, random), "random");
   for (auto [m, n, rank] : {std::array{40, 30, 5}, {30, 40, 5}, {9, 9, 8}, {12, 4, 1}, {4, 12, 1}})
     CheckDecomposition(Product(Random(m, rank, random), Random(rank, n, random)), "rank deficient");
   for (auto [m, n] : {std::pair{5, 4}, {4, 6}, {1, 1}}) {
