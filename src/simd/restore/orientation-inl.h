@@ -41,6 +41,7 @@ void Direction(float* u1, float* u2, const float* j11, const float* j12, const f
     Store(u.u1, u1 + i);
     Store(u.u2, u2 + i);
   }
+  if (i == n) return;
   const auto rest = [&](const float* row) { return LoadPart<Eight>(row + i, n - i); };
   const Directions u = DirectionsOf(rest(j11), rest(j12), rest(j22));
   StorePart(u.u1, u1 + i, n - i);
