@@ -5,9 +5,9 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
-#include "kit/pictures/enlarge_picture.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
+#include "kit/scale/enlarge_picture.h"
 #include "net/net_file.h"
 #include "support/nets.h"
 #include "support/process.h"

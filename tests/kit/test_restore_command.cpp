@@ -9,7 +9,7 @@
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/quality.h"
-#include "kit/pictures/restore_presets.h"
+#include "kit/scale/restore_presets.h"
 #include "platform/team.h"
 #include "restore/restore_image.h"
 #include "support/kit.h"

@@ -1,13 +1,13 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/enlarge_picture.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
-#include "kit/pictures/interpolation.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/restore_picture.h"
-#include "kit/pictures/scale.h"
+#include "kit/scale/enlarge_picture.h"
+#include "kit/scale/interpolation.h"
+#include "kit/scale/restore_picture.h"
+#include "kit/scale/scale.h"
 #include "net/net_file.h"
 
 namespace norv {

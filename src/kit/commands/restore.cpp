@@ -4,8 +4,8 @@
 #include "kit/commands/shared_rows.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/restore_picture.h"
-#include "kit/pictures/restore_presets.h"
+#include "kit/scale/restore_picture.h"
+#include "kit/scale/restore_presets.h"
 
 namespace norv {
 namespace {

@@ -3,7 +3,7 @@
 #include "kit/failure.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/scale.h"
+#include "kit/scale/scale.h"
 
 namespace norv {
 namespace {

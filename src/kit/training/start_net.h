@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "kit/pictures/interpolation.h"
+#include "kit/scale/interpolation.h"
 #include "net/neural_net.h"
 
 namespace norv {

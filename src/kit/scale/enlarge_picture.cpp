@@ -1,4 +1,4 @@
-#include "kit/pictures/enlarge_picture.h"
+#include "kit/scale/enlarge_picture.h"
 
 #include <utility>
 
@@ -6,7 +6,7 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/scale.h"
+#include "kit/scale/scale.h"
 #include "net/enlarge.h"
 #include "net/layouts.h"
 #include "raster/bands.h"

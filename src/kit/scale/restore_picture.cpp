@@ -1,4 +1,4 @@
-#include "kit/pictures/restore_picture.h"
+#include "kit/scale/restore_picture.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "kit/pictures/restore_presets.h"
+#include "kit/scale/restore_presets.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "kit/pictures/interpolation.h"
+#include "kit/scale/interpolation.h"
 
 #include <cmath>
 

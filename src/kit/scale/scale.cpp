@@ -1,8 +1,8 @@
-#include "kit/pictures/scale.h"
+#include "kit/scale/scale.h"
 
 #include "kit/failure.h"
-#include "kit/pictures/interpolation.h"
 #include "kit/pictures/picture.h"
+#include "kit/scale/interpolation.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
 
