@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "platform/assert.h"
 #include "platform/team.h"
@@ -26,6 +27,10 @@ void InTeam(int32_t threads, int64_t weights, int32_t count, const Body& body) {
     body(static_cast<int32_t>(begin) * kTrainBlock, std::min(static_cast<int32_t>(end) * kTrainBlock, count));
   });
 }
+
+// Sign and payload of a NaN depend on the order of a sum's operands, which every compiled level may choose: by our rule
+// of same bytes at every level, all that training leaves are the same one.
+float OneNan(float value) { return std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value; }
 
 constexpr int32_t kLogistic = 1;
 
@@ -215,15 +220,15 @@ void RowNet::ForgetVelocities() {
 void RowNet::StoreLayer(const Layer& layer, const float* input, NetLayer& target) const {
   for (int32_t u = 0; u < layer.units; ++u) {
     NetUnit& unit = target.units[static_cast<size_t>(u)];
-    for (int32_t i = 0; i < layer.inputs; ++i) unit.W.x[i] = layer.W[layer.Place(u, i)];
-    for (int32_t i = 0; momentum_ != 0 && i < layer.inputs; ++i) unit.V.x[i] = layer.V[layer.Place(u, i)];
-    unit.vb = layer.vb[u];
+    for (int32_t i = 0; momentum_ != 0 && i < layer.inputs; ++i) unit.V.x[i] = OneNan(layer.V[layer.Place(u, i)]);
+    if (momentum_ != 0) unit.vb = OneNan(layer.vb[u]);
     if (!learned_) continue;
-    std::copy_n(input, layer.inputs, unit.X.x);
-    unit.b = layer.bias[u];
-    unit.z = layer.z[u];
-    unit.a = layer.a[u];
-    unit.delta = layer.delta[u];
+    for (int32_t i = 0; i < layer.inputs; ++i) unit.W.x[i] = OneNan(layer.W[layer.Place(u, i)]);
+    std::transform(input, input + layer.inputs, unit.X.x, OneNan);
+    unit.b = OneNan(layer.bias[u]);
+    unit.z = OneNan(layer.z[u]);
+    unit.a = OneNan(layer.a[u]);
+    unit.delta = OneNan(layer.delta[u]);
   }
 }
 
@@ -234,6 +239,8 @@ void RowNet::Finish() {
     StoreLayer(layers_[k], input, net_.layers[k]);
     input = layers_[k].a.get();
   }
+  net_.Cost = OneNan(net_.Cost);
+  net_.SampleCost = OneNan(net_.SampleCost);
 }
 
 }  // namespace norv

@@ -7,6 +7,8 @@
 
 #include "net/forward.h"
 #include "support/captured_output.h"
+#include "support/levels.h"
+#include "support/nets.h"
 #include "support/samples.h"
 #include "train/backward.h"
 #include "train/row_net.h"
@@ -100,6 +102,20 @@ TEST_CASE("training: each kind alone, up to infinities and worse") {
   TrainingSet set = MakeSamples(60, 24, 4);
   for (int32_t i = 0; i < set.N; i += 2) set.Record(i)[i % 28] = i % 3 ? INFINITY : i % 5 ? -1e30f : 1e-42f;
   CHECK(FormsAgree(MakeNet(24, {16, 16, 4}, 0), set, {2, 0.01f, 0.01f, 2, 0, 0.1f, 0.5f, 1}));
+}
+
+TEST_CASE("training: what diverges leaves the same bytes at every vector level") {
+  const NeuralNet net = MakeNet(24, {16, 16, 4}, 0);
+  const TrainingSet set = MakeSamples(60, 24, 4);
+  for (const float momentum : {0.0f, 0.9f}) {
+    std::string first;
+    for (const VectorLevel level : AvailableLevels()) {
+      const ForcedLevel forced(level);
+      const std::string bytes = NetBytes(Trained(net, set, {3, 1e4f, 1, 0, 0, 0, momentum, 1}));
+      CHECK((first.empty() || bytes == first));
+      first = bytes;
+    }
+  }
 }
 
 TEST_CASE("training: deltas of logistic units are exact where their short exponentials leave them open") {
