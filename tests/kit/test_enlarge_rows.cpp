@@ -45,9 +45,7 @@ TEST_CASE("rows from file to file make the file that the whole picture makes") {
       SaveImage(from, Sample(9, 12, way.channels), {});
       SaveImage(whole, EnlargeByNet(LoadImage(from), net, how), choice);
       EnlargeRowsByNet(OpenImage(from), net, how, to, choice, rows);
-      CAPTURE(way.from);
-      CAPTURE(way.to);
-      CAPTURE(rows);
+      INFO(way.from, " to ", way.to, " by ", rows, " rows");
       CHECK(norv::test::ReadBytes(to) == norv::test::ReadBytes(whole));
       CHECK(!norv::test::ReadBytes(to).empty());
     }

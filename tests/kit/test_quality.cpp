@@ -59,8 +59,7 @@ TEST_CASE("the signal-to-noise ratio of a constant error is 20 log10 (255 / erro
 
 TEST_CASE("the border is left out on every side") {
   const matrix plane = Waves(9, 8, 0), inner = WithoutBorder(plane, 3);
-  CHECK(inner.m == 3);
-  CHECK(inner.n == 2);
+  CHECK((inner.m == 3 && inner.n == 2));
   CHECK(inner.z[1][2] == plane.z[4][5]);
   CHECK(WithoutBorder(plane, 4).mn == 0);
   CHECK(WithoutBorder(plane, INT32_MAX).mn == 0);

@@ -122,10 +122,8 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
       CHECK((restore({"--type", type, option, "4"}) != restore({"--type", type})));
   }
   CHECK((restore({"--preset", "clean", "--factor", "2"}) == plain));
-  CHECK(restore({"--preset", "pretty"}) == "2");
-  CHECK(restore({"--factor", "0"}) == "2");
-  CHECK(restore({"--steps", "2.5"}) == "2");
-  CHECK(restore({"--lambda", "much"}) == "2");
+  for (const char* line : {"--preset pretty", "--factor 0", "--steps 2.5", "--lambda much"})
+    CHECK(restore(test::Words(line)) == "2");
   CHECK(restore({"--kernel", "7"}) == "1");  // the older name of --filter
 }
 

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <doctest/doctest.h>
 #include <thread>
+#include <tuple>
 
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
@@ -127,31 +128,32 @@ TEST_CASE("the best network is that of the best epoch, whatever came after it") 
   CHECK(log.back().cubic == doctest::Approx(pictures.Validation()[0].cubic).epsilon(1e-5));
 }
 
-TEST_CASE("a training in two parts is the whole one when the rate does not fall, and nothing is trained over") {
+TEST_CASE("a training in two parts is the whole one when the rate does not fall, and what fails leaves it as it is") {
   const Gallery gallery;
   const std::string whole = gallery.results / "whole", parts = gallery.results / "parts";
   const auto train = [&](const std::string& out, const std::string& more) {
-    return gallery.Train(out, "--final-rate 0.02 --epochs " + more);
+    return gallery.Train(out, (Contains(more, "-rate") ? "--epochs " : "--final-rate 0.02 --epochs ") + more);
   };
   CHECK(train(whole, "4 --valid 1").exitCode == 0);
   CHECK(train(parts, "1 --valid 1").exitCode == 0);
   const std::string first = test::ReadBytes(parts + "/last.net");
-  const test::Outcome again = train(parts, "4 --valid 1");
-  CHECK(again.exitCode == 1);
-  CHECK(Contains(again.errors, "--resume"));
+  const auto refused = [&](const std::string& more, const char* reason) {
+    const test::Outcome outcome = train(parts, more);
+    CHECK(outcome.exitCode == 1);
+    CHECK(Contains(outcome.errors, reason));
+  };
+  refused("4 --valid 1", "--resume");
   CHECK(test::ReadBytes(parts + "/last.net") == first);
   CHECK(train(parts, "4 --valid 1 --resume").exitCode == 0);
   CHECK(test::ReadBytes(parts + "/last.net") == test::ReadBytes(whole + "/last.net"));
   CHECK(ReadTrainingLog(parts + "/log.csv").size() == 4);
-  const test::Outcome other = train(parts, "5 --valid 1 --resume --factor 4");
-  CHECK(other.exitCode == 1);
-  CHECK(Contains(other.errors, "other layers"));
+  refused("5 --valid 1 --resume --factor 4", "other layers");
   const std::string log = test::ReadBytes(parts + "/log.csv");
-  for (const char* pictures : {"--valid 1 --shrink 2", "--valid 1 --order 3", "--valid 2"}) {
-    const test::Outcome moved = train(parts, std::string("5 --resume ") + pictures);
-    CHECK(moved.exitCode == 1);
-    CHECK(Contains(moved.errors, "measured on other pictures"));
-  }
+  for (const char* pictures : {"--valid 1 --shrink 2", "--valid 1 --order 3", "--valid 2"})
+    refused(std::string("5 --resume ") + pictures, "measured on other pictures");
+  // One that loses its numbers leaves the network of the epoch before.
+  refused("5 --valid 1 --resume --final-rate 1e6", "lower --rate");
+  CHECK(test::ReadBytes(parts + "/last.net") == test::ReadBytes(whole + "/last.net"));
   CHECK(test::ReadBytes(parts + "/log.csv") == log);
 }
 
@@ -185,34 +187,23 @@ TEST_CASE("pictures that cannot serve are passed over with a warning, and none a
   CHECK(Contains(gallery.Train(gallery.results / "b", "--valid v.png --epochs 1 --shrink 5").errors, "less than 70"));
 
   const test::ScratchFolder empty;
-  const auto reason = [](const std::string& line, int exitCode) {
+  const std::string results = gallery.results.Path(), nowhere = " " + results + "/nowhere",
+                    train = "train " + gallery.folder.Path() + nowhere;
+  test::WriteBytes(gallery.results / "log.csv", "epoch,rate\n1,2\n");
+  const std::tuple<std::string, int, const char*> failures[] = {
+      {"train " + empty.Path() + nowhere, 1, "there are no pictures in"},
+      {"train " + empty / "missing" + nowhere, 1, "cannot read the folder"},
+      {train + " --valid w.png", 1, "no picture w.png"},
+      {train + " --valid 9", 1, "left to train on"},
+      {train + " --valid 0", 1, "held out"},
+      {train + " --order -7", 2, "no such filter"},
+      {train + " --layout 50", 2, "inputs"},
+      {"curve " + results + "/log.csv " + results + "/c.svg", 1, "no training log"}};
+  for (const auto& [line, exitCode, reason] : failures) {
     const test::Outcome failed = Kit(test::Words(line));
     CHECK(failed.exitCode == exitCode);
-    return failed.errors;
-  };
-  const std::string nowhere = " " + gallery.results / "nowhere", train = "train " + gallery.folder.Path() + nowhere;
-  CHECK(Contains(reason("train " + empty.Path() + nowhere, 1), "there are no pictures in"));
-  CHECK(Contains(reason("train " + empty / "missing" + nowhere, 1), "cannot read the folder"));
-  CHECK(Contains(reason(train + " --valid w.png", 1), "no picture w.png"));
-  CHECK(Contains(reason(train + " --valid 9", 1), "left to train on"));
-  CHECK(Contains(reason(train + " --valid 0", 1), "held out"));
-  CHECK(Contains(reason(train + " --order -7", 2), "no such filter"));
-  CHECK(Contains(reason(train + " --layout 50", 2), "inputs"));
-  test::WriteBytes(gallery.results / "log.csv", "epoch,rate\n1,2\n");
-  CHECK(
-      Contains(reason("curve " + gallery.results / "log.csv" + " " + gallery.results / "c.svg", 1), "no training log"));
-}
-
-TEST_CASE("a training that loses its numbers ends with the network of the epoch before") {
-  const Gallery gallery;
-  const std::string out = gallery.results / "out";
-  REQUIRE(gallery.Train(out, "--valid 1 --epochs 1").exitCode == 0);
-  const std::string last = test::ReadBytes(out + "/last.net"), log = test::ReadBytes(out + "/log.csv");
-  const test::Outcome lost = gallery.Train(out, "--valid 1 --epochs 2 --resume --final-rate 1e6");
-  CHECK(lost.exitCode == 1);
-  CHECK(Contains(lost.errors, "lower --rate"));
-  CHECK(test::ReadBytes(out + "/last.net") == last);
-  CHECK(test::ReadBytes(out + "/log.csv") == log);
+    CHECK(Contains(failed.errors, reason));
+  }
 }
 
 TEST_CASE("a log comes back from its file, and what is no log is refused with its line") {

@@ -1,8 +1,8 @@
 // What a restoration is estimated to need of memory against what it then takes.
 #if !defined(_WIN32) && !defined(NORV_SANITIZED)
 
-#include <cstdio>
 #include <doctest/doctest.h>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <malloc.h>
@@ -53,58 +53,49 @@ FloatImage Noise(int32_t w, int32_t h, int32_t format) {
   return image;
 }
 
-void CheckClose(int64_t estimated, int64_t measured) {
-  CAPTURE(estimated);
-  CAPTURE(measured);
+// 0 bands: the image as a whole.
+void CheckEstimate(const RestoreParameters& parameters, int32_t w, int32_t h, int32_t format, int32_t bands,
+                   int32_t threads) {
+  int64_t estimated = RestorationMemory(parameters, w, h, format);
+  if (bands) {
+    const int64_t result = int64_t{3} * 4 * w * h * 4, whole = estimated;
+    estimated = result + BandsMemory(parameters, w, PlanBands(h, bands).height, format, threads);
+    CHECK((threads > 1 || estimated < whole));
+  }
+  FloatImage image = Noise(w, h, format);
+  const int64_t measured =
+      PeakOf([&] { bands ? RestoreImageInBands(image, parameters, bands, threads) : RestoreImage(image, parameters); });
+  INFO("type ", parameters.type, " format ", format, " threads ", threads, ": ", estimated, " against ", measured);
   CHECK(estimated >= measured);
   CHECK(static_cast<double>(estimated) <= 1.3 * static_cast<double>(measured));
 }
 
-void CheckWhole(const RestoreParameters& parameters, int32_t w, int32_t h, int32_t format) {
-  FloatImage image = Noise(w, h, format);
-  CheckClose(RestorationMemory(parameters, w, h, format), PeakOf([&] { RestoreImage(image, parameters); }));
-}
-
 }  // namespace
 
-// Whatever ran before leaves gaps in the heap that count, so these two run in a process of their own.
+// Whatever ran before leaves gaps in the heap that count, so these run in processes of their own.
 TEST_CASE("estimated and measured: what a restoration needs, for every type" * doctest::skip()) {
   for (int32_t type = -1; type <= 7; ++type)
     for (const int32_t format : {kDefaultFormat, 0x2000, 0x80}) {
       if (format != kDefaultFormat && type != 0 && type != 7) continue;
-      CAPTURE(type);
-      CAPTURE(format);
       RestoreParameters parameters = Quick(type);
       if (format == 0x80) parameters.representation = 0;
-      CheckWhole(parameters, 640, 471, format);  // planes that the C library does not keep
+      CheckEstimate(parameters, 640, 471, format, 0, 1);  // planes that the C library does not keep
     }
   // Smoothing that keeps much of the tensor, and filters with long taps.
   RestoreParameters parameters = Quick(1);
-  parameters.orientationScale = 30;
-  parameters.kernelCode = 15;
-  parameters.factor = 3;
-  CheckWhole(parameters, 400, 340, kDefaultFormat);
+  parameters.orientationScale = 30, parameters.kernelCode = 15, parameters.factor = 3;
+  CheckEstimate(parameters, 400, 340, kDefaultFormat, 0, 1);
 }
 
 TEST_CASE("estimated and measured: bands take the memory of as many as there are threads" * doctest::skip()) {
-  constexpr int32_t kWidth = 3000, kHeight = 350, kBands = 7;
-  const RestoreParameters parameters = Quick(5);
-  const BandPlan plan = PlanBands(kHeight, kBands);
-  REQUIRE(plan.bands == kBands);
-  const int64_t result = int64_t{3} * 4 * kWidth * kHeight * 4;
-  for (const int32_t threads : {1, 2}) {
-    CAPTURE(threads);
-    const int64_t estimated = result + BandsMemory(parameters, kWidth, plan.height, kDefaultFormat, threads);
-    FloatImage image = Noise(kWidth, kHeight, kDefaultFormat);
-    CheckClose(estimated, PeakOf([&] { RestoreImageInBands(image, parameters, kBands, threads); }));
-    CHECK((threads > 1 || estimated < RestorationMemory(parameters, kWidth, kHeight, kDefaultFormat)));
-  }
+  for (const int32_t threads : {1, 2}) CheckEstimate(Quick(5), 3000, 350, kDefaultFormat, 7, threads);
 }
 
 TEST_CASE("what a restoration will need of memory is estimated") {
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
   for (const std::string what : {"what a restoration needs*", "bands take*"}) {
     const Outcome outcome =
-        Run({.arguments = {"--no-skip", "-tc=estimated and measured: " + what}, .executable = "/proc/self/exe"});
+        Run({.arguments = {"--no-skip", "-tc=estimated and measured: " + what}, .executable = self});
     CAPTURE(outcome.output);
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.output.find("1 passed") != std::string::npos);
@@ -120,12 +111,13 @@ TEST_CASE("what the machine lacks is refused before anything is changed") {
   REQUIRE(getrlimit(RLIMIT_AS, &before) == 0);
   REQUIRE(setrlimit(RLIMIT_AS, &limit) == 0);
   BitImage bits(300, 300);
-  for (const int road : {0, 1, 2}) {
+  const std::function<void()> roads[] = {[&] { RestoreImage(image, parameters); },
+                                         [&] { RestoreImageInBands(image, parameters, 2, 2); },
+                                         [&] { ProcessBitImage(bits, parameters, kDefaultFormat, 2); }};
+  for (const auto& road : roads) {
     std::string message;
     try {
-      if (road == 0) RestoreImage(image, parameters);
-      if (road == 1) RestoreImageInBands(image, parameters, 2, 2);
-      if (road == 2) ProcessBitImage(bits, parameters, kDefaultFormat, 2);
+      road();
     } catch (const char* text) {
       message = text;
     }

@@ -64,9 +64,7 @@ TEST_CASE("every difference operator's adjoint: <D p, D p> = <p, D' D p>, and D'
     terms.push_back(std::make_unique<MaskedTerm>(size.w, size.h, kWeighting, field, pixels));
     terms.push_back(std::make_unique<AxisTerm>(size.w, size.h, kWeighting));
     for (size_t k = 0; k < terms.size(); ++k) {
-      CAPTURE(k);
-      CAPTURE(size.w);
-      CAPTURE(size.h);
+      INFO("term ", k, " of ", size.w, " x ", size.h);
       terms[k]->Weigh(x);
       const matrix normal = Normal(*terms[k], p);
       const double scale = 1e-5 * size.w * size.h;
@@ -81,10 +79,7 @@ TEST_CASE("the filter pair: the plain reduction, and <R x, y> = <x, R' y>, for e
   for (const int32_t code : {0, 1, 2, 3, 4, 5, 15, -1, -2, -3, -4, -5, -11, -13, -20, -21, -22, -31, -35})
     for (const int32_t f : {1, 2, 3, 4, 7})
       for (const Size size : kSizes) {
-        CAPTURE(code);
-        CAPTURE(f);
-        CAPTURE(size.w);
-        CAPTURE(size.h);
+        INFO("code ", code, " factor ", f, " of ", size.w, " x ", size.h);
         const FilterChoice filter = *FilterOfKernelCode(code);
         FilterPair pair(filter, f, size.w, size.h);
         const matrix x = RandomPlane(f * size.w, f * size.h, 4, -1, 1), y = RandomPlane(size.w, size.h, 5, -1, 1);

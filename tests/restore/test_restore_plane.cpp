@@ -84,38 +84,25 @@ TEST_CASE("every regulariser type does what its definition says, on planes of an
       RestoreParameters p = TestParameters(type, s.factor);
       p.kernelCode = s.code, p.emphasis = s.emphasis, p.lambdaCross = s.lambdaCross;
       if (s.w != 5 || s.h != 4) p.iterations = 1;
-      CAPTURE(type);
-      CAPTURE(s.w);
-      CAPTURE(s.h);
-      CAPTURE(s.factor);
-      CAPTURE(s.code);
+      INFO("type ", type, " of ", s.w, " x ", s.h, " factor ", s.factor, " filter ", s.code);
       CheckExact(Case(s.w, s.h, p));
     }
   CHECK(SameBits(Case(5, 4, TestParameters(8)).Fast(), Case(5, 4, TestParameters(0)).Fast()));
 }
 
-TEST_CASE("nothing is done without iterations or steps, and only emphasis for negative iterations") {
+TEST_CASE("without iterations or steps nothing is done; an empty plane begins as zeros; no mask is a mask of nothing") {
   for (int32_t type = -1; type <= 7; ++type) {
-    Case one(6, 5, TestParameters(type));
+    Case one(6, 5, TestParameters(type)), zeros = one, empty = one;
+    zeros.working.fill(0);
+    empty.working.freemem();
+    CHECK(SameBits(empty.Fast(), type == 0 ? matrix() : zeros.Fast()));
     one.parameters.iterations = 0;
     CHECK(SameBits(one.Fast(), one.working));
-    one.parameters.iterations = -2;
+    one.parameters.iterations = -2;  // emphasis alone
     CHECK(SameBits(one.Fast(), one.working) == (type == -1 || type == 7));
     one.parameters.iterations = 2, one.parameters.steps = -3, one.parameters.emphasis = 0;
     CHECK(SameBits(one.Fast(), one.working));
   }
-}
-
-TEST_CASE("an empty working plane is cleared by the first update step, and left alone without any") {
-  for (int32_t type = -1; type <= 7; ++type) {
-    Case zeros(6, 5, TestParameters(type)), empty = zeros;
-    zeros.working.fill(0);
-    empty.working.freemem();
-    CHECK(SameBits(empty.Fast(), type == 0 ? matrix() : zeros.Fast()));
-  }
-}
-
-TEST_CASE("the masked type without any mask is the plain one") {
   Case masked(6, 5, TestParameters(3)), plain(6, 5, TestParameters(-1));
   masked.mask = BitMask();
   masked.parameters.emphasis = 0;

@@ -6,45 +6,26 @@
 
 namespace norv::test {
 
-inline double PlainActivation(int32_t kind, double x) {
-  switch (kind) {
-    case 1:
-      return 1 / (std::exp(-x) + 1);
-    case 2:
-      return 1 / (std::exp(-x) + 1) - 0.5;
-    case 3:
-      return std::atan(x * 0.7853981633974483) * 0.3183098861837907;
-    case 4:
-      return 0.25 * x;
-    case 5:
-      return x >= 0 ? 0.25 * x : 0;
-    case 6:
-      return x >= 0 ? 0.25 * x : 0.0025 * x;
-    case 7:
-      return (0.5 * x) * 0.5 / (std::fabs(0.5 * x) + 1);
-    case 8:
-      return 0.25 * std::log(std::exp(x) + 1);
-    case 9:
-      return x >= 0 ? 0.25 * x : (0.5 * x) * 0.5 / (1 - 0.5 * x);
-    case 10:
-      return x >= 0 ? 0.25 * x : std::exp(x) * (0.25 * x);
-    case 11:
-      return x > 0 ? x : std::exp(x) - 1;
-    case 12:
-      return x;
-    case 13:
-      return x < 0 ? 0 : x;
-    case 14:
-      return x >= 0 ? x : 0.01 * x;
-    case 15:
-      return 0.5 * x / (std::fabs(x) + 1);
-    case 16:
-      return std::log(std::exp(x) + 1);
-    case 17:
-      return x > 0 ? x : std::exp(x) * x;
-    default:
-      return std::nan("");
-  }
+inline double PlainActivation(int32_t kind, double value) {
+  using Formula = double (*)(double x);
+  constexpr Formula kFormulas[] = {[](double x) { return 1 / (std::exp(-x) + 1); },
+                                   [](double x) { return 1 / (std::exp(-x) + 1) - 0.5; },
+                                   [](double x) { return std::atan(x * 0.7853981633974483) * 0.3183098861837907; },
+                                   [](double x) { return 0.25 * x; },
+                                   [](double x) { return x >= 0 ? 0.25 * x : 0; },
+                                   [](double x) { return x >= 0 ? 0.25 * x : 0.0025 * x; },
+                                   [](double x) { return (0.5 * x) * 0.5 / (std::fabs(0.5 * x) + 1); },
+                                   [](double x) { return 0.25 * std::log(std::exp(x) + 1); },
+                                   [](double x) { return x >= 0 ? 0.25 * x : (0.5 * x) * 0.5 / (1 - 0.5 * x); },
+                                   [](double x) { return x >= 0 ? 0.25 * x : std::exp(x) * (0.25 * x); },
+                                   [](double x) { return x > 0 ? x : std::exp(x) - 1; },
+                                   [](double x) { return x; },
+                                   [](double x) { return x < 0 ? 0 : x; },
+                                   [](double x) { return x >= 0 ? x : 0.01 * x; },
+                                   [](double x) { return 0.5 * x / (std::fabs(x) + 1); },
+                                   [](double x) { return std::log(std::exp(x) + 1); },
+                                   [](double x) { return x > 0 ? x : std::exp(x) * x; }};
+  return kind >= 1 && kind <= 17 ? kFormulas[kind - 1](value) : std::nan("");
 }
 
 }  // namespace norv::test

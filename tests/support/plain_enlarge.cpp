@@ -5,24 +5,14 @@
 
 #include "net/forward.h"
 #include "raster/orient.h"
-#include "raster/separable.h"
 #include "support/nets.h"
+#include "support/random_plane.h"
+#include "support/restoration.h"
 
 namespace norv::test {
 namespace {
 
 int32_t FactorOf(const NeuralNet& net) { return net.LastNi() == 16 ? 4 : 2; }
-
-int32_t Mirrored(int32_t i, int32_t n) {
-  while (n > 1 && (i < 0 || i >= n)) i = i < 0 ? -i : 2 * n - 2 - i;
-  return n == 1 ? 0 : i;
-}
-
-matrix Resampled(const matrix& P, int32_t f) {
-  matrix result;
-  ResampleSeparable(P, result, EnlargementTable(P.m, f), EnlargementTable(P.n, f));
-  return result;
-}
 
 }  // namespace
 
@@ -30,7 +20,7 @@ matrix PlainInput(const matrix& P, int32_t r, int32_t c, int32_t inputs) {
   constexpr float s = 1.0f / 255;
   const int32_t radius = inputs == 8 ? 1 : inputs == 24 ? 2 : 3;
   const auto at = [&](int32_t y, int32_t x) {
-    return inputs == 8 ? P.z[Mirrored(y, P.n)][Mirrored(x, P.m)]
+    return inputs == 8 ? P.z[Mirror(y, P.n)][Mirror(x, P.m)]
                        : P.z[std::clamp(y, 0, P.n - 1)][std::clamp(x, 0, P.m - 1)];
   };
   std::vector<float> values;
@@ -91,7 +81,7 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
     if (fourth) image.ConvertTo(0x10);
     image.ConvertTo(0x20000);
     image.plane[0] = PlainPlane(net, image.plane[0], average);
-    for (int32_t p = 1; p < 3; ++p) image.plane[p] = Resampled(image.plane[p], FactorOf(net));
+    for (int32_t p = 1; p < 3; ++p) image.plane[p] = Enlarged(image.plane[p], FactorOf(net));
     image.RefreshSize();
     image.ConvertTo(format);
     if (fourth) image.plane[3] = PlainPlane(net, aside, average);
@@ -107,7 +97,7 @@ FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool short
   for (int32_t y = 0; y < h; y += q) {
     FloatImage band(w, q + 6, source.format);
     for (int32_t p = 0; p < source.planes; ++p)
-      for (int32_t r = 0; r < q + 6; ++r) std::copy_n(source.plane[p].z[Mirrored(y - 3 + r, h)], w, band.plane[p].z[r]);
+      for (int32_t r = 0; r < q + 6; ++r) std::copy_n(source.plane[p].z[Mirror(y - 3 + r, h)], w, band.plane[p].z[r]);
     PlainImage(band, net, shortcut, average);
     for (int32_t p = 0; p < source.planes; ++p)
       for (int32_t r = 0; r < f * q && f * y + r < f * h; ++r)

@@ -3,95 +3,29 @@
 namespace norv::test {
 namespace {
 
-using Operator = std::function<Vector(const PlainPlane&)>;
-
-struct Cell {
-  double d1, d2;
+// A difference of pixels as a row of an operator: the coefficient of every pixel.
+struct Tap {
+  int r, c;
+  double coefficient;
 };
-Cell CellOf(const PlainPlane& x, int r, int c) {
-  const int below = Mirror(r + 1, x.h), right = Mirror(c + 1, x.w);
-  return {x.At(below, right) - x.At(r, c), x.At(below, c) - x.At(r, right)};
+Vector RowOf(const PlainPlane& x, const std::vector<Tap>& taps) {
+  PlainPlane row(x.w, x.h);
+  for (const Tap& tap : taps) row.At(Mirror(tap.r, x.h), Mirror(tap.c, x.w)) += tap.coefficient;
+  return row.v;
 }
 
-double Huber(double g, double lambda, double delta) {
-  g = std::abs(g);
-  return g <= delta ? lambda : lambda * std::sqrt((2 * g - delta) * delta) / g;
-}
-double Lorentzian(double g2, double lambda, double delta) {
-  const double sigma = delta * std::sqrt(2.0);
-  return g2 > 1e-10 ? lambda * std::sqrt(std::log(1 + g2 / (sigma * sigma)) / g2) : lambda / sigma;
-}
-double Shaped(double g, double lambda, double delta, double p) {
-  g = std::abs(g);
-  return g <= delta ? lambda : lambda * delta * std::sqrt(1 + 2 / p * (std::pow(g / delta, p) - 1)) / g;
+// The cell's two diagonals, a and b of them.
+Vector CellRow(const PlainPlane& x, int r, int c, double a, double b) {
+  return RowOf(x, {{r + 1, c + 1, a}, {r, c, -a}, {r + 1, c, b}, {r, c + 1, -b}});
 }
 
-// The rule of a type: strength, threshold, shape.
-using PlainRule = std::function<double(double g, double lambda, double delta, double shape)>;
-
-Operator Isotropic(const PlainPlane& x, const PlainRule& rule, double lambda, double delta) {
-  const PlainPlane at = x;
-  return [=](const PlainPlane& p) {
-    Vector q;
-    for (int r = 0; r + 1 < p.h; ++r)
-      for (int c = 0; c + 1 < p.w; ++c) {
-        const Cell g = CellOf(at, r, c), d = CellOf(p, r, c);
-        const double w = rule(std::hypot(g.d1, g.d2), lambda, delta, 1);
-        q.push_back(w * d.d1);
-        q.push_back(w * -d.d2);
-      }
-    return q;
-  };
-}
-
-// t = d . direction at every cell, weighted by the rule's measure of x there; dot or cross.
-Operator Directed(const PlainPlane& x, const PlainField& u, bool dot, const PlainRule& rule, double lambda,
-                  double delta, double shape, const std::vector<bool>& mask) {
-  const auto along = [u, dot](const PlainPlane& p, int r, int c) {
-    const Cell d = CellOf(p, r, c);
-    const double u1 = u.u1.At(r, c), u2 = u.u2.At(r, c);
-    return dot ? d.d1 * u1 + d.d2 * u2 : d.d1 * u2 - d.d2 * u1;
-  };
-  const PlainPlane at = x;
-  return [=](const PlainPlane& p) {
-    Vector q;
-    for (int r = 0; r < p.h; ++r)
-      for (int c = 0; c < p.w; ++c)
-        if (mask.empty() || mask[static_cast<size_t>(r * p.w + c)])
-          q.push_back(rule(along(at, r, c), lambda, delta, shape) * along(p, r, c));
-    return q;
-  };
-}
-
-Operator Axes(const PlainPlane& x, double lambda, double delta) {
-  const PlainPlane at = x;
-  return [=](const PlainPlane& p) {
-    Vector q;
-    for (int r = 0; r < p.h; ++r)
-      for (int c = 0; c < p.w; ++c) {
-        if (c + 1 < p.w)
-          q.push_back(Huber(at.At(r, c + 1) - at.At(r, c), lambda, delta) * (p.At(r, c + 1) - p.At(r, c)));
-        if (r + 1 < p.h)
-          q.push_back(Huber(at.At(r + 1, c) - at.At(r, c), lambda, delta) * (p.At(r + 1, c) - p.At(r, c)));
-      }
-    return q;
-  };
-}
-
-// Columns of the stacked operator.
-std::vector<Vector> Dense(const std::vector<Operator>& operators, int w, int h) {
-  std::vector<Vector> columns;
-  for (size_t k = 0; k < static_cast<size_t>(w * h); ++k) {
-    PlainPlane unit(w, h);
-    unit.v[k] = 1;
-    Vector column;
-    for (const Operator& apply : operators) {
-      const Vector part = apply(unit);
-      column.insert(column.end(), part.begin(), part.end());
-    }
-    columns.push_back(column);
-  }
-  return columns;
+Vector ReductionRow(const PlainPlane& x, int f, const Vector& taps, int r, int c) {
+  const int length = static_cast<int>(taps.size()), o = (length - f) / 2;
+  std::vector<Tap> all;
+  for (int i = 0; i < length; ++i)
+    for (int j = 0; j < length; ++j)
+      all.push_back({f * r - o + i, f * c - o + j, taps[static_cast<size_t>(i)] * taps[static_cast<size_t>(j)]});
+  return RowOf(x, all);
 }
 
 double Dot(const Vector& a, const Vector& b) {
@@ -100,36 +34,32 @@ double Dot(const Vector& a, const Vector& b) {
   return sum;
 }
 
-void Solve(PlainPlane& x, const PlainPlane& y, const std::vector<Operator>& operators, int steps) {
-  if (steps <= 0) return;
-  const std::vector<Vector> a = Dense(operators, x.w, x.h);
-  const auto apply = [&](const Vector& p) {
-    Vector q(a[0].size(), 0.0);
-    for (size_t k = 0; k < a.size(); ++k)
-      for (size_t i = 0; i < q.size(); ++i) q[i] += a[k][i] * p[k];
-    return q;
-  };
+template <typename Visit>
+void ForPixels(int w, int h, const Visit& visit) {
+  for (int r = 0; r < h; ++r)
+    for (int c = 0; c < w; ++c) visit(r, c);
+}
+
+// Conjugate gradients on the normal equations of the rows a, whose first ones should give y and all others 0.
+void Solve(PlainPlane& x, const PlainPlane& y, const std::vector<Vector>& a, int steps) {
   const auto transposed = [&](const Vector& r) {
-    Vector g;
-    for (const Vector& column : a) g.push_back(Dot(column, r));
+    Vector g(x.v.size());
+    for (size_t i = 0; i < a.size(); ++i)
+      for (size_t k = 0; k < g.size(); ++k) g[k] += a[i][k] * r[i];
     return g;
   };
-  Vector r = apply(x.v);
-  for (size_t i = 0; i < r.size(); ++i) r[i] = (i < y.v.size() ? y.v[i] : 0) - r[i];
+  Vector r, q(a.size());
+  for (size_t i = 0; i < a.size(); ++i) r.push_back((i < y.v.size() ? y.v[i] : 0) - Dot(a[i], x.v));
   Vector g = transposed(r), p = g;
-  double rho = Dot(g, g);
   for (int step = 0; step < steps; ++step) {
-    const Vector q = apply(p);
-    const double den = Dot(q, q);
-    if (den <= 0) return;
-    const double alpha = rho / den;
+    for (size_t i = 0; i < a.size(); ++i) q[i] = Dot(a[i], p);
+    const double rho = Dot(g, g), alpha = rho / Dot(q, q);
+    if (!std::isfinite(alpha)) return;
     for (size_t k = 0; k < p.size(); ++k) x.v[k] += alpha * p[k];
     for (size_t i = 0; i < r.size(); ++i) r[i] -= alpha * q[i];
     g = transposed(r);
-    const double next = Dot(g, g);
-    if (rho <= 0) return;
-    for (size_t k = 0; k < p.size(); ++k) p[k] = next / rho * p[k] + g[k];
-    rho = next;
+    const double beta = Dot(g, g) / rho;
+    for (size_t k = 0; k < p.size(); ++k) p[k] = beta * p[k] + g[k];
   }
 }
 
@@ -139,94 +69,120 @@ PlainPlane Smoothed(const PlainPlane& x, double scale) {
   double sum = 0;
   for (int d = -radius; d <= radius; ++d) sum += weight(d);
   PlainPlane result(x.w, x.h);
-  for (int r = 0; r < x.h; ++r)
-    for (int c = 0; c < x.w; ++c)
-      for (int i = -radius; i <= radius; ++i)
-        for (int j = -radius; j <= radius; ++j)
-          result.At(r, c) += weight(i) * weight(j) / (sum * sum) * x.At(Mirror(r + i, x.h), Mirror(c + j, x.w));
+  ForPixels(x.w, x.h, [&](int r, int c) {
+    for (int i = -radius; i <= radius; ++i)
+      for (int j = -radius; j <= radius; ++j)
+        result.At(r, c) += weight(i) * weight(j) / (sum * sum) * x.At(Mirror(r + i, x.h), Mirror(c + j, x.w));
+  });
   return result;
 }
 
 }  // namespace
 
+double PlainHuber(double g, double lambda, double delta, double) {
+  g = std::abs(g);
+  return g <= delta ? lambda : lambda * std::sqrt((2 * g - delta) * delta) / g;
+}
+double PlainLorentzian(double g, double lambda, double delta, double) {
+  const double sigma = delta * std::sqrt(2.0), g2 = g * g;
+  return g2 > 1e-10 ? lambda * std::sqrt(std::log(1 + g2 / (sigma * sigma)) / g2) : lambda / sigma;
+}
+double PlainShaped(double g, double lambda, double delta, double shape) {
+  const double t = std::abs(g) / delta;
+  const double power = shape > 0 ? std::expm1(shape * std::log(t)) / shape : std::log(t);
+  return t <= 1 ? lambda : lambda * std::sqrt(1 + 2 * power) / t;
+}
+
 PlainPlane PlainReduce(const PlainPlane& x, int f, const Vector& taps) {
-  const int length = static_cast<int>(taps.size()), o = (length - f) / 2;
   PlainPlane y(x.w / f, x.h / f);
-  for (int r = 0; r < y.h; ++r)
-    for (int c = 0; c < y.w; ++c)
-      for (int i = 0; i < length; ++i)
-        for (int j = 0; j < length; ++j)
-          y.At(r, c) += taps[static_cast<size_t>(i)] * taps[static_cast<size_t>(j)] *
-                        x.At(Mirror(f * r - o + i, x.h), Mirror(f * c - o + j, x.w));
+  ForPixels(y.w, y.h, [&](int r, int c) { y.At(r, c) = Dot(ReductionRow(x, f, taps, r, c), x.v); });
   return y;
 }
 
 PlainField PlainOrientation(const PlainPlane& x, double scale) {
-  PlainPlane j11(x.w, x.h), j12(x.w, x.h), j22(x.w, x.h);
-  for (int r = 0; r < x.h; ++r)
-    for (int c = 0; c < x.w; ++c) {
-      const Cell d = CellOf(x, r, c);
-      j11.At(r, c) = d.d1 * d.d1;
-      j12.At(r, c) = d.d1 * d.d2;
-      j22.At(r, c) = d.d2 * d.d2;
-    }
+  PlainPlane j11(x.w, x.h), j12 = j11, j22 = j11;
+  PlainField field{j11, j11};
+  ForPixels(x.w, x.h, [&](int r, int c) {
+    const double d1 = Dot(CellRow(x, r, c, 1, 0), x.v), d2 = Dot(CellRow(x, r, c, 0, 1), x.v);
+    j11.At(r, c) = d1 * d1, j12.At(r, c) = d1 * d2, j22.At(r, c) = d2 * d2;
+  });
   if (scale > 0)
     for (PlainPlane* j : {&j11, &j12, &j22}) *j = Smoothed(*j, scale);
-  PlainField field{PlainPlane(x.w, x.h), PlainPlane(x.w, x.h)};
   for (size_t i = 0; i < x.v.size(); ++i) {
     const double difference = j11.v[i] - j22.v[i];
     if (std::abs(j12.v[i]) < 1e-8 && std::abs(difference) < 1e-8) continue;
     const double theta = 0.5 * std::atan2(2 * j12.v[i], difference);
-    field.u1.v[i] = std::cos(theta);
-    field.u2.v[i] = std::sin(theta);
+    field.u1.v[i] = std::cos(theta), field.u2.v[i] = std::sin(theta);
   }
   return field;
 }
 
 PlainPlane PlainRestore(PlainPlane x, const PlainPlane& y, const Vector& taps, const RestoreParameters& p,
                         const std::vector<bool>& mask, const PlainPlane& reference) {
-  const Operator reduce = [&](const PlainPlane& large) { return PlainReduce(large, p.factor, taps).v; };
-  const PlainRule huber = [](double g, double l, double d, double) { return Huber(g, l, d); };
-  const PlainRule lorentzian = [](double g, double l, double d, double) { return Lorentzian(g * g, l, d); };
-  const PlainRule shaped = Shaped;
+  const auto masked = [&](int r, int c) { return mask.empty() || mask[static_cast<size_t>(r * x.w + c)]; };
   PlainField field{x, x};
-  const auto orient = [&] { field = PlainOrientation(x, static_cast<double>(p.factor) * p.orientationScale); };
-  const auto isotropic = [&](const PlainRule& rule) { return Isotropic(x, rule, p.lambda, p.delta); };
-  const auto cross = [&](const PlainRule& rule, const std::vector<bool>& where) {
-    return Directed(x, field, false, rule, p.lambdaCross, p.deltaCross, p.shapeCross, where);
+  std::vector<Vector> rows;
+  const auto add = [&](Vector row, double weight) {
+    for (double& coefficient : row) coefficient *= weight;
+    rows.push_back(row);
   };
-  const auto dot = [&](const PlainRule& rule) {
-    return Directed(x, field, true, rule, p.lambda, p.delta, p.shapeDot, {});
+  const auto begin = [&] {
+    rows.clear();
+    ForPixels(y.w, y.h, [&](int r, int c) { rows.push_back(ReductionRow(x, p.factor, taps, r, c)); });
+  };
+  const auto orient = [&] { field = PlainOrientation(x, static_cast<double>(p.factor) * p.orientationScale); };
+  // The terms: one row a difference, weighted by the rule's measure of the plane there.
+  const auto isotropic = [&](PlainRule rule, const PlainPlane& at) {
+    ForPixels(x.w - 1, x.h - 1, [&](int r, int c) {
+      const Vector d1 = CellRow(x, r, c, 1, 0), d2 = CellRow(x, r, c, 0, 1);
+      const double weight = rule(std::hypot(Dot(d1, at.v), Dot(d2, at.v)), p.lambda, p.delta, 1);
+      add(d1, weight), add(d2, weight);
+    });
+  };
+  const auto axes = [&] {
+    const auto difference = [&](const Vector& d) { add(d, PlainHuber(Dot(d, x.v), p.lambda, p.delta, 1)); };
+    ForPixels(x.w - 1, x.h, [&](int r, int c) { difference(RowOf(x, {{r, c + 1, 1}, {r, c, -1}})); });
+    ForPixels(x.w, x.h - 1, [&](int r, int c) { difference(RowOf(x, {{r + 1, c, 1}, {r, c, -1}})); });
+  };
+  const auto cross = [&](PlainRule rule) {
+    ForPixels(x.w, x.h, [&](int r, int c) {
+      const Vector d = CellRow(x, r, c, field.u2.At(r, c), -field.u1.At(r, c));
+      if (p.type != 3 || masked(r, c)) add(d, rule(Dot(d, x.v), p.lambdaCross, p.deltaCross, p.shapeCross));
+    });
+  };
+  const auto dot = [&](PlainRule rule) {
+    ForPixels(x.w, x.h, [&](int r, int c) {
+      const Vector d = CellRow(x, r, c, field.u1.At(r, c), field.u2.At(r, c));
+      add(d, rule(Dot(d, x.v), p.lambda, p.delta, p.shapeDot));
+    });
   };
   const auto iterate = [&](bool again) {
-    const bool asked = p.lambdaCross > 0;
-    const bool turning = p.type == 1 || p.type == 5 ? asked : (p.type == 2 || p.type == 3 || p.type == 6) && !again;
-    if (turning) orient();
-    std::vector<Operator> all = {reduce};
-    if (p.type == 1 || p.type == 3 || p.type == 4 || p.type == -1) all.push_back(isotropic(huber));
-    if (p.type == 7) all.push_back(isotropic(lorentzian));
-    if (p.type == 5) all.push_back(Axes(x, p.lambda, p.delta));
-    if (p.type == 2 || ((p.type == 1 || p.type == 5) && asked)) all.push_back(cross(huber, {}));
-    if (p.type == 2) all.push_back(dot(huber));
-    if (p.type == 3) all.push_back(cross(huber, mask));
-    if (p.type == 6) all.push_back(cross(shaped, {})), all.push_back(dot(shaped));
-    Solve(x, y, all, p.steps);
+    const bool asked = (p.type == 1 || p.type == 5) && p.lambdaCross > 0;
+    if (asked || ((p.type == 2 || p.type == 3 || p.type == 6) && !again)) orient();
+    begin();
+    if (p.type == 1 || p.type == 3 || p.type == 4 || p.type == -1) isotropic(PlainHuber, x);
+    if (p.type == 7) isotropic(PlainLorentzian, x);
+    if (p.type == 5) axes();
+    if (p.type == 2 || p.type == 3 || asked) cross(PlainHuber);
+    if (p.type == 2) dot(PlainHuber);
+    if (p.type == 6) cross(PlainShaped), dot(PlainShaped);
+    Solve(x, y, rows, p.steps);
   };
-  for (int i = 0; i < p.iterations && p.type != 0; ++i) iterate(false);
+  const int iterations = p.type == 0 ? 0 : p.iterations;
+  for (int i = 0; i < iterations; ++i) iterate(false);
   if (p.emphasis > 0 && p.iterations != 0 && p.type != -1 && p.type != 7) {
-    for (int r = 0; r < x.h; ++r)
-      for (int c = 0; c < x.w; ++c)
-        if (mask.empty() || mask[static_cast<size_t>(r * x.w + c)])
-          x.At(r, c) += (x.At(r, c) - y.At(r / p.factor, c / p.factor)) * p.emphasis;
-    for (int i = 0; i < p.iterations && p.type != 0; ++i) iterate(true);
+    ForPixels(x.w, x.h, [&](int r, int c) {
+      if (masked(r, c)) x.At(r, c) += (x.At(r, c) - y.At(r / p.factor, c / p.factor)) * p.emphasis;
+    });
+    for (int i = 0; i < iterations; ++i) iterate(true);
   }
-  for (int i = 0; i < 2 * p.iterations && p.type == 4; ++i) {
-    orient();
-    Solve(x, y, {reduce, isotropic(huber), cross(huber, {})}, p.steps / 2);
+  for (int i = 0; i < 2 * iterations && p.type == 4; ++i) {
+    orient(), begin(), isotropic(PlainHuber, x), cross(PlainHuber);
+    Solve(x, y, rows, p.steps / 2);
   }
-  for (int i = 0; i < p.iterations && p.type == 7; ++i) {
-    orient();
-    Solve(x, y, {reduce, cross(lorentzian, {}), Isotropic(reference, lorentzian, p.lambda, p.delta)}, p.steps);
+  for (int i = 0; i < iterations && p.type == 7; ++i) {
+    orient(), begin(), cross(PlainLorentzian), isotropic(PlainLorentzian, reference);
+    Solve(x, y, rows, p.steps);
   }
   return x;
 }

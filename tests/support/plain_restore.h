@@ -1,14 +1,14 @@
-// The restoration of a small plane a second way: every operator as a dense matrix of doubles, formed column by column
+// The restoration of a small plane a second way: every operator as a dense matrix of doubles, formed row by row
 // from its plain definition, so that adjoints are transposes and nothing is shared with the fast road.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <vector>
 
 #include "linear/matrix2.h"
 #include "restore/parameters.h"
+#include "support/random_plane.h"
 
 namespace norv::test {
 
@@ -24,13 +24,13 @@ struct PlainPlane {
   double At(int r, int c) const { return v[static_cast<size_t>(r * w + c)]; }
 };
 
-inline int Mirror(int i, int n) {
-  if (n == 1) return 0;
-  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
-  return i;
-}
+// The weight of a difference g; only the shaped rule looks at the shape.
+using PlainRule = double (*)(double g, double lambda, double delta, double shape);
+double PlainHuber(double g, double lambda, double delta, double shape);
+double PlainLorentzian(double g, double lambda, double delta, double shape);
+double PlainShaped(double g, double lambda, double delta, double shape);
 
-// Lines of a plane through a function of one axis: rows first, then columns.
+// The plane under the kernel taps x taps at every f-th pixel.
 PlainPlane PlainReduce(const PlainPlane& x, int f, const Vector& taps);
 
 struct PlainField {

@@ -18,41 +18,29 @@
 
 #include "support/scratch.h"
 
-extern char** environ;
-
 namespace norv::test {
 namespace {
 
 using namespace std::chrono_literals;
 
 // Everything that a child needs between fork and exec, made beforehand: only async-signal-safe calls are left there.
+// env(1) sets the variables.
 struct Prepared {
-  std::vector<std::string> words, settings;
-  std::vector<char*> argv, envp;
+  std::vector<std::string> words{"/usr/bin/env"};
+  std::vector<char*> argv;
 
-  explicit Prepared(const Command& command) : words{command.executable} {
+  explicit Prepared(const Command& command) {
+    words.insert(words.end(), command.environment.begin(), command.environment.end());
+    words.push_back(command.executable);
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
-    for (char** setting = environ; *setting; ++setting)
-      if (!Replaced(*setting, command)) settings.push_back(*setting);
-    settings.insert(settings.end(), command.environment.begin(), command.environment.end());
     for (std::string& word : words) argv.push_back(word.data());
-    for (std::string& setting : settings) envp.push_back(setting.data());
     argv.push_back(nullptr);
-    envp.push_back(nullptr);
-  }
-
-  static bool Replaced(const std::string& setting, const Command& command) {
-    const std::string name = setting.substr(0, setting.find('=') + 1);
-    for (const std::string& other : command.environment)
-      if (other.rfind(name, 0) == 0) return true;
-    return false;
   }
 };
 
 [[noreturn]] void Become(const Command& command, Prepared& prepared) {
   for (char stream : command.closed) close(stream - '0');
-  if (chdir(command.directory.c_str()) == 0)
-    execve(command.executable.c_str(), prepared.argv.data(), prepared.envp.data());
+  if (chdir(command.directory.c_str()) == 0) execv(prepared.argv[0], prepared.argv.data());
   _exit(127);
 }
 

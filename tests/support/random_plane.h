@@ -18,6 +18,13 @@ inline matrix RandomPlane(int32_t w, int32_t h, unsigned seed, float least = 0, 
   return plane;
 }
 
+// Element i of an axis of n that is mirrored without repeating its ends.
+inline int Mirror(int i, int n) {
+  if (n == 1) return 0;
+  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
+  return i;
+}
+
 inline double Product(const matrix& a, const matrix& b) {
   double sum = 0;
   for (int32_t i = 0; i < a.mn; ++i) sum += static_cast<double>(a.x[i]) * static_cast<double>(b.x[i]);

@@ -1,7 +1,9 @@
 // What tests ask of a restoration, and the enlargement that it starts from.
 #pragma once
 
-#include <cstdio>
+#include <iomanip>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -32,36 +34,13 @@ inline matrix Enlarged(const matrix& small, int32_t f) {
 
 // The command line of one of the modes 0 to 5, which takes the edge threshold from the orientation scale.
 inline std::vector<std::string> ModeWords(int mode, const RestoreParameters& p, int threads) {
-  const float values[] = {static_cast<float>(mode),
-                          static_cast<float>(p.factor),
-                          static_cast<float>(p.kernelCode),
-                          p.lambdaCross,
-                          p.lambda,
-                          p.deltaCross,
-                          p.delta,
-                          p.gateCross,
-                          p.gate,
-                          p.spareCross,
-                          p.spare,
-                          p.shapeCross,
-                          p.shapeDot,
-                          static_cast<float>(p.steps),
-                          static_cast<float>(p.iterations),
-                          p.orientationScale,
-                          p.emphasis,
-                          static_cast<float>(p.representation),
-                          static_cast<float>(p.type),
-                          static_cast<float>(p.keepMask),
-                          0,
-                          static_cast<float>(threads)};
-  std::vector<std::string> words;
-  for (const float value : values) {
-    char word[40];
-    std::snprintf(word, sizeof word, value == static_cast<float>(static_cast<int64_t>(value)) ? "%.0f" : "%.9g",
-                  static_cast<double>(value));
-    words.push_back(word);
-  }
-  return words;
+  std::stringstream words;
+  words << std::setprecision(9) << mode << ' ' << p.factor << ' ' << p.kernelCode << ' ' << p.lambdaCross << ' '
+        << p.lambda << ' ' << p.deltaCross << ' ' << p.delta << ' ' << p.gateCross << ' ' << p.gate << ' '
+        << p.spareCross << ' ' << p.spare << ' ' << p.shapeCross << ' ' << p.shapeDot << ' ' << p.steps << ' '
+        << p.iterations << ' ' << p.orientationScale << ' ' << p.emphasis << ' ' << p.representation << ' ' << p.type
+        << ' ' << p.keepMask << " 0 " << threads;
+  return {std::istream_iterator<std::string>(words), {}};
 }
 
 }  // namespace norv::test
