@@ -9,35 +9,10 @@
 #include "simd/products/kernels.h"
 #include "support/levels.h"
 #include "support/places.h"
+#include "support/random_plane.h"
 
 using namespace norv;
 using namespace norv::test;
-
-namespace {
-
-matrix Sequence(int32_t length, float start, float step) {
-  matrix v(length, 1);
-  for (int32_t i = 0; i < length; ++i) v.x[i] = start + step * static_cast<float>(i % 97);
-  return v;
-}
-
-// The prescribed sum, one operation after the other.
-float PlainDot(const matrix& a, const matrix& b) {
-  const int32_t blocks = a.mn / 8 * 8;
-  float lanes[8] = {};
-  for (int32_t k = 0; k < blocks; ++k) {
-    const volatile float product = a.x[k] * b.x[k];
-    lanes[k % 8] += product;
-  }
-  for (int32_t k = blocks; k < a.mn; ++k) {
-    const volatile float product = a.x[k] * b.x[k];
-    lanes[0] += product;
-  }
-  for (int k = 1; k < 8; ++k) lanes[0] += lanes[k];
-  return lanes[0];
-}
-
-}  // namespace
 
 TEST_CASE("the benchmark's dot product sums eight lanes, then the rest into lane 0, then the lanes in order") {
   // Every product of 11 elements in the one place of the order where another order would lose it.
@@ -49,7 +24,7 @@ TEST_CASE("the benchmark's dot product sums eight lanes, then the rest into lane
     const auto dot = ProductKernelsOf(level).dot;
     for (int32_t length = 1; length <= 150; ++length) {
       CAPTURE(length);
-      const matrix a = Sequence(length, 0.1f, 0.37f), b = Sequence(length, 5.3f, -0.11f);
+      const matrix a = RandomPlane(length, 1, length), b = RandomPlane(length, 1, length + 200);
       CHECK(dot(a.x, b.x, length) == PlainDot(a, b));
     }
     CHECK(dot(x.x, y.x, 11) == 0.5f);  // each 3 alone is lost beside 1e8; summed first they would leave 8

@@ -57,8 +57,3 @@ TEST_CASE("derivatives are those of the functions") {
       CHECK_MESSAGE(ActivationOf(kind).df(x) == doctest::Approx(slope).epsilon(1e-6), "kind ", kind, " at ", x);
     }
 }
-
-TEST_CASE("kind 0 has no functions") {
-  CHECK(!ActivationOf(0).f);
-  CHECK(!ActivationOf(0).df);
-}

@@ -22,7 +22,8 @@ struct Case {
 const std::vector<Case> kCases = {{8, 4}, {8, 16}, {24, 4}, {24, 16}, {48, 4}, {48, 16}, {49, 16}, {72, 16}};
 
 bool SameImage(const FloatImage& a, const FloatImage& b) {
-  bool same = a.width == b.width && a.height == b.height && a.count == b.count && a.format == b.format;
+  bool same = a.width == b.width && a.height == b.height && a.count == b.count && a.format == b.format &&
+              a.mask.words == b.mask.words;
   for (int32_t p = 0; p < 4; ++p) same = same && SameBits(a.plane[p], b.plane[p]);
   return same;
 }
@@ -32,14 +33,17 @@ FloatImage Enlarged(FloatImage image, const NeuralNet& net, bool shortcut, bool 
   return image;
 }
 
-// The network that answers the same to everything.
-NeuralNet ConstantNet(int32_t inputs, int32_t outputs, float answer) {
-  NeuralNet net = RandomRecord(inputs, {outputs}, {12});
-  for (NetUnit& unit : net.layers[0].units) {
-    unit.W.fill(0);
-    unit.b = answer;
-  }
-  return net;
+// Any image with a mask, which stays as it was read, whatever way the image goes.
+FloatImage Masked(int32_t w, int32_t h, int32_t format) {
+  FloatImage image = RandomFloatImage(w, h, format);
+  image.mask.Resize(w, h);
+  for (uint32_t& word : image.mask.words) word = 0x9E3779B9u * static_cast<uint32_t>(h);
+  return image;
+}
+
+FloatImage WithMask(FloatImage image, const BitMask& mask) {
+  image.mask = mask;
+  return image;
 }
 
 }  // namespace
@@ -65,18 +69,28 @@ TEST_CASE("every layout, size of plane and depth of network, plain and averaged,
   check(RandomRecord(8, {9, 1, 17, 4}, kExactKinds), 1100, 2);
 }
 
-TEST_CASE("images of three and four planes, whole and by the shortcut") {
-  const NeuralNet net = RandomRecord(24, {5, 16}, kExactKinds);
+TEST_CASE("images of three and four planes, whole and by the shortcut; bands are images with mirrored margins") {
+  const NeuralNet net = RandomRecord(24, {5, 16}, kExactKinds), narrow = RandomRecord(8, {3, 4}, kExactKinds);
   for (const int32_t format : {kDefaultFormat, kLuminance + 7, kWithFourth + 7})
     for (const bool shortcut : {false, true})
       for (const bool average : {false, true}) {
         CAPTURE(format);
         CAPTURE(shortcut);
-        FloatImage expected = RandomFloatImage(9, 6, format);
-        const FloatImage image = Enlarged(expected, net, shortcut, average, 1);
+        const FloatImage image = Masked(9, 6, format);
+        FloatImage expected = image;
         PlainImage(expected, net, shortcut, average);
-        CHECK(SameImage(image, expected));
+        CHECK(SameImage(Enlarged(image, net, shortcut, average, 1), WithMask(expected, image.mask)));
       }
+  struct {
+    int32_t threads, rows, height;
+  } const bands[] = {{4, 17, 5}, {4, 16, 4}, {8, 65, 9}, {16, 257, 17}};
+  for (const auto& [threads, rows, height] : bands)
+    for (const bool shortcut : {false, true}) {
+      CAPTURE(rows);
+      const FloatImage image = Masked(4, rows, kWithFourth + 7);
+      CHECK(SameImage(Enlarged(image, narrow, shortcut, threads == 4, threads),
+                      WithMask(PlainBands(image, narrow, shortcut, threads == 4, height), image.mask)));
+    }
 }
 
 TEST_CASE("strips of any height make the file that the whole image makes, mask and missing rows included") {
@@ -87,9 +101,8 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
   for (const Case layout : kCases)
     for (const bool shortcut : {false, true})
       for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
-        FloatImage image = RandomFloatImage(w, h, formats[++turn % 4]);
-        if (turn % 3 == 0) image.mask.Resize(w, h);
-        for (uint32_t& word : image.mask.words) word = 0x9E3779B9u * static_cast<uint32_t>(h);
+        const int32_t format = formats[++turn % 4];
+        FloatImage image = turn % 3 == 0 ? Masked(w, h, format) : RandomFloatImage(w, h, format);
         REQUIRE(!image.Save(from, Folder::asGiven));
         // Cut within a plane: all planes behind it are zeros, in every strip.
         if (turn % 5 == 0) std::filesystem::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
@@ -132,7 +145,7 @@ TEST_CASE("more pixels than 32 bits count are refused before any work, and the o
     for (const int32_t threads : {1, 4}) {
       const int32_t header[] = {w, h, kDefaultFormat, 0};
       WriteBytes(folder / "in", {reinterpret_cast<const char*>(header), sizeof header});
-      const NeuralNet net = ConstantNet(8, 4, 0);
+      const NeuralNet net = RandomRecord(8, {4}, {12});
       const std::string errors = ErrorsOf([&] {
         CHECK_THROWS_AS(NetEnlargeFile(folder / "in", folder / "out", net, false, false, threads), const char*);
       });
@@ -141,42 +154,15 @@ TEST_CASE("more pixels than 32 bits count are refused before any work, and the o
     }
 }
 
-TEST_CASE("bands are small images with mirrored margins") {
-  struct Bands {
-    int32_t threads, rows, height;
-  };
-  for (const Bands bands : {Bands{4, 17, 5}, {4, 16, 4}, {8, 65, 9}, {16, 257, 17}})
-    for (const bool shortcut : {false, true}) {
-      CAPTURE(bands.rows);
-      const NeuralNet net = RandomRecord(8, {3, 4}, kExactKinds);
-      const FloatImage image = RandomFloatImage(4, bands.rows, kWithFourth + 7);
-      const bool average = bands.threads == 4;
-      CHECK(SameImage(Enlarged(image, net, shortcut, average, bands.threads),
-                      PlainBands(image, net, shortcut, average, bands.height)));
-    }
-}
-
-TEST_CASE("the mask stays as it was read, whatever way the image goes") {
-  const NeuralNet net = ConstantNet(24, 4, 0.5f), unsupported = ConstantNet(25, 4, 0);
-  FloatImage image = RandomFloatImage(3, 17, kDefaultFormat);
-  image.mask.Resize(3, 17);
-  image.mask.words = {0x12345678u, 0x70001u};
-  for (const NeuralNet* with : {&net, &unsupported})
-    for (const bool shortcut : {false, true})
-      for (const int32_t threads : {1, 2, 4, 8})
-        CHECK(Enlarged(image, *with, shortcut, false, threads).mask.words == image.mask.words);
-}
-
 // On purpose: the graphical program knows the size that such a request gives back.
 TEST_CASE("other thread counts and too few rows enlarge the cleared image once more") {
-  const NeuralNet net = ConstantNet(24, 4, 0.5f);
+  const NeuralNet net = RandomRecord(24, {4}, {12});
   const auto check = [&](int32_t rows, int32_t threads) {
     CAPTURE(threads);
-    const FloatImage result = Enlarged(RandomFloatImage(3, rows, kWithFourth + 7), net, false, false, threads);
-    CHECK(result.width == 12);
-    CHECK(result.height == 4 * rows);
-    CHECK(result.plane[0].z[39][11] == 127.5f);
-    CHECK(result.plane[3].z[39][11] == 255 + 127.5f);
+    const FloatImage image = Masked(3, rows, kWithFourth + 7);
+    FloatImage cleared(6, 2 * rows, image.format);
+    PlainImage(cleared, net, false, false);
+    CHECK(SameImage(Enlarged(image, net, false, false, threads), WithMask(cleared, image.mask)));
   };
   for (const int32_t threads : {4, 8}) check(10, threads);
   for (const int32_t threads : {16, 2, 3, 5, 17, -1, -4}) check(40, threads);
@@ -193,12 +179,11 @@ TEST_CASE("networks without a layout leave the planes as they are") {
     NetEnlargeChannel(net, RandomPlane(5, 5, 2), out);
     NetEnlargeChannelAveraged(net, RandomPlane(5, 5, 2), out);
     CHECK(SameBits(out, RandomPlane(3, 2, 1)));
-    const FloatImage image = RandomFloatImage(6, 8, kWithFourth + 7);
+    const FloatImage image = Masked(6, 8, kWithFourth + 7);
     CHECK(SameImage(Enlarged(image, net, false, false, 1), image));
     // The resampled chrominance no longer fits the luminance; as many of its values as pixels are kept.
     const FloatImage shortcut = Enlarged(image, net, true, false, 1);
-    CHECK(shortcut.width == 6);
-    CHECK(shortcut.height == 8);
+    CHECK((shortcut.width == 6 && shortcut.height == 8));
     for (int32_t p = 0; p < 4; ++p) CHECK(shortcut.plane[p].mn == 48);
     CHECK(SameBits(shortcut.plane[3], image.plane[3]));
     for (const int32_t threads : {2, 4}) Enlarged(RandomFloatImage(6, 17, kDefaultFormat), net, true, false, threads);
@@ -228,7 +213,7 @@ TEST_CASE("units without activation are refused only where they would be evaluat
 }
 
 TEST_CASE("empty images stay empty and impossible sizes are refused") {
-  const NeuralNet net = ConstantNet(8, 16, 0);
+  const NeuralNet net = RandomRecord(8, {16}, {12});
   for (const int32_t threads : {1, 2, 4})
     for (const bool shortcut : {false, true}) CHECK(Enlarged(FloatImage(), net, shortcut, true, threads).count == 0);
   FloatImage lines;

@@ -6,7 +6,6 @@
 #include "support/messages.h"
 #include "support/nets.h"
 #include "support/process.h"
-#include "support/scratch.h"
 
 using namespace norv::test;
 namespace fs = std::filesystem;
@@ -28,23 +27,18 @@ std::string Statistics(const std::string& mean, const std::string& deviation) {
 
 }  // namespace
 
-TEST_CASE("mode 13 prints mean and deviation; those of a single layer are no numbers") {
+TEST_CASE("mode 13 prints mean and deviation; those of a single layer are no numbers; without a network it gives up") {
   const ScratchFolder folder;
-  const Command command{.arguments = {"13"}, .environment = {"NORV_DIR=" + folder.Path()}};
+  const Outcome none = RunIn(folder, "13");
+  CHECK(none.exitCode == 0);
+  CHECK(none.output == kBanner + "\nMode = 13\nNo test.net. Abort! Press any key.");
   WriteBytes(folder / "test.net", NetOfMean(-2));
-  CHECK(Run(command).output == Statistics("-2.000000", "0.500000"));
+  CHECK(RunIn(folder, "13").output == Statistics("-2.000000", "0.500000"));
   WriteBytes(folder / "test.net", NetBytes(RandomRecord(3, {2}, {0})));
-  const Outcome single = Run(command);
+  const Outcome single = RunIn(folder, "13");
   CHECK(single.output == Statistics("nan", "nan"));
   CHECK(single.errors == "");
   CHECK(single.exitCode == 0);
-}
-
-TEST_CASE("mode 13 without a network gives up in its own words") {
-  const ScratchFolder folder;
-  const Outcome outcome = Run({.arguments = {"13"}, .environment = {"NORV_DIR=" + folder.Path()}});
-  CHECK(outcome.exitCode == 0);
-  CHECK(outcome.output == kBanner + "\nMode = 13\nNo test.net. Abort! Press any key.");
 }
 
 TEST_CASE("files lie beside the executable, whatever its folder is called and however it is started") {
@@ -55,20 +49,23 @@ TEST_CASE("files lie beside the executable, whatever its folder is called and ho
   fs::create_directories(folder);
   fs::copy_file(NorvExecutable(), folder / "norv");
   WriteBytes(folder / "test.net", NetOfMean(3));
-  CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
-
   fs::create_directory(scratch / "bin");
   fs::create_symlink(folder / "norv", scratch / "bin/tool");
-  CHECK(Run({.arguments = {"13"}, .executable = scratch / "bin/tool"}).output == Statistics("3.000000", "0.500000"));
-  CHECK(Run({.arguments = {"13"}, .executable = "./tool", .directory = scratch / "bin"}).output ==
-        Statistics("3.000000", "0.500000"));
-
   WriteBytes(scratch / "test.net", NetOfMean(5));
-  for (const std::string end : {"", "/"})
-    CHECK(Run({.arguments = {"13"}, .environment = {"NORV_DIR=" + scratch.Path() + end}, .executable = folder / "norv"})
-              .output == Statistics("5.000000", "0.500000"));
-  CHECK(Run({.arguments = {"13"}, .environment = {"NORV_DIR="}, .executable = folder / "norv"}).output ==
-        Statistics("3.000000", "0.500000"));
+  struct {
+    std::string executable, place, mean;
+  } const starts[] = {{folder / "norv", "", "3.000000"},
+                      {scratch / "bin/tool", "", "3.000000"},
+                      {"./tool", "", "3.000000"},
+                      {folder / "norv", scratch.Path(), "5.000000"},
+                      {folder / "norv", scratch / "", "5.000000"}};
+  for (const auto& [executable, place, mean] : starts)
+    CHECK(Run({.arguments = {"13"},
+               .environment = {"NORV_DIR=" + place},
+               .executable = executable,
+               .directory = scratch / "bin"})
+              .output == Statistics(mean, "0.500000"));
+  CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
 }
 
 #endif

@@ -7,7 +7,6 @@
 #include <doctest/doctest.h>
 #include <regex>
 #include <thread>
-#include <vector>
 
 #include "net/net_file.h"
 #include "support/captured_output.h"
@@ -15,7 +14,6 @@
 #include "support/nets.h"
 #include "support/process.h"
 #include "support/samples.h"
-#include "support/scratch.h"
 #include "train/train.h"
 #include "train/trainer.h"
 
@@ -28,15 +26,11 @@ const std::string kReminder =
     "\n\n" + std::string(43, '-') + " REMINDER " + std::string(43, '-') +
     "\nNow, you can continue to use NorvImageProcessor.exe because it doesn't wait for this to complete.\n";
 
-Command CommandIn(const ScratchFolder& folder, const std::vector<std::string>& arguments) {
-  return {.arguments = arguments, .environment = {"NORV_DIR=" + folder.Path()}, .input = "kkkk"};
-}
-
 // A folder with test.net and test.dat.
 struct Workplace {
-  explicit Workplace(int32_t N = 200) : set(MakeSamples(N, 8, 4)), net(MakeNet(8, {12, 4}, 0)) {
+  explicit Workplace(int32_t N = 200) : set(MakeSamples(N, 8, 4)), net(RandomRecord(8, {12, 4}, kAllKinds)) {
     SaveNet(net, folder / "test.net", Folder::asGiven);
-    SaveTrainingSet(set, folder / "test.dat", Folder::asGiven);
+    WriteBytes(folder / "test.dat", FileBytes(set));
   }
   std::string Bytes(const std::string& name) const { return ReadBytes(folder / name); }
 
@@ -49,6 +43,9 @@ std::string Request(const std::string& numbers) {
   return kBanner + "\nMode = 9\n" + numbers + "\nSoundNotification = 0\n";
 }
 
+const std::string kZeros =
+    "iters = 1, nu0 = 0.000000, nuf = 0.000000, CostSelection = 0, Alternate = 0,\nClip = 0.000000, Momentum = "
+    "0.000000, Number of Threads = 1";
 constexpr char kFirstBackup[] = "\nBackup file, previousprevioustest.net, is written.";
 constexpr char kSecondBackup[] = "\nBackup file, previoustest.net, is written.";
 
@@ -57,9 +54,9 @@ constexpr char kSecondBackup[] = "\nBackup file, previoustest.net, is written.";
 TEST_CASE("mode 9: a run says what it does, rotates the backups and writes what the plain form learns") {
   Workplace place;
   const std::string original = place.Bytes("test.net");
-  WriteBytes(place.folder / "previoustest.net", NetBytes(MakeNet(5, {3}, 1)));
-  const std::string older = place.Bytes("previoustest.net");
-  const Outcome outcome = Run(CommandIn(place.folder, {"9", "3", "0.05", "0.01", "2", "1", "0.02", "0.5", "4", "0"}));
+  const std::string older = NetBytes(RandomRecord(5, {3}, {1}));
+  WriteBytes(place.folder / "previoustest.net", older);
+  const Outcome outcome = RunIn(place.folder, "9 3 0.05 0.01 2 1 0.02 0.5 4 0");
   CHECK(outcome.exitCode == 0);
   CHECK(outcome.errors == "");
   const std::string protocol = OutputOf([&] {
@@ -85,11 +82,10 @@ TEST_CASE("mode 9: a run says what it does, rotates the backups and writes what 
 
 TEST_CASE("mode 9: without an older network an empty one is kept; epochs that shuffle go on from each other's order") {
   Workplace place(300);
-  const Outcome outcome = Run(CommandIn(place.folder, {"9", "3", "0.05", "0.01", "0", "3", "0", "0", "1", "0"}));
+  const Outcome outcome = RunIn(place.folder, "9 3 0.05 0.01 0 3 0 0 1 0");
   CHECK(outcome.exitCode == 0);
   CHECK(outcome.errors == "");
-  CHECK(outcome.output.find(std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup + kReminder) !=
-        std::string::npos);
+  CHECK(Contains(outcome.output, std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup + kReminder));
   CHECK(place.Bytes("previousprevioustest.net") == std::string(84, '\0'));
   CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
   CHECK(place.Bytes("test.dat") == FileBytes(place.set));
@@ -107,59 +103,29 @@ TEST_CASE("mode 9: without an older network an empty one is kept; epochs that sh
 }
 
 TEST_CASE("mode 9: what cannot be trained is said, waits for one key and changes nothing but the backups") {
-  const std::vector<std::string> arguments{"9", "1", "0", "0", "0", "0", "0", "0", "1", "0"};
-  const auto ending = [](const Outcome& outcome) {
-    return outcome.output.substr(outcome.output.find("SoundNotification = 0\n") + 22);
-  };
-  {
-    const ScratchFolder folder;
-    const Outcome outcome = Run(CommandIn(folder, arguments));
-    CHECK(outcome.exitCode == 0);
-    CHECK(ending(outcome) ==
-          std::string("\nNo previoustest.net") + kFirstBackup + "\nNo test.net. Abort! Press any key.");
-  }
   Workplace place;
-  const std::string net = place.Bytes("test.net");
+  const std::string net = place.Bytes("test.net"), data = FileBytes(place.set);
   const std::string backups = std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup;
-  const auto check = [&](const std::string& last) {
-    const Outcome outcome = Run(CommandIn(place.folder, arguments));
+  const std::string incompatible = "\n\ntest.net and test.dat are incompatible.\n\n";
+  for (const auto& [bytes, last] : {
+           std::pair{std::string(), std::string("\nNo test.dat. Abort! Press any key.")},
+           {data.substr(0, 5000), "\nNo test.dat. Abort! Press any key."},
+           // The sizes come first: nobody looks whether there are records.
+           {FileBytes(MakeSamples(3, 24, 4)).substr(0, 12),
+            incompatible + "N0 = 8, Nin = 24\nLastNi = 4, Ny = 4\nN = 3"},
+           {FileBytes(MakeSamples(2, 8, 16)), incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 16\nN = 2"},
+           {FileBytes(MakeSamples(0, 8, 4)), incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 4\nN = 0"},
+       }) {
+    WriteBytes(place.folder / "test.dat", bytes);
+    const Outcome outcome = RunIn(place.folder, "9 1 0 0 0 0 0 0 1 0");
     CHECK(outcome.exitCode == 0);
-    CHECK(ending(outcome) == backups + last);
+    CHECK(outcome.output == Request(kZeros) + backups + last);
     CHECK(place.Bytes("test.net") == net);
     std::filesystem::remove(place.folder / "previoustest.net");
-  };
-  for (const std::string& bytes : {std::string(), FileBytes(place.set).substr(0, 5000)}) {
-    WriteBytes(place.folder / "test.dat", bytes);
-    check("\nNo test.dat. Abort! Press any key.");
   }
-  const std::string incompatible = "\n\ntest.net and test.dat are incompatible.\n\n";
-  // The sizes come first: nobody looks whether there are records.
-  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(3, 24, 4)).substr(0, 12));
-  check(incompatible + "N0 = 8, Nin = 24\nLastNi = 4, Ny = 4\nN = 3");
-  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(2, 8, 16)));
-  check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 16\nN = 2");
-  WriteBytes(place.folder / "test.dat", FileBytes(MakeSamples(0, 8, 4)));
-  check(incompatible + "N0 = 8, Nin = 8\nLastNi = 4, Ny = 4\nN = 0");
-}
-
-TEST_CASE("mode 9: units without activation matter only where they would be evaluated") {
-  // 12 hidden units and 4 outputs; other thread counts than 1, 4, 8 and 16 only compute the costs of the outputs.
-  const auto ends = [](size_t layer, const std::string& iters, const std::string& threads) {
-    Workplace place;
-    place.net.layers[layer].units[3].ActivationKind = 18;
-    SaveNet(place.net, place.folder / "test.net", Folder::asGiven);
-    const std::string net = place.Bytes("test.net");
-    const Outcome outcome =
-        Run(CommandIn(place.folder, {"9", iters, "0.1", "0.1", "0", "3", "0", "0.5", threads, "0"}));
-    const bool written = outcome.output.find("\nResults were written to test.net\n") != std::string::npos;
-    CHECK(written == (outcome.exitCode == 0));
-    CHECK(written == (outcome.errors == ""));
-    CHECK((written || place.Bytes("test.net") == net));
-    return outcome.exitCode;
-  };
-  CHECK(ends(0, "2", "1") == 1);
-  CHECK(ends(0, "2", "2") == 0);
-  CHECK(ends(1, "0", "4") == 0);
+  std::filesystem::remove(place.folder / "test.net");
+  CHECK(RunIn(place.folder, "9 1 0 0 0 0 0 0 1 0").output ==
+        Request(kZeros) + "\nNo previoustest.net" + kFirstBackup + "\nNo test.net. Abort! Press any key.");
 }
 
 TEST_CASE("mode 9: a network without layers fits a set without targets and learns nothing") {
@@ -167,26 +133,31 @@ TEST_CASE("mode 9: a network without layers fits a set without targets and learn
   NeuralNet net;
   BuildNet(net, 8, {});
   SaveNet(net, folder / "test.net", Folder::asGiven);
-  SaveTrainingSet(MakeSamples(5, 8, 0), folder / "test.dat", Folder::asGiven);
+  WriteBytes(folder / "test.dat", FileBytes(MakeSamples(5, 8, 0)));
   for (const std::string threads : {"1", "2"}) {
-    const Outcome outcome = Run(CommandIn(folder, {"9", "2", "0.1", "0.1", "0", "0", "0", "0.5", threads, "0"}));
+    const Outcome outcome = RunIn(folder, "9 2 0.1 0.1 0 0 0 0.5 " + threads + " 0");
     CHECK(outcome.exitCode == 0);
-    CHECK(outcome.output.find("\n2 of 2  (nu = 0.100000)  Cost = 0.000000e+00,") != std::string::npos);
+    CHECK(Contains(outcome.output, "\n2 of 2  (nu = 0.100000)  Cost = 0.000000e+00,"));
     CHECK(ReadBytes(folder / "test.net") == NetBytes(net));
   }
 }
 
 TEST_CASE("mode 9: failures that nobody handles end with their reason, the network kept") {
-  const std::vector<std::string> arguments{"9", "2", "0.1", "0.1", "0", "3", "0", "0", "1", "0"};
   Workplace place;
-  const std::string net = place.Bytes("test.net");
+  const auto fails = [&](const std::string& reason) {
+    const std::string net = place.Bytes("test.net");
+    const Outcome outcome = RunIn(place.folder, "9 2 0.1 0.1 0 3 0 0 1 0");
+    CHECK(outcome.exitCode == 1);
+    CHECK(Contains(outcome.errors, reason));
+    CHECK_FALSE(Contains(outcome.output, "Results were written"));
+    CHECK(place.Bytes("test.net") == net);
+  };
   std::filesystem::create_symlink("/dev/full", place.folder / "temp.dat");
-  const Outcome outcome = Run(CommandIn(place.folder, arguments));
-  CHECK(outcome.exitCode == 1);
-  CHECK(outcome.errors.find("No space left") != std::string::npos);
-  CHECK(outcome.output.find("Results were written") == std::string::npos);
-  CHECK(place.Bytes("test.net") == net);
+  fails("No space left");
   CHECK_FALSE(std::filesystem::is_symlink(place.folder / "temp.dat"));
+  place.net.layers[0].units[3].ActivationKind = 18;
+  SaveNet(place.net, place.folder / "test.net", Folder::asGiven);
+  fails("activation");
 }
 
 namespace {
@@ -205,13 +176,13 @@ TEST_CASE("mode 9: the first interrupt saves what was learned; no more words, no
   for (const int signal : {SIGINT, SIGTERM}) {
     Workplace place(200000);
     const std::string before = place.Bytes("test.net");
-    TerminalRun run(CommandIn(place.folder, {"9", "1000000", "0.001", "0.001", "0", "3", "0", "0", "1", "0"}));
+    TerminalRun run(NorvIn(place.folder, "9 1000000 0.001 0.001 0 3 0 0 1 0"));
     CHECK(WaitForText(run, "\n2 of "));
     CHECK(WaitForText(run, " of 1000000, "));
     run.Signal(signal);
     CHECK(WaitForText(run, "norv: training was stopped"));
     CHECK(run.Wait() == 130);
-    CHECK(run.Shown().find("Results were written") == std::string::npos);
+    CHECK_FALSE(Contains(run.Shown(), "Results were written"));
     CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
     CHECK(place.Bytes("test.net") != before);
     // The cost of the last whole epoch is the last one shown.
@@ -227,16 +198,16 @@ TEST_CASE("mode 9: the first interrupt saves what was learned; no more words, no
 TEST_CASE("mode 9: the second interrupt ends at once and leaves the old network") {
   // Every sample takes a while, so that the first wish is not met at once.
   const ScratchFolder folder;
-  SaveNet(MakeNet(8, {4000, 4000, 4}, 14), folder / "test.net", Folder::asGiven);
-  SaveTrainingSet(MakeSamples(20000, 8, 4), folder / "test.dat", Folder::asGiven);
+  SaveNet(RandomRecord(8, {4000, 4000, 4}, {14}), folder / "test.net", Folder::asGiven);
+  WriteBytes(folder / "test.dat", FileBytes(MakeSamples(20000, 8, 4)));
   const std::string before = ReadBytes(folder / "test.net");
-  TerminalRun run(CommandIn(folder, {"9", "2", "0.001", "0.001", "0", "3", "0", "0", "1", "0"}));
+  TerminalRun run(NorvIn(folder, "9 2 0.001 0.001 0 3 0 0 1 0"));
   CHECK(WaitForText(run, "REMINDER"));
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   run.Signal(SIGINT);
   run.Signal(SIGTERM);
   CHECK(run.Wait() > 128);
-  CHECK(run.Shown().find("stopped") == std::string::npos);
+  CHECK_FALSE(Contains(run.Shown(), "stopped"));
   CHECK_FALSE(std::filesystem::exists(folder / "temp.dat"));
   CHECK(ReadBytes(folder / "test.net") == before);
 }

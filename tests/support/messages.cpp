@@ -1,5 +1,6 @@
 #include "support/messages.h"
 
+#include <doctest/doctest.h>
 #include <regex>
 
 namespace norv::test {
@@ -9,5 +10,14 @@ bool IsReported(const std::string& output, const std::string& text) {
   const std::string start = kBanner + text;
   return output.rfind(start, 0) == 0 && std::regex_match(output.substr(start.size()), report);
 }
+
+#ifndef _WIN32
+void CheckReported(const Outcome& outcome, const std::string& text) {
+  INFO(outcome.output);
+  CHECK(outcome.exitCode == 0);
+  CHECK(outcome.errors == "");
+  CHECK(IsReported(outcome.output, text));
+}
+#endif
 
 }  // namespace norv::test

@@ -15,6 +15,8 @@ namespace norv::test {
 // Kinds whose functions are plain arithmetic, so that nothing depends on how exp or log are rounded.
 inline const std::vector<int32_t> kExactKinds = {4, 5, 6, 7, 9, 12, 13, 14, 15};
 
+inline const std::vector<int32_t> kAllKinds = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
+
 // Every field of every unit is random; unit u of a layer has kind kinds[u mod their number].
 inline NeuralNet RandomRecord(int32_t N0, const std::vector<int32_t>& layers, const std::vector<int32_t>& kinds,
                               unsigned seed = 1) {

@@ -8,15 +8,15 @@
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <fcntl.h>
+#include <iterator>
 #include <poll.h>
 #include <pty.h>
+#include <sstream>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utmp.h>
-
-#include "support/scratch.h"
 
 namespace norv::test {
 namespace {
@@ -72,6 +72,17 @@ Outcome Run(const Command& command) {
   REQUIRE(child > 0);
   const int exitCode = WaitFor(child);
   return {exitCode, ReadBytes(output), ReadBytes(errors)};
+}
+
+std::vector<std::string> Words(const std::string& line, const std::vector<std::string>& more) {
+  std::istringstream stream(line);
+  std::vector<std::string> words(std::istream_iterator<std::string>(stream), {});
+  words.insert(words.end(), more.begin(), more.end());
+  return words;
+}
+
+Command NorvIn(const ScratchFolder& folder, const std::string& line) {
+  return {.arguments = Words(line), .environment = {"NORV_DIR=" + folder.Path()}, .input = "kkkk"};
 }
 
 TerminalRun::TerminalRun(const Command& command) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/places.h"
+#include "support/scratch.h"
 
 namespace norv::test {
 
@@ -29,6 +30,15 @@ struct Outcome {
 
 // A run that lasts more than a minute is killed (137).
 Outcome Run(const Command& command);
+
+// The words of one line of a shell without quotes, and further ones behind them.
+std::vector<std::string> Words(const std::string& line, const std::vector<std::string>& more = {});
+
+// norv with the words of a line, its files in the folder, another current directory, and keys to read.
+Command NorvIn(const ScratchFolder& folder, const std::string& line);
+inline Outcome RunIn(const ScratchFolder& folder, const std::string& line) { return Run(NorvIn(folder, line)); }
+
+inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 // A program on a terminal of its own; standard output and error go there too.
 class TerminalRun {

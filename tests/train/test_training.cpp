@@ -1,7 +1,9 @@
-#include <array>
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <doctest/doctest.h>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,26 +22,24 @@ using namespace norv::test;
 
 namespace {
 
-using Sizes = std::array<int32_t, kMaxLayers>;
-
-bool IsSame(float a, float b) { return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0; }
-
-bool IsSame(const matrix& a, const matrix& b) {
-  return std::equal(a.x, a.x + a.mn, b.x, b.x + b.mn, [](float x, float y) { return IsSame(x, y); });
+// The bits of all that training changes; a NaN is a NaN.
+std::vector<uint32_t> BitsOf(const NeuralNet& net) {
+  std::vector<uint32_t> bits;
+  const auto add = [&](float x) { bits.push_back(std::bit_cast<uint32_t>(std::isnan(x) ? NAN : x)); };
+  for (const float x : {net.Cost, net.SampleCost}) add(x);
+  for (const NetLayer& layer : net.layers)
+    for (const NetUnit& unit : layer.units) {
+      for (const float x : {unit.b, unit.vb, unit.z, unit.a, unit.delta}) add(x);
+      for (const matrix* part : {&unit.X, &unit.W, &unit.V}) std::for_each(part->x, part->x + part->mn, add);
+    }
+  return bits;
 }
 
-bool IsSame(const NetUnit& a, const NetUnit& b) {
-  return IsSame(a.b, b.b) && IsSame(a.vb, b.vb) && IsSame(a.z, b.z) && IsSame(a.a, b.a) && IsSame(a.delta, b.delta) &&
-         IsSame(a.X, b.X) && IsSame(a.W, b.W) && IsSame(a.V, b.V);
-}
+bool IsSame(const NeuralNet& a, const NeuralNet& b) { return BitsOf(a) == BitsOf(b); }
 
-// All that a file holds, bit for bit; a NaN is a NaN.
-bool IsSame(const NeuralNet& a, const NeuralNet& b) {
-  bool same = IsSame(a.Cost, b.Cost) && IsSame(a.SampleCost, b.SampleCost) && a.N == b.N;
-  for (size_t k = 0; same && k < a.layers.size(); ++k)
-    same = std::equal(a.layers[k].units.begin(), a.layers[k].units.end(), b.layers[k].units.begin(),
-                      [](const NetUnit& x, const NetUnit& y) { return IsSame(x, y); });
-  return same;
+// Units of kind 0 have all kinds in turn.
+NeuralNet MakeNet(int32_t N0, const std::vector<int32_t>& sizes, int32_t kind, unsigned seed = 1) {
+  return RandomRecord(N0, sizes, kind ? std::vector{kind} : kAllKinds, seed);
 }
 
 NeuralNet Trained(NeuralNet net, const TrainingSet& set, const TrainingOptions& options,
@@ -75,19 +75,14 @@ double CostOf(NeuralNet net, const TrainingSet& set, int32_t costSelection) {
 }  // namespace
 
 TEST_CASE("training: rows and record learn the same bits, for all costs, kinds, clips, momenta, orders and shapes") {
-  const Sizes shapes[] = {{4}, {17, 4}, {32, 16, 4}, {10, 7, 5, 16}, {64, 33, 4}};
-  for (const Sizes& shape : shapes)
+  for (const std::vector<int32_t>& shape : {std::vector<int32_t>{4}, {17, 4}, {32, 16, 4}, {10, 7, 5, 16}, {64, 33, 4}})
     for (const int32_t N0 : {5, 8, 49})
       for (int32_t costSelection = 0; costSelection <= 4; ++costSelection)
         for (const float clip : {0.0f, 0.0005f})
           for (const float momentum : {0.0f, 0.9f}) {
             NeuralNet net = MakeNet(N0, shape, 0, static_cast<uint32_t>(costSelection));
             const TrainingSet set = MakeSamples(40, N0, net.LastNi());
-            CAPTURE(net.N[0]);
-            CAPTURE(N0);
-            CAPTURE(costSelection);
-            CAPTURE(clip);
-            CAPTURE(momentum);
+            INFO(net.N[0], " ", N0, " ", costSelection, " ", clip, " ", momentum);
             CHECK(FormsAgree(net, set, {3, 0.05f, 0.01f, costSelection, costSelection % 3, clip, momentum, 1}));
           }
 }
@@ -101,20 +96,16 @@ TEST_CASE("training: each kind alone, up to infinities and worse") {
   // Inputs that no picture has.
   TrainingSet set = MakeSamples(60, 24, 4);
   for (int32_t i = 0; i < set.N; i += 2) set.Record(i)[i % 28] = i % 3 ? INFINITY : i % 5 ? -1e30f : 1e-42f;
-  CHECK(FormsAgree(MakeNet(24, {16, 16, 4}, 0), set, {2, 0.01f, 0.01f, 2, 0, 0.1f, 0.5f, 1}));
-}
-
-TEST_CASE("training: what diverges leaves the same bytes at every vector level") {
   const NeuralNet net = MakeNet(24, {16, 16, 4}, 0);
-  const TrainingSet set = MakeSamples(60, 24, 4);
+  CHECK(FormsAgree(net, set, {2, 0.01f, 0.01f, 2, 0, 0.1f, 0.5f, 1}));
+  // What diverges leaves the same bytes, NaN and all, at every vector level.
   for (const float momentum : {0.0f, 0.9f}) {
-    std::string first;
+    std::set<std::string> files;
     for (const VectorLevel level : AvailableLevels()) {
       const ForcedLevel forced(level);
-      const std::string bytes = NetBytes(Trained(net, set, {3, 1e4f, 1, 0, 0, 0, momentum, 1}));
-      CHECK((first.empty() || bytes == first));
-      first = bytes;
+      files.insert(NetBytes(Trained(net, MakeSamples(60, 24, 4), {3, 1e4f, 1, 0, 0, 0, momentum, 1})));
     }
+    CHECK(files.size() == 1);
   }
 }
 
@@ -124,7 +115,8 @@ TEST_CASE("training: deltas of logistic units are exact where their short expone
   constexpr int32_t kSamples = 4000;
   NeuralNet plain = MakeNet(8, {64, 64, 256}, 1, 5);
   for (NetLayer& layer : plain.layers)
-    for (NetUnit& unit : layer.units) unit.b *= 30;  // slopes are most exact at 0
+    for (NetUnit& unit : layer.units)
+      unit.b *= 5 * std::sqrt(static_cast<float>(unit.Nin + 1));  // slopes are most exact at 0
   NeuralNet packed = plain;
   const TrainingSet set = MakeSamples(kSamples, 8, 256);
   const auto record = MakeRecordTrainer(plain, 0, 0, 1);
@@ -137,7 +129,7 @@ TEST_CASE("training: deltas of logistic units are exact where their short expone
     }
     for (size_t k = 0; k < 3; ++k)
       for (size_t u = 0; u < plain.layers[k].units.size(); ++u)
-        differences += !IsSame(plain.layers[k].units[u].delta, packed.layers[k].units[u].delta);
+        differences += plain.layers[k].units[u].delta != packed.layers[k].units[u].delta;
   }
   CHECK(differences == 0);
 }
@@ -170,16 +162,16 @@ TEST_CASE("training: other team sizes compute costs and nothing else; on purpose
   const TrainingSet set = MakeSamples(5, 8, 4);
   for (const int32_t threads : {2, 0, -1, 32}) {
     NeuralNet trained = Trained(net, set, {3, 0.5f, 0.5f, 0, 0, 0, 0, threads});
-    // The outputs that the file brought along: zeros.
-    double cost = 0;
+    double cost = 0;  // of the outputs that the file brought along
     for (int64_t i = 0; i < 5; ++i)
-      for (int32_t u = 0; u < 4; ++u) cost += set.Target(i)[u] * set.Target(i)[u] / 2;
+      for (int32_t u = 0; u < 4; ++u) cost += std::pow(net.layers[1].units[u].a - set.Target(i)[u], 2) / 2;
     CHECK(trained.Cost == doctest::Approx(std::sqrt(cost / 40)));
-    for (NetUnit& unit : trained.layers[1].units) {
-      CHECK(unit.delta != 0);
-      unit.delta = 0;
+    for (size_t u = 0; u < 4; ++u) {
+      float& delta = trained.layers[1].units[u].delta;
+      CHECK(delta != net.layers[1].units[u].delta);
+      delta = net.layers[1].units[u].delta;
     }
-    trained.Cost = trained.SampleCost = 0;
+    trained.Cost = net.Cost, trained.SampleCost = net.SampleCost;
     CHECK(IsSame(trained, net));
   }
 }
@@ -240,10 +232,10 @@ TEST_CASE("costs: pieces meet, signs and odd values are as they are printed") {
                          {2, 0.003921570f, 0.003921570f, 1},
                          {3, 1, 0.6931472f, 1},
                          {3, 2, 1.6094379f, 0.8f}}) {
-    CAPTURE(row.selection);
-    CAPTURE(row.error);
-    CHECK(IsSame(CostOfError(row.selection, row.error).cost, row.cost));
-    CHECK(CostOfError(row.selection, row.error).gradient == row.gradient);
+    INFO(row.selection, " ", row.error);
+    const auto [cost, gradient] = CostOfError(row.selection, row.error);
+    CHECK((std::isnan(row.cost) ? std::isnan(cost) : cost == row.cost));
+    CHECK(gradient == row.gradient);
   }
   CHECK(std::signbit(CostOfError(1, -0.0f).gradient));
   CHECK(CostOfError(2, 0.003921569f).cost == doctest::Approx(0.003921569));
@@ -262,16 +254,15 @@ TEST_CASE("training: one epoch has no rate, so everything becomes NaN; on purpos
 }
 
 TEST_CASE("training: no epoch changes nothing; a rate of 0 with clipping clips nothing") {
-  NeuralNet net = MakeNet(8, {6, 4}, 1);
-  net.layers[0].units[1].X.x[2] = net.layers[1].units[2].a = 5;
+  const NeuralNet net = MakeNet(8, {6, 4}, 1);
   const TrainingSet set = MakeSamples(4, 8, 4);
   for (const int32_t iters : {0, -3, std::numeric_limits<int32_t>::min()})
     CHECK(IsSame(Trained(net, set, {iters, 0.1f, 0.1f, 0, 0, 0, 0, 1}), net));
   const NeuralNet still = Trained(net, set, {2, 0, 0, 0, 0, 0.5f, 0, 1});
   CHECK(IsSame(still, Trained(net, set, {2, 0, 0, 0, 0, 0, 0, 1})));
-  CHECK(IsSame(still.layers[0].units[2].W, net.layers[0].units[2].W));
+  CHECK(SameBits(still.layers[0].units[2].W, net.layers[0].units[2].W));
   // Without momentum the velocities of the file pass through; with it they are forgotten.
-  CHECK(IsSame(still.layers[0].units[2].V, net.layers[0].units[2].V));
+  CHECK(SameBits(still.layers[0].units[2].V, net.layers[0].units[2].V));
   CHECK(Trained(net, set, {0, 0, 0, 0, 0, 0, 0.5f, 1}).layers[0].units[2].V.x[3] == 0);
 }
 

@@ -9,6 +9,7 @@
 #include "raster/separable.h"
 #include "support/captured_output.h"
 #include "support/plain_enlarge.h"
+#include "support/random_plane.h"
 #include "support/samples.h"
 #include "support/scratch.h"
 #include "train/training_pairs.h"
@@ -51,10 +52,8 @@ TEST_CASE("training pairs: all layouts and filters, every pixel in eight orienta
   for (const int32_t Nin : {8, 24, 48, 49, 72})
     for (const auto& [Ny, w, h] : {std::tuple(4, 19, 17), std::tuple(16, 39, 34)})
       for (const int32_t order : {-1, 0, 3}) {
-        CAPTURE(Nin);
-        CAPTURE(Ny);
-        CAPTURE(order);
-        const matrix original = MakePicture(w, h);
+        INFO(Nin, " ", order);
+        const matrix original = RandomPlane(w, h, 3);
         const std::vector<float> expected = PairsTheLongWay(original, Nin, Ny, order);
         matrix picture = original;
         TrainingSet set;
@@ -69,57 +68,41 @@ TEST_CASE("training pairs: all layouts and filters, every pixel in eight orienta
       }
 }
 
-TEST_CASE("training pairs: more pictures are added behind the counted records") {
+TEST_CASE("training pairs: added behind the counted records, or at the end of a file short of them, with a warning") {
   const ScratchFolder folder;
-  matrix first = MakePicture(20, 18), second = MakePicture(26, 17, 4);
-  WriteTrainingPairs(folder / "set", first, 24, 4, 0);
-  const std::string before = ReadBytes(folder / "set");
-  // What an interrupted append left, longer than what comes now.
-  WriteBytes(folder / "set", before + std::string(1000000, 'x'));
-  AppendTrainingPairs(folder / "set", second, -2);
-  TrainingSet set, added;
-  LoadTrainingSet(set, folder / "set", Folder::asGiven);
-  BuildTrainingPairs(added, second, 24, 4, -2);
-  CHECK(set.N == 4 * 3 * 8 + 7 * 2 * 8);
-  CHECK(FileBytes(set).substr(12) == before.substr(12) + FileBytes(added).substr(12));
-}
-
-TEST_CASE("training pairs: a file that is short of records is continued at its end, with a warning") {
-  const ScratchFolder folder;
-  matrix picture = MakePicture(20, 18);
+  matrix picture = RandomPlane(20, 18, 3);
   TrainingSet added;
-  BuildTrainingPairs(added, picture, 8, 4, 0);
-  // Nothing but the header, and half a record.
-  const std::string old = FileBytes(MakeSamples(5, 8, 4));
-  for (const size_t left : {size_t{12}, size_t{36}}) {
-    WriteBytes(folder / "set", old.substr(0, left));
-    const std::string warning = ErrorsOf([&] { AppendTrainingPairs(folder / "set", picture, 0); });
-    CHECK(warning.find("fewer records than its header counts") != std::string::npos);
+  BuildTrainingPairs(added, picture, 8, 4, -2);
+  CHECK(added.N == 4 * 3 * 8);
+  // Nothing but the header, half a record, and all of them before what an interrupted append left.
+  const std::string old = FileBytes(MakeSamples(5, 8, 4)), left(1000000, 'x');
+  for (const size_t kept : {size_t{12}, size_t{36}, old.size()}) {
+    WriteBytes(folder / "set", old.substr(0, kept) + (kept == old.size() ? left : ""));
+    const std::string warning = ErrorsOf([&] { AppendTrainingPairs(folder / "set", picture, -2); });
+    CHECK((warning.find("fewer records than its header counts") != std::string::npos) == (kept < old.size()));
     const int32_t header[] = {5 + added.N, 8, 4};
-    CHECK(ReadBytes(folder / "set") == BytesOf(header, 3) + old.substr(12, left - 12) + FileBytes(added).substr(12));
+    const std::string all = BytesOf(header, 3) + old.substr(12, kept - 12) + FileBytes(added).substr(12);
+    CHECK(ReadBytes(folder / "set").substr(0, all.size()) == all);
   }
 }
 
 TEST_CASE("training pairs: what gives none is refused with its reason and the file is kept") {
   const ScratchFolder folder;
-  matrix good = MakePicture(20, 18);
+  matrix good = RandomPlane(20, 18, 3);
   WriteTrainingPairs(folder / "set", good, 8, 4, 0);
   const std::string before = ReadBytes(folder / "set");
   const auto refused = [&](int32_t w, int32_t h, int32_t Nin, int32_t Ny, int32_t order, const char* reason) {
-    matrix picture = MakePicture(w, h);
+    matrix picture = RandomPlane(w, h, 3);
     CHECK_THROWS_WITH_AS(WriteTrainingPairs(folder / "set", picture, Nin, Ny, order), doctest::Contains(reason),
                          const char*);
     CHECK(ReadBytes(folder / "set") == before);
   };
-  refused(13, 20, 8, 4, 0, "too small");
-  refused(20, 27, 8, 16, 0, "too small");
-  refused(0, 0, 8, 4, 0, "too small");
-  refused(20, 20, 9, 4, 0, "Training pairs have 8, 24, 48, 49 or 72 inputs and 4 or 16 outputs.");
-  refused(20, 20, 8, 9, 0, "outputs");
-  refused(20, 20, 8, 4, -6, "filter");
-  refused(20, 20, 8, 4, 65, "filter");
+  for (const auto& [w, h, Ny] : {std::tuple(13, 20, 4), {20, 27, 16}, {0, 0, 4}}) refused(w, h, 8, Ny, 0, "too small");
+  for (const auto& [Nin, Ny] : {std::pair(9, 4), {8, 9}})
+    refused(20, 20, Nin, Ny, 0, "Training pairs have 8, 24, 48, 49 or 72 inputs and 4 or 16 outputs.");
+  for (const int32_t order : {-6, 65}) refused(20, 20, 8, 4, order, "filter");
   CHECK_THROWS_WITH_AS(AppendTrainingPairs(folder / "missing", good, 0), "PROBLEM OPENING FILE!", const char*);
-  matrix tiny = MakePicture(8, 8);
+  matrix tiny = RandomPlane(8, 8, 3);
   CHECK_THROWS_AS(AppendTrainingPairs(folder / "set", tiny, 0), const char*);
   CHECK(ReadBytes(folder / "set") == before);
 }
