@@ -5,7 +5,9 @@
 #include <limits>
 
 #include "restore/bit_process.h"
+#include "restore/restore_image.h"
 #include "support/random_plane.h"
+#include "support/restoration.h"
 
 using namespace norv;
 
@@ -92,4 +94,19 @@ TEST_CASE("a paste leaves out margins, masked pixels and what lies outside") {
   BitImage image = Filled(5, 6, 77);
   PasteToBitImage(image, 0, 0, source, nullptr, 6, 6, 0, 0);  // margins that leave nothing
   CHECK(PixelOf(image, 0, 0) == Bytes{77, 77, 77});
+}
+
+TEST_CASE("a bit image in bands has the bytes of the float image in bands") {
+  const RestoreParameters parameters = test::TestParameters(0, 2, 1);  // emphasis: rounding makes no other bytes of it
+  BitImage bits = Filled(6, 50, 0), expected = Filled(12, 100, 0);
+  FloatImage image(6, 50, kDefaultFormat);
+  for (int32_t i = 0; i < 3 * 300; ++i) {
+    const int32_t k = i % 3, c = i / 3 % 6, r = i / 18;
+    image.plane[k].z[r][c] = bits.rows[r][3 * c + 2 - k] = static_cast<uint8_t>(i * i * 37 % 251);
+  }
+  RestoreImageInBands(image, parameters, 4, 1);
+  PasteToBitImage(expected, 0, 0, image, nullptr, 0, 0, 0, 0);
+  // The second band comes after the third, which is the other thread's first: it must not write beyond its rows.
+  ProcessBitImageInBands(bits, parameters, kDefaultFormat, 4, 2);
+  for (int32_t i = 0; i < 12 * 100; ++i) CHECK(PixelOf(bits, i / 12, i % 12) == PixelOf(expected, i / 12, i % 12));
 }
