@@ -36,7 +36,7 @@ TEST_CASE("units keep inputs, sum and output; every team has the same bits and o
     const matrix input = RandomPlane(49, 1, 3);
     NeuralNet serial = RandomRecord(49, layers, {14, 12});
     const std::string before = NetBytes(serial);
-    for (const int32_t threads : {0, 2, 3, 5, 32, -1}) ForwardPass(serial, input, threads);
+    for (const int32_t threads : {0, 2, 3, 5, 17, 32, -1}) ForwardPass(serial, input, threads);
     CHECK(NetBytes(serial) == before);
     ForwardPass(serial, input, 1);
     std::vector<float> below(input.x, input.x + 49);
