@@ -258,6 +258,9 @@ TEST_CASE("training: no epoch changes nothing; a rate of 0 with clipping clips n
   const TrainingSet set = MakeSamples(4, 8, 4);
   for (const int32_t iters : {0, -3, std::numeric_limits<int32_t>::min()})
     CHECK(IsSame(Trained(net, set, {iters, 0.1f, 0.1f, 0, 0, 0, 0, 1}), net));
+  NeuralNet untaught = net;
+  RowNet(untaught, 0, 0, 1).Finish();
+  CHECK(IsSame(untaught, net));
   const NeuralNet still = Trained(net, set, {2, 0, 0, 0, 0, 0.5f, 0, 1});
   CHECK(IsSame(still, Trained(net, set, {2, 0, 0, 0, 0, 0, 0, 1})));
   CHECK(SameBits(still.layers[0].units[2].W, net.layers[0].units[2].W));
