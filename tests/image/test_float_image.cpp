@@ -1,13 +1,12 @@
 // The float image: re-dimensioning, conversion and .fdib files.
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <doctest/doctest.h>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "image/float_image_file.h"
-#include "linear/random.h"
+#include "support/random_image.h"
 #include "support/scratch.h"
 
 using namespace norv;
@@ -15,186 +14,144 @@ using namespace norv::test;
 
 namespace {
 
-FloatImage Random(int32_t width, int32_t height, int32_t format) {
-  FloatImage image(width, height, format);
-  RandomGenerator random;
-  for (int32_t k = 0; k < image.planes; ++k)
-    for (int32_t i = 0; i < image.count; ++i) image.plane[k].x[i] = static_cast<float>(random.Next()) * 0.0255f;
-  return image;
-}
-
-template <typename T>
-std::string Bytes(const T* elements, size_t n) {
-  return {reinterpret_cast<const char*>(elements), n * sizeof(T)};
-}
-
-std::string Header(int32_t width, int32_t height, int32_t format, int32_t words) {
-  const int32_t fields[] = {width, height, format, words};
-  return Bytes(fields, 4);
-}
-
-bool SamePlanes(const FloatImage& a, const FloatImage& b) {
-  bool same = a.planes == b.planes;
-  for (int32_t k = 0; k < 4; ++k)
-    same = same && a.plane[k].m == b.plane[k].m && a.plane[k].n == b.plane[k].n &&
-           Bytes(a.plane[k].x, a.plane[k].mn) == Bytes(b.plane[k].x, b.plane[k].mn);
-  return same;
+std::string FileOf(const FloatImage& image) {
+  const auto words = static_cast<int32_t>(image.mask.words.size());
+  std::string bytes = Int32Bytes({image.width, image.height, image.format, words});
+  for (const matrix& plane : image.plane) bytes += BytesOf(plane.x, plane.mn);
+  return bytes + BytesOf(image.mask.words.data(), words);
 }
 
 bool Filled(const matrix& plane, int32_t count, float value) {
-  bool good = plane.mn == count;
-  for (int32_t i = 0; i < plane.mn; ++i) good = good && plane.x[i] == value;
-  return good;
+  return plane.mn == count && std::all_of(plane.x, plane.x + count, [=](float x) { return x == value; });
 }
 
 }  // namespace
 
-TEST_CASE("an image's planes follow its size and colour model") {
-  FloatImage image;
-  CHECK((image.width == 0 && image.planes == 3 && image.format == 23 && image.toModel && !image.toModel4));
-  image.Redim(5, 3, 8192 + 2);
-  CHECK((image.planes == 4 && image.count == 15 && !image.toModel && image.toModel4 && image.fromModel4));
-  for (int32_t k = 0; k < 3; ++k) CHECK(Filled(image.plane[k], 15, 0.0f));
-  CHECK(Filled(image.plane[3], 15, 255.0f));
-  CHECK((image.plane[1].m == 5 && image.plane[1].n == 3));
-
-  image = Random(4, 4, 23);
-  image.mask.Resize(4, 4);
-  const FloatImage before = image;
-  image.Redim(4, 4, 17);
-  CHECK(image.format == 17);
-  CHECK(SamePlanes(image, before));
-  CHECK(!image.mask.Empty());
-  image.Redim(4, 4, 0x20007);
-  CHECK(Filled(image.plane[2], 16, 0.0f));
-  CHECK(image.mask.Empty());
-  image.Redim(4, 4, 0x30);
-  CHECK((image.planes == 0 && !image.toModel && !image.toModel4 && image.plane[0].mn == 0));
+TEST_CASE("another size or colour model gives planes of zeros, a fourth of 255 and no mask; the same keeps all") {
+  FloatImage image = RandomFloatImage(4, 3, 23);
+  CHECK((image.planes == 3 && image.toModel && image.fromModel && !image.toModel4 && !image.fromModel4));
+  image.mask.Resize(4, 3);
+  const std::string before = FileOf(image);
+  image.Redim(4, 3, 17);
+  CHECK(std::exchange(image.format, 23) == 17);
+  image.ConvertTo(17);
+  CHECK(std::exchange(image.format, 23) == 17);
+  CHECK(FileOf(image) == before);
+  for (const auto& [height, format, planes] :
+       {std::array{3, 0x2002, 4}, {3, 0x20007, 3}, {5, 0x20007, 3}, {5, 0x30, 0}}) {
+    for (int32_t k = 0; k < image.planes; ++k) image.plane[k].fill(7);
+    image.mask.Resize(4, 3);
+    image.Redim(4, height, format);
+    CHECK((image.planes == planes && image.count == 4 * height && image.mask.Empty()));
+    CHECK(((image.toModel != nullptr) == (planes == 3) && (image.fromModel4 != nullptr) == (planes == 4)));
+    for (int32_t k = 0; k < 4; ++k) CHECK(Filled(image.plane[k], k < planes ? image.count : 0, k == 3 ? 255.0f : 0.0f));
+  }
+  image.ConvertTo(0x2007);  // from and to an unknown format
+  CHECK(Filled(image.plane[3], 20, 255.0f));
+  image.ConvertTo(0x30);
+  CHECK((image.planes == 0 && image.plane[0].mn == 0 && image.count == 20));
   CHECK_THROWS_AS(image.Redim(60000, 60000, 23), const char*);
 }
 
-TEST_CASE(".fdib files byte for byte") {
+TEST_CASE(".fdib files byte for byte, whole and in groups of rows") {
   const ScratchFolder folder;
-  FloatImage image = Random(5, 3, 23), back;
-  std::string expected = Header(5, 3, 23, 0);
-  for (int32_t k = 0; k < 3; ++k) expected += Bytes(image.plane[k].x, 15);
-  REQUIRE(!image.Save(folder / "a.fdib", Folder::asGiven));
-  CHECK(ReadBytes(folder / "a.fdib") == expected);
-  REQUIRE(!back.Load(folder / "a.fdib", Folder::asGiven));
-  CHECK(SamePlanes(image, back));
-  CHECK((back.width == 5 && back.height == 3 && back.count == 15));
+  const std::string path = folder / "a.fdib";
+  FloatImage back;
+  struct {
+    int32_t width, height, format, words;
+  } const cases[] = {{5, 8, 23, 0}, {10, 10, 0x2003, 4}, {10, 10, 0x2003, 0}, {1, 7, 0x20007, 1}, {3, 7, 0x37, 0}};
+  for (const auto& [width, height, format, words] : cases) {
+    CAPTURE(width);
+    FloatImage image = RandomFloatImage(width, height, format), parts(width, height, format);
+    if (words) {
+      image.mask.Resize(width, height);
+      image.mask.Set(height - 1, width - 1);
+      image.mask.Set(1, 0);
+      parts.mask.Resize(width, height);
+    }
+    const std::string expected = FileOf(image);
+    CHECK(FloatImageHeader{width, height, format, words}.FileBytes() == static_cast<int64_t>(expected.size()));
+    REQUIRE(!image.Save(path, Folder::asGiven));
+    CHECK(ReadBytes(path) == expected);
+    FloatImageWriter out(folder / "groups.fdib", width, height, format, words);
+    for (const auto& [first, rows] : {std::pair{0, 4}, {4, 1}, {5, height - 5}}) {
+      FloatImage part(width, rows, format);
+      for (int32_t k = 0; k < image.planes; ++k) std::copy_n(image.plane[k].z[first], width * rows, part.plane[k].x);
+      REQUIRE(out.WriteRows(part));
+    }
+    out.WriteMask(image.mask.words.data(), words / 2);
+    out.WriteMask(image.mask.words.data() + words / 2, words - words / 2);
+    REQUIRE(out.Commit());
+    CHECK(ReadBytes(folder / "groups.fdib") == expected);
 
-  // With a mask, whose words follow from the size, not from the stored count.
-  image = Random(10, 10, 0x2003);
-  image.mask.Resize(10, 10);
-  image.mask.Set(9, 9);
-  image.mask.Set(0, 1);
-  expected = Header(10, 10, 0x2003, 4);
-  for (int32_t k = 0; k < 4; ++k) expected += Bytes(image.plane[k].x, 100);
-  expected += Bytes(image.mask.words.data(), 4);
-  REQUIRE(!image.Save(folder / "a.fdib", Folder::asGiven));
-  CHECK(ReadBytes(folder / "a.fdib") == expected);
-  expected[12] = 1;
-  WriteBytes(folder / "a.fdib", expected);
-  REQUIRE(!back.Load(folder / "a.fdib", Folder::asGiven));
-  CHECK(SamePlanes(image, back));
-  CHECK(back.mask.words == image.mask.words);
-  CHECK((back.mask.Get(9, 9) && !back.mask.Get(9, 8)));
-  // An image without one drops the mask of the image that it replaces, though size and format stay.
-  WriteBytes(folder / "a.fdib", Header(10, 10, 0x2003, 0));
-  REQUIRE(!back.Load(folder / "a.fdib", Folder::asGiven));
-  CHECK(back.mask.Empty());
-}
-
-TEST_CASE("rows in groups are the same file and the same image") {
-  const ScratchFolder folder;
-  FloatImage image = Random(7, 10, 0x2003);
-  image.mask.Resize(7, 10);
-  image.mask.Set(0, 3);
-  image.mask.Set(9, 6);
-  REQUIRE(!image.Save(folder / "whole.fdib", Folder::asGiven));
-  FloatImageWriter out(folder / "groups.fdib", 7, 10, image.format, 3);
-  for (const auto& [first, rows] : {std::pair{0, 4}, {4, 1}, {5, 5}}) {
-    FloatImage part(7, rows, image.format);
-    for (int32_t k = 0; k < 4; ++k) std::copy_n(image.plane[k].z[first], 7 * rows, part.plane[k].x);
-    REQUIRE(out.WriteRows(part));
+    // The mask's length follows from the size, not from the count that is stored.
+    if (words) WriteBytes(path, std::string(expected).replace(12, 1, 1, '\1'));
+    REQUIRE(!back.Load(path, Folder::asGiven));
+    CHECK(FileOf(back) == expected);
+    CHECK((back.count == width * height && back.plane[0].m == image.plane[0].m));
+    FloatImageReader in(path);
+    in.Read(parts, 0, 3);
+    in.Read(parts, 3, height - 3);
+    in.ReadMask(parts.mask.words.data(), words / 2);
+    in.ReadMask(parts.mask.words.data() + words / 2, words - words / 2);
+    CHECK(FileOf(parts) == expected);
   }
-  out.WriteMask(image.mask.words.data(), 2);
-  out.WriteMask(image.mask.words.data() + 2, 1);
-  REQUIRE(out.Commit());
-  CHECK(ReadBytes(folder / "groups.fdib") == ReadBytes(folder / "whole.fdib"));
-
-  FloatImageReader in(folder / "whole.fdib");
-  FloatImage back(7, 10, image.format);
-  in.Read(back, 0, 3);
-  in.Read(back, 3, 7);
-  CHECK(SamePlanes(back, image));
-  std::vector<uint32_t> words(3);
-  in.ReadMask(words.data(), 1);
-  in.ReadMask(words.data() + 1, 2);
-  CHECK(words == image.mask.words);
+  BitMask mask;
+  mask.Resize(10, 10);
+  mask.Set(3, 4);
+  CHECK((mask.Get(3, 4) && !mask.Get(3, 5) && mask.words[1] == 4));
 }
 
 TEST_CASE("odd .fdib files") {
   const ScratchFolder folder;
-  FloatImage image = Random(2, 2, 23);
-  const FloatImage before = image;
+  const std::string path = folder / "a.fdib";
+  FloatImage image = RandomFloatImage(2, 2, 23);
+  const std::string before = FileOf(image);
   CHECK(image.Load(folder / "none.fdib", Folder::asGiven));
-  CHECK(SamePlanes(image, before));
+  CHECK(FileOf(image) == before);
   CHECK(image.Save(folder / "none/a.fdib", Folder::asGiven));
-
-  REQUIRE(!FloatImage().Save(folder / "a.fdib", Folder::asGiven));
-  CHECK(ReadBytes(folder / "a.fdib") == Header(0, 0, 23, 0));
-
+  REQUIRE(!FloatImage().Save(path, Folder::asGiven));
+  CHECK(ReadBytes(path) == Int32Bytes({0, 0, 23, 0}));
   // Ends within the second plane: zeros from there on.
-  WriteBytes(folder / "a.fdib", Header(2, 2, 23, 0) + Bytes(before.plane[0].x, 4) + Bytes(before.plane[1].x, 2));
-  CHECK(!image.Load(folder / "a.fdib", Folder::asGiven));
-  CHECK(image.plane[1].x[1] == before.plane[1].x[1]);
-  CHECK(image.plane[1].x[2] == 0.0f);
-  CHECK(Filled(image.plane[2], 4, 0.0f));
+  WriteBytes(path, before.substr(0, 40));
+  CHECK(!image.Load(path, Folder::asGiven));
+  CHECK(FileOf(image) == before.substr(0, 40) + std::string(24, '\0'));
 
-  WriteBytes(folder / "a.fdib", Header(3, 2, 0x37, 0));
-  CHECK(!image.Load(folder / "a.fdib", Folder::asGiven));
-  CHECK((image.planes == 0 && image.width == 3 && image.count == 6));
-  REQUIRE(!image.Save(folder / "b.fdib", Folder::asGiven));
-  CHECK(ReadBytes(folder / "b.fdib") == Header(3, 2, 0x37, 0));
-
-  for (const std::string& header : {Header(-1, 4, 23, 0), Header(50000, 50000, 23, 0), Header(-5, -5, 0, 1)}) {
-    WriteBytes(folder / "a.fdib", header);
-    CHECK_THROWS_AS((void)image.Load(folder / "a.fdib", Folder::asGiven), const char*);
+  for (const auto& [width, height] : {std::pair{-1, 4}, {-5, -5}, {46341, 46341}, {50000, 50000}}) {
+    CHECK_FALSE(FloatImageHeader{width, height, 23, 0}.Possible());
+    WriteBytes(path, Int32Bytes({width, height, 23, 1}));
+    CHECK_THROWS_AS((void)image.Load(path, Folder::asGiven), const char*);
     CHECK(image.count == 0);
   }
+  CHECK(FloatImageHeader{46340, 46340, 23, 0}.Possible());
+  CHECK((FloatImageHeader{4, 4, 0x30, 0}.SizesPossible() && !FloatImageHeader{4, 4, 0x30, 0}.Possible()));
 }
 
 TEST_CASE("planes of different sizes are saved and converted within their bounds") {
   const ScratchFolder folder;
-  FloatImage image = Random(4, 3, 0x20007);
+  FloatImage image = RandomFloatImage(4, 3, 0x20007);
   matrix larger(8, 6);
   larger.fill(7.0f);
   image.plane[1].dim(5, 2);
   image.plane[2] = larger;
-  image.RefreshSize();
   REQUIRE(!image.Save(folder / "a.fdib", Folder::asGiven));
   const std::string bytes = ReadBytes(folder / "a.fdib");
   CHECK(bytes.size() == 16 + 3 * 48);
-  CHECK(bytes.substr(16 + 88, 8) == std::string(8, '\0'));
-  CHECK(bytes.substr(16 + 96) == Bytes(larger.x, 12));
+  CHECK(bytes.substr(16 + 88) == std::string(8, '\0') + BytesOf(larger.x, 12));
   image.ConvertTo(23);
-  CHECK(image.plane[2].x[9] != 7.0f);
-  CHECK(image.plane[2].x[10] == 7.0f);
+  CHECK((image.plane[2].x[9] != 7.0f && image.plane[2].x[10] == 7.0f));
 }
 
 TEST_CASE("conversion goes pixel by pixel from model over display to model") {
   for (const ColourModel& from : ColourModels())
     for (const ColourModel& to : ColourModels()) {
       if (from.code == to.code) continue;
-      FloatImage image = Random(37, 11, 23);  // more pixels than one run, with a tail
+      FloatImage image = RandomFloatImage(37, 11, 23);  // more pixels than one run, with a tail
       image.ConvertTo(from.code);
       const FloatImage before = image;
       image.mask.Resize(37, 11);
       image.ConvertTo(to.code | 5);
-      REQUIRE(image.format == (to.code | 5));
-      REQUIRE(image.planes == to.planes);
+      REQUIRE((image.format == (to.code | 5) && image.planes == to.planes));
       CHECK(!image.mask.Empty());
       int wrong = image.plane[3].mn != (to.planes == 4 ? image.count : 0);
       for (int32_t i = 0; i < image.count; ++i) {
@@ -206,13 +163,4 @@ TEST_CASE("conversion goes pixel by pixel from model over display to model") {
       CAPTURE(std::string(from.name) + " to " + to.name);
       CHECK(wrong == 0);
     }
-  FloatImage image = Random(3, 3, 23);
-  const FloatImage before = image;
-  image.ConvertTo(17);
-  CHECK(image.format == 17);
-  CHECK(SamePlanes(image, before));
-  image.ConvertTo(0x30);
-  CHECK((image.planes == 0 && image.plane[0].mn == 0 && image.count == 9));
-  image.ConvertTo(0x2007);
-  CHECK(Filled(image.plane[3], 9, 255.0f));
 }

@@ -5,20 +5,10 @@
 #include "raster/bands.h"
 #include "raster/edges.h"
 #include "support/plain_restore.h"
-#include "support/random_plane.h"
+#include "support/random_image.h"
 
 using namespace norv;
 using namespace norv::test;
-
-namespace {
-
-FloatImage RandomImage(int32_t w, int32_t h, int32_t format) {
-  FloatImage image(w, h, format);
-  for (int32_t p = 0; p < image.planes; ++p) image.plane[p] = RandomPlane(w, h, p + 1);
-  return image;
-}
-
-}  // namespace
 
 TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
   for (const int32_t w : {1, 2, 3, 9})
@@ -31,9 +21,8 @@ TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
           for (int32_t r = 0; r < area.rows; ++r)
             for (int32_t c = 0; c < 24; ++c) {
               const int32_t y = static_cast<int32_t>(area.row) + r, x = static_cast<int32_t>(area.column) + c;
-              const bool mirror = rule == EdgeRule::mirror;
-              const float inside = mirror ? plane.z[Mirror(y, h)][Mirror(x, w)]
-                                          : plane.z[std::clamp(y, 0, h - 1)][std::clamp(x, 0, w - 1)];
+              const float inside = rule == EdgeRule::mirror ? plane.z[Mirror(y, h)][Mirror(x, w)]
+                                                            : plane.z[std::clamp(y, 0, h - 1)][std::clamp(x, 0, w - 1)];
               CHECK(target[r * 24 + c] == (c < area.columns ? inside : -1.0f));
             }
         }
@@ -47,13 +36,13 @@ TEST_CASE("bands cover the image, or one does when there are too few rows") {
                      {100, 3, 3, 34}, {256, 16, 16, 16}, {0, 4, 1, 0},  {1, 1, 1, 1}};
   for (const auto& plan : plans) {
     CAPTURE(plan.rows);
-    CHECK(PlanBands(plan.rows, plan.asked).bands == plan.bands);
-    CHECK(PlanBands(plan.rows, plan.asked).height == plan.height);
+    const BandPlan made = PlanBands(plan.rows, plan.asked);
+    CHECK((made.bands == plan.bands && made.height == plan.height));
   }
 }
 
 TEST_CASE("strips cover the image once, and their windows have their rows and margins") {
-  const FloatImage all = RandomImage(3, 11, kDefaultFormat);
+  const FloatImage all = RandomFloatImage(3, 11, kDefaultFormat);
   for (const int32_t height : {1, 2, 3, 11, 20})
     for (const int32_t margin : {0, 1, 3}) {
       int32_t next = 0;
@@ -66,8 +55,7 @@ TEST_CASE("strips cover the image once, and their windows have their rows and ma
       for (int32_t first = 0; first < 11; first += height) {
         const Strip strip = PlanStrip(11, first, height, margin);
         const FloatImage& shown = window.Show(strip);
-        CHECK(strip.rows == std::min(height, 11 - first));
-        CHECK(strip.windowFirst == std::max(first - margin, 0));
+        CHECK((strip.rows == std::min(height, 11 - first) && strip.windowFirst == std::max(first - margin, 0)));
         CHECK(strip.windowFirst + shown.height == std::min(first + height + margin, 11));
         for (int32_t p = 0; p < 3; ++p)
           for (int32_t r = strip.windowFirst; r < strip.windowFirst + shown.height; ++r)
@@ -78,20 +66,18 @@ TEST_CASE("strips cover the image once, and their windows have their rows and ma
 }
 
 TEST_CASE("a band is cut with mirrored rows and pasted without its margins") {
-  const FloatImage source = RandomImage(3, 7, kWithFourth + 5);
+  const FloatImage source = RandomFloatImage(3, 7, kWithFourth + 5);
   FloatImage band, whole(3, 8, kWithFourth + 5), narrow(2, 20, kDefaultFormat);
   CutBand(source, 5, 9, band);
-  CHECK(band.format == source.format);
   PasteBand(whole, 5, band, 2);  // five rows, of which three fit
   PasteBand(narrow, 0, band, 0);
   const int32_t rows[] = {5, 6, 5, 4, 3, 2, 1, 0, 1};
-  REQUIRE(band.height == 9);
+  REQUIRE((band.format == source.format && band.height == 9));
   for (int32_t p = 0; p < 4; ++p) {
     for (int32_t r = 0; r < 9; ++r)
       for (int32_t c = 0; c < 3; ++c) CHECK(band.plane[p].z[r][c] == source.plane[p].z[rows[r]][c]);
     const float blank = p == 3 ? 255.0f : 0.0f;
     for (int32_t r = 0; r < 8; ++r) CHECK(whole.plane[p].z[r][1] == (r < 5 ? blank : band.plane[p].z[r - 3][1]));
   }
-  CHECK(narrow.plane[2].z[8][1] == band.plane[2].z[8][1]);
-  CHECK(narrow.plane[2].z[9][0] == 0);
+  CHECK((narrow.plane[2].z[8][1] == band.plane[2].z[8][1] && narrow.plane[2].z[9][0] == 0));
 }

@@ -106,12 +106,6 @@ FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool short
   return result;
 }
 
-FloatImage RandomFloatImage(int32_t w, int32_t h, int32_t format) {
-  FloatImage image(w, h, format);
-  for (int32_t p = 0; p < image.planes; ++p) image.plane[p] = RandomPlane(w, h, 10 * w + h + p);
-  return image;
-}
-
 std::string ImageBytes(const FloatImage& image) {
   const ScratchFolder folder;
   static_cast<void>(image.Save(folder / "image", Folder::asGiven));

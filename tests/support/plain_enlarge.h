@@ -5,6 +5,7 @@
 
 #include "image/float_image.h"
 #include "net/neural_net.h"
+#include "support/random_image.h"
 
 namespace norv::test {
 
@@ -21,8 +22,6 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
 
 // Bands of q rows, each with three mirrored rows more at both ends.
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q);
-
-FloatImage RandomFloatImage(int32_t w, int32_t h, int32_t format);
 
 // The image as it stands in a file.
 std::string ImageBytes(const FloatImage& image);

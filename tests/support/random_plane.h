@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <type_traits>
 
 #include "linear/matrix2.h"
+#include "linear/random.h"
 
 namespace norv::test {
 
@@ -23,6 +25,17 @@ inline int Mirror(int i, int n) {
   if (n == 1) return 0;
   while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
   return i;
+}
+
+// Of either precision, from the tool's generator: elements from -1 to 1.
+template <typename Matrix>
+Matrix RandomMatrix(int32_t m, int32_t n, RandomGenerator& random) {
+  Matrix a(m, n);
+  for (int32_t i = 0; i < a.mn; ++i) {
+    const double value = (random.Next() - 5000) * 2e-4 + random.Next() * 1e-9;
+    a.x[i] = static_cast<std::remove_pointer_t<decltype(a.x)>>(value);
+  }
+  return a;
 }
 
 inline double Product(const matrix& a, const matrix& b) {

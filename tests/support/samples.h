@@ -9,6 +9,7 @@
 #include "linear/index_sort.h"
 #include "linear/random.h"
 #include "support/random_plane.h"
+#include "support/scratch.h"
 #include "train/training_set.h"
 
 namespace norv::test {
@@ -36,15 +37,9 @@ inline TrainingSet Shuffled(const TrainingSet& set, RandomGenerator& generator) 
   return shuffled;
 }
 
-template <typename T>
-std::string BytesOf(const T* values, size_t n) {
-  return std::string(reinterpret_cast<const char*>(values), n * sizeof(T));
-}
-
 // The set as it stands in a file.
 inline std::string FileBytes(const TrainingSet& set) {
-  const int32_t header[] = {set.N, set.Nin, set.Ny};
-  return BytesOf(header, 3) + BytesOf(set.records, static_cast<size_t>(set.N * set.RecordFloats()));
+  return Int32Bytes({set.N, set.Nin, set.Ny}) + BytesOf(set.records, static_cast<size_t>(set.N * set.RecordFloats()));
 }
 
 }  // namespace norv::test

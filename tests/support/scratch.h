@@ -1,9 +1,11 @@
-// A folder of one test's own, and whole files in and out of it.
+// A folder of one test's own, whole files in and out of it, and what stands in them.
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <random>
 #include <string>
 
@@ -27,6 +29,14 @@ class ScratchFolder {
  private:
   std::filesystem::path path_;
 };
+
+template <typename T>
+std::string BytesOf(const T* values, size_t n) {
+  return std::string(reinterpret_cast<const char*>(values), n * sizeof(T));
+}
+
+// The fields with which most files begin.
+inline std::string Int32Bytes(std::initializer_list<int32_t> values) { return BytesOf(values.begin(), values.size()); }
 
 inline std::string ReadBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

@@ -19,11 +19,6 @@ std::vector<std::string> SortedRecords(const std::string& file, size_t recordByt
   return records;
 }
 
-std::string Header(int32_t N, int32_t Nin, int32_t Ny) {
-  const int32_t header[] = {N, Nin, Ny};
-  return BytesOf(header, 3);
-}
-
 }  // namespace
 
 TEST_CASE("training set: its file is the counts and the records, read or mapped; what follows is nobody's business") {
@@ -89,11 +84,11 @@ TEST_CASE("training set: damaged files are refused, the set is empty and the fil
   const std::string damaged[] = {"",
                                  good.substr(0, 11),
                                  good.substr(0, good.size() - 1),
-                                 Header(-1, 8, 4) + good.substr(12),
-                                 Header(4, -8, 40) + good.substr(12),
-                                 Header(4, 8, -4) + good.substr(12),
-                                 Header(2147483647, 2147483647, 2147483647) + good.substr(12),
-                                 Header(2147483647, 0, 0)};
+                                 Int32Bytes({-1, 8, 4}) + good.substr(12),
+                                 Int32Bytes({4, -8, 40}) + good.substr(12),
+                                 Int32Bytes({4, 8, -4}) + good.substr(12),
+                                 Int32Bytes({2147483647, 2147483647, 2147483647}) + good.substr(12),
+                                 Int32Bytes({2147483647, 0, 0})};
   for (const std::string& bytes : damaged) {
     WriteBytes(folder / "set", bytes);
     for (const bool shuffled : {false, true}) {
