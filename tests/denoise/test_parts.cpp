@@ -9,6 +9,7 @@
 #include "denoise/patch_search.h"
 #include "linear/dmatrix.h"
 #include "support/noisy_pictures.h"
+#include "support/random_plane.h"
 
 using namespace norv;
 using namespace norv::test;
@@ -98,33 +99,33 @@ TEST_CASE("the low-rank approximation is the closed form on the singular values"
   }
 }
 
-TEST_CASE("learned components are orthonormal and in order of the variance along them") {
-  matrix plane = Scene(90, 70), components, again;
-  AddNoise(plane, 5, 4);
-  LearnComponents(plane, 4, 1, components);
-  LearnComponents(plane, 4, 3, again);
-  CHECK(std::equal(components.x, components.x + components.mn, again.x));
-  REQUIRE(AreComponents(components, 4));
-  CHECK_FALSE(AreComponents(components, 5));
-  double previous = 1e30;
-  for (int32_t k = 1; k <= 16; ++k) {
-    double variance = 0;
-    for (int32_t r = 0; r + 4 <= plane.n; ++r) {
-      for (int32_t c = 0; c + 4 <= plane.m; ++c) {
-        double value = 0;
-        for (int32_t i = 0; i < 16; ++i)
-          value += components.z[k][i] * (plane.z[r + i / 4][c + i % 4] - components.z[0][i]);
-        variance += value * value;
+TEST_CASE("learned components are orthonormal, without correlation and of one sign") {
+  matrix plane(12, 9), components, again;
+  for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = static_cast<float>(i % 12 * (i % 7) + i / 12 * 5 + i % 5);
+  LearnComponents(plane, 3, 1, components);
+  LearnComponents(plane, 3, 3, again);
+  CHECK(SameBits(components, again));
+  REQUIRE(AreComponents(components, 3));
+  CHECK_FALSE(AreComponents(components, 4));
+  for (int32_t k = 1; k <= 9; ++k) {
+    const float* one = components.z[k];
+    CHECK(*std::max_element(one, one + 9, [](float a, float b) { return std::abs(a) < std::abs(b); }) > 0);
+    for (int32_t j = 1; j <= k; ++j) {
+      double dot = 0, correlation = 0;
+      for (int32_t i = 0; i < 9; ++i) dot += one[i] * components.z[j][i];
+      for (int32_t at = 0; at < 7 * 10; ++at) {
+        double a = 0, b = 0;
+        for (int32_t i = 0; i < 9; ++i) {
+          const double value = plane.z[at / 10 + i / 3][at % 10 + i % 3] - components.z[0][i];
+          a += one[i] * value;
+          b += components.z[j][i] * value;
+        }
+        correlation += a * b;
       }
-    }
-    CHECK(variance <= previous * 1.0001);
-    previous = variance;
-    for (int32_t j = 1; j < k; ++j) {
-      double dot = 0;
-      for (int32_t i = 0; i < 16; ++i) dot += components.z[k][i] * components.z[j][i];
-      CHECK(std::abs(dot) < 1e-5);
+      CHECK(dot == doctest::Approx(j == k).epsilon(1e-5));
+      CHECK((j == k || std::abs(correlation) < 0.5));
     }
   }
   components.z[3][0] = std::nanf("");
-  CHECK_FALSE(AreComponents(components, 4));
+  CHECK_FALSE(AreComponents(components, 3));
 }

@@ -269,8 +269,8 @@ TEST_CASE("a JPEG of four inks becomes RGB") {
 TEST_CASE("a picture cut anywhere is refused with a reason, damaged bytes end in a picture or a reason") {
   uint32_t state = 1;
   for (const Codec* codec : Codecs()) {
-    const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->sixteenBits ? 16 : 8));
     CAPTURE(codec->name);
+    const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->sixteenBits ? 16 : 8));
     for (size_t length = 0; length < whole.size(); length += 1 + whole.size() / 400)
       CHECK(Refusal(*codec, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))) != "");
     int refused = 0;
@@ -284,6 +284,11 @@ TEST_CASE("a picture cut anywhere is refused with a reason, damaged bytes end in
     }
     CHECK(refused > 50);
   }
+  // The library would go on with grey where a JPEG's data end before its last block.
+  Bytes jpeg = Encoded(kJpeg, Pattern(64, 64, 3, 8));
+  jpeg[jpeg.size() / 2] = 0xFF;
+  jpeg[jpeg.size() / 2 + 1] = 0xD9;
+  CHECK(Refusal(kJpeg, jpeg) != "");
 }
 
 TEST_CASE("pictures that cannot fit are refused before memory is taken") {
