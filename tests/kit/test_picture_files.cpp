@@ -270,7 +270,7 @@ TEST_CASE("a picture cut anywhere is refused with a reason, damaged bytes end in
   uint32_t state = 1;
   for (const Codec* codec : Codecs()) {
     CAPTURE(codec->name);
-    const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->sixteenBits ? 16 : 8));
+    const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->mostBits));
     for (size_t length = 0; length < whole.size(); length += 1 + whole.size() / 400)
       CHECK(Refusal(*codec, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))) != "");
     int refused = 0;

@@ -28,7 +28,9 @@ std::string ListOf(const char* lastWord, const Word& word) {
 
 }  // namespace
 
-Samples Codec::Decode(const Bytes& bytes) const { return AllSamples(open(FromMemory(bytes))); }
+Samples Codec::Decode(const Bytes& bytes, const ReadChoice& choice) const {
+  return AllSamples(open(FromMemory(bytes), choice));
+}
 
 Bytes Codec::Encode(const Samples& samples, const EncodingChoice& choice) const {
   Bytes bytes;

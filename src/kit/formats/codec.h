@@ -14,14 +14,16 @@ namespace norv {
 struct Codec {
   const char* name;
   std::vector<std::string> extensions;  // lower case, without the point; the usual one first
-  bool sixteenBits, alpha;              // what the format can hold
+  int32_t mostBits;                     // of a sample that the format can hold: 8 or 16
+  bool alpha;                           // whether it can hold that
+  int32_t mostSide;                     // pixels
   bool (*recognise)(std::span<const uint8_t> start);
   // Both throw a Failure: for a damaged or unknown file, for a picture that the format cannot hold.
-  SampleSource (*open)(const ByteSource& source);
+  SampleSource (*open)(const ByteSource& source, const ReadChoice& choice);
   SampleSink (*create)(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice);
 
   // Whole files in memory.
-  Samples Decode(const Bytes& bytes) const;
+  Samples Decode(const Bytes& bytes, const ReadChoice& choice = {}) const;
   Bytes Encode(const Samples& samples, const EncodingChoice& choice) const;
 };
 

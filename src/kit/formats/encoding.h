@@ -10,6 +10,10 @@ struct EncodingChoice {
   int32_t quality = 95;  // of formats that lose something: 1 .. 100
 };
 
+struct ReadChoice {
+  int32_t page = 1;  // of files that hold several pictures, from 1 on
+};
+
 struct WriteChoice {
   int32_t bits = 0;  // 8 or 16; 0: the picture's own precision as far as the format can hold it
   EncodingChoice encoding;

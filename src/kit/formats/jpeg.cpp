@@ -255,7 +255,7 @@ class JpegWriter {
   JpegOutput out_;
 };
 
-SampleSource OpenJpeg(const ByteSource& source) { return RowByRow(std::make_shared<JpegReader>(source)); }
+SampleSource OpenJpeg(const ByteSource& source, const ReadChoice&) { return RowByRow(std::make_shared<JpegReader>(source)); }
 
 SampleSink CreateJpeg(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
   return ToRowByRow(std::make_shared<JpegWriter>(sink, shape, choice.quality));
@@ -263,6 +263,6 @@ SampleSink CreateJpeg(const ByteSink& sink, const PictureShape& shape, const Enc
 
 }  // namespace
 
-const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, false, false, IsJpeg, OpenJpeg, CreateJpeg};
+const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, 8, false, JPEG_MAX_DIMENSION, IsJpeg, OpenJpeg, CreateJpeg};
 
 }  // namespace norv

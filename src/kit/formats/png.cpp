@@ -141,7 +141,7 @@ class PngWriter {
   PngSession session_;
 };
 
-SampleSource OpenPng(const ByteSource& source) {
+SampleSource OpenPng(const ByteSource& source, const ReadChoice&) {
   const auto reader = std::make_shared<PngReader>(source);
   return reader->IsInterlaced() ? HeldSamples(reader->ReadInterlaced()) : RowByRow(reader);
 }
@@ -152,6 +152,6 @@ SampleSink CreatePng(const ByteSink& sink, const PictureShape& shape, const Enco
 
 }  // namespace
 
-const Codec kPng = {"PNG", {"png"}, true, true, IsPng, OpenPng, CreatePng};
+const Codec kPng = {"PNG", {"png"}, 16, true, INT32_MAX, IsPng, OpenPng, CreatePng};
 
 }  // namespace norv

@@ -241,7 +241,7 @@ Samples TiffReader::ReadConverted() {
   return samples;
 }
 
-SampleSource OpenTiff(const ByteSource& source) {
+SampleSource OpenTiff(const ByteSource& source, const ReadChoice&) {
   const auto reader = std::make_shared<TiffReader>(source);
   return reader->IsPlain() ? RowByRow(reader) : HeldSamples(reader->ReadConverted());
 }
@@ -290,6 +290,6 @@ SampleSink CreateTiff(const ByteSink& sink, const PictureShape& shape, const Enc
 
 }  // namespace
 
-const Codec kTiff = {"TIFF", {"tif", "tiff"}, true, true, IsTiff, OpenTiff, CreateTiff};
+const Codec kTiff = {"TIFF", {"tif", "tiff"}, 16, true, INT32_MAX, IsTiff, OpenTiff, CreateTiff};
 
 }  // namespace norv

@@ -63,7 +63,7 @@ Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
   return bytes;
 }
 
-SampleSource OpenWebp(const ByteSource& source) { return HeldSamples(DecodeWebp(source)); }
+SampleSource OpenWebp(const ByteSource& source, const ReadChoice&) { return HeldSamples(DecodeWebp(source)); }
 
 SampleSink CreateWebp(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
   struct Collected {
@@ -84,7 +84,7 @@ SampleSink CreateWebp(const ByteSink& sink, const PictureShape& shape, const Enc
 
 }  // namespace
 
-const Codec kWebp = {"WebP", {"webp"}, false, true, IsWebp, OpenWebp, CreateWebp};
+const Codec kWebp = {"WebP", {"webp"}, 8, true, WEBP_MAX_DIMENSION, IsWebp, OpenWebp, CreateWebp};
 
 }  // namespace norv
 

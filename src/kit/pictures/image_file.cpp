@@ -130,9 +130,9 @@ int64_t MostPixels(const ImageFormat* format, int32_t height) {
 
 }  // namespace
 
-PictureSource OpenImage(const std::string& path) {
+PictureSource OpenImage(const std::string& path, const ReadChoice& choice) {
   const FileKind kind = RecogniseWholeFile(path);
-  if (kind == FileKind::picture) return OpenPicture(path);
+  if (kind == FileKind::picture) return OpenPicture(path, choice);
   const ImageFormat* format = FormatOf(kind);
   if (!format) Fail("%s is a %s, no image", path.c_str(), NameOf(kind));
   return format->open(path);
@@ -147,7 +147,7 @@ PictureSink CreateImage(const std::string& path, const PictureShape& shape, cons
 
 bool HasImageName(const std::string& path) { return FormatOf(KindOfName(path)); }
 
-Picture LoadImage(const std::string& path) { return AllRows(OpenImage(path)); }
+Picture LoadImage(const std::string& path, const ReadChoice& choice) { return AllRows(OpenImage(path, choice)); }
 
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
   const PictureSink file = CreateImage(path, picture.Shape(), choice);

@@ -10,8 +10,8 @@ namespace norv {
 struct FloatImage;
 
 // A picture from a picture file, .fdib, .mat (grey) or .bit. Throws a Failure that names the file.
-PictureSource OpenImage(const std::string& path);
-Picture LoadImage(const std::string& path);
+PictureSource OpenImage(const std::string& path, const ReadChoice& choice = {});
+Picture LoadImage(const std::string& path, const ReadChoice& choice = {});
 
 // To .fdib, .mat (luminance), .bit or a picture format, by the name. SaveImage returns what the sink's finish() does.
 PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);

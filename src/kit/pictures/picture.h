@@ -15,6 +15,7 @@ struct Picture {
   int32_t channels = 0;  // 1 grey, 2 grey and alpha, 3 RGB, 4 RGB and alpha
   int32_t bits = 8;      // precision of the file that it came from: 8 or 16
   std::array<matrix, 4> plane;
+  std::shared_ptr<const Metadata> metadata;  // null: none
 
   Picture() = default;
   // Contents undefined. Throws matrix's out-of-memory message.
@@ -22,7 +23,7 @@ struct Picture {
 
   int32_t Width() const { return plane[0].m; }
   int32_t Height() const { return plane[0].n; }
-  PictureShape Shape() const { return {Width(), Height(), channels, bits}; }
+  PictureShape Shape() const { return {Width(), Height(), channels, bits, 0, metadata}; }
   bool IsGrey() const { return Shape().IsGrey(); }
   bool HasAlpha() const { return Shape().HasAlpha(); }
   int32_t Colours() const { return IsGrey() ? 1 : 3; }

@@ -1,5 +1,6 @@
 #include "kit/pictures/picture_file.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -29,11 +30,11 @@ Samples RowOf(PictureShape shape) {
   return Samples(shape);
 }
 
-SampleSource OpenUpright(const ByteSource& bytes) {
+SampleSource OpenUpright(const ByteSource& bytes, const ReadChoice& choice) {
   uint8_t start[64];
   const Codec* codec = CodecOfContents({start, bytes.read(0, start, sizeof start)});
   if (!codec) Fail("no picture of a known format (%s)", KnownFormats().c_str());
-  SampleSource samples = codec->open(bytes);
+  SampleSource samples = codec->open(bytes, choice);
   if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
   return samples;
 }
@@ -84,14 +85,14 @@ class PictureFile {
 
 }  // namespace
 
-PictureSource OpenPicture(const std::string& path) {
+PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
   struct State {
     std::string path;
     SampleSource samples;
     Samples row;
   };
   const ByteSource bytes = FromFile(path);
-  SampleSource samples = Naming(path, [&] { return OpenUpright(bytes); });
+  SampleSource samples = Naming(path, [&] { return OpenUpright(bytes, choice); });
   const PictureShape shape = samples.shape;
   const auto state = std::make_shared<State>(State{path, std::move(samples), RowOf(shape)});
   return {shape, [state](Picture& rows, int32_t at, int32_t count) {
@@ -104,18 +105,19 @@ PictureSource OpenPicture(const std::string& path) {
           }};
 }
 
-Picture ReadPicture(const std::string& path) { return AllRows(OpenPicture(path)); }
+Picture ReadPicture(const std::string& path, const ReadChoice& choice) { return AllRows(OpenPicture(path, choice)); }
 
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   const Codec* codec = CodecOfName(path);
   if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), KnownFormats().c_str());
-  if (choice.bits == 16 && !codec->sixteenBits) Fail("%s: %s holds 8 bits a sample only", path.c_str(), codec->name);
+  if (choice.bits > codec->mostBits)
+    Fail("%s: %s holds %d bits a sample only", path.c_str(), codec->name, codec->mostBits);
   PictureShape written = shape;
   if (shape.HasAlpha() && !codec->alpha) {
     Warn("%s has no place for the alpha plane, which is left out", codec->name);
     --written.channels;
   }
-  if (!codec->sixteenBits) written.bits = 8;
+  written.bits = std::min(written.bits, codec->mostBits);
   if (choice.bits != 0) written.bits = choice.bits;
   Naming(path, [&] { RequirePossible(written.width, written.height); });
   const auto file = std::make_shared<PictureFile>(path, *codec, written, choice.encoding);

@@ -11,8 +11,8 @@ namespace norv {
 // From a file's contents, whatever its name, upright as its orientation tag says. Row by row; what the format gives as
 // a whole only (interlaced PNG, WebP, odd kinds of TIFF) and what has to be turned is held as samples. Throws a Failure
 // that names the file.
-PictureSource OpenPicture(const std::string& path);
-Picture ReadPicture(const std::string& path);
+PictureSource OpenPicture(const std::string& path, const ReadChoice& choice = {});
+Picture ReadPicture(const std::string& path, const ReadChoice& choice = {});
 
 // To the format that the name asks for. A format without alpha drops it with a warning. Throws a Failure for a name or
 // precision that there is no format for.

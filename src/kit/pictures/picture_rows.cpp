@@ -25,6 +25,7 @@ Picture AllRows(const PictureSource& source) {
   if (sizeof(float) * shape.channels * shape.width * static_cast<size_t>(shape.height) > AvailableMemory())
     Fail("the picture of %d x %d pixels does not fit into memory", shape.width, shape.height);
   Picture picture(shape.width, shape.height, shape.channels, shape.bits);
+  picture.metadata = shape.metadata;
   source.read(picture, 0, shape.height);
   return picture;
 }
