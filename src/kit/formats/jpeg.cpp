@@ -255,7 +255,9 @@ class JpegWriter {
   JpegOutput out_;
 };
 
-SampleSource OpenJpeg(const ByteSource& source, const ReadChoice&) { return RowByRow(std::make_shared<JpegReader>(source)); }
+SampleSource OpenJpeg(const ByteSource& source, const ReadChoice&) {
+  return RowByRow(std::make_shared<JpegReader>(source));
+}
 
 SampleSink CreateJpeg(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
   return ToRowByRow(std::make_shared<JpegWriter>(sink, shape, choice.quality));
