@@ -1,99 +1,17 @@
-// TIFF through libtiff. Grey and RGB of 8 or 16 bits are read as they are, palettes and other kinds through
-// the library's conversion to 8-bit RGB.
+// Grey and RGB of 8 or 16 bits are read as they are, palettes and other kinds through the library's conversion to 8-bit
+// RGB.
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <tiffio.h>
-#include <utility>
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/formats/tiff/tiff.h"
+#include "kit/formats/tiff/tiff_file.h"
 #include "platform/memory.h"
 
 namespace norv {
 namespace {
-
-// The library's handle on a source or a sink.
-struct TiffFile {
-  ByteSource source;  // without a function: being written
-  ByteSink sink;
-  int64_t position = 0;
-  int64_t written = 0;  // size of what is written
-  char failure[200] = "not a readable file";
-  TIFF* tiff = nullptr;
-
-  // mode: as the library's own, "r" for a source.
-  TiffFile(const ByteSource& from, const ByteSink& to, const char* mode) : source(from), sink(to) {
-    TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
-    if (!options) Fail("TIFF: out of memory");
-    TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options, OnWarning, this);
-    const size_t most = std::min<size_t>(AvailableMemory(), size_t{1} << 40);
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(most));
-    tiff = TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, Close, Size, Map, Unmap, options);
-    TIFFOpenOptionsFree(options);
-    if (!tiff) Fail("TIFF: %s", failure);
-  }
-  ~TiffFile() {
-    if (tiff) TIFFClose(tiff);
-  }
-  TiffFile(const TiffFile&) = delete;
-  TiffFile& operator=(const TiffFile&) = delete;
-
-  void Require(bool fine) const {
-    if (!fine) Fail("TIFF: %s", failure);
-  }
-  template <typename T>
-  T Tag(uint32_t tag, T otherwise) const {
-    T value = otherwise;
-    TIFFGetFieldDefaulted(tiff, tag, &value);
-    return value;
-  }
-
- private:
-  static int OnError(TIFF*, void* self, const char*, const char* format, va_list arguments) {
-    std::vsnprintf(static_cast<TiffFile*>(self)->failure, sizeof failure, format, arguments);
-    return 1;
-  }
-  static int OnWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
-  static tmsize_t Read(thandle_t handle, void* target, tmsize_t size) {
-    TiffFile& self = *static_cast<TiffFile*>(handle);
-    if (!self.source.read || size < 0) return 0;
-    const size_t got = self.source.read(self.position, target, static_cast<size_t>(size));
-    self.position += static_cast<int64_t>(got);
-    return static_cast<tmsize_t>(got);
-  }
-  static tmsize_t Write(thandle_t handle, void* bytes, tmsize_t size) {
-    TiffFile& self = *static_cast<TiffFile*>(handle);
-    if (!self.sink || !self.sink(self.position, bytes, static_cast<size_t>(size))) return -1;
-    self.position += size;
-    self.written = std::max(self.written, self.position);
-    return size;
-  }
-  static toff_t Seek(thandle_t handle, toff_t offset, int whence) {
-    TiffFile& self = *static_cast<TiffFile*>(handle);
-    const toff_t origin = whence == SEEK_SET   ? 0
-                          : whence == SEEK_CUR ? static_cast<toff_t>(self.position)
-                                               : Size(handle);
-    self.position = static_cast<int64_t>(std::min<toff_t>(origin + offset, INT64_MAX));
-    return static_cast<toff_t>(self.position);
-  }
-  static int Close(thandle_t) { return 0; }
-  static toff_t Size(thandle_t handle) {
-    const TiffFile& self = *static_cast<TiffFile*>(handle);
-    return static_cast<toff_t>(self.source.read ? self.source.size : self.written);
-  }
-  static int Map(thandle_t, void**, toff_t*) { return 0; }
-  static void Unmap(thandle_t, void*, toff_t) {}
-};
-
-bool IsTiff(std::span<const uint8_t> start) {
-  if (start.size() < 4) return false;
-  const auto is = [&](const char* mark) { return std::memcmp(start.data(), mark, 4) == 0; };
-  return is("II*\0") || is("MM\0*") || is("II+\0") || is("MM\0+");
-}
 
 // What the tags say about the pixels.
 struct TiffLayout {
@@ -241,55 +159,11 @@ Samples TiffReader::ReadConverted() {
   return samples;
 }
 
+}  // namespace
+
 SampleSource OpenTiff(const ByteSource& source, const ReadChoice&) {
   const auto reader = std::make_shared<TiffReader>(source);
   return reader->IsPlain() ? RowByRow(reader) : HeldSamples(reader->ReadConverted());
 }
-
-// Offsets of 64 bits where those of 32 might not do: compression makes noise half as large again.
-const char* ModeFor(const PictureShape& shape) {
-  return shape.RowBytes() * shape.height > (size_t{5} << 29) ? "w8m" : "wm";
-}
-
-class TiffWriter {
- public:
-  TiffWriter(const ByteSink& sink, const PictureShape& shape)
-      : file_({}, sink, ModeFor(shape)), row_(shape.RowBytes()) {
-    const auto set = [&](uint32_t tag, auto value) { file_.Require(TIFFSetField(file_.tiff, tag, value)); };
-    set(TIFFTAG_IMAGEWIDTH, shape.width);
-    set(TIFFTAG_IMAGELENGTH, shape.height);
-    set(TIFFTAG_BITSPERSAMPLE, shape.bits);
-    set(TIFFTAG_SAMPLESPERPIXEL, shape.channels);
-    set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    set(TIFFTAG_PHOTOMETRIC, shape.channels > 2 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
-    set(TIFFTAG_COMPRESSION, COMPRESSION_LZW);
-    set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-    set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file_.tiff, 0));
-    const uint16_t kind = EXTRASAMPLE_UNASSALPHA;
-    if (shape.channels % 2 == 0) file_.Require(TIFFSetField(file_.tiff, TIFFTAG_EXTRASAMPLES, 1, &kind));
-  }
-  void WriteRow(const uint8_t* row) {
-    std::copy_n(row, row_.size(), row_.data());
-    file_.Require(TIFFWriteScanline(file_.tiff, row_.data(), next_++, 0) == 1);
-  }
-  void Finish() {
-    file_.Require(TIFFWriteDirectory(file_.tiff));
-    file_.Require(TIFFFlush(file_.tiff));
-    TIFFClose(std::exchange(file_.tiff, nullptr));
-  }
-
- private:
-  TiffFile file_;
-  uint32_t next_ = 0;
-  Bytes row_;  // the predictor works in place
-};
-
-SampleSink CreateTiff(const ByteSink& sink, const PictureShape& shape, const EncodingChoice&) {
-  return ToRowByRow(std::make_shared<TiffWriter>(sink, shape));
-}
-
-}  // namespace
-
-const Codec kTiff = {"TIFF", {"tif", "tiff"}, 16, true, INT32_MAX, IsTiff, OpenTiff, CreateTiff};
 
 }  // namespace norv

@@ -1,0 +1,20 @@
+#include "kit/formats/tiff/tiff.h"
+
+#include <cstring>
+
+#include "kit/formats/codec.h"
+
+namespace norv {
+namespace {
+
+bool IsTiff(std::span<const uint8_t> start) {
+  if (start.size() < 4) return false;
+  const auto is = [&](const char* mark) { return std::memcmp(start.data(), mark, 4) == 0; };
+  return is("II*\0") || is("MM\0*") || is("II+\0") || is("MM\0+");
+}
+
+}  // namespace
+
+const Codec kTiff = {"TIFF", {"tif", "tiff"}, 16, true, INT32_MAX, IsTiff, OpenTiff, CreateTiff};
+
+}  // namespace norv
