@@ -1,0 +1,16 @@
+#include "kit/formats/png/png_file.h"
+
+#include <png.h>
+
+#include "kit/formats/codec.h"
+
+namespace norv {
+namespace {
+
+bool IsPng(std::span<const uint8_t> start) { return start.size() >= 8 && png_sig_cmp(start.data(), 0, 8) == 0; }
+
+}  // namespace
+
+const Codec kPng = {"PNG", {"png"}, 16, true, INT32_MAX, IsPng, OpenPng, CreatePng};
+
+}  // namespace norv

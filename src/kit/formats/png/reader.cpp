@@ -1,0 +1,62 @@
+#include "kit/formats/codec.h"
+#include "kit/formats/png/png_file.h"
+#include "kit/formats/png/session.h"
+
+namespace norv {
+namespace {
+
+class PngReader {
+ public:
+  explicit PngReader(const ByteSource& source) : session_(source) {
+    png_structp png = session_.png;
+    png_infop info = session_.info;
+    session_.Run([&] {
+      png_read_info(png, info);
+      png_set_expand(png);  // palettes to RGB, transparency to alpha, fewer than 8 bits to 8
+      png_set_swap(png);
+      png_set_interlace_handling(png);
+      png_read_update_info(png, info);
+    });
+    const uint32_t width = png_get_image_width(png, info), height = png_get_image_height(png, info);
+    RequirePossible(width, height);
+    shape = {static_cast<int32_t>(width), static_cast<int32_t>(height), png_get_channels(png, info),
+             png_get_bit_depth(png, info)};
+    if (png_get_rowbytes(png, info) != shape.RowBytes()) Fail("PNG: rows of an unknown layout");
+  }
+  bool IsInterlaced() const { return png_get_interlace_type(session_.png, session_.info) != PNG_INTERLACE_NONE; }
+
+  void ReadRow(uint8_t* row) {
+    session_.Run([&] {
+      png_read_row(session_.png, row, nullptr);
+      if (++next_ == shape.height) png_read_end(session_.png, nullptr);
+    });
+  }
+
+  // Every row comes in several passes over the whole picture.
+  Samples ReadInterlaced() {
+    Samples samples(shape);
+    std::vector<png_bytep> rows;
+    rows.reserve(shape.height);
+    for (int32_t r = 0; r < shape.height; ++r) rows.push_back(samples.Row(r));
+    session_.Run([&] {
+      png_read_image(session_.png, rows.data());
+      png_read_end(session_.png, nullptr);
+    });
+    return samples;
+  }
+
+  PictureShape shape;
+
+ private:
+  PngSession session_;
+  int32_t next_ = 0;
+};
+
+}  // namespace
+
+SampleSource OpenPng(const ByteSource& source, const ReadChoice&) {
+  const auto reader = std::make_shared<PngReader>(source);
+  return reader->IsInterlaced() ? HeldSamples(reader->ReadInterlaced()) : RowByRow(reader);
+}
+
+}  // namespace norv
