@@ -63,9 +63,10 @@ void CropToMultiple(matrix& picture, int32_t f) {
   for (int32_t r = 0; r < h; ++r) picture.z[r] = picture.x + int64_t{w} * r;
 }
 
-PairMaker::PairMaker(matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder)
+PairMaker::PairMaker(matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder, const Degradation& degrade)
     : picture_(picture), layout_(LayoutOrThrow(Nin, Ny)), f_(Ny == 16 ? 4 : 2) {
   low_ = Shrunk(picture, f_, shrinkOrder);
+  if (degrade) degrade(low_);
   for (int32_t k = 0; k < kOrientations; ++k) {
     inputs_.push_back(OrientedOffsets(*layout_, k, low_.m));
     std::vector<ptrdiff_t>& block = targets_.emplace_back();
@@ -94,8 +95,9 @@ void BuildTrainingPairs(TrainingSet& set, matrix& picture, int32_t Nin, int32_t 
   for (int32_t r = 0; r < maker.Rows(); ++r) maker.MakeRow(r, set.Record(int64_t{r} * maker.PairsInRow()));
 }
 
-void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder) {
-  const PairMaker maker(picture, Nin, Ny, shrinkOrder);
+void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder,
+                        const Degradation& degrade) {
+  const PairMaker maker(picture, Nin, Ny, shrinkOrder, degrade);
   const FileLock lock(path);
   FileOut file(path);
   WriteHeader(file, TrainingHeader{maker.Count(), Nin, Ny});
@@ -103,12 +105,12 @@ void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, i
   if (!file.Commit()) throw kTrainingFileProblem;
 }
 
-void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder) {
+void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder, const Degradation& degrade) {
   const FileLock lock(path);
   FileIn old(path);
   const TrainingHeader header = ReadTrainingHeader(old);
   RequireSizes(old, header);
-  const PairMaker maker(picture, header.Nin, header.Ny, shrinkOrder);
+  const PairMaker maker(picture, header.Nin, header.Ny, shrinkOrder, degrade);
   if (maker.Count() > std::numeric_limits<int32_t>::max() - header.N) throw "The training set would be too large.";
   const int64_t end = std::min(header.FileBytes(), old.Size());
   if (end < header.FileBytes()) Warn("%s holds fewer records than its header counts", path.c_str());

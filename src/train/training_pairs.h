@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ namespace norv {
 // second picture in memory.
 void CropToMultiple(matrix& picture, int32_t f);
 
+// What happens to a picture between its shrinking and its enlargement, in place: compression, noise.
+using Degradation = std::function<void(matrix& small)>;
+
 // Makes the pairs of a picture row by row. Pair order: shrunk rows from 3 on, their pixels from 3 on (three pixels are
 // left out on every side), then orientations 0 to 7. A record is Nin inputs as the layout reads them, then Ny targets
 // (picture - shrunk pixel) / 255 of the f x f block, f = 4 for 16 targets, else 2.
@@ -25,7 +29,7 @@ class PairMaker {
   // Crops the picture (0..255 scale), which must outlive this object. Throws the text that says why there are no pairs:
   // sizes that no layout has or other targets than 4 and 16; a shrink order without a filter; a picture below 7 f
   // pixels on a side; more pairs than 32 bits count.
-  PairMaker(matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder);
+  PairMaker(matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder, const Degradation& degrade = {});
 
   int32_t Count() const { return Rows() * PairsInRow(); }
   int32_t Rows() const { return low_.n - 2 * kLargestRadius; }
@@ -48,11 +52,13 @@ void BuildTrainingPairs(TrainingSet& set, matrix& picture, int32_t Nin, int32_t 
 
 // A new training-set file of the picture's pairs, written as they are made. Throws as PairMaker does, and
 // kTrainingFileProblem; the old file is kept then.
-void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder);
+void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder,
+                        const Degradation& degrade = {});
 
 // The picture's pairs behind the counted records of the file, whose sizes they take; at its end, with a warning, when
 // it holds fewer than it counts. The count is written when they are on the disk. Throws as WriteTrainingPairs; the file
 // counts what it counted before then.
-void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder);
+void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder,
+                         const Degradation& degrade = {});
 
 }  // namespace norv

@@ -107,6 +107,33 @@ TEST_CASE("the log tells of a falling cost and a rate on its line, and is drawn"
   CHECK(test::ReadBytes(gallery.results / "again.svg") == DrawLearningCurve(log));
 }
 
+TEST_CASE("a network for JPEG files learns from and is measured on pictures compressed so") {
+  const Gallery gallery;
+  const auto train = [&](const std::string& out, const std::string& more) {
+    REQUIRE(gallery.Train(gallery.results / out, "--epochs 1 --valid v.png " + more).exitCode == 0);
+    return ReadTrainingLog(gallery.results / out + "/log.csv").back().cubic;
+  };
+  const double plain = train("plain", ""), good = train("good", "--jpeg 90-95"), poor = train("poor", "--jpeg 20");
+  CHECK(poor < good - 1);
+  CHECK(good < plain);
+  // Inputs are differences of pixels, which a JPEG file knows as whole grey levels.
+  const auto wholeLevels = [&](const std::string& out) {
+    TrainingSet set;
+    LoadTrainingSet(set, gallery.results / out + "/test.dat", Folder::asGiven);
+    int64_t whole = 0;
+    for (int32_t n = 0; n < set.N; ++n)
+      for (int32_t i = 0; i < set.Nin; ++i) {
+        const float levels = set.Record(n)[i] * 255;
+        whole += std::abs(levels - std::round(levels)) < 1e-3f;
+      }
+    return static_cast<double>(whole) / (int64_t{set.N} * set.Nin);
+  };
+  CHECK(wholeLevels("poor") == 1);
+  CHECK(wholeLevels("plain") < 0.6);
+  for (const char* range : {"0-50", "30-", "101", "x", "30-95-97"})
+    CHECK(gallery.Train(gallery.results / "none", std::string("--jpeg ") + range).exitCode == 2);
+}
+
 TEST_CASE("the best network is that of the best epoch, whatever came after it") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";

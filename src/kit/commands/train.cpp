@@ -9,10 +9,12 @@ namespace {
 
 struct Settings {
   TrainingPlan plan;
+  std::string jpeg;
   double rate = 0.01, finalRate = 0.001;
 };
 
-Options PictureRows(PicturePlan& pictures) {
+Options PictureRows(Settings& settings) {
+  PicturePlan& pictures = settings.plan.pictures;
   return {{.name = "--shrink",
            .target = &pictures.reduce,
            .unit = "K",
@@ -22,6 +24,10 @@ Options PictureRows(PicturePlan& pictures) {
            .target = &pictures.shrinkOrder,
            .unit = "K",
            .help = std::string("filter of the pairs: ") + kShrinkOrders},
+          {.name = "--jpeg",
+           .target = &settings.jpeg,
+           .unit = "Q-Q",
+           .help = "compress the shrunk pictures as JPEG files of these qualities: a network for such files"},
           {.name = "--valid",
            .target = &pictures.valid,
            .unit = "N|NAME,NAME",
@@ -61,7 +67,7 @@ Options Rows(Settings& settings) {
   return Joined({{{.name = "FOLDER", .target = &plan.pictures.folder, .help = "pictures to learn from"},
                   {.name = "OUT_DIR", .target = &plan.folder, .help = "where the networks, the log and the curve go"}},
                  NetRows(plan.net, "64,64", "14 and 12"),
-                 PictureRows(plan.pictures),
+                 PictureRows(settings),
                  LearningRows(settings)});
 }
 
@@ -71,6 +77,7 @@ void Run(const Settings& settings) {
   ChooseKinds(plan.net, kSlopedRampKind);
   if (const std::string reason = WhyNoNet(plan.net); !reason.empty()) throw WrongUsage(reason);
   if (!FilterOfShrinkOrder(plan.pictures.shrinkOrder)) throw WrongUsage("--order: there is no such filter");
+  if (!settings.jpeg.empty()) plan.pictures.jpeg = ReadQualityRange(settings.jpeg);
   plan.pictures.factor = plan.net.factor;
   plan.options.nu0 = static_cast<float>(settings.rate);
   plan.options.nuf = static_cast<float>(settings.finalRate);

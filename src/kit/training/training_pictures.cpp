@@ -11,6 +11,7 @@
 #include "kit/pictures/quality.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/scale.h"
+#include "kit/training/name_hash.h"
 #include "kit/training/picture_folder.h"
 #include "net/enlarge.h"
 #include "platform/console.h"
@@ -24,13 +25,6 @@ namespace {
 constexpr int32_t kReduceOrder = -1;
 constexpr int32_t kSmallestSide = 7;  // of a shrunk picture, for a single pair
 
-// FNV-1a (Fowler, Noll, Vo), 64 bits.
-uint64_t HashOf(const std::string& name) {
-  uint64_t hash = 14695981039346656037u;
-  for (const unsigned char c : name) hash = (hash ^ c) * 1099511628211u;
-  return hash;
-}
-
 void Clamp(matrix& plane) {
   for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::min(255.0f, std::max(0.0f, plane.x[i]));
 }
@@ -40,16 +34,24 @@ void RoundToLevels(matrix& plane) {
   for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::floor(plane.x[i] + 0.5f);
 }
 
+// What a network for compressed pictures is measured at: both ends of the range and its middle.
+std::vector<int32_t> ValidationQualities(const QualityRange& range) {
+  if (range.low == range.high) return {range.high};
+  return {range.low, (range.low + range.high) / 2, range.high};
+}
+
 double PsnrInside(const matrix& a, const matrix& b, int32_t border) {
   return Psnr(WithoutBorder(a, border), WithoutBorder(b, border));
 }
 
-HeldOut MakeHeldOut(matrix plane, int32_t factor, int32_t shrinkOrder) {
+// quality: that the shrunk picture is compressed by, 0 for not at all.
+HeldOut MakeHeldOut(matrix plane, int32_t factor, int32_t shrinkOrder, int32_t quality) {
   HeldOut picture;
   CropToMultiple(plane, factor);
   picture.original = plane;
   Picture low = ShrinkPicture(GreyPicture(std::move(plane)), factor, shrinkOrder);
   RoundToLevels(low.plane[0]);
+  if (quality > 0) CompressLuminance(low.plane[0], quality);
   const auto psnr = [&](Interpolation interpolation) {
     return PsnrInside(picture.original, InterpolatePicture(low, factor, interpolation).plane[0], 2 * factor);
   };
@@ -101,12 +103,14 @@ bool TrainingPictures::HoldOut(const std::string& name) {
   names_.erase(std::find(names_.begin(), names_.end(), name));
   matrix plane = LoadOrWarn(name);
   if (plane.mn == 0) return false;
-  HeldOut picture = MakeHeldOut(std::move(plane), plan_.factor, plan_.shrinkOrder);
-  if (std::isinf(picture.cubic) || std::isinf(picture.lanczos)) {
-    Warn("%s is left out: nothing in it can be measured", name.c_str());
-    return false;
+  for (const int32_t quality : ValidationQualities(plan_.jpeg)) {
+    HeldOut picture = MakeHeldOut(plane, plan_.factor, plan_.shrinkOrder, quality);
+    if (std::isinf(picture.cubic) || std::isinf(picture.lanczos)) {
+      Warn("%s is left out: nothing in it can be measured", name.c_str());
+      return false;
+    }
+    heldOut_.push_back(std::move(picture));
   }
-  heldOut_.push_back(std::move(picture));
   return true;
 }
 
@@ -127,13 +131,15 @@ void TrainingPictures::HoldOutByHash(size_t count) {
   for (size_t i = 0; i < byHash.size() && held < count; ++i) held += HoldOut(byHash[i]);
 }
 
-void TrainingPictures::ForTraining(const std::function<void(matrix&)>& use) const {
+void TrainingPictures::ForTraining(const std::function<void(matrix&, const Degradation&)>& use) const {
   bool any = false;
   for (const std::string& name : names_) {
     matrix plane = LoadOrWarn(name);
     if (plane.mn == 0) continue;
     any = true;
-    use(plane);
+    Degradation degrade;
+    if (!plan_.jpeg.Empty()) degrade = [&](matrix& small) { CompressInBands(small, plan_.jpeg, name); };
+    use(plane, degrade);
   }
   if (!any) Fail("no picture of %s is left to train on", plan_.folder.c_str());
 }

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "kit/training/compression.h"
 #include "net/neural_net.h"
+#include "train/training_pairs.h"
 
 namespace norv {
 
@@ -16,13 +18,14 @@ struct PicturePlan {
   int32_t factor = 2;  // of the enlargement to be learned
   int32_t reduce = 1;  // how many times smaller the pictures are made first
   int32_t shrinkOrder = -1;
+  QualityRange jpeg = {};  // of the shrunk pictures
 };
 
-// A held-out picture, and what interpolation makes of it. PSNR in decibels of the luminance 0..255, a border of twice
-// the factor left out.
+// A held-out picture at one quality, and what interpolation makes of it. PSNR in decibels of the luminance 0..255, a
+// border of twice the factor left out.
 struct HeldOut {
   matrix original;  // a multiple of the factor wide and high
-  matrix low;       // shrunk by the factor, whole grey levels
+  matrix low;       // shrunk by the factor, whole grey levels, compressed where the plan says so
   double cubic = 0, lanczos = 0;
 };
 
@@ -34,8 +37,9 @@ class TrainingPictures {
   explicit TrainingPictures(const PicturePlan& plan);
 
   const std::vector<HeldOut>& Validation() const { return heldOut_; }
-  // Calls use(luminance) for every other picture, in the order of their names, one in memory at a time.
-  void ForTraining(const std::function<void(matrix&)>& use) const;
+  // Calls use(luminance, what happens to it once it is shrunk) for every other picture, in the order of their names,
+  // one in memory at a time.
+  void ForTraining(const std::function<void(matrix&, const Degradation&)>& use) const;
 
  private:
   matrix LoadOrWarn(const std::string& name) const;

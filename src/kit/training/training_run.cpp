@@ -90,8 +90,9 @@ void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
   const double lanczos = MeanOf<&HeldOut::lanczos>(pictures_.Validation());
   if (std::abs(logged.cubic - cubic) < kDigitsOfLog && std::abs(logged.lanczos - lanczos) < kDigitsOfLog) return;
   Fail(
-      "%s was measured on other pictures (cubic %.3f dB, now %.3f dB): --resume needs the same --shrink, --order and "
-      "--valid",
+      "%s was measured on other pictures (cubic %.3f dB, now %.3f dB): --resume needs the same --shrink, --order, "
+      "--jpeg "
+      "and --valid",
       Path(kLog).c_str(), logged.cubic, cubic);
 }
 
@@ -100,12 +101,12 @@ void TrainingRun::MakePairs() const {
   const std::string path = Path(kUnfinishedPairs);
   RemoveFile(path);
   bool first = true;
-  pictures_.ForTraining([&](matrix& picture) {
+  pictures_.ForTraining([&](matrix& picture, const Degradation& degrade) {
     if (first)
       WriteTrainingPairs(path, picture, plan_.net.inputs, plan_.net.factor * plan_.net.factor,
-                         plan_.pictures.shrinkOrder);
+                         plan_.pictures.shrinkOrder, degrade);
     else
-      AppendTrainingPairs(path, picture, plan_.pictures.shrinkOrder);
+      AppendTrainingPairs(path, picture, plan_.pictures.shrinkOrder, degrade);
     first = false;
   });
   ShuffleTrainingFile(path);
