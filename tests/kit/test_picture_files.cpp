@@ -111,12 +111,14 @@ TEST_CASE("formats that lose something lose little of smooth shading") {
 
 TEST_CASE("texts for people name every format, and its file names are known") {
   for (const Codec* codec : Codecs()) {
-    CHECK(KnownFormats().find(codec->name) != std::string::npos);
+    CHECK(ReadFormats().find(codec->name) != std::string::npos);
     for (const std::string& extension : codec->extensions) CHECK(CodecOfName("a.b/c." + extension) == codec);
-    CHECK(KnownExtensions("or").find("." + codec->extensions[0]) != std::string::npos);
+    CHECK((WrittenExtensions("or").find("." + codec->extensions[0]) != std::string::npos) ==
+          (codec->create != nullptr));
   }
-  CHECK(KnownFormats("or").starts_with("PNG, JPEG"));
-  CHECK(KnownExtensions("or").find(" or .") == KnownExtensions("or").rfind(' ') - 3);
+  CHECK(ReadFormats("or").starts_with("PNG, JPEG"));
+  CHECK(LosslessExtensions().starts_with(".png, .tif"));
+  CHECK(WrittenExtensions("or").find(" or .") == WrittenExtensions("or").rfind(' ') - 3);
   CHECK(CodecOfName("A.PnG") == &kPng);
   CHECK(!HasPictureName("png"));
   CHECK(!HasPictureName("a.png/b"));

@@ -16,14 +16,14 @@ struct Settings {
 Options Rows(Settings& settings) {
   return Joined(
       {{{.name = "FILE", .target = &settings.file, .help = ".fdib of any colour model, .mat (as grey) or .bit"},
-        {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: " + KnownExtensions("or")}},
+        {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: " + WrittenExtensions("or")}},
        WriteRows(settings.choice),
        {{.name = "--verbose", .target = &settings.verbose, .help = "say how many samples were outside 0..255"}}});
 }
 
 void Run(const Settings& settings) {
   if (!HasPictureName(settings.picture))
-    throw WrongUsage("PICTURE has to be named as a picture (" + KnownFormats() + "): " + settings.picture);
+    throw WrongUsage("PICTURE has to be named as a picture (" + WrittenExtensions() + "): " + settings.picture);
   const PictureSource image = OpenImage(settings.file);
   const int64_t moved = CopyRows(image, CreateImage(settings.picture, image.shape, settings.choice));
   if (settings.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));

@@ -10,7 +10,7 @@ struct Settings {
 };
 
 Options Rows(Settings& settings) {
-  return {{.name = "PICTURE", .target = &settings.picture, .help = KnownFormats("or") + ", 8 or 16 bits"},
+  return {{.name = "PICTURE", .target = &settings.picture, .help = ReadFormats("or")},
           {.name = "FILE",
            .target = &settings.file,
            .help = ".fdib (three planes; with alpha four), .mat (one plane of luminance, as for training) or .bit"}};

@@ -19,7 +19,7 @@ constexpr int kSmallest = 48, kLargest = 20000;
 Options Rows(Settings& settings) {
   return Joined({{{.name = "PICTURE",
                    .target = &settings.picture,
-                   .help = "the picture to draw: " + KnownExtensions() + ", .fdib, .mat or .bit"},
+                   .help = "the picture to draw: " + WrittenExtensions() + ", .fdib, .mat or .bit"},
                   {.name = "--size",
                    .target = &settings.size,
                    .unit = "WxH",

@@ -15,15 +15,23 @@ const Codec* const kCodecs[] = {
 #endif
 };
 
-// A word of every format, with commas and, where one is asked for, a last word between.
-template <typename Word>
-std::string ListOf(const char* lastWord, const Word& word) {
-  std::string list = word(*kCodecs[0]);
-  for (size_t i = 1; i < std::size(kCodecs); ++i) {
-    const bool last = lastWord && i + 1 == std::size(kCodecs);
-    list += (last ? std::string(" ") + lastWord + " " : ", ") + word(*kCodecs[i]);
+// With commas and, where one is asked for, a last word between.
+std::string ListOf(const char* lastWord, std::span<const std::string> words) {
+  std::string list = words[0];
+  for (size_t i = 1; i < words.size(); ++i) {
+    const bool last = lastWord && i + 1 == words.size();
+    list += (last ? std::string(" ") + lastWord + " " : ", ") + words[i];
   }
   return list;
+}
+
+// The usual extensions of those formats that are asked for.
+template <typename Asked>
+std::string ExtensionsOf(const char* lastWord, const Asked& asked) {
+  std::vector<std::string> names;
+  for (const Codec* codec : kCodecs)
+    if (asked(*codec)) names.push_back("." + codec->extensions[0]);
+  return ListOf(lastWord, names);
 }
 
 }  // namespace
@@ -55,12 +63,18 @@ const Codec* CodecOfName(const std::string& path) {
   return nullptr;
 }
 
-std::string KnownFormats(const char* lastWord) {
-  return ListOf(lastWord, [](const Codec& codec) { return std::string(codec.name); });
+std::string ReadFormats(const char* lastWord) {
+  std::vector<std::string> names;
+  for (const Codec* codec : kCodecs) names.emplace_back(codec->name);
+  return ListOf(lastWord, names);
 }
 
-std::string KnownExtensions(const char* lastWord) {
-  return ListOf(lastWord, [](const Codec& codec) { return "." + codec.extensions[0]; });
+std::string WrittenExtensions(const char* lastWord) {
+  return ExtensionsOf(lastWord, [](const Codec& codec) { return codec.create != nullptr; });
+}
+
+std::string LosslessExtensions(const char* lastWord) {
+  return ExtensionsOf(lastWord, [](const Codec& codec) { return codec.create && codec.loss != Loss::always; });
 }
 
 bool HasPictureName(const std::string& path) { return CodecOfName(path); }

@@ -11,16 +11,21 @@
 
 namespace norv {
 
+// Whether a format changes samples to save bytes.
+enum class Loss { never, byChoice, always };
+
 struct Codec {
   const char* name;
   std::vector<std::string> extensions;  // lower case, without the point; the usual one first
-  int32_t mostBits;                     // of a sample that the format can hold: 8 or 16
-  bool alpha;                           // whether it can hold that
-  int32_t mostSide;                     // pixels
+  int32_t leastBits = 8, mostBits = 8;  // of a sample that is written: 8, 16, or 32 for floats
+  bool alpha = false;                   // whether it can hold that
+  Loss loss = Loss::never;              // of what is written
+  int32_t mostSide = INT32_MAX;         // pixels
   bool (*recognise)(std::span<const uint8_t> start);
-  // Both throw a Failure: for a damaged or unknown file, for a picture that the format cannot hold.
+  // Both throw a Failure: for a damaged or unknown file, for a page that is not there, for a picture that the format
+  // cannot hold. Without `create` the format is only read.
   SampleSource (*open)(const ByteSource& source, const ReadChoice& choice);
-  SampleSink (*create)(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice);
+  SampleSink (*create)(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) = nullptr;
 
   // Whole files in memory.
   Samples Decode(const Bytes& bytes, const ReadChoice& choice = {}) const;

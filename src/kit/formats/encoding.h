@@ -7,22 +7,29 @@
 namespace norv {
 
 struct EncodingChoice {
-  int32_t quality = 95;  // of formats that lose something: 1 .. 100
+  int32_t quality = 0;    // of formats that lose something: 1 .. 100; 0: not chosen
+  bool lossless = false;  // of formats that can be either
+
+  int32_t Quality() const { return quality != 0 ? quality : 95; }
 };
 
 struct ReadChoice {
-  int32_t page = 1;  // of files that hold several pictures, from 1 on
+  int32_t page = 0;  // of files that hold several pictures, from 1 on; 0: not chosen, the first
+
+  int32_t Page() const { return page != 0 ? page : 1; }
 };
 
 struct WriteChoice {
-  int32_t bits = 0;  // 8 or 16; 0: the picture's own precision as far as the format can hold it
+  int32_t bits = 0;  // 8, 16, or 32 for floats; 0: the picture's own precision as far as the format can hold it
   EncodingChoice encoding;
 };
 
 // The names of all picture formats, "PNG, JPEG, TIFF"; with a last word before the last, "PNG, JPEG or TIFF".
-std::string KnownFormats(const char* lastWord = nullptr);
-// Their usual extensions in the same way, ".png, .jpg or .tif".
-std::string KnownExtensions(const char* lastWord = nullptr);
+std::string ReadFormats(const char* lastWord = nullptr);
+// The usual extensions of those that can be written, in the same way: ".png, .jpg or .tif".
+std::string WrittenExtensions(const char* lastWord = nullptr);
+// Of those only what can keep every sample.
+std::string LosslessExtensions(const char* lastWord = nullptr);
 
 // Whether a picture format goes by this file name.
 bool HasPictureName(const std::string& path);

@@ -260,11 +260,17 @@ SampleSource OpenJpeg(const ByteSource& source, const ReadChoice&) {
 }
 
 SampleSink CreateJpeg(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) {
-  return ToRowByRow(std::make_shared<JpegWriter>(sink, shape, choice.quality));
+  return ToRowByRow(std::make_shared<JpegWriter>(sink, shape, choice.Quality()));
 }
 
 }  // namespace
 
-const Codec kJpeg = {"JPEG", {"jpg", "jpeg", "jpe"}, 8, false, JPEG_MAX_DIMENSION, IsJpeg, OpenJpeg, CreateJpeg};
+const Codec kJpeg = {.name = "JPEG",
+                     .extensions = {"jpg", "jpeg", "jpe"},
+                     .loss = Loss::always,
+                     .mostSide = JPEG_MAX_DIMENSION,
+                     .recognise = IsJpeg,
+                     .open = OpenJpeg,
+                     .create = CreateJpeg};
 
 }  // namespace norv

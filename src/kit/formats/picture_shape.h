@@ -12,9 +12,10 @@ struct Metadata;
 struct PictureShape {
   int32_t width = 0, height = 0;  // pixels
   int32_t channels = 0;           // 1 grey, 2 grey and alpha, 3 RGB, 4 RGB and alpha (not multiplied into the colours)
-  int32_t bits = 8;               // of a sample in the file: 8 or 16
+  int32_t bits = 8;               // of a sample in the file: 8, 16, or 32 for floats
   int32_t turn = 0;               // the orientation (raster/orient.h) that shows the picture upright
   std::shared_ptr<const Metadata> metadata = nullptr;  // null: none
+  int32_t pages = 1;                                   // pictures that its file holds, frames of an animation too
 
   bool IsGrey() const { return channels <= 2; }
   bool HasAlpha() const { return channels == 2 || channels == 4; }

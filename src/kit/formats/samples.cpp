@@ -16,6 +16,15 @@ void RequirePossible(int64_t width, int64_t height) {
   if (width > std::numeric_limits<int32_t>::max() / height) Fail("the picture has more than 2^31 pixels");
 }
 
+void RequireLikely(const PictureShape& shape, int64_t fileBytes) {
+  constexpr int64_t kAlways = int64_t{64} << 20, kMostRatio = 4096;
+  RequirePossible(shape.width, shape.height);
+  const int64_t bytes = static_cast<int64_t>(shape.RowBytes()) * shape.height;
+  if ((bytes - kAlways) / kMostRatio > fileBytes)
+    Fail("%lld bytes cannot hold the %d x %d pixels that they claim", static_cast<long long>(fileBytes), shape.width,
+         shape.height);
+}
+
 Samples::Samples(const PictureShape& shape) : PictureShape(shape) {
   RequirePossible(width, height);
   if (RowBytes() * height > AvailableMemory())

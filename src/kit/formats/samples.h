@@ -12,7 +12,12 @@ namespace norv {
 // Throws a Failure when a side is not positive or when there are more pixels than a plane can hold.
 void RequirePossible(int64_t width, int64_t height);
 
-// Rows of samples of 8 bits, or of 16 in the machine's own byte order, the channels of a pixel side by side.
+// A header may claim what it likes: throws a Failure where the samples would take more than 64 MB and 4,096 times the
+// bytes of the file, which no compression of a real picture comes near.
+void RequireLikely(const PictureShape& shape, int64_t fileBytes);
+
+// Rows of samples of 8 bits, or of 16 in the machine's own byte order, or of floats where 0 to 1 is black to white, the
+// channels of a pixel side by side.
 struct Samples : PictureShape {
   Bytes bytes;
 

@@ -56,7 +56,7 @@ Bytes EncodeWebp(const Samples& any, const EncodingChoice& choice) {
   uint8_t* memory = nullptr;
   const auto encode = any.channels == 4 ? WebPEncodeRGBA : WebPEncodeRGB;
   const size_t size = encode(any.bytes.data(), any.width, any.height, static_cast<int>(any.RowBytes()),
-                             static_cast<float>(choice.quality), &memory);
+                             static_cast<float>(choice.Quality()), &memory);
   Bytes bytes(memory, memory + size);
   WebPFree(memory);
   if (size == 0) Fail("WebP: the picture is larger than 16383 x 16383 or memory ran out");
@@ -84,7 +84,14 @@ SampleSink CreateWebp(const ByteSink& sink, const PictureShape& shape, const Enc
 
 }  // namespace
 
-const Codec kWebp = {"WebP", {"webp"}, 8, true, WEBP_MAX_DIMENSION, IsWebp, OpenWebp, CreateWebp};
+const Codec kWebp = {.name = "WebP",
+                     .extensions = {"webp"},
+                     .alpha = true,
+                     .loss = Loss::byChoice,
+                     .mostSide = WEBP_MAX_DIMENSION,
+                     .recognise = IsWebp,
+                     .open = OpenWebp,
+                     .create = CreateWebp};
 
 }  // namespace norv
 

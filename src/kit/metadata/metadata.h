@@ -26,6 +26,7 @@ struct Metadata {
   std::vector<uint8_t> iptc;  // the datasets, without the wrapping of image resources
   std::vector<TextEntry> text;
   std::optional<Resolution> resolution;
+  bool lossless = false;                                // the file lost nothing, where its format can be either
   std::optional<double> gamma;                          // of the file's samples: PNG's gAMA
   std::optional<std::array<double, 8>> chromaticities;  // x, y of white, red, green, blue
 };

@@ -83,7 +83,7 @@ FileFacts RecogniseFile(const std::string& path) {
   }
   for (const KindRow& row : kKinds)
     if (row.bytes(in) == in.Size()) return {row.kind, in.Size(), in.Size()};
-  Fail("%s is neither a picture (%s) nor a file of ours", path.c_str(), KnownFormats().c_str());
+  Fail("%s is neither a picture (%s) nor a file of ours", path.c_str(), ReadFormats().c_str());
 }
 
 FileKind RecogniseWholeFile(const std::string& path) {

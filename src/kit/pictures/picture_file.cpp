@@ -33,7 +33,7 @@ Samples RowOf(PictureShape shape) {
 SampleSource OpenUpright(const ByteSource& bytes, const ReadChoice& choice) {
   uint8_t start[64];
   const Codec* codec = CodecOfContents({start, bytes.read(0, start, sizeof start)});
-  if (!codec) Fail("no picture of a known format (%s)", KnownFormats().c_str());
+  if (!codec) Fail("no picture of a known format (%s)", ReadFormats().c_str());
   SampleSource samples = codec->open(bytes, choice);
   if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
   return samples;
@@ -109,15 +109,21 @@ Picture ReadPicture(const std::string& path, const ReadChoice& choice) { return 
 
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   const Codec* codec = CodecOfName(path);
-  if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), KnownFormats().c_str());
-  if (choice.bits > codec->mostBits)
-    Fail("%s: %s holds %d bits a sample only", path.c_str(), codec->name, codec->mostBits);
+  if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), WrittenExtensions().c_str());
+  if (!codec->create)
+    Fail("%s: %s is read only; what is written: %s", path.c_str(), codec->name, WrittenExtensions().c_str());
+  if (choice.bits != 0 && (choice.bits < codec->leastBits || choice.bits > codec->mostBits))
+    Fail("%s: %s holds %d bits a sample only", path.c_str(), codec->name,
+         choice.bits > codec->mostBits ? codec->mostBits : codec->leastBits);
+  if (choice.encoding.lossless && codec->loss == Loss::always)
+    Fail("%s: %s always loses something: leave out --lossless, or write %s", path.c_str(), codec->name,
+         LosslessExtensions("or").c_str());
   PictureShape written = shape;
   if (shape.HasAlpha() && !codec->alpha) {
     Warn("%s has no place for the alpha plane, which is left out", codec->name);
     --written.channels;
   }
-  written.bits = std::min(written.bits, codec->mostBits);
+  written.bits = std::clamp(written.bits, codec->leastBits, codec->mostBits);
   if (choice.bits != 0) written.bits = choice.bits;
   Naming(path, [&] { RequirePossible(written.width, written.height); });
   const auto file = std::make_shared<PictureFile>(path, *codec, written, choice.encoding);

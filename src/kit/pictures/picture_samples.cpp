@@ -8,7 +8,7 @@ namespace norv {
 namespace {
 
 // Sample values of one step on the 0..255 scale.
-constexpr double StepsOf(int32_t bits) { return bits == 16 ? 257 : 1; }
+constexpr double StepsOf(int32_t bits) { return bits == 32 ? 1.0 / 255 : bits == 16 ? 257 : 1; }
 
 template <typename T>
 void Unpack(const uint8_t* row, int32_t r, Picture& picture) {
@@ -40,11 +40,25 @@ int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) 
 }
 
 void UnpackFrom(const Samples& samples, int32_t sampleRow, int32_t r, Picture& picture) {
-  (samples.bits == 16 ? Unpack<uint16_t> : Unpack<uint8_t>)(samples.Row(sampleRow), r, picture);
+  const auto unpack = samples.bits == 32 ? Unpack<float> : samples.bits == 16 ? Unpack<uint16_t> : Unpack<uint8_t>;
+  unpack(samples.Row(sampleRow), r, picture);
+}
+
+// Floats keep what lies beyond black and white.
+template <>
+int64_t Pack<float>(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
+  float* target = reinterpret_cast<float*>(row);
+  for (int32_t k = 0; k < channels; ++k) {
+    const float* source = picture.plane[k].z[r];
+    for (int32_t x = 0; x < picture.Width(); ++x)
+      target[size_t(x) * channels + k] = static_cast<float>(source[x] / 255.0);
+  }
+  return 0;
 }
 
 int64_t PackInto(const Picture& picture, int32_t r, Samples& samples, int32_t sampleRow) {
-  return (samples.bits == 16 ? Pack<uint16_t> : Pack<uint8_t>)(picture, r, samples.channels, samples.Row(sampleRow));
+  const auto pack = samples.bits == 32 ? Pack<float> : samples.bits == 16 ? Pack<uint16_t> : Pack<uint8_t>;
+  return pack(picture, r, samples.channels, samples.Row(sampleRow));
 }
 
 }  // namespace

@@ -10,8 +10,8 @@ struct Picture;
 // Samples of 16 bits keep their precision (value / 257). Upright, as the samples' turn says.
 Picture ToPicture(const Samples& samples);
 
-// Samples of 8 or 16 bits: rounded to nearest, values outside 0..255 moved to the nearest end. `moved` is raised by how
-// many were outside by more than rounding.
+// Samples of 8 or 16 bits: rounded to nearest, values outside 0..255 moved to the nearest end; `moved` is raised by how
+// many were outside by more than rounding. Floats: no value is moved.
 Samples ToSamples(const Picture& picture, int32_t bits, int64_t& moved);
 
 // The first row of samples into row r of a picture of the same width and channels.

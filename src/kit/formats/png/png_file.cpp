@@ -11,6 +11,12 @@ bool IsPng(std::span<const uint8_t> start) { return start.size() >= 8 && png_sig
 
 }  // namespace
 
-const Codec kPng = {"PNG", {"png"}, 16, true, INT32_MAX, IsPng, OpenPng, CreatePng};
+const Codec kPng = {.name = "PNG",
+                    .extensions = {"png"},
+                    .mostBits = 16,
+                    .alpha = true,
+                    .recognise = IsPng,
+                    .open = OpenPng,
+                    .create = CreatePng};
 
 }  // namespace norv

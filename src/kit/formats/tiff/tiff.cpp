@@ -15,6 +15,12 @@ bool IsTiff(std::span<const uint8_t> start) {
 
 }  // namespace
 
-const Codec kTiff = {"TIFF", {"tif", "tiff"}, 16, true, INT32_MAX, IsTiff, OpenTiff, CreateTiff};
+const Codec kTiff = {.name = "TIFF",
+                     .extensions = {"tif", "tiff"},
+                     .mostBits = 16,
+                     .alpha = true,
+                     .recognise = IsTiff,
+                     .open = OpenTiff,
+                     .create = CreateTiff};
 
 }  // namespace norv
