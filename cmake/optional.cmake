@@ -48,11 +48,11 @@ if(NOT WIN32)
 endif()
 
 find_package(doctest QUIET)
-if(doctest_FOUND)
+if(doctest_FOUND AND NOT WIN32)
   enable_testing()
   add_subdirectory(tests)
 else()
-  message(STATUS "The tests are left out: they need doctest (doctest-dev)")
+  message(STATUS "The tests are left out: they need Linux and doctest (doctest-dev)")
 endif()
 
 find_package(benchmark QUIET)

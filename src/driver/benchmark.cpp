@@ -10,7 +10,6 @@
 #include "platform/console.h"
 #include "platform/progress.h"
 #include "platform/team.h"
-#include "simd/products/kernels.h"
 
 namespace norv {
 namespace {
@@ -35,9 +34,8 @@ void FillAtRandom(matrix& vector) {
   }
 }
 
-float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads) {
+float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads, decltype(ProductKernels::dot) dot) {
   std::atomic<float> result{0};
-  const auto dot = ActiveProductKernels().dot;
   Progress progress("Multiplying", iterations);
   ParallelRanges(threads, iterations, [&](int64_t begin, int64_t end) {
     const matrix *left = &a, *right = &b;

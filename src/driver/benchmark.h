@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "linear/matrix2.h"
+#include "simd/products/kernels.h"
 
 namespace norv {
 
@@ -15,8 +16,9 @@ inline constexpr int kBenchmarkThreads = 8;
 void FillAtRandom(matrix& vector);
 
 // Computes the dot product of a's elements with b's (simd/products) exactly `iterations` times, split evenly over a
-// team of exactly `threads` threads that all store into the one result. No compiler can shorten it. Progress goes to
-// standard error when that is a terminal.
-float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads);
+// team of exactly `threads` threads that all store into the one result. No compiler can shorten it: the kernel is
+// compiled apart and called through a pointer. Progress goes to standard error when that is a terminal.
+float RepeatDot(const matrix& a, const matrix& b, uint32_t iterations, int threads,
+                decltype(ProductKernels::dot) dot = ActiveProductKernels().dot);
 
 }  // namespace norv

@@ -1,16 +1,7 @@
 // Colour models: the ways back, far values, and what the contract with the graphical program fixes to the bit.
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <limits>
-#include <string>
-#include <vector>
-
 #include "colour/models.h"
 #include "linear/random.h"
-
-using namespace norv;
+#include "support/test.h"
 
 namespace {
 

@@ -1,11 +1,4 @@
 // Both denoisers as a whole.
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <vector>
-
 #include "denoise/component_filter.h"
 #include "denoise/components.h"
 #include "denoise/denoise.h"
@@ -14,9 +7,7 @@
 #include "support/levels.h"
 #include "support/nets.h"
 #include "support/noisy_pictures.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

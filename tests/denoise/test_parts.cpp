@@ -1,8 +1,4 @@
 // The parts of the denoisers against plain second ways.
-#include <algorithm>
-#include <cmath>
-#include <doctest/doctest.h>
-
 #include "denoise/components.h"
 #include "denoise/low_rank.h"
 #include "denoise/noise_level.h"
@@ -10,9 +6,7 @@
 #include "linear/dmatrix.h"
 #include "support/noisy_pictures.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("the estimate of the noise") {
   for (const double sigma : {10.0, 20.0, 50.0}) {

@@ -1,13 +1,10 @@
 // What the words of the command line mean, and the words of the reports.
 #include <bit>
-#include <cmath>
-#include <doctest/doctest.h>
 
 #include "driver/arguments.h"
 #include "driver/modes.h"
 #include "driver/report.h"
-
-using namespace norv;
+#include "support/test.h"
 
 TEST_CASE("integers: blanks, a sign, digits; the rest is ignored and nothing overflows") {
   CHECK(DecodeInteger("42") == 42);

@@ -1,14 +1,6 @@
 // The image of three bytes a pixel and .bit files.
-#include <algorithm>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <utility>
-
 #include "image/bit_image.h"
-#include "support/scratch.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("bit image rows are padded to four bytes, in memory, in copies and in the file") {
   struct {

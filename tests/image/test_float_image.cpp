@@ -1,16 +1,7 @@
 // The float image: re-dimensioning, conversion and .fdib files.
-#include <algorithm>
-#include <array>
-#include <doctest/doctest.h>
-#include <string>
-#include <utility>
-
 #include "image/float_image_file.h"
 #include "support/random_image.h"
-#include "support/scratch.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,28 +1,16 @@
 // The matrices of floats and of doubles: shapes, copies, products, what they throw, and .mat files.
-#include <array>
-#include <cmath>
 #include <csignal>
 #include <cstdlib>
-#include <doctest/doctest.h>
-#include <filesystem>
-#include <numeric>
-#include <string>
-#include <utility>
-#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
-#endif
 
 #include "linear/dmatrix.h"
 #include "linear/matrix2.h"
 #include "linear/matrix_file.h"
 #include "platform/memory.h"
 #include "platform/paths.h"
-#include "support/captured_output.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -163,15 +151,15 @@ TEST_CASE("numbered matrices and removal stay in the executable's directory") {
   const ScratchFolder folder;
   const std::string name = "norv-test-matrix-", path = ExecutableDirectory() + name + "12.mat";
   Counting<matrix>(2, 3).savenumbered(name, 12);
-  CHECK(std::filesystem::file_size(path) == 12 + 24);
+  CHECK(fs::file_size(path) == 12 + 24);
   matrix a;
   a.load(name + "12.mat", true, Folder::executable);
   CHECK(Counts(a, 2, 3));
-  CHECK(!std::filesystem::exists(path));
+  CHECK(!fs::exists(path));
   // A full path is read; a file of that name beside the executable would go, the one that was read stays.
   a.save(folder / "a.mat", Folder::asGiven);
   a.load(folder / "a.mat", true, Folder::asGiven);
-  CHECK(std::filesystem::exists(folder / "a.mat"));
+  CHECK(fs::exists(folder / "a.mat"));
 }
 
 TEST_CASE("what matrices throw, and print where they are of doubles") {
@@ -197,7 +185,6 @@ TEST_CASE("what matrices throw, and print where they are of doubles") {
   CHECK_THROWS_WITH(a.save(folder / "none/a.mat", Folder::asGiven), "PROBLEM OPENING FILE!");
 }
 
-#ifndef _WIN32
 TEST_CASE("size mismatches name the condition, the file and the line") {
   matrix a(2, 3), b(4, 4);
   const auto check = [](const std::string& condition, const auto& action) {
@@ -220,4 +207,3 @@ TEST_CASE("size mismatches name the condition, the file and the line") {
   check("mn==c.mn", [&] { a.copydata(b); });
   check("n==a.mn && i<m", [&] { a.setrow(2, matrix(3, 1)); });
 }
-#endif

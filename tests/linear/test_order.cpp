@@ -1,15 +1,7 @@
 // The pseudo-random sequence and the sort by index, whose permutation is a contract.
-#include <algorithm>
-#include <doctest/doctest.h>
-#include <functional>
-#include <limits>
-#include <utility>
-#include <vector>
-
 #include "linear/index_sort.h"
 #include "linear/random.h"
-
-using namespace norv;
+#include "support/test.h"
 
 namespace {
 

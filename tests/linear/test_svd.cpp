@@ -1,22 +1,9 @@
 // The singular value decomposition and what it is made of.
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <doctest/doctest.h>
-#include <functional>
-#include <limits>
-#include <numeric>
-#include <utility>
-#include <vector>
-
 #include "linear/dmatrix.h"
 #include "linear/symmetric.h"
-#include "support/captured_output.h"
 #include "support/levels.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

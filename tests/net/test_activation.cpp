@@ -1,16 +1,10 @@
 // The table of activation kinds against the formulas as they are written down, with the C library's functions.
-#include <cmath>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <limits>
 #include <random>
 
 #include "net/activation.h"
 #include "simd/evaluate/kernels.h"
 #include "support/plain_activation.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 #ifdef __GLIBC__  // the C library whose exp, log and atan the results were compared with for every float there is
 TEST_CASE("every kind has the formula's single-precision results") {

@@ -1,18 +1,12 @@
 // Enlargement has the bits of the plainest form, whatever the layout, the size, the road and the threads.
-#include <doctest/doctest.h>
-#include <filesystem>
 #include <sys/stat.h>
 #include <thread>
 
 #include "net/enlarge.h"
 #include "net/enlarge_file.h"
-#include "support/captured_output.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
-#include "support/scratch.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -105,7 +99,7 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
         FloatImage image = turn % 3 == 0 ? Masked(w, h, format) : RandomFloatImage(w, h, format);
         REQUIRE(!image.Save(from, Folder::asGiven));
         // Cut within a plane: all planes behind it are zeros, in every strip.
-        if (turn % 5 == 0) std::filesystem::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
+        if (turn % 5 == 0) fs::resize_file(from, 16 + 4 * static_cast<uint32_t>(w * h * 3 / 2));
         const std::string warning = ErrorsOf([&] { REQUIRE(!image.Load(from, Folder::asGiven)); });
         CHECK(warning.empty() == (turn % 5 != 0));
         const NeuralNet net = RandomRecord(layout.inputs, {3, layout.outputs}, kExactKinds, turn);
@@ -121,7 +115,6 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
       }
 }
 
-#ifndef _WIN32
 TEST_CASE("pipes are read and written from front to back") {
   const ScratchFolder folder;
   const NeuralNet net = RandomRecord(24, {4}, kExactKinds);
@@ -136,7 +129,6 @@ TEST_CASE("pipes are read and written from front to back") {
   reader.join();
   CHECK(received == ImageBytes(Enlarged(image, net, true, false, 1)));
 }
-#endif
 
 TEST_CASE("more pixels than 32 bits count are refused before any work, and the old file stays") {
   const ScratchFolder folder;
@@ -203,12 +195,12 @@ TEST_CASE("units without activation are refused only where they would be evaluat
         NetEnlargeFile(picture, to, RandomRecord(inputs, {3, 4}, {12, kind}), true, false, threads);
       };
       CHECK_THROWS_AS(enlarge(from, 24), const char*);
-      CHECK(!std::filesystem::exists(to));
+      CHECK(!fs::exists(to));
       enlarge(from, 25);  // no layout
-      CHECK(std::filesystem::remove(to));
+      CHECK(fs::remove(to));
       ErrorsOf([&] { enlarge(folder / "none", 24); });
       CHECK(ReadBytes(to) == ImageBytes(FloatImage()));
-      std::filesystem::remove(to);
+      fs::remove(to);
     }
 }
 

@@ -1,15 +1,11 @@
 // The plain forward pass: its sums, its teams.
-#include <algorithm>
-#include <doctest/doctest.h>
 #include <mutex>
 #include <set>
 #include <thread>
 
 #include "net/forward.h"
 #include "support/nets.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

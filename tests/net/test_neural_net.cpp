@@ -1,11 +1,6 @@
 // The record: structure, copies, statistics.
-#include <algorithm>
-#include <doctest/doctest.h>
-
 #include "support/nets.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("a network is built from gap-free sizes, everything zero") {
   NeuralNet net = RandomRecord(3, {2}, {12});

@@ -1,16 +1,9 @@
 // The packed form against the record's own evaluation, bit for bit, at every vector level.
-#include <algorithm>
-#include <cmath>
-#include <doctest/doctest.h>
-#include <limits>
-
 #include "net/forward.h"
 #include "net/packed_net.h"
 #include "support/levels.h"
 #include "support/nets.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

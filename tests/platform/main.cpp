@@ -4,8 +4,6 @@
 #include <doctest/doctest.h>
 
 int main(int argc, char** argv) {
-#ifndef _WIN32
   std::signal(SIGHUP, SIG_DFL);  // nohup and the like have it ignored, which the files' handlers would respect
-#endif
   return doctest::Context(argc, argv).run();
 }

@@ -1,23 +1,14 @@
 // Files are replaced as a whole or not at all.
 #include <csignal>
 #include <cstdlib>
-#include <doctest/doctest.h>
-#include <filesystem>
-#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 #include "platform/file.h"
 #include "platform/native/native_file.h"
-#include "support/captured_output.h"
-#include "support/scratch.h"
-
-using namespace norv;
-using namespace norv::test;
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 

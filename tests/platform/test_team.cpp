@@ -1,13 +1,10 @@
 // Parallel loops do the whole work once, on as many threads as asked for.
-#include <doctest/doctest.h>
 #include <mutex>
 #include <set>
 #include <thread>
-#include <vector>
 
 #include "platform/team.h"
-
-using namespace norv;
+#include "support/test.h"
 
 TEST_CASE("static parts cover a range once, in order, nearly equal") {
   for (int members : {1, 2, 3, 4, 8, 16})

@@ -1,14 +1,9 @@
 // Edge rules, rectangles cut by them, and bands of images.
-#include <algorithm>
-#include <doctest/doctest.h>
-
 #include "raster/bands.h"
 #include "raster/edges.h"
 #include "support/plain_restore.h"
 #include "support/random_image.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("rectangles of planes are cut by the edge rule, on short axes too") {
   for (const int32_t w : {1, 2, 3, 9})

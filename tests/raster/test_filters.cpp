@@ -1,13 +1,6 @@
 // Filters and their taps.
-#include <algorithm>
-#include <cmath>
-#include <doctest/doctest.h>
-#include <numeric>
-#include <vector>
-
 #include "raster/filters.h"
-
-using namespace norv;
+#include "support/test.h"
 
 namespace {
 

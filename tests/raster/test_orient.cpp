@@ -1,12 +1,7 @@
 // The eight orientations of planes and blocks.
-#include <doctest/doctest.h>
-#include <numeric>
-
 #include "raster/orient.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("every orientation puts every pixel where its formula says, and can be undone") {
   const matrix S = RandomPlane(3, 5, 1);

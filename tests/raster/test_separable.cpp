@@ -1,14 +1,9 @@
 // Reduction and the resampler against plain double loops.
-#include <doctest/doctest.h>
-#include <numeric>
-
 #include "raster/filters.h"
 #include "raster/separable.h"
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("reduction is the plain double sum, on planes shorter than the kernel too") {
   for (const int32_t order : {0, 1, 3, 5, -1, -13, -20})

@@ -1,15 +1,9 @@
-#include <array>
-#include <cmath>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <limits>
 
 #include "restore/bit_process.h"
 #include "restore/restore_image.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
-
-using namespace norv;
+#include "support/test.h"
 
 namespace {
 

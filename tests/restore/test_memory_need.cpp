@@ -1,12 +1,8 @@
 // What a restoration is estimated to need of memory against what it then takes.
-#if !defined(_WIN32) && !defined(NORV_SANITIZED)
+#ifndef NORV_SANITIZED
 
-#include <doctest/doctest.h>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 #include <malloc.h>
-#include <string>
 #include <sys/resource.h>
 
 #include "image/bit_image.h"
@@ -18,9 +14,7 @@
 #include "support/process.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -92,7 +86,7 @@ TEST_CASE("estimated and measured: bands take the memory of as many as there are
 }
 
 TEST_CASE("what a restoration will need of memory is estimated") {
-  const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+  const std::string self = fs::read_symlink("/proc/self/exe");
   for (const std::string what : {"what a restoration needs*", "bands take*"}) {
     const Outcome outcome =
         Run({.arguments = {"--no-skip", "-tc=estimated and measured: " + what}, .executable = self});

@@ -1,17 +1,12 @@
 // The linear operators of the restoration: adjoints, and the reduction against the plain one.
-#include <cmath>
-#include <doctest/doctest.h>
 #include <memory>
-#include <vector>
 
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
 #include "restore/filter_pair.h"
 #include "restore/terms/differences.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,19 +1,11 @@
 // Whole images: colour representations, fourth planes, masks, bands.
-#include <algorithm>
-#include <cmath>
-#include <doctest/doctest.h>
-#include <limits>
-
 #include "raster/bands.h"
 #include "restore/edge_mask.h"
 #include "restore/restore_image.h"
 #include "restore/restore_plane.h"
-#include "support/captured_output.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,8 +1,4 @@
 // One plane: every regulariser type against the definitions in dense doubles, and the same bits at every vector level.
-#include <cmath>
-#include <doctest/doctest.h>
-#include <limits>
-
 #include "restore/edge_mask.h"
 #include "restore/restore_plane.h"
 #include "simd/levels.h"
@@ -10,9 +6,7 @@
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,15 +1,9 @@
 // Weights, directions and edge masks against their definitions.
-#include <cmath>
-#include <doctest/doctest.h>
-#include <vector>
-
 #include "restore/edge_mask.h"
 #include "restore/terms/weights.h"
 #include "support/plain_restore.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,17 +1,10 @@
 // Modes 2 to 5 against the float road: the same bytes as ToBytes makes of what modes 0 and 1 give.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
-#include <filesystem>
-
 #include "platform/team.h"
 #include "restore/bit_process.h"
 #include "support/messages.h"
 #include "support/process.h"
 #include "support/restoration.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -80,7 +73,7 @@ TEST_CASE("mode 2 is mode 0 in bytes, mode 5 is mode 1 with one thread, mode 4 w
                   "\nMode = 4" + (threads == more ? Changed() : "\nNumber of threads = " + std::to_string(threads)));
     CHECK(ReadBytes(folder / "output.bit") == ExpectedBits(folder));
     if (threads != 1) continue;
-    std::filesystem::remove(folder / "output.bit");
+    fs::remove(folder / "output.bit");
     CheckReported(RunRestore(folder, 5, 9), "\nMode = 5");
     CHECK(ReadBytes(folder / "output.bit") == ExpectedBits(folder));
   }
@@ -103,7 +96,7 @@ TEST_CASE("mode 3 reads from the current directory, writes, and goes on as mode 
   CHECK(result == ReadBytes(folder / "output.bit"));
 
   // Without the bit image the first result stays, and the run ends in failure.
-  std::filesystem::remove(folder / "input.bit");
+  fs::remove(folder / "input.bit");
   command.arguments[0] = "3";
   const Outcome half = Run(command);
   CHECK(half.exitCode != 0);
@@ -122,16 +115,14 @@ TEST_CASE("empty and missing inputs of the bit modes, and requests that cannot b
   CHECK(RunRestore(folder, 4, 1).exitCode == 0);
   CHECK(ReadBytes(folder / "output.bit") == std::string("\0\0\0\0\x0e\0\0\0", 8));
 
-  std::filesystem::remove(folder / "output.bit");
-  std::filesystem::remove(folder / "input.bit");
+  fs::remove(folder / "output.bit");
+  fs::remove(folder / "input.bit");
   for (const int32_t factor : {2, 0, -2, 20000}) {  // the first without a picture
     CAPTURE(factor);
     const Outcome refused = RunRestore(folder, 4, 1, factor);
     CHECK(refused.exitCode != 0);
     CHECK(refused.errors != "");
-    CHECK_FALSE(std::filesystem::exists(folder / "output.bit"));
+    CHECK_FALSE(fs::exists(folder / "output.bit"));
     Picture(5, 5).Save(folder / "input.bit", Folder::asGiven);
   }
 }
-
-#endif

@@ -1,13 +1,8 @@
 // The tool as a process: its messages, its exit codes, what it makes of odd command lines.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
-
 #include "platform/team.h"
 #include "support/messages.h"
 #include "support/process.h"
-
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -34,7 +29,7 @@ TEST_CASE("too few arguments or an unknown vector level: exit code 2, the reason
     CHECK(outcome.exitCode == 2);
     CHECK(outcome.output == kBanner);
     CHECK(Contains(outcome.errors, line == "15" ? "mmx" : "usage: norv "));
-    CHECK(std::filesystem::is_empty(folder.Path()));
+    CHECK(fs::is_empty(folder.Path()));
   }
 }
 
@@ -55,5 +50,3 @@ TEST_CASE("training says what it was asked for before it does it") {
                                "-1,\nClip = nan, Momentum = 0.000000, Number of Threads = 3\nSoundNotification = 7\n";
   CHECK(RunIn(folder, "9 10 0.5 1e-3 2 -1 nan x 3 7").output.rfind(expected, 0) == 0);
 }
-
-#endif

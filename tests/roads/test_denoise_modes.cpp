@@ -1,18 +1,11 @@
 // Modes 6 and 7 as the graphical program runs them.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
-#include <filesystem>
-
 #include "denoise/components.h"
 #include "image/float_image.h"
 #include "support/messages.h"
 #include "support/noisy_pictures.h"
 #include "support/process.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -42,12 +35,12 @@ TEST_CASE("mode 6 learns numbered matrices and uses them for a series") {
   CheckReported(RunIn(folder, "6 20 4 0 0 1 2 0 a.fdib 1"), "\nMode = 6");
   CHECK(place.Bytes("finish.mat") == kEmptyMatrix);
   for (const char* name : {"dr0.mat", "dr1.mat", "dr2.mat"}) CHECK(place.Bytes(name).size() == 12 + 4 * 16 * 17);
-  std::filesystem::remove(folder / "finish.mat");
+  fs::remove(folder / "finish.mat");
 
   const std::string reuse = "6 20 4 0 0 1 1 1 b.fdib 0";
   CHECK(RunIn(folder, reuse).errors == "");
   CHECK(place.Bytes("a.fdib") == place.Bytes("b.fdib"));
-  CHECK_FALSE(std::filesystem::exists(folder / "finish.mat"));
+  CHECK_FALSE(fs::exists(folder / "finish.mat"));
 
   // A matrix of another picture makes another result; missing, of another size or damaged, it is learned and said.
   const std::string first = place.Bytes("dr0.mat");
@@ -56,7 +49,7 @@ TEST_CASE("mode 6 learns numbered matrices and uses them for a series") {
   CHECK(place.Bytes("a.fdib") != place.Bytes("b.fdib"));
   for (const std::string& bytes : {std::string(), first.substr(0, 500), kEmptyMatrix, std::string(40, '\x7f')}) {
     WriteBytes(folder / "dr0.mat", bytes);
-    if (bytes.empty()) std::filesystem::remove(folder / "dr0.mat");
+    if (bytes.empty()) fs::remove(folder / "dr0.mat");
     const Outcome outcome = RunIn(folder, reuse);
     CHECK(outcome.exitCode == 0);
     CHECK(Contains(outcome.errors, "dr0.mat"));
@@ -95,7 +88,7 @@ TEST_CASE("modes 6 and 7 save an image of an unknown format as it is") {
     CHECK(outcome.exitCode == 0);
     CHECK(Contains(outcome.errors, "stays as it is"));
     CHECK(ReadBytes(folder / (line[0] + std::string(".fdib"))) == header);
-    CHECK(std::filesystem::remove(folder / "finish.mat"));
+    CHECK(fs::remove(folder / "finish.mat"));
   }
 }
 
@@ -114,9 +107,7 @@ TEST_CASE("mode 7 writes the file that it is told, and a word about what it coul
     CHECK(Contains(outcome.errors, word));
   };
   warned("7 1 13 20 0 0.1 0 0 0 1 out.fdib 0", "patch side");
-  std::filesystem::remove(place.folder / "input.fdib");
+  fs::remove(place.folder / "input.fdib");
   warned("7 1 6 20 0 0.1 1 1 0 1 empty.fdib 0", "input.fdib");
   CHECK(place.Bytes("empty.fdib").size() == 16);
 }
-
-#endif

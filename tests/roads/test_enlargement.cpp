@@ -1,15 +1,9 @@
 // Mode 10 from the files that it reads to the file that it writes.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
-
 #include "support/messages.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
 #include "support/process.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -71,8 +65,8 @@ TEST_CASE("mode 10: without a network, or with one that cannot be evaluated, it 
 
 TEST_CASE("mode 10: a missing picture is an empty one; a result that cannot be written ends the run as usual") {
   const Workplace empty(NetBytes(SomeNet()), ""), blocked(NetBytes(SomeNet()), ImageBytes(RandomFloatImage(4, 4, 23)));
-  std::filesystem::remove(blocked.folder / "output.fdib");
-  std::filesystem::create_directories(blocked.folder / "output.fdib/taken");
+  fs::remove(blocked.folder / "output.fdib");
+  fs::create_directories(blocked.folder / "output.fdib/taken");
   for (const auto& [place, warning] : {std::pair{&empty, "input.fdib"}, {&blocked, "output.fdib"}}) {
     const Outcome outcome = place->Enlarge();
     CHECK(outcome.exitCode == 0);
@@ -89,12 +83,10 @@ TEST_CASE("standard streams that are closed or full leave the result alone") {
   PlainImage(image, net, false, false);
   Command command = NorvIn(place.folder, "10 0 1 0");
   for (const std::string closed : {"0", "1", "2", "012", "full"}) {
-    std::filesystem::remove(place.folder / "output.fdib");
+    fs::remove(place.folder / "output.fdib");
     command.output = closed == "full" ? "/dev/full" : "";
     command.closed = closed == "full" ? "" : closed;
     CHECK(Run(command).exitCode == 0);
     CHECK(place.Result() == ImageBytes(image));
   }
 }
-
-#endif

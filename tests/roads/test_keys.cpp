@@ -1,12 +1,8 @@
 // Key presses on a terminal.
-#ifndef _WIN32
-
 #include <csignal>
-#include <doctest/doctest.h>
 
 #include "support/process.h"
-
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("three keys end the notice; they are not echoed and a fourth stays for the next reader") {
   TerminalRun run({.arguments = {"14"}});
@@ -46,5 +42,3 @@ TEST_CASE("a terminal that goes away does not hang the run") {
   const int exitCode = run.Wait();
   CHECK((exitCode == 0 || exitCode == 128 + SIGHUP));
 }
-
-#endif

@@ -1,14 +1,8 @@
 // Mode 13, and with it where the tool looks for its files.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
-
 #include "support/messages.h"
 #include "support/nets.h"
 #include "support/process.h"
-
-using namespace norv::test;
-namespace fs = std::filesystem;
+#include "support/test.h"
 
 namespace {
 
@@ -67,5 +61,3 @@ TEST_CASE("files lie beside the executable, whatever its folder is called and ho
               .output == Statistics(mean, "0.500000"));
   CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
 }
-
-#endif

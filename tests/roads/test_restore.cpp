@@ -1,19 +1,11 @@
 // Modes 0 and 1 as the graphical program runs them.
-#ifndef _WIN32
-
-#include <algorithm>
-#include <cmath>
-#include <doctest/doctest.h>
-
 #include "image/float_image.h"
 #include "platform/team.h"
 #include "support/messages.h"
 #include "support/process.h"
 #include "support/random_plane.h"
 #include "support/restoration.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
@@ -42,7 +34,7 @@ Finished Restore(const FloatImage& image, int mode, int threads = 1, const Resto
   Command command = NorvIn(folder, "");
   command.arguments = ModeWords(mode, asked, threads);
   if (!level.empty()) command.environment.push_back("NORV_SIMD=" + level);
-  Finished finished{Run(command), {}, std::filesystem::exists(folder / "output.fdib")};
+  Finished finished{Run(command), {}, fs::exists(folder / "output.fdib")};
   if (finished.written) static_cast<void>(finished.image.Load(folder / "output.fdib", Folder::asGiven));
   return finished;
 }
@@ -105,5 +97,3 @@ TEST_CASE("a request that cannot be met ends with a reason and nothing written; 
     CHECK((empty.written && empty.image.count == 0));
   }
 }
-
-#endif

@@ -1,25 +1,19 @@
 // The notification sound: played by a program found on the path, never waited for.
-#ifndef _WIN32
-
 #include <chrono>
-#include <doctest/doctest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
 #include "support/process.h"
-#include "support/scratch.h"
-
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 
 // Waits up to 20 seconds for a file.
 bool Appears(const std::string& path) {
-  for (int i = 0; i < 2000 && !std::filesystem::exists(path); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  return std::filesystem::exists(path);
+  for (int i = 0; i < 2000 && !fs::exists(path); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return fs::exists(path);
 }
 
 }  // namespace
@@ -31,14 +25,14 @@ TEST_CASE("the sound of the current directory plays on when the run has ended") 
   WriteBytes(folder / "paplay",
              "#!/bin/sh\nread go <gate\necho \"$* $(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\" >part\nmv "
              "part heard\n");
-  std::filesystem::permissions(folder / "paplay", std::filesystem::perms::owner_all);
+  fs::permissions(folder / "paplay", fs::perms::owner_all);
   WriteBytes(folder / "norv.wav", "sound");
   const Command command{
       .arguments = {"14"}, .environment = {"PATH=" + folder.Path() + ":/bin:/usr/bin"}, .directory = folder.Path()};
   const Outcome outcome = Run(command);
   CHECK(outcome.exitCode == 0);
   CHECK(outcome.errors == "");
-  CHECK(!std::filesystem::exists(folder / "heard"));
+  CHECK(!fs::exists(folder / "heard"));
   // Open for both directions, so that a player that never came cannot block the test.
   const int gate = open((folder / "gate").c_str(), O_RDWR);
   REQUIRE(write(gate, "go\n", 3) == 3);
@@ -58,5 +52,3 @@ TEST_CASE("without a sound or a player the run is silent") {
     CHECK(outcome.errors == "");
   }
 }
-
-#endif

@@ -1,24 +1,17 @@
 // Mode 9 as the graphical program runs it: messages, files, backups, interrupts.
-#ifndef _WIN32
-
 #include <chrono>
-#include <cmath>
 #include <csignal>
-#include <doctest/doctest.h>
 #include <regex>
 #include <thread>
 
 #include "net/net_file.h"
-#include "support/captured_output.h"
 #include "support/messages.h"
 #include "support/nets.h"
 #include "support/process.h"
 #include "support/samples.h"
+#include "support/test.h"
 #include "train/train.h"
 #include "train/trainer.h"
-
-using namespace norv;
-using namespace norv::test;
 
 namespace {
 
@@ -87,7 +80,7 @@ TEST_CASE("mode 9: without an older network an empty one is kept; epochs that sh
   CHECK(outcome.errors == "");
   CHECK(Contains(outcome.output, std::string("\nNo previoustest.net") + kFirstBackup + kSecondBackup + kReminder));
   CHECK(place.Bytes("previousprevioustest.net") == std::string(84, '\0'));
-  CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
+  CHECK_FALSE(fs::exists(place.folder / "temp.dat"));
   CHECK(place.Bytes("test.dat") == FileBytes(place.set));
   // One epoch after the other by hand, its rate as the whole run's.
   RandomGenerator generator;
@@ -121,9 +114,9 @@ TEST_CASE("mode 9: what cannot be trained is said, waits for one key and changes
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.output == Request(kZeros) + backups + last);
     CHECK(place.Bytes("test.net") == net);
-    std::filesystem::remove(place.folder / "previoustest.net");
+    fs::remove(place.folder / "previoustest.net");
   }
-  std::filesystem::remove(place.folder / "test.net");
+  fs::remove(place.folder / "test.net");
   CHECK(RunIn(place.folder, "9 1 0 0 0 0 0 0 1 0").output ==
         Request(kZeros) + "\nNo previoustest.net" + kFirstBackup + "\nNo test.net. Abort! Press any key.");
 }
@@ -152,9 +145,9 @@ TEST_CASE("mode 9: failures that nobody handles end with their reason, the netwo
     CHECK_FALSE(Contains(outcome.output, "Results were written"));
     CHECK(place.Bytes("test.net") == net);
   };
-  std::filesystem::create_symlink("/dev/full", place.folder / "temp.dat");
+  fs::create_symlink("/dev/full", place.folder / "temp.dat");
   fails("No space left");
-  CHECK_FALSE(std::filesystem::is_symlink(place.folder / "temp.dat"));
+  CHECK_FALSE(fs::is_symlink(place.folder / "temp.dat"));
   place.net.layers[0].units[3].ActivationKind = 18;
   SaveNet(place.net, place.folder / "test.net", Folder::asGiven);
   fails("activation");
@@ -183,7 +176,7 @@ TEST_CASE("mode 9: the first interrupt saves what was learned; no more words, no
     CHECK(WaitForText(run, "norv: training was stopped"));
     CHECK(run.Wait() == 130);
     CHECK_FALSE(Contains(run.Shown(), "Results were written"));
-    CHECK_FALSE(std::filesystem::exists(place.folder / "temp.dat"));
+    CHECK_FALSE(fs::exists(place.folder / "temp.dat"));
     CHECK(place.Bytes("test.net") != before);
     // The cost of the last whole epoch is the last one shown.
     NeuralNet net;
@@ -208,8 +201,6 @@ TEST_CASE("mode 9: the second interrupt ends at once and leaves the old network"
   run.Signal(SIGTERM);
   CHECK(run.Wait() > 128);
   CHECK_FALSE(Contains(run.Shown(), "stopped"));
-  CHECK_FALSE(std::filesystem::exists(folder / "temp.dat"));
+  CHECK_FALSE(fs::exists(folder / "temp.dat"));
   CHECK(ReadBytes(folder / "test.net") == before);
 }
-
-#endif

@@ -1,7 +1,4 @@
 // Modes 11 and 12 as the graphical program runs them.
-#ifndef _WIN32
-
-#include <doctest/doctest.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <thread>
@@ -11,10 +8,8 @@
 #include "support/process.h"
 #include "support/random_plane.h"
 #include "support/samples.h"
+#include "support/test.h"
 #include "train/training_pairs.h"
-
-using namespace norv;
-using namespace norv::test;
 
 TEST_CASE("mode 12: the first shuffle of every run gives the same order; a failure is a message, a key, exit code 0") {
   const ScratchFolder folder;
@@ -30,7 +25,7 @@ TEST_CASE("mode 12: the first shuffle of every run gives the same order; a failu
   const Outcome refused = RunIn(folder, "12");
   CHECK(Contains(refused.errors, "fewer records"));
   CHECK(ReadBytes(data) == damaged);
-  std::filesystem::remove(data);
+  fs::remove(data);
   for (const Outcome& outcome : {refused, RunIn(folder, "12")}) {
     CHECK(outcome.exitCode == 0);
     CHECK(outcome.output == kBanner + start + "\nPROBLEM OPENING FILE!");
@@ -47,7 +42,7 @@ TEST_CASE("mode 11: the first picture makes the set, the others are added with t
   const auto check = [&](matrix& picture, const std::string& line, const std::string& said) {
     picture.save(folder / "standard.mat", Folder::asGiven);
     CheckReported(RunIn(folder, line), "\nMode = 11\n" + said);
-    CHECK_FALSE(std::filesystem::exists(folder / "standard.mat"));
+    CHECK_FALSE(fs::exists(folder / "standard.mat"));
     const int32_t header[] = {static_cast<int32_t>(records.size() / 112), 24, 4};
     CHECK(ReadBytes(folder / "test.dat") == BytesOf(header, 3) + records);
   };
@@ -73,10 +68,10 @@ TEST_CASE("mode 11: every failure is a message, a key and exit code 0; pictures 
   refused("0 4 0", "0\nPROBLEM OPENING FILE!");  // no set to add to
   refused("8 4 -7", "-7\nThe shrink order has no filter.");
   refused("7 4 0", "0\n");
-  CHECK_FALSE(std::filesystem::exists(folder / "test.dat"));
-  std::filesystem::create_symlink("/dev/full", folder / "test.dat");
+  CHECK_FALSE(fs::exists(folder / "test.dat"));
+  fs::create_symlink("/dev/full", folder / "test.dat");
   CHECK(Contains(refused("8 4 0", "0\nPROBLEM OPENING FILE!"), "cannot write"));
-  CHECK(std::filesystem::exists(folder / "standard.mat"));
+  CHECK(fs::exists(folder / "standard.mat"));
 }
 
 TEST_CASE("modes 11 and 12 wait for each other, so that no pair lands in a file just replaced") {
@@ -88,15 +83,13 @@ TEST_CASE("modes 11 and 12 wait for each other, so that no pair lands in a file 
   Outcome outcome;
   std::thread run([&] { outcome = RunIn(folder, "11 1 2 0 0 0"); });
   std::this_thread::sleep_for(std::chrono::milliseconds(300));
-  CHECK(std::filesystem::exists(folder / "standard.mat"));
+  CHECK(fs::exists(folder / "standard.mat"));
   // Replaced by another run meanwhile: the pairs must go to the new file.
   WriteBytes(folder / "new", FileBytes(MakeSamples(50, 8, 4)));
-  std::filesystem::rename(folder / "new", folder / "test.dat");
+  fs::rename(folder / "new", folder / "test.dat");
   close(descriptor);
   run.join();
   CHECK(outcome.exitCode == 0);
   const int32_t count = 50 + 4 * 4 * 8;
   CHECK(ReadBytes(folder / "test.dat").substr(0, 4) == BytesOf(&count, 1));
 }
-
-#endif

@@ -1,11 +1,6 @@
 // The level that runs, and the rows of the activation kinds.
-#include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <doctest/doctest.h>
 #include <random>
-#include <vector>
 
 #include "net/activation.h"
 #include "simd/bytes/kernels.h"
@@ -17,9 +12,7 @@
 #include "simd/restore/kernels.h"
 #include "simd/train/kernels.h"
 #include "support/levels.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 namespace {
 

@@ -1,14 +1,8 @@
 // Our elementary functions against the C library's in extended precision.
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <doctest/doctest.h>
-#include <limits>
 #include <random>
 
 #include "simd/math/math.h"
-
-using namespace norv;
+#include "support/test.h"
 
 namespace {
 

@@ -1,15 +1,8 @@
 // Row kernels of the restoration: where squares are summed, and every length at every level.
-#include <array>
-#include <cstring>
-#include <doctest/doctest.h>
-#include <vector>
-
 #include "simd/restore/kernels.h"
 #include "support/levels.h"
 #include "support/random_plane.h"
-
-using namespace norv;
-using namespace norv::test;
+#include "support/test.h"
 
 TEST_CASE("element i of a row adds its square to sum i mod 8") {
   const matrix x = RandomPlane(50, 1, 1, -9, 9);

@@ -3,11 +3,7 @@
 
 #include <cstdio>
 #include <string>
-#ifdef _WIN32
-#include <io.h>
-#else
 #include <unistd.h>
-#endif
 
 #include "support/scratch.h"
 

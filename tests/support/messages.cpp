@@ -11,13 +11,11 @@ bool IsReported(const std::string& output, const std::string& text) {
   return output.rfind(start, 0) == 0 && std::regex_match(output.substr(start.size()), report);
 }
 
-#ifndef _WIN32
 void CheckReported(const Outcome& outcome, const std::string& text) {
   INFO(outcome.output);
   CHECK(outcome.exitCode == 0);
   CHECK(outcome.errors == "");
   CHECK(IsReported(outcome.output, text));
 }
-#endif
 
 }  // namespace norv::test

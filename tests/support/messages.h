@@ -12,9 +12,7 @@ inline const std::string kBanner = "\nBegin 64 bit Command Line Processing\nVers
 // Whether the output is the banner, exactly this text, and the end report with any times.
 bool IsReported(const std::string& output, const std::string& text);
 
-#ifndef _WIN32
 // Checks that a run ended well with such an output and without a warning.
 void CheckReported(const Outcome& outcome, const std::string& text);
-#endif
 
 }  // namespace norv::test

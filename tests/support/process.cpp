@@ -1,7 +1,5 @@
 #include "support/process.h"
 
-#ifndef _WIN32
-
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -160,5 +158,3 @@ void TerminalRun::HangUp() {
 }
 
 }  // namespace norv::test
-
-#endif

@@ -1,8 +1,6 @@
 // Programs run as a user or the graphical program would: arguments, environment, streams, terminal, exit code.
 #pragma once
 
-#ifndef _WIN32
-
 #include <string>
 #include <sys/types.h>
 #include <termios.h>
@@ -69,5 +67,3 @@ class TerminalRun {
 };
 
 }  // namespace norv::test
-
-#endif

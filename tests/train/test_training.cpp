@@ -1,24 +1,15 @@
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <doctest/doctest.h>
-#include <limits>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "net/forward.h"
-#include "support/captured_output.h"
 #include "support/levels.h"
 #include "support/nets.h"
 #include "support/samples.h"
+#include "support/test.h"
 #include "train/backward.h"
 #include "train/row_net.h"
 #include "train/train.h"
 #include "train/training_watch.h"
-
-using namespace norv;
-using namespace norv::test;
 
 namespace {
 

@@ -1,21 +1,13 @@
-#include <algorithm>
-#include <doctest/doctest.h>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "raster/filters.h"
 #include "raster/orient.h"
 #include "raster/separable.h"
-#include "support/captured_output.h"
 #include "support/plain_enlarge.h"
 #include "support/random_plane.h"
 #include "support/samples.h"
-#include "support/scratch.h"
+#include "support/test.h"
 #include "train/training_pairs.h"
-
-using namespace norv;
-using namespace norv::test;
 
 namespace {
 

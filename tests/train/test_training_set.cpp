@@ -1,14 +1,7 @@
-#include <algorithm>
-#include <doctest/doctest.h>
-#include <string>
-#include <vector>
 
 #include "support/samples.h"
-#include "support/scratch.h"
+#include "support/test.h"
 #include "train/training_set.h"
-
-using namespace norv;
-using namespace norv::test;
 
 namespace {
 
