@@ -130,13 +130,16 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
 TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
   test::ScratchFolder folder;
   Picture both(16, 12, 2);
-  both.plane[0] = both.plane[1] = test::Scene(16, 12);
+  both.plane[1] = test::Scene(16, 12);
+  both.plane[0].fill(255);
   SaveImage(folder / "ga.png", both, {});
+  SaveImage(folder / "alone.png", GreyPicture(both.Alpha()), {});
+  CHECK(KitIn(folder, "restore alone.png large.png").exitCode == 0);
   CHECK(KitIn(folder, "restore ga.png out.png").exitCode == 0);
   const Picture large = ReadPicture(folder / "out.png");
   CHECK(large.channels == 2);
   CHECK(large.Width() == 32);
-  CHECK(Psnr(large.plane[0], large.plane[1]) > 50);
+  CHECK(Psnr(large.Alpha(), ReadPicture(folder / "large.png").plane[0]) > 50);
   const test::Outcome bytes = KitIn(folder, "restore ga.png out.png --bits-road");
   CHECK(bytes.errors.find("alpha") != std::string::npos);
   CHECK(ReadPicture(folder / "out.png").channels == 3);

@@ -6,6 +6,7 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
+#include "kit/pictures/premultiplied.h"
 #include "kit/scale/scale.h"
 #include "net/enlarge.h"
 #include "net/layouts.h"
@@ -47,9 +48,12 @@ Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how) 
   const PictureShape shape = picture.Shape();
   RequireEnlargement(net, shape);
   if (!GoesInBands(shape, how)) how.bands = 1;
+  Premultiply(picture);
   FloatImage image = ToFloatImage(std::move(picture));
   NetEnlargeImage(image, net, how.shortcut || shape.IsGrey(), how.average, how.bands);
-  return ShownAs(shape, ToPicture(std::move(image)));
+  Picture large = ShownAs(shape, ToPicture(std::move(image)));
+  Unpremultiply(large);
+  return large;
 }
 
 bool GoesInBands(const PictureShape& shape, const NetEnlargement& how) {
@@ -60,8 +64,9 @@ void EnlargeRowsByNet(PictureSource picture, const NeuralNet& net, const NetEnla
                       const WriteChoice& choice, int32_t stripRows) {
   const PictureShape shape = picture.shape;
   const int32_t factor = RequireEnlargement(net, shape);
-  const PictureSink file =
-      CreateImage(out, {shape.width * factor, shape.height * factor, shape.channels, shape.bits}, choice);
+  const PictureSink file = Unpremultiplied(
+      CreateImage(out, {shape.width * factor, shape.height * factor, shape.channels, shape.bits}, choice));
+  picture = Premultiplied(picture);
   const auto take = [&](FloatImage& rows) {
     file.write(ShownAs(shape, ToPicture(std::move(rows))));
     return true;

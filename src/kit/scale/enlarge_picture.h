@@ -1,4 +1,4 @@
-// Pictures enlarged by a network, the alpha plane like the others.
+// Pictures enlarged by a network, the alpha plane like the others, colours multiplied by it meanwhile.
 #pragma once
 
 #include <string>

@@ -6,6 +6,7 @@
 #include "denoise/denoise.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
+#include "kit/pictures/premultiplied.h"
 #include "platform/console.h"
 #include "raster/bands.h"
 #include "restore/bit_process.h"
@@ -49,6 +50,7 @@ float NoiseOfColours(const Picture& picture, float noise) {
 Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
   const int32_t bits = picture.bits;
   const bool grey = picture.IsGrey();
+  Premultiply(picture);
   FloatImage image = ToFloatImage(std::move(picture));
   WarnOfSingleBand(image.height, bands);
   if (bands > 0) {
@@ -60,6 +62,7 @@ Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int
   Picture large = ToPicture(std::move(image));
   if (grey) large = FirstColour(std::move(large));
   large.bits = bits;
+  Unpremultiply(large);
   return large;
 }
 

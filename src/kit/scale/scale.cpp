@@ -2,6 +2,7 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/picture.h"
+#include "kit/pictures/premultiplied.h"
 #include "kit/scale/interpolation.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
@@ -16,6 +17,17 @@ Picture PerPlane(const Picture& picture, const PlaneFunction& function) {
   result.channels = picture.channels;
   result.bits = picture.bits;
   for (int32_t k = 0; k < picture.channels; ++k) function(picture.plane[k], result.plane[k]);
+  return result;
+}
+
+// The same with the colours multiplied by alpha meanwhile.
+template <typename PlaneFunction>
+Picture PerPlaneMultiplied(const Picture& picture, const PlaneFunction& function) {
+  if (!picture.HasAlpha()) return PerPlane(picture, function);
+  Picture multiplied = picture;
+  Premultiply(multiplied);
+  Picture result = PerPlane(multiplied, function);
+  Unpremultiply(result);
   return result;
 }
 
@@ -40,7 +52,7 @@ Picture ShrinkPicture(const Picture& picture, int32_t factor, int32_t shrinkOrde
   matrix kernel;
   ShrinkKernel(kernel, factor, shrinkOrder);
   if (kernel.mn == 0) Fail("there is no filter of order %d", shrinkOrder);
-  return PerPlane(picture, [&](const matrix& plane, matrix& small) {
+  return PerPlaneMultiplied(picture, [&](const matrix& plane, matrix& small) {
     small.dim(width, height);
     ShrinkMatrix(small, TopLeft(plane, width * factor, height * factor), kernel);
   });
@@ -59,8 +71,8 @@ Picture InterpolatePicture(const Picture& picture, int32_t factor, Interpolation
   RequireRoom(picture.Shape(), factor);
   const ResampleTable horizontal = InterpolationTable(interpolation, picture.Width(), factor);
   const ResampleTable vertical = InterpolationTable(interpolation, picture.Height(), factor);
-  return PerPlane(picture,
-                  [&](const matrix& plane, matrix& large) { ResampleSeparable(plane, large, horizontal, vertical); });
+  return PerPlaneMultiplied(
+      picture, [&](const matrix& plane, matrix& large) { ResampleSeparable(plane, large, horizontal, vertical); });
 }
 
 }  // namespace norv

@@ -1,4 +1,4 @@
-// Pictures made smaller and larger, plane by plane, the alpha plane like the others.
+// Pictures made smaller and larger, plane by plane, the alpha plane like the others, colours multiplied by it.
 #pragma once
 
 #include <cstdint>

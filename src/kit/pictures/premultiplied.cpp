@@ -1,0 +1,62 @@
+#include "kit/pictures/premultiplied.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "kit/pictures/picture.h"
+
+namespace norv {
+namespace {
+
+// How far from 255 a plane of 255 may be after scaling: networks leave the most.
+constexpr float kOpaqueWithin = 0.25f;
+
+void PremultiplyRows(Picture& picture, int32_t at, int32_t count) {
+  const int64_t first = int64_t{picture.Width()} * at, end = first + int64_t{picture.Width()} * count;
+  const float* alpha = picture.Alpha().x;
+  for (int32_t k = 0; k < picture.Colours(); ++k) {
+    float* colour = picture.plane[k].x;
+    for (int64_t i = first; i < end; ++i) colour[i] = static_cast<float>(double{colour[i]} * alpha[i] / 255);
+  }
+}
+
+}  // namespace
+
+void Premultiply(Picture& picture) {
+  if (picture.HasAlpha()) PremultiplyRows(picture, 0, picture.Height());
+}
+
+void Unpremultiply(Picture& picture) {
+  if (!picture.HasAlpha()) return;
+  const float clear = picture.bits == 16 ? 0.5f / 257 : 0.5f;
+  float* alpha = picture.Alpha().x;
+  for (int64_t i = 0; i < picture.Alpha().mn; ++i) {
+    if (std::abs(alpha[i] - 255) > kOpaqueWithin) {
+      const double share = alpha[i] < clear ? 0 : 255.0 / alpha[i];
+      for (int32_t k = 0; k < picture.Colours(); ++k) {
+        float& colour = picture.plane[k].x[i];
+        colour = static_cast<float>(std::clamp(colour * share, 0.0, 255.0));
+      }
+    }
+    alpha[i] = std::clamp(alpha[i], 0.0f, 255.0f);
+  }
+}
+
+PictureSource Premultiplied(const PictureSource& source) {
+  if (!source.shape.HasAlpha()) return source;
+  return {source.shape, [read = source.read](Picture& rows, int32_t at, int32_t count) {
+            read(rows, at, count);
+            PremultiplyRows(rows, at, count);
+          }};
+}
+
+PictureSink Unpremultiplied(const PictureSink& sink) {
+  const auto write = [write = sink.write](Picture rows) {
+    Unpremultiply(rows);
+    write(std::move(rows));
+  };
+  return {write, sink.finish};
+}
+
+}  // namespace norv
