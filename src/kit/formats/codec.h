@@ -39,7 +39,7 @@ std::span<const Codec* const> Codecs();
 const Codec* CodecOfContents(std::span<const uint8_t> start);
 const Codec* CodecOfName(const std::string& path);
 
-extern const Codec kPng, kJpeg, kTiff;
+extern const Codec kPng, kJpeg, kTiff, kBmp, kPpm, kPgm, kPbm, kPam, kPfm;
 #ifdef NORV_WEBP
 extern const Codec kWebp;
 #endif
