@@ -35,6 +35,18 @@ if(NOT WIN32)
     kit_may_use(HEIF libheif/heif.h libheif-dev heif)
     add_executable(norvkit src/kit/main.cpp)
     target_link_libraries(norvkit PRIVATE norv_kit)
+    # The shipped networks beside it, where it looks for them.
+    file(GLOB models CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} models/*.net models/catalogue.txt)
+    foreach(model ${models})
+      add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/${model} DEPENDS ${PROJECT_SOURCE_DIR}/${model}
+        COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/${model} ${PROJECT_BINARY_DIR}/${model})
+    endforeach()
+    list(TRANSFORM models PREPEND ${PROJECT_BINARY_DIR}/ OUTPUT_VARIABLE copiedModels)
+    list(TRANSFORM models PREPEND ${PROJECT_SOURCE_DIR}/)
+    add_custom_target(shipped_networks DEPENDS ${copiedModels})
+    add_dependencies(norvkit shipped_networks)
+    install(TARGETS norv norvkit)
+    install(FILES ${models} DESTINATION share/norv)
     find_program(SCDOC scdoc)
     if(SCDOC)
       add_custom_command(OUTPUT norvkit.1 DEPENDS docs/norvkit.1.scd

@@ -10,10 +10,7 @@ namespace {
 std::string FindExecutableDirectory() {
   const char own = Separators()[0];
   const std::string directory = EnvironmentVariable("NORV_DIR");
-  if (directory.empty()) {
-    const std::string path = ExecutablePath();
-    return path.substr(0, path.find_last_of(own) + 1);
-  }
+  if (directory.empty()) return OwnDirectory();
   return std::strchr(Separators(), directory.back()) ? directory : directory + own;
 }
 
@@ -22,6 +19,11 @@ std::string FindExecutableDirectory() {
 const std::string& ExecutableDirectory() {
   static const std::string directory = FindExecutableDirectory();
   return directory;
+}
+
+std::string OwnDirectory() {
+  const std::string path = ExecutablePath();
+  return path.substr(0, path.find_last_of(Separators()[0]) + 1);
 }
 
 std::string PathOf(const std::string& name, Folder folder) {

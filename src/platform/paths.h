@@ -12,6 +12,9 @@ namespace norv {
 // NORV_DIR when that is set and not empty. Ends in a separator; asked of the system once.
 const std::string& ExecutableDirectory();
 
+// The executable's real path cut after its last separator, whatever the environment says.
+std::string OwnDirectory();
+
 std::string PathOf(const std::string& name, Folder folder);
 
 // The command line as UTF-8, whatever the platform hands to main().

@@ -18,6 +18,7 @@ Command NoiseCommand();
 Command NewNetCommand();
 Command TrainCommand();
 Command CurveCommand();
+Command ModelsCommand();
 
 namespace {
 
@@ -31,7 +32,7 @@ constexpr CommandRow kCommands[] = {
     {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, TestCardCommand}, {kScale, ShrinkCommand},
     {kScale, EnlargeCommand},   {kScale, RestoreCommand},   {kNoise, DenoiseCommand},     {kNoise, NoiseCommand},
     {kLook, InfoCommand},       {kLook, CompareCommand},    {kNetworks, NewNetCommand},   {kNetworks, TrainCommand},
-    {kNetworks, CurveCommand},
+    {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
 };
 
 }  // namespace

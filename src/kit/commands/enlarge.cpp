@@ -1,103 +1,160 @@
+#include <algorithm>
+#include <cstdio>
+
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/scale/enlarge_picture.h"
-#include "kit/scale/interpolation.h"
+#include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
-#include "kit/scale/scale.h"
-#include "net/net_file.h"
+#include "net/team_size.h"
+#include "platform/console.h"
+#include "platform/team.h"
 
 namespace norv {
 namespace {
 
 struct Settings {
-  std::string picture, out, method, net;
-  int32_t factor = 0;
-  bool denoise = false;
+  std::string picture, out, method, net, model;
+  WantedSize size;
+  int32_t threads = 0;
+  bool quick = false, denoise = false;
   NetEnlargement how;
   WriteChoice choice;
 };
 
 Options NetworkRows(Settings& settings) {
-  return {{.name = "--net", .target = &settings.net, .unit = "FILE", .help = "the .net file"},
+  return {{.name = "--quick", .target = &settings.quick, .help = "one plain pass of a network: an eighth of the work"},
+          {.name = "--model",
+           .target = &settings.model,
+           .unit = "NAME",
+           .help = "the network of that name (norvkit models lists them)",
+           .byDefault = "the best for the picture"},
+          {.name = "--net",
+           .target = &settings.net,
+           .unit = "FILE",
+           .help = "the network in a .net file, plain unless --average",
+           .excludes = "--model"},
           {.name = "--average",
            .target = &settings.how.average,
-           .help = "network: mean over the eight orientations, eight times the work"},
-          {.name = "--shortcut",
+           .help = "with --net: mean over the eight orientations, eight times the work",
+           .excludes = "--quick"},
+          {.name = "--luminance-only",
            .target = &settings.how.shortcut,
-           .help = "network: only for the luminance, a third of the work"},
-          {.name = "--threads",
-           .target = &settings.how.bands,
-           .unit = "N",
-           .check = OneOf{TeamSizes(",", ",")},
-           .help = "network: bands at the same time: " + TeamSizes(", ", " or ")}};
+           .help = "with --net: the network for the luminance, a third of the work",
+           .aliases = "--shortcut"}};
 }
 
 Options Rows(Settings& settings) {
-  return Joined({{PictureRow(settings.picture),
-                  OutRow(settings.out, "the larger one"),
-                  {.name = "--factor",
-                   .target = &settings.factor,
-                   .unit = "N",
-                   .check = Between{2, 64},
-                   .help = "how many times larger",
-                   .byDefault = "2, or what the network does"},
-                  {.name = "--method",
+  return Joined({{PictureRow(settings.picture), OutRow(settings.out, "the larger one")},
+                 SizeRows(settings.size, "larger", "2, or what --net does"),
+                 {{.name = "--method",
                    .target = &settings.method,
                    .unit = "WAY",
                    .check = OneOf{"nearest,cubic,lanczos,net"},
                    .help = "nearest, cubic, lanczos or net",
-                   .byDefault = "net with --net, else lanczos"}},
+                   .byDefault = "net"}},
                  NetworkRows(settings),
-                 {DenoiseFirstRow(settings.denoise)},
+                 {ThreadsRow(settings.threads), DenoiseFirstRow(settings.denoise)},
                  WriteRows(settings.choice)});
 }
 
-Picture LoadInput(const Settings& settings) {
-  Picture picture = LoadImage(settings.picture);
-  if (settings.denoise) DenoisePicture(picture, {.threads = settings.how.bands});
-  return picture;
+bool ByFilter(const Settings& settings) { return !settings.method.empty() && settings.method != "net"; }
+
+// What was said and does nothing in the way that was chosen.
+void RefuseIdleOptions(const Settings& settings) {
+  const std::pair<const char*, bool> ofNetworks[] = {{"--net", !settings.net.empty()},
+                                                     {"--model", !settings.model.empty()},
+                                                     {"--quick", settings.quick},
+                                                     {"--average", settings.how.average},
+                                                     {"--luminance-only", settings.how.shortcut}};
+  for (const auto& [option, said] : ofNetworks)
+    if (said && ByFilter(settings))
+      throw WrongUsage(std::string(option) + " does nothing with --method " + settings.method +
+                       ": leave one of them out");
 }
 
-// Row by row where nothing asks for the whole picture: one that is cleaned of noise, or cut into bands.
-void RunNetwork(const Settings& settings) {
-  if (RecogniseWholeFile(settings.net) != FileKind::net) Fail("%s is no network", settings.net.c_str());
-  NeuralNet net;
-  LoadNet(net, settings.net, Folder::asGiven);
-  if (settings.factor != 0 && settings.factor * settings.factor != net.LastNi())
-    Fail("%s does not enlarge %d times", settings.net.c_str(), settings.factor);
-  PictureSource picture = settings.denoise ? HeldPicture(LoadInput(settings)) : OpenImage(settings.picture);
-  if (GoesInBands(picture.shape, settings.how))
-    SaveImage(settings.out, EnlargeByNet(AllRows(picture), net, settings.how), settings.choice);
-  else
-    EnlargeRowsByNet(std::move(picture), net, settings.how, settings.out, settings.choice);
+PictureSource OpenInput(const Settings& settings) {
+  PictureSource picture = OpenImage(settings.picture);
+  if (!settings.denoise) return picture;
+  Picture whole = AllRows(picture);
+  DenoisePicture(whole, {.threads = settings.threads});
+  return HeldPicture(std::move(whole));
 }
 
-Picture ByMethod(const Settings& settings) {
-  const Picture picture = LoadInput(settings);
-  const int32_t factor = settings.factor ? settings.factor : 2;
-  if (settings.method == "nearest") return RepeatPixels(picture, factor);
-  return InterpolatePicture(picture, factor,
-                            settings.method == "cubic" ? Interpolation::cubic : Interpolation::lanczos);
+PictureSize WantedOf(const Settings& settings, const PictureShape& shape) {
+  return SizeOf(shape, settings.size.Said() ? settings.size : WantedSize{.by = 2}, Direction::larger);
 }
 
-void Run(const Settings& settings) {
-  const bool byNet = settings.method == "net" || (settings.method.empty() && !settings.net.empty());
-  if (byNet && settings.net.empty()) throw WrongUsage("--method net needs --net FILE");
-  if (!byNet && !settings.net.empty()) throw WrongUsage("--net goes with --method net");
-  if (byNet) return RunNetwork(settings);
-  SaveImage(settings.out, ByMethod(settings), settings.choice);
+// The file's own network, whose factor decides.
+NetworkPlan PlanOfFile(const Settings& settings, const PictureShape& shape, PictureSize& size) {
+  const int32_t factor = FactorOfNetwork(settings.net);
+  size = SizeOf(shape, {.by = static_cast<double>(factor)}, Direction::larger);
+  if (settings.size.Said() && WantedOf(settings, shape) != size)
+    Fail("%s enlarges %s: leave out --net, or --by %d", settings.net.c_str(), factor == 2 ? "twice" : "four times",
+         factor);
+  return {{{"", settings.net, factor, {}}}, ""};
+}
+
+std::optional<NetworkPlan> PlanByName(const Settings& settings, const PictureShape& shape, const PictureSize& size) {
+  const double scale =
+      std::max(static_cast<double>(size.width) / shape.width, static_cast<double>(size.height) / shape.height);
+  if (!settings.model.empty()) return PlanNetwork(FindModel(settings.model), scale);
+  return PlanNetworks(FindModels(), settings.quick ? NetworkWay::quick : NetworkWay::best, {}, scale);
+}
+
+std::string ThreadsInWords(int32_t threads) {
+  return std::to_string(threads) + (threads == 1 ? " thread" : " threads");
+}
+
+void SayChoice(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape, const PictureSize& size) {
+  std::fprintf(stderr, "%s, network %s, %s (%s%s)\n", RatioInWords(shape, size).c_str(), plan.Names().c_str(),
+               ThreadsInWords(settings.how.bands).c_str(), settings.quick ? "plain, " : "", plan.why.c_str());
+}
+
+void RunNetwork(Settings settings) {
+  PictureSource picture = OpenInput(settings);
+  const PictureShape shape = picture.shape;
+  PictureSize size;
+  if (!settings.net.empty()) {
+    const NetworkPlan plan = PlanOfFile(settings, shape, size);
+    return EnlargeByNetworks(std::move(picture), plan, settings.how, size, settings.out, settings.choice);
+  }
+  size = WantedOf(settings, shape);
+  settings.how = {.average = !settings.quick, .shortcut = true, .bands = settings.how.bands};
+  if (const auto plan = PlanByName(settings, shape, size)) {
+    SayChoice(settings, *plan, shape, size);
+    return EnlargeByNetworks(std::move(picture), *plan, settings.how, size, settings.out, settings.choice);
+  }
+  if (settings.method == "net") Fail("%s", NoNetworks().c_str());
+  Warn("%s; so Lanczos-3 enlarges, which is worse", NoNetworks().c_str());
+  EnlargeByFilter(std::move(picture), ResizeFilter::lanczos, size, settings.out, settings.choice);
+}
+
+void Run(const Settings& asked) {
+  RefuseIdleOptions(asked);
+  Settings settings = asked;
+  if (settings.threads == 0) settings.threads = ProcessorCount();
+  settings.how.bands = IsTeamSize(asked.threads) ? asked.threads : 1;
+  if (!ByFilter(settings)) return RunNetwork(settings);
+  PictureSource picture = OpenInput(settings);
+  const PictureSize size = WantedOf(settings, picture.shape);
+  EnlargeByFilter(std::move(picture),
+                  settings.method == "nearest" ? ResizeFilter::nearest
+                  : settings.method == "cubic" ? ResizeFilter::cubic
+                                               : ResizeFilter::lanczos,
+                  size, settings.out, settings.choice);
 }
 
 }  // namespace
 
 Command EnlargeCommand() {
   return MakeCommand<Settings>({.name = "enlarge",
-                                .purpose = "Make a picture larger: repeated pixels, interpolation or a network",
-                                .examples = "norvkit enlarge small.png large.png --factor 2 --method lanczos\n"
+                                .purpose = "Make a picture larger: by the best network there is, or by interpolation",
+                                .examples = "norvkit enlarge photo.jpg large.jpg\n"
+                                            "norvkit enlarge photo.jpg large.png --width 3000\n"
+                                            "norvkit enlarge photo.jpg large.png --by 4 --quick\n"
                                             "norvkit enlarge small.png large.png --net test.net --average --threads 4"},
                                Rows, Run);
 }

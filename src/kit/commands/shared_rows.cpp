@@ -1,6 +1,7 @@
 #include "kit/commands/shared_rows.h"
 
 #include "kit/formats/encoding.h"
+#include "kit/scale/wanted_size.h"
 #include "kit/training/start_net.h"
 #include "net/layouts.h"
 #include "net/team_size.h"
@@ -44,6 +45,43 @@ Options WriteRows(WriteChoice& choice) {
            .target = &choice.encoding.lossless,
            .help = "keep every sample, where the format can do either (WebP)",
            .excludes = "--quality"}};
+}
+
+Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {
+  constexpr Between kPixels{1, 1000000};
+  return {{.name = "--by",
+           .target = &size.by,
+           .unit = "X",
+           .check = Between{1.01, 64},
+           .help = std::string("how many times ") + direction + ", such as 1.5 or 3",
+           .byDefault = byDefault,
+           .aliases = "--factor"},
+          {.name = "--width",
+           .target = &size.width,
+           .unit = "N",
+           .check = kPixels,
+           .help = "in pixels",
+           .byDefault = "as the picture's proportions say"},
+          {.name = "--height",
+           .target = &size.height,
+           .unit = "N",
+           .check = kPixels,
+           .help = "in pixels; with --width as large as fits both",
+           .byDefault = "as the picture's proportions say"},
+          {.name = "--longest",
+           .target = &size.longest,
+           .unit = "N",
+           .check = kPixels,
+           .help = "pixels of the longer side"}};
+}
+
+Option ThreadsRow(int32_t& threads) {
+  return {.name = "--threads",
+          .target = &threads,
+          .unit = "N",
+          .check = Between{1, 1024},
+          .help = "at the same time; the result does not depend on it",
+          .byDefault = "all cores"};
 }
 
 Option DenoiseFirstRow(bool& target) {

@@ -7,6 +7,7 @@ namespace norv {
 
 struct WriteChoice;
 struct NetPlan;
+struct WantedSize;
 
 // Made of several lists.
 Options Joined(std::initializer_list<Options> lists);
@@ -21,6 +22,12 @@ Option OutRow(std::string& target, const char* what);
 
 // --bits and --quality of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
+
+// --by, --width, --height and --longest of commands that make a picture larger or smaller.
+Options SizeRows(WantedSize& size, const char* direction, const char* byDefault);
+
+// --threads of commands whose result does not depend on it; 0: all cores.
+Option ThreadsRow(int32_t& threads);
 
 // --denoise of commands that may do so first.
 Option DenoiseFirstRow(bool& target);

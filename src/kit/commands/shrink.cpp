@@ -1,8 +1,11 @@
+#include <cmath>
+
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
+#include "kit/scale/resize.h"
 #include "kit/scale/scale.h"
 
 namespace norv {
@@ -10,34 +13,52 @@ namespace {
 
 struct Settings {
   std::string picture, out;
-  int32_t factor = 2, order = -1;
+  WantedSize size;
+  std::optional<double> order;
   WriteChoice choice;
 };
 
 Options Rows(Settings& settings) {
-  return Joined(
-      {{PictureRow(settings.picture),
-        OutRow(settings.out, "the smaller one"),
-        {.name = "--factor",
-         .target = &settings.factor,
-         .unit = "N",
-         .check = Between{2, 64},
-         .help = "how many times smaller, 2 to 64"},
-        {.name = "--order", .target = &settings.order, .unit = "K", .help = std::string("filter: ") + kShrinkOrders}},
-       WriteRows(settings.choice)});
+  return Joined({{PictureRow(settings.picture), OutRow(settings.out, "the smaller one")},
+                 SizeRows(settings.size, "smaller", "2"),
+                 {{.name = "--order",
+                   .target = &settings.order,
+                   .unit = "K",
+                   .check = Form::wholeNumber,
+                   .help = std::string("filter of whole factors: ") + kShrinkOrders,
+                   .byDefault = "-1"}},
+                 WriteRows(settings.choice)});
+}
+
+// The factor by which pairs for training are made, cropped to a multiple of it; 0: another size.
+int32_t WholeFactor(const WantedSize& size) {
+  if (!size.Said()) return 2;
+  return size.by == std::floor(size.by) ? static_cast<int32_t>(size.by) : 0;
 }
 
 void Run(const Settings& settings) {
-  SaveImage(settings.out, ShrinkPicture(LoadImage(settings.picture), settings.factor, settings.order), settings.choice);
+  PictureSource picture = OpenImage(settings.picture);
+  if (const int32_t factor = WholeFactor(settings.size)) {
+    const int32_t order = static_cast<int32_t>(settings.order.value_or(-1));
+    return static_cast<void>(SaveImage(settings.out, ShrinkPicture(AllRows(picture), factor, order), settings.choice));
+  }
+  if (settings.order) throw WrongUsage("--order goes with whole factors: leave it out, or --by 2");
+  const PictureSize size = SizeOf(picture.shape, settings.size, Direction::smaller);
+  picture = Resized(picture, size, ResizeFilter::lanczos);
+  CopyRows(picture, CreateImage(settings.out, picture.shape, settings.choice));
 }
 
 }  // namespace
 
 Command ShrinkCommand() {
-  return MakeCommand<Settings>({.name = "shrink",
-                                .purpose = "Make a picture smaller as training pictures are",
-                                .examples = "norvkit shrink original.png small.png --factor 2 --order -1"},
-                               Rows, Run);
+  return MakeCommand<Settings>(
+      {.name = "shrink",
+       .purpose = "Make a picture smaller, without aliasing",
+       .examples = "norvkit shrink photo.jpg small.jpg --longest 1600\n"
+                   "norvkit shrink original.png small.png --by 2 --order -1",
+       .notes = "By a whole factor the picture is made smaller as training pictures are, cropped at the right and\n"
+                "below to a multiple of it; to any other size by a stretched Lanczos-3."},
+      Rows, Run);
 }
 
 }  // namespace norv

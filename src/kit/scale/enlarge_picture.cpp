@@ -17,9 +17,7 @@ namespace {
 
 // The network's factor for a picture of this size.
 int32_t RequireEnlargement(const NeuralNet& net, const PictureShape& shape) {
-  if (const char* reason = WhyNotEvaluable(net)) Fail("%s", reason);
-  if (!FindEnlargement(net.N0, net.LastNi()))
-    Fail("a network of %d inputs and %d outputs does not enlarge", net.N0, net.LastNi());
+  RequireEnlargement(net);
   const int32_t factor = net.LastNi() == 4 ? 2 : 4;
   RequireRoom(shape, factor);
   return factor;
@@ -43,6 +41,12 @@ ImageSource ImageRowsOf(const PictureSource& picture) {
 }
 
 }  // namespace
+
+void RequireEnlargement(const NeuralNet& net) {
+  if (const char* reason = WhyNotEvaluable(net)) Fail("%s", reason);
+  if (!FindEnlargement(net.N0, net.LastNi()))
+    Fail("a network of %d inputs and %d outputs does not enlarge", net.N0, net.LastNi());
+}
 
 Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how) {
   const PictureShape shape = picture.Shape();

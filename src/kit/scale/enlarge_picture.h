@@ -16,6 +16,9 @@ struct NetEnlargement {
   int32_t bands = 1;      // 1, 4, 8 or 16, all at the same time
 };
 
+// Throws a Failure when the network does not fit enlargement.
+void RequireEnlargement(const NeuralNet& net);
+
 // By the network, whose outputs decide the factor. A picture of too few rows for the bands gets one. Grey pictures take
 // the shortcut, which for them is the same answer. Throws a Failure when the network does not fit enlargement.
 Picture EnlargeByNet(Picture picture, const NeuralNet& net, NetEnlargement how);

@@ -3,16 +3,12 @@
 #include <cmath>
 
 namespace norv {
-namespace {
 
-// Keys' kernel with a = -1/2.
 double CubicKernel(double x) {
   const double t = std::abs(x);
   if (t < 1) return (1.5 * t - 2.5) * t * t + 1;
   return t < 2 ? ((-0.5 * t + 2.5) * t - 4) * t + 2 : 0;
 }
-
-}  // namespace
 
 ResampleTable InterpolationTable(Interpolation interpolation, int32_t length, int32_t factor) {
   if (interpolation == Interpolation::lanczos) return EnlargementTable(length, factor);

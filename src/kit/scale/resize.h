@@ -1,0 +1,21 @@
+// Pictures of any size from pictures of any other, by filters that do not alias.
+#pragma once
+
+#include "kit/pictures/picture_rows.h"
+#include "kit/scale/wanted_size.h"
+#include "raster/separable.h"
+
+namespace norv {
+
+enum class ResizeFilter { nearest, cubic, lanczos };
+
+// An axis of `from` pixels as one of `to` pixels: Lanczos-3, or cubic convolution with a = -1/2 (Keys 1981), stretched
+// by the ratio where the axis becomes shorter, or the pixel whose middle is nearest. Outside pixels are mirrored
+// without repeating the edge; the weights of a position have the sum 1.
+ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter);
+
+// The picture in another size, row by row, colours multiplied by alpha meanwhile: as many of its rows are held as the
+// filter reaches and are asked for.
+PictureSource Resized(const PictureSource& picture, const PictureSize& size, ResizeFilter filter);
+
+}  // namespace norv
