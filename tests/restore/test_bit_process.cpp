@@ -1,7 +1,7 @@
 
 #include "restore/bit_process.h"
 #include "restore/restore_image.h"
-#include "support/random_plane.h"
+#include "support/random_image.h"
 #include "support/restoration.h"
 #include "support/test.h"
 
@@ -23,13 +23,6 @@ Bytes Converted(const FloatImage& display, int32_t r, int32_t c) {
 Bytes PixelOf(const BitImage& image, int32_t row, int32_t column) {
   const uint8_t* pixel = image.rows[row] + 3 * column;
   return {pixel[0], pixel[1], pixel[2]};
-}
-
-FloatImage RandomImage(int32_t width, int32_t height, int32_t format) {
-  FloatImage image(width, height, kDefaultFormat);
-  for (unsigned k = 0; k < 3; ++k) image.plane[k] = test::RandomPlane(width, height, 5 + k, -40, 330);
-  image.ConvertTo(format);
-  return image;
 }
 
 BitImage Filled(int32_t width, int32_t height, uint8_t byte) {
@@ -55,7 +48,7 @@ TEST_CASE("colours to bytes: hue is kept, the third value comes first") {
 TEST_CASE("a paste converts every pixel as ToBytes does, in every format") {
   for (const int32_t format : {kDefaultFormat, int32_t{kLuminance}, int32_t{kWithFourth}}) {
     CAPTURE(format);
-    const FloatImage source = RandomImage(263, 3, format);  // more than a block, and an odd rest
+    const FloatImage source = RandomColours(263, 3, format, -40, 330);  // more than a block, and an odd rest
     BitImage image = Filled(263, 3, 9);
     PasteToBitImage(image, 0, 0, source, nullptr, 0, 0, 0, 0);
     FloatImage display = source;
@@ -68,7 +61,7 @@ TEST_CASE("a paste converts every pixel as ToBytes does, in every format") {
 }
 
 TEST_CASE("a paste leaves out margins, masked pixels and what lies outside") {
-  const FloatImage source = RandomImage(8, 7, kDefaultFormat);
+  const FloatImage source = RandomColours(8, 7, kDefaultFormat, -40, 330);
   BitMask mask;
   mask.Resize(5, 6);
   for (int32_t k = 0; k < 30; ++k)
@@ -91,16 +84,16 @@ TEST_CASE("a paste leaves out margins, masked pixels and what lies outside") {
 }
 
 TEST_CASE("a bit image in bands has the bytes of the float image in bands") {
-  const RestoreParameters parameters = test::TestParameters(0, 2, 1);  // emphasis: rounding makes no other bytes of it
-  BitImage bits = Filled(6, 50, 0), expected = Filled(12, 100, 0);
-  FloatImage image(6, 50, kDefaultFormat);
-  for (int32_t i = 0; i < 3 * 300; ++i) {
+  const RestoreParameters parameters = TestParameters(0, 2, 1);  // emphasis: rounding makes no other bytes of it
+  BitImage bits = Filled(6, 272, 0), expected = Filled(12, 544, 0);
+  FloatImage image(6, 272, kDefaultFormat);
+  for (int32_t i = 0; i < 3 * image.count; ++i) {
     const int32_t k = i % 3, c = i / 3 % 6, r = i / 18;
     image.plane[k].z[r][c] = bits.rows[r][3 * c + 2 - k] = static_cast<uint8_t>(i * i * 37 % 251);
   }
-  RestoreImageInBands(image, parameters, 4, 1);
+  RestoreImageInBands(image, parameters, 16, 1);
   PasteToBitImage(expected, 0, 0, image, nullptr, 0, 0, 0, 0);
-  // The second band comes after the third, which is the other thread's first: it must not write beyond its rows.
-  ProcessBitImageInBands(bits, parameters, kDefaultFormat, 4, 2);
-  for (int32_t i = 0; i < 12 * 100; ++i) CHECK(PixelOf(bits, i / 12, i % 12) == PixelOf(expected, i / 12, i % 12));
+  // Each band in a thread of its own, so that some end after the one below them: none may write beyond its rows.
+  ProcessBitImageInBands(bits, parameters, kDefaultFormat, 16, 16);
+  CHECK(std::equal(bits.pixels.get(), bits.pixels.get() + bits.size, expected.pixels.get()));
 }

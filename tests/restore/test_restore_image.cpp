@@ -3,18 +3,14 @@
 #include "restore/edge_mask.h"
 #include "restore/restore_image.h"
 #include "restore/restore_plane.h"
-#include "support/random_plane.h"
+#include "support/random_image.h"
 #include "support/restoration.h"
 #include "support/test.h"
 
 namespace {
 
 FloatImage Picture(int32_t w, int32_t h, int32_t format = kDefaultFormat) {
-  FloatImage image(w, h, kDefaultFormat);
-  for (unsigned p = 0; p < 3; ++p) image.plane[p] = RandomPlane(w, h, 20 + p, 20, 230);
-  image.ConvertTo(format);
-  if (ModelOf(format) == kWithFourth) image.plane[3] = RandomPlane(w, h, 30, 0, 255);
-  return image;
+  return RandomColours(w, h, format, 20, 230);
 }
 
 FloatImage Restored(FloatImage image, const RestoreParameters& p) {
