@@ -4,12 +4,8 @@
 #include "support/process.h"
 #include "support/test.h"
 
-namespace {
-
 // The words of a restoration but for the first and the last.
-const std::string kRestoration = " 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 ";
-
-}  // namespace
+static const std::string kRestoration = " 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 ";
 
 TEST_CASE("a mode that does not exist runs nothing but the end report") {
   for (const auto& [line, mode] : {std::pair{"16", "16"}, {"+99x", "99"}, {"99999999999", "2147483647"}})
@@ -20,9 +16,8 @@ TEST_CASE("a mode that does not exist runs nothing but the end report") {
 TEST_CASE("too few arguments or an unknown vector level: exit code 2, the reason on standard error, no file touched") {
   const ScratchFolder folder;
   for (const std::string& line :
-       {std::string(), std::string("10 0 1"), std::string("-1"), std::string("word"), std::string("9 1 2 3 4 5 6 7 8"),
-        std::string("6 1 2 3 4 5 6 7 x.fdib"), std::string("7 1 2 3 4 5 6 7 8 9 x.fdib"), std::string("11 0 1 8 4"),
-        "5" + kRestoration, std::string("15")}) {
+       std::vector<std::string>{"", "10 0 1", "-1", "word", "9 1 2 3 4 5 6 7 8", "6 1 2 3 4 5 6 7 x.fdib",
+                                "7 1 2 3 4 5 6 7 8 9 x.fdib", "11 0 1 8 4", "5" + kRestoration, "15"}) {
     Command command = NorvIn(folder, line);
     if (line == "15") command.environment.push_back("NORV_SIMD=mmx");
     const Outcome outcome = Run(command);
@@ -41,12 +36,4 @@ TEST_CASE("modes 14 and 15 say that a series has ended; the end of the input cou
     CHECK(single.output == kBanner + "\nMode = 15\nDone!\nPress any key 3 times to exit.");
     CHECK(series.errors + single.errors == "");
   }
-}
-
-TEST_CASE("training says what it was asked for before it does it") {
-  const ScratchFolder folder;
-  const std::string expected = kBanner +
-                               "\nMode = 9\niters = 10, nu0 = 0.500000, nuf = 0.001000, CostSelection = 2, Alternate = "
-                               "-1,\nClip = nan, Momentum = 0.000000, Number of Threads = 3\nSoundNotification = 7\n";
-  CHECK(RunIn(folder, "9 10 0.5 1e-3 2 -1 nan x 3 7").output.rfind(expected, 0) == 0);
 }

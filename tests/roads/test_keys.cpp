@@ -14,12 +14,9 @@ TEST_CASE("three keys end the notice; they are not echoed and a fourth stays for
   CHECK(run.Shown().find_first_of("yzq", run.Shown().find("to exit.")) == std::string::npos);
   CHECK((run.Settings().c_lflag & (ECHO | ICANON)) == (ECHO | ICANON));
   CHECK(run.Unread() == "q");
-}
-
-TEST_CASE("keys typed ahead count") {
-  TerminalRun run({.arguments = {"15"}});
-  run.Type("abc");
-  CHECK(run.Wait() == 0);
+  TerminalRun typedAhead({.arguments = {"15"}});
+  typedAhead.Type("abc");
+  CHECK(typedAhead.Wait() == 0);
 }
 
 TEST_CASE("every way out puts the terminal back") {
