@@ -5,13 +5,6 @@
 
 namespace {
 
-std::string FileOf(const FloatImage& image) {
-  const auto words = static_cast<int32_t>(image.mask.words.size());
-  std::string bytes = Int32Bytes({image.width, image.height, image.format, words});
-  for (const matrix& plane : image.plane) bytes += BytesOf(plane.x, plane.mn);
-  return bytes + BytesOf(image.mask.words.data(), words);
-}
-
 bool Filled(const matrix& plane, int32_t count, float value) {
   return plane.mn == count && std::all_of(plane.x, plane.x + count, [=](float x) { return x == value; });
 }
@@ -22,12 +15,12 @@ TEST_CASE("another size or colour model gives planes of zeros, a fourth of 255 a
   FloatImage image = RandomFloatImage(4, 3, 23);
   CHECK((image.planes == 3 && image.toModel && image.fromModel && !image.toModel4 && !image.fromModel4));
   image.mask.Resize(4, 3);
-  const std::string before = FileOf(image);
+  const std::string before = ImageBytes(image);
   image.Redim(4, 3, 17);
   CHECK(std::exchange(image.format, 23) == 17);
   image.ConvertTo(17);
   CHECK(std::exchange(image.format, 23) == 17);
-  CHECK(FileOf(image) == before);
+  CHECK(ImageBytes(image) == before);
   for (const auto& [height, format, planes] :
        {std::array{3, 0x2002, 4}, {3, 0x20007, 3}, {5, 0x20007, 3}, {5, 0x30, 0}}) {
     for (int32_t k = 0; k < image.planes; ++k) image.plane[k].fill(7);
@@ -60,7 +53,7 @@ TEST_CASE(".fdib files byte for byte, whole and in groups of rows") {
       image.mask.Set(1, 0);
       parts.mask.Resize(width, height);
     }
-    const std::string expected = FileOf(image);
+    const std::string expected = ImageBytes(image);
     CHECK(FloatImageHeader{width, height, format, words}.FileBytes() == static_cast<int64_t>(expected.size()));
     REQUIRE(!image.Save(path, Folder::asGiven));
     CHECK(ReadBytes(path) == expected);
@@ -78,14 +71,14 @@ TEST_CASE(".fdib files byte for byte, whole and in groups of rows") {
     // The mask's length follows from the size, not from the count that is stored.
     if (words) WriteBytes(path, std::string(expected).replace(12, 1, 1, '\1'));
     REQUIRE(!back.Load(path, Folder::asGiven));
-    CHECK(FileOf(back) == expected);
+    CHECK(ImageBytes(back) == expected);
     CHECK((back.count == width * height && back.plane[0].m == image.plane[0].m));
     FloatImageReader in(path);
     in.Read(parts, 0, 3);
     in.Read(parts, 3, height - 3);
     in.ReadMask(parts.mask.words.data(), words / 2);
     in.ReadMask(parts.mask.words.data() + words / 2, words - words / 2);
-    CHECK(FileOf(parts) == expected);
+    CHECK(ImageBytes(parts) == expected);
   }
   BitMask mask;
   mask.Resize(10, 10);
@@ -97,16 +90,16 @@ TEST_CASE("odd .fdib files") {
   const ScratchFolder folder;
   const std::string path = folder / "a.fdib";
   FloatImage image = RandomFloatImage(2, 2, 23);
-  const std::string before = FileOf(image);
+  const std::string before = ImageBytes(image);
   CHECK(image.Load(folder / "none.fdib", Folder::asGiven));
-  CHECK(FileOf(image) == before);
+  CHECK(ImageBytes(image) == before);
   CHECK(image.Save(folder / "none/a.fdib", Folder::asGiven));
   REQUIRE(!FloatImage().Save(path, Folder::asGiven));
   CHECK(ReadBytes(path) == Int32Bytes({0, 0, 23, 0}));
   // Ends within the second plane: zeros from there on.
   WriteBytes(path, before.substr(0, 40));
   CHECK(!image.Load(path, Folder::asGiven));
-  CHECK(FileOf(image) == before.substr(0, 40) + std::string(24, '\0'));
+  CHECK(ImageBytes(image) == before.substr(0, 40) + std::string(24, '\0'));
 
   for (const auto& [width, height] : {std::pair{-1, 4}, {-5, -5}, {46341, 46341}, {50000, 50000}}) {
     CHECK_FALSE(FloatImageHeader{width, height, 23, 0}.Possible());

@@ -6,37 +6,25 @@
 #include "support/plain_activation.h"
 #include "support/test.h"
 
-#ifdef __GLIBC__  // the C library whose exp, log and atan the results were compared with for every float there is
-TEST_CASE("every kind has the formula's single-precision results") {
+TEST_CASE("every kind has the formula's single-precision results, at its ends too") {
+  const float infinity = std::numeric_limits<float>::infinity();
+  // On purpose exp may overflow on the way.
+  const std::vector<float> ends = {infinity, -infinity, std::nanf(""), 0.0f, -0.0f, 710, -710};
   std::mt19937 random(5);
   for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
     int different = 0;
-    for (int i = 0; i < 300000; ++i) {
+    for (size_t i = 0; i < 300000; ++i) {
       // Half of them of any exponent, half where the functions bend.
       const auto bits = static_cast<uint32_t>(random());
       float x = static_cast<float>(static_cast<int32_t>(bits)) * 0x1p-26f;
       if (i % 2) std::memcpy(&x, &bits, sizeof x);
+      if (i < ends.size()) x = ends[i];
       const float got = static_cast<float>(ActivationOf(kind).f(x)),
                   want = static_cast<float>(PlainActivation(kind, x));
       different += std::memcmp(&got, &want, sizeof x) != 0 && !(std::isnan(got) && std::isnan(want));
     }
     CHECK_MESSAGE(different == 0, "kind ", kind);
   }
-}
-#endif
-
-TEST_CASE("ends of the activation kinds") {
-  const double infinity = std::numeric_limits<double>::infinity();
-  for (const double x : {infinity, -infinity, std::nan(""), 0.0, -0.0})
-    for (int32_t kind = 1; kind < kActivationKinds; ++kind) {
-      const double got = ActivationOf(kind).f(x), want = PlainActivation(kind, x);
-      CAPTURE(kind);
-      CAPTURE(x);
-      CHECK((static_cast<float>(got) == static_cast<float>(want) || (std::isnan(got) && std::isnan(want))));
-      CHECK((std::isnan(want) || std::signbit(got) == std::signbit(want)));
-    }
-  CHECK(ActivationOf(16).f(710) == infinity);  // exp overflows on the way, on purpose: written down as log(exp(x) + 1)
-  CHECK(std::isnan(ActivationOf(17).f(-infinity)));
   // The logistic function keeps the whole range of doubles, far below what a float can show.
   for (const double x : {-200.0, -708.0, -709.7})
     CHECK(ActivationOf(1).f(x) / PlainActivation(1, x) == doctest::Approx(1).epsilon(1e-14));

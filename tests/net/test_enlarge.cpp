@@ -10,17 +10,10 @@
 
 namespace {
 
-struct Case {
+struct Layout {
   int32_t inputs, outputs;
 };
-const std::vector<Case> kCases = {{8, 4}, {8, 16}, {24, 4}, {24, 16}, {48, 4}, {48, 16}, {49, 16}, {72, 16}};
-
-bool SameImage(const FloatImage& a, const FloatImage& b) {
-  bool same = a.width == b.width && a.height == b.height && a.count == b.count && a.format == b.format &&
-              a.mask.words == b.mask.words;
-  for (int32_t p = 0; p < 4; ++p) same = same && SameBits(a.plane[p], b.plane[p]);
-  return same;
-}
+const std::vector<Layout> kLayouts = {{8, 4}, {8, 16}, {24, 4}, {24, 16}, {48, 4}, {48, 16}, {49, 16}, {72, 16}};
 
 FloatImage Enlarged(FloatImage image, const NeuralNet& net, bool shortcut, bool average, int32_t threads) {
   NetEnlargeImage(image, net, shortcut, average, threads);
@@ -35,19 +28,11 @@ FloatImage Masked(int32_t w, int32_t h, int32_t format) {
   return image;
 }
 
-FloatImage WithMask(FloatImage image, const BitMask& mask) {
-  image.mask = mask;
-  return image;
-}
-
 }  // namespace
 
 TEST_CASE("every layout, size of plane and depth of network, plain and averaged, has the bits of the plain form") {
   const auto check = [](const NeuralNet& net, int32_t w, int32_t h) {
-    CAPTURE(net.N0);
-    CAPTURE(net.LastNi());
-    CAPTURE(w);
-    CAPTURE(h);
+    INFO(net.N0, " inputs, ", net.LastNi(), " outputs, ", w, " x ", h);
     const matrix P = RandomPlane(w, h, w * h);
     matrix out;
     NetEnlargeChannel(net, P, out);
@@ -55,7 +40,7 @@ TEST_CASE("every layout, size of plane and depth of network, plain and averaged,
     NetEnlargeChannelAveraged(net, P, out);
     CHECK(SameBits(out, PlainAveraged(net, P)));
   };
-  for (const Case layout : kCases)
+  for (const Layout layout : kLayouts)
     for (const auto& [w, h] : {std::pair{1, 1}, {1, 6}, {7, 1}, {2, 2}, {3, 5}, {70, 3}, {5, 35}})
       check(RandomRecord(layout.inputs, {6, layout.outputs}, kExactKinds, w + h), w, h);
   // Wider than a tile, of one layer and of many.
@@ -73,7 +58,7 @@ TEST_CASE("images of three and four planes, whole and by the shortcut; bands are
         const FloatImage image = Masked(9, 6, format);
         FloatImage expected = image;
         PlainImage(expected, net, shortcut, average);
-        CHECK(SameImage(Enlarged(image, net, shortcut, average, 1), WithMask(expected, image.mask)));
+        CHECK(ImageBytes(Enlarged(image, net, shortcut, average, 1)) == ImageBytes(expected));
       }
   struct {
     int32_t threads, rows, height;
@@ -82,8 +67,8 @@ TEST_CASE("images of three and four planes, whole and by the shortcut; bands are
     for (const bool shortcut : {false, true}) {
       CAPTURE(rows);
       const FloatImage image = Masked(4, rows, kWithFourth + 7);
-      CHECK(SameImage(Enlarged(image, narrow, shortcut, threads == 4, threads),
-                      WithMask(PlainBands(image, narrow, shortcut, threads == 4, height), image.mask)));
+      CHECK(ImageBytes(Enlarged(image, narrow, shortcut, threads == 4, threads)) ==
+            ImageBytes(PlainBands(image, narrow, shortcut, threads == 4, height)));
     }
 }
 
@@ -92,7 +77,7 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
   const std::string from = folder / "in.fdib", to = folder / "out.fdib";
   const int32_t formats[] = {kDefaultFormat, kWithFourth + 7, kLuminance + 1, 0x80};
   int32_t turn = 0;
-  for (const Case layout : kCases)
+  for (const Layout layout : kLayouts)
     for (const bool shortcut : {false, true})
       for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
         const int32_t format = formats[++turn % 4];
@@ -106,9 +91,7 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
         const bool average = turn % 2 == 0;
         const std::string whole = ImageBytes(Enlarged(image, net, shortcut, average, 1));
         for (const int32_t rows : {0, 1, 2, 7}) {
-          CAPTURE(layout.inputs);
-          CAPTURE(image.format);
-          CAPTURE(rows);
+          INFO(layout.inputs, " inputs, format ", image.format, ", strips of ", rows);
           CHECK(ErrorsOf([&] { NetEnlargeFile(from, to, net, shortcut, average, turn % 2, rows); }) == warning);
           CHECK(ReadBytes(to) == whole);
         }
@@ -135,8 +118,7 @@ TEST_CASE("more pixels than 32 bits count are refused before any work, and the o
   WriteBytes(folder / "out", "old");
   for (const auto& [w, h] : {std::pair{30000, 20000}, {50000, 50000}})
     for (const int32_t threads : {1, 4}) {
-      const int32_t header[] = {w, h, kDefaultFormat, 0};
-      WriteBytes(folder / "in", {reinterpret_cast<const char*>(header), sizeof header});
+      WriteBytes(folder / "in", Int32Bytes({w, h, kDefaultFormat, 0}));
       const NeuralNet net = RandomRecord(8, {4}, {12});
       const std::string errors = ErrorsOf([&] {
         CHECK_THROWS_AS(NetEnlargeFile(folder / "in", folder / "out", net, false, false, threads), const char*);
@@ -153,18 +135,19 @@ TEST_CASE("other thread counts and too few rows enlarge the cleared image once m
     CAPTURE(threads);
     const FloatImage image = Masked(3, rows, kWithFourth + 7);
     FloatImage cleared(6, 2 * rows, image.format);
+    cleared.mask = image.mask;
     PlainImage(cleared, net, false, false);
-    CHECK(SameImage(Enlarged(image, net, false, false, threads), WithMask(cleared, image.mask)));
+    CHECK(ImageBytes(Enlarged(image, net, false, false, threads)) == ImageBytes(cleared));
   };
   for (const int32_t threads : {4, 8}) check(10, threads);
   for (const int32_t threads : {16, 2, 3, 5, 17, -1, -4}) check(40, threads);
   const FloatImage image = RandomFloatImage(3, 40, kDefaultFormat);
-  CHECK(SameImage(Enlarged(image, net, false, false, 0), Enlarged(image, net, false, false, 1)));
+  CHECK(ImageBytes(Enlarged(image, net, false, false, 0)) == ImageBytes(Enlarged(image, net, false, false, 1)));
 }
 
 // On purpose: nothing is evaluated, and the size is taken from plane 0 as it is.
 TEST_CASE("networks without a layout leave the planes as they are") {
-  for (const Case layout : {Case{49, 4}, {72, 4}, {8, 9}, {25, 16}, {24, 1}}) {
+  for (const Layout layout : {Layout{49, 4}, {72, 4}, {8, 9}, {25, 16}, {24, 1}}) {
     CAPTURE(layout.inputs);
     const NeuralNet net = RandomRecord(layout.inputs, {layout.outputs}, {12});
     matrix out = RandomPlane(3, 2, 1);
@@ -172,7 +155,7 @@ TEST_CASE("networks without a layout leave the planes as they are") {
     NetEnlargeChannelAveraged(net, RandomPlane(5, 5, 2), out);
     CHECK(SameBits(out, RandomPlane(3, 2, 1)));
     const FloatImage image = Masked(6, 8, kWithFourth + 7);
-    CHECK(SameImage(Enlarged(image, net, false, false, 1), image));
+    CHECK(ImageBytes(Enlarged(image, net, false, false, 1)) == ImageBytes(image));
     // The resampled chrominance no longer fits the luminance; as many of its values as pixels are kept.
     const FloatImage shortcut = Enlarged(image, net, true, false, 1);
     CHECK((shortcut.width == 6 && shortcut.height == 8));

@@ -31,11 +31,7 @@ bool Agree(const NeuralNet& record, const matrix& inputs, int32_t pixels = kPixe
   return agree;
 }
 
-matrix RandomInputs(int32_t count, unsigned seed) {
-  matrix inputs = RandomPlane(count, kPixelsPerBlock, seed);
-  for (int32_t i = 0; i < inputs.mn; ++i) inputs.x[i] = inputs.x[i] / 127.5f - 1;
-  return inputs;
-}
+matrix RandomInputs(int32_t count, unsigned seed) { return RandomPlane(count, kPixelsPerBlock, seed, -1, 1); }
 
 }  // namespace
 

@@ -94,6 +94,7 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q) {
   const int32_t f = FactorOf(net), w = source.width, h = source.height;
   FloatImage result(f * w, f * h, source.format);
+  result.mask = source.mask;
   for (int32_t y = 0; y < h; y += q) {
     FloatImage band(w, q + 6, source.format);
     for (int32_t p = 0; p < source.planes; ++p)
@@ -104,12 +105,6 @@ FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool short
         std::copy_n(band.plane[p].z[f * 3 + r], f * w, result.plane[p].z[f * y + r]);
   }
   return result;
-}
-
-std::string ImageBytes(const FloatImage& image) {
-  const ScratchFolder folder;
-  static_cast<void>(image.Save(folder / "image", Folder::asGiven));
-  return ReadBytes(folder / "image");
 }
 
 }  // namespace norv::test

@@ -1,8 +1,6 @@
 // Enlargement in its plainest form: turned planes, one pixel at a time, on the record. Every faster road has its bits.
 #pragma once
 
-#include <string>
-
 #include "image/float_image.h"
 #include "net/neural_net.h"
 #include "support/random_image.h"
@@ -22,8 +20,5 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
 
 // Bands of q rows, each with three mirrored rows more at both ends.
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q);
-
-// The image as it stands in a file.
-std::string ImageBytes(const FloatImage& image);
 
 }  // namespace norv::test
