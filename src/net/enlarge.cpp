@@ -142,6 +142,24 @@ int32_t RowsOfStrip(int32_t width, int32_t planes, int32_t factor) {
 
 }  // namespace
 
+StripEnlarger::StripEnlarger(const NeuralNet& net, bool shortcut, bool average)
+    : enlarger_(std::make_unique<PlaneEnlarger>(net, average)), shortcut_(shortcut) {
+  NORV_ASSERT(enlarger_->Supported());
+}
+
+StripEnlarger::~StripEnlarger() = default;
+
+int32_t StripEnlarger::Factor() const { return enlarger_->Factor(); }
+
+Strip StripEnlarger::PlanOf(int32_t height, int32_t first, int32_t rows) {
+  return PlanStrip(height, first, rows, kLargestRadius);
+}
+
+void StripEnlarger::Enlarge(FloatImage& window, const Strip& strip) const {
+  Progress silent(kDoing, 0);
+  EnlargeStrip(*enlarger_, window, shortcut_, strip, silent);
+}
+
 void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
                     int32_t stripRows) {
   const PlaneEnlarger enlarger(net, average);
@@ -153,7 +171,7 @@ void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const Neura
   RowWindow window(source);
   bool wanted = true;
   for (int64_t first = 0; first < height && wanted; first += stripRows) {
-    const Strip strip = PlanStrip(height, static_cast<int32_t>(first), stripRows, kLargestRadius);
+    const Strip strip = StripEnlarger::PlanOf(height, static_cast<int32_t>(first), stripRows);
     FloatImage image = window.Show(strip);
     EnlargeStrip(enlarger, image, shortcut, strip, progress);
     wanted = take(image);

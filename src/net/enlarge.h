@@ -1,10 +1,15 @@
 // Images enlarged by a network, twice (4 outputs) or four times (16 outputs) on each axis.
 #pragma once
 
+#include <memory>
+
 #include "image/image_rows.h"
 #include "net/neural_net.h"
 
 namespace norv {
+
+class PlaneEnlarger;
+struct Strip;
 
 // In place. shortcut: only the luminance (and a fourth plane of model 0x2000) goes through the network, the chrominance
 // is resampled. average: the mean over the eight orientations.
@@ -21,6 +26,24 @@ void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, boo
 // the format is known. Stops where no more is wanted.
 void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
                     int32_t stripRows = 0);
+
+// The same a strip at a time, for those who share a picture's strips among threads: read-only afterwards.
+class StripEnlarger {
+ public:
+  // As NetEnlargeRows().
+  StripEnlarger(const NeuralNet& net, bool shortcut, bool average);
+  ~StripEnlarger();
+
+  int32_t Factor() const;
+  // The strip of `rows` rows from `first` on of an image of this height, with the margin that it looks at.
+  static Strip PlanOf(int32_t height, int32_t first, int32_t rows);
+  // The strip's window becomes the enlarged strip.
+  void Enlarge(FloatImage& window, const Strip& strip) const;
+
+ private:
+  std::unique_ptr<const PlaneEnlarger> enlarger_;
+  bool shortcut_;
+};
 
 // A whole image or one band, in place, on the calling thread.
 void NetEnlargeAllChannels(FloatImage& image, const NeuralNet& net, bool average);

@@ -37,15 +37,16 @@ TEST_CASE("rows from file to file make the file that the whole picture makes") {
                       {"a.bit", "b.fdib", 3, 8},  {"a.fdib", "a.fdib", 3, 8}};
   const NeuralNet net = test::RandomRecord(24, {3, 4}, test::kExactKinds);
   for (const Way& way : ways)
-    for (const int32_t rows : {0, 1, 5}) {
-      const NetEnlargement how{.average = rows == 1, .shortcut = rows == 5};
+    for (const int32_t threads : {0, 1, 5}) {
+      const NetEnlargement how{.average = threads == 1, .shortcut = threads == 5, .threads = threads};
       const WriteChoice choice{.bits = std::string(way.to) == "b.jpg" ? 8 : way.bits, .encoding = {}};
       const std::string from = folder / way.from, to = folder / way.to,
                         whole = folder / "whole" + std::filesystem::path(way.to).extension().string();
       SaveImage(from, Sample(9, 12, way.channels), {});
       SaveImage(whole, EnlargeByNet(LoadImage(from), net, how), choice);
-      EnlargeRowsByNet(OpenImage(from), net, how, to, choice, rows);
-      INFO(way.from, " to ", way.to, " by ", rows, " rows");
+      const PictureSource rows = EnlargedByNet(OpenImage(from), net, how);
+      CopyRows(rows, CreateImage(to, rows.shape, choice));
+      INFO(way.from, " to ", way.to, " by ", threads, " threads");
       CHECK(norv::test::ReadBytes(to) == norv::test::ReadBytes(whole));
       CHECK(!norv::test::ReadBytes(to).empty());
     }

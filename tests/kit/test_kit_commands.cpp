@@ -231,7 +231,6 @@ TEST_CASE("a picture made smaller and larger again is the same size and alike") 
     results.push_back(ReadPicture(folder / "large.png"));
     CHECK((results.back().Width() == 120 && results.back().Height() == 96 && results.back().bits == 16));
   }
-  // 48 rows are too few for 8 bands, which must not show.
   // The network that holds the interpolation, in every form, against the interpolation itself; chroma of the shortcut
   // differs by its own rounding only.
   for (const size_t i : {3, 4})

@@ -8,7 +8,6 @@
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
-#include "net/team_size.h"
 #include "platform/console.h"
 #include "platform/team.h"
 
@@ -110,7 +109,7 @@ std::string ThreadsInWords(int32_t threads) {
 
 void SayChoice(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape, const PictureSize& size) {
   std::fprintf(stderr, "%s, network %s, %s (%s%s)\n", RatioInWords(shape, size).c_str(), plan.Names().c_str(),
-               ThreadsInWords(settings.how.bands).c_str(), settings.quick ? "plain, " : "", plan.why.c_str());
+               ThreadsInWords(settings.how.threads).c_str(), settings.quick ? "plain, " : "", plan.why.c_str());
 }
 
 void RunNetwork(Settings settings) {
@@ -122,7 +121,7 @@ void RunNetwork(Settings settings) {
     return EnlargeByNetworks(std::move(picture), plan, settings.how, size, settings.out, settings.choice);
   }
   size = WantedOf(settings, shape);
-  settings.how = {.average = !settings.quick, .shortcut = true, .bands = settings.how.bands};
+  settings.how = {.average = !settings.quick, .shortcut = true, .threads = settings.how.threads};
   if (const auto plan = PlanByName(settings, shape, size)) {
     SayChoice(settings, *plan, shape, size);
     return EnlargeByNetworks(std::move(picture), *plan, settings.how, size, settings.out, settings.choice);
@@ -136,7 +135,7 @@ void Run(const Settings& asked) {
   RefuseIdleOptions(asked);
   Settings settings = asked;
   if (settings.threads == 0) settings.threads = ProcessorCount();
-  settings.how.bands = IsTeamSize(asked.threads) ? asked.threads : 1;
+  settings.how.threads = settings.threads;
   if (!ByFilter(settings)) return RunNetwork(settings);
   PictureSource picture = OpenInput(settings);
   const PictureSize size = WantedOf(settings, picture.shape);
@@ -155,7 +154,7 @@ Command EnlargeCommand() {
                                 .examples = "norvkit enlarge photo.jpg large.jpg\n"
                                             "norvkit enlarge photo.jpg large.png --width 3000\n"
                                             "norvkit enlarge photo.jpg large.png --by 4 --quick\n"
-                                            "norvkit enlarge small.png large.png --net test.net --average --threads 4"},
+                                            "norvkit enlarge small.png large.png --net test.net --average"},
                                Rows, Run);
 }
 

@@ -53,13 +53,8 @@ int32_t FactorOfNetwork(const std::string& path) {
 
 void EnlargeByNetworks(PictureSource picture, const NetworkPlan& plan, const NetEnlargement& how,
                        const PictureSize& size, const std::string& out, const WriteChoice& choice) {
-  const PictureShape& shape = picture.shape;
-  const int32_t factor = plan.passes[0].factor;
-  if (plan.passes.size() == 1 && WholeFactor(shape, size) == factor && !GoesInBands(shape, how))
-    return EnlargeRowsByNet(std::move(picture), LoadNetwork(plan.passes[0].path), how, out, choice);
-  const PictureSink file = CreateLarge(shape, size, out, choice);
-  for (const Model& pass : plan.passes)
-    picture = HeldPicture(EnlargeByNet(AllRows(picture), LoadNetwork(pass.path), how));
+  const PictureSink file = CreateLarge(picture.shape, size, out, choice);
+  for (const Model& pass : plan.passes) picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), how);
   if (SizeOf(picture.shape) != size) picture = Resized(picture, size, ResizeFilter::lanczos);
   CopyRows(picture, file);
 }

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "kit/formats/encoding.h"
 #include "kit/models/network_plan.h"
 #include "kit/scale/enlarge_picture.h"
 #include "kit/scale/resize.h"

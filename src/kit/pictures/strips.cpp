@@ -1,0 +1,137 @@
+#include "kit/pictures/strips.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "kit/pictures/picture.h"
+#include "platform/threads/crew.h"
+
+namespace norv {
+namespace {
+
+// Rows from `first` on of one picture into rows at, at + 1, ... of another of the same width and channels.
+void CopyPart(const Picture& from, int32_t first, int32_t rows, Picture& to, int32_t at) {
+  const int64_t width = to.Width();
+  for (int32_t k = 0; k < to.channels; ++k)
+    std::copy_n(from.plane[k].x + width * first, width * rows, to.plane[k].x + width * at);
+}
+
+Picture RoomFor(const PictureShape& shape, int32_t rows) {
+  return Picture(shape.width, rows, shape.channels, shape.bits);
+}
+
+// Looks at a source through windows that move down it and may overlap or leave rows out.
+class PictureWindow {
+ public:
+  explicit PictureWindow(PictureSource from) : from_(std::move(from)) {}
+
+  const PictureShape& Shape() const { return from_.shape; }
+
+  // A copy of the rows; `after` are those of the next window, of which what is here already is kept.
+  Picture Show(RowRange which, RowRange after) {
+    SkipTo(which.first);
+    Picture rows = RoomFor(from_.shape, which.rows);
+    const int32_t held = std::min(which.End(), next_) - which.first;
+    if (held > 0) CopyPart(kept_, which.first - keptFrom_, held, rows, 0);
+    if (which.rows > held) from_.read(rows, held, which.rows - held);
+    next_ = std::max(next_, which.End());
+    Keep(rows, which, after);
+    return rows;
+  }
+
+  // Reads what is left, so that damage there does not go unnoticed, and closes the source.
+  void Close() {
+    SkipTo(from_.shape.height);
+    from_ = {};
+  }
+
+ private:
+  void Keep(const Picture& rows, RowRange which, RowRange after) {
+    const int32_t first = std::clamp(after.first, which.first, which.End());
+    kept_ = RoomFor(from_.shape, which.End() - first);
+    keptFrom_ = first;
+    CopyPart(rows, first - which.first, which.End() - first, kept_, 0);
+  }
+  void SkipTo(int32_t row) {
+    if (row <= next_) return;
+    Picture passed = RoomFor(from_.shape, 1);
+    for (; next_ < row; ++next_) from_.read(passed, 0, 1);
+  }
+
+  PictureSource from_;
+  Picture kept_;
+  int32_t keptFrom_ = 0, next_ = 0;  // the row of the source that is read next
+};
+
+// Rows of a strip: of moderate size, so that what is done to it happens in the cache and a few for every thread are
+// little memory; the rows that neighbours share are then few beside it.
+int32_t RowsOfStrip(const PictureShape& shape) {
+  constexpr int64_t kStripPixels = int64_t{1} << 18;
+  return static_cast<int32_t>(std::clamp<int64_t>(kStripPixels / std::max(shape.width, 1), 32, 256) / 32 * 32);
+}
+
+class StripMaker {
+ public:
+  StripMaker(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads)
+      : shape_(shape),
+        stripRows_(RowsOfStrip(shape)),
+        work_(std::make_shared<StripWork>(std::move(work))),
+        window_(std::move(from)),
+        ahead_(threads) {}
+
+  void Read(Picture& rows, int32_t at, int32_t count) {
+    while (count > 0) {
+      if (taken_ == strip_.Height()) Advance();
+      const int32_t part = std::min(count, strip_.Height() - taken_);
+      CopyPart(strip_, taken_, part, rows, at);
+      taken_ += part;
+      at += part;
+      count -= part;
+    }
+  }
+
+ private:
+  RowRange StripFrom(int32_t first) const { return {first, std::min(stripRows_, shape_.height - first)}; }
+
+  void Advance() {
+    strip_ = Picture();  // before the next one is there
+    while (next_ < shape_.height && !ahead_.Full()) BeginStrip();
+    strip_ = ahead_.Next();
+    taken_ = 0;
+  }
+
+  void BeginStrip() {
+    const RowRange made = StripFrom(next_), which = work_->needs(made);
+    next_ = made.End();
+    const bool last = next_ == shape_.height;
+    const auto held =
+        std::make_shared<Picture>(window_.Show(which, last ? RowRange{} : work_->needs(StripFrom(next_))));
+    if (last) window_.Close();
+    ahead_.Begin([work = work_, held, which, made] { return work->make(std::move(*held), which, made); });
+  }
+
+  const PictureShape shape_;
+  const int32_t stripRows_;
+  const std::shared_ptr<const StripWork> work_;
+  PictureWindow window_;
+  Ahead<Picture> ahead_;
+  Picture strip_;
+  int32_t taken_ = 0, next_ = 0;  // rows of strip_ handed out; the first row of which no strip has begun
+};
+
+}  // namespace
+
+PictureSource InStrips(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads) {
+  const auto maker = std::make_shared<StripMaker>(std::move(from), shape, std::move(work), threads);
+  return {shape, [maker](Picture& rows, int32_t at, int32_t count) { maker->Read(rows, at, count); }};
+}
+
+PictureSource ChangedRows(PictureSource from, const PictureShape& shape, std::function<Picture(Picture)> change,
+                          int32_t threads) {
+  const auto same = [](RowRange made) { return made; };
+  const auto make = [change = std::move(change)](Picture held, RowRange, RowRange) { return change(std::move(held)); };
+  return InStrips(std::move(from), shape, {same, make}, threads);
+}
+
+}  // namespace norv
