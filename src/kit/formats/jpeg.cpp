@@ -2,12 +2,16 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <vector>
 // The library's header needs stdio's types first.
 #include <jerror.h>
 #include <jpeglib.h>
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/profiles/display_converter.h"
 #include "platform/memory.h"
 
 namespace norv {
@@ -165,12 +169,13 @@ int32_t ExifOrientation(std::span<const uint8_t> segment) {
   return 0;
 }
 
-// A row of four inks to RGB. Files with an Adobe marker hold them inverted: 255 is no ink.
-void InksToRgb(const uint8_t* inks, uint8_t* rgb, int32_t width, bool inverted) {
-  const int flip = inverted ? 0 : 255;
-  for (int32_t x = 0; x < width; ++x)
-    for (int c = 0; c < 3; ++c)
-      rgb[3 * x + c] = static_cast<uint8_t>(((inks[4 * x + c] ^ flip) * (inks[4 * x + 3] ^ flip) + 127) / 255);
+// The colour profile in all its APP2 segments, empty where there is none.
+std::vector<uint8_t> ProfileOf(jpeg_decompress_struct& jpeg) {
+  JOCTET* bytes = nullptr;
+  unsigned int size = 0;
+  if (!jpeg_read_icc_profile(&jpeg, &bytes, &size)) return {};
+  const std::unique_ptr<JOCTET, decltype(&std::free)> owner(bytes, std::free);
+  return {bytes, bytes + size};
 }
 
 // Of pictures whose pixels come in several passes the library holds all coefficients.
@@ -189,7 +194,7 @@ class JpegReader {
       jpeg_create_decompress(&jpeg);
       jpeg.progress = &in_.progress;
       jpeg.src = &in_.source.manager;
-      jpeg_save_markers(&jpeg, JPEG_APP0 + 1, 0xFFFF);
+      for (const int segment : {1, 2}) jpeg_save_markers(&jpeg, JPEG_APP0 + segment, 0xFFFF);
       jpeg_read_header(&jpeg, TRUE);
       const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE, inks = jpeg.num_components == 4;
       jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
@@ -201,7 +206,12 @@ class JpegReader {
     for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
       if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
         shape.turn = TurnOfOrientationTag(tag);
-    if (jpeg.out_color_space == JCS_CMYK) inkRow_.resize(4 * size_t(shape.width));
+    if (jpeg.out_color_space == JCS_CMYK) {
+      inkRow_.resize(4 * size_t(shape.width));
+      // Files with an Adobe marker hold the inks inverted: 255 is none.
+      const DevicePixels inks = {.inverted = jpeg.saw_Adobe_marker != 0};
+      converter_ = std::make_unique<DisplayConverter>(inks, ProfileOf(jpeg));
+    }
     if (BytesHeld(jpeg) > AvailableMemory()) Fail("JPEG: out of memory");
     in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
   }
@@ -209,17 +219,18 @@ class JpegReader {
   void ReadRow(uint8_t* row) {
     jpeg_decompress_struct& jpeg = in_.jpeg;
     in_.errors.Run([&] {
-      JSAMPROW target = inkRow_.empty() ? row : inkRow_.data();
+      JSAMPROW target = converter_ ? inkRow_.data() : row;
       jpeg_read_scanlines(&jpeg, &target, 1);
-      if (!inkRow_.empty()) InksToRgb(target, row, shape.width, jpeg.saw_Adobe_marker);
       if (jpeg.output_scanline == jpeg.output_height) jpeg_finish_decompress(&jpeg);
     });
+    if (converter_) converter_->ConvertRow(inkRow_.data(), row, shape.width);
   }
 
   PictureShape shape;
 
  private:
   JpegInput in_;
+  std::unique_ptr<DisplayConverter> converter_;  // of four inks
   Bytes inkRow_;
 };
 

@@ -1,11 +1,13 @@
-// Grey and RGB of 8 or 16 bits are read as they are, palettes and other kinds through the library's conversion to 8-bit
-// RGB.
+// Grey, RGB, CMYK and L*a*b* of 8 or 16 bits are read as they are, palettes and other kinds through the library's
+// conversion to 8-bit RGB.
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/formats/tiff/device_colour.h"
 #include "kit/formats/tiff/tiff.h"
 #include "kit/formats/tiff/tiff_file.h"
 #include "platform/memory.h"
@@ -18,6 +20,7 @@ struct TiffLayout {
   uint32_t width, height;
   uint16_t bits, channels, photometric, planar, kind, extra = 0;
   bool tiled;
+  std::optional<DevicePixels> device;  // inks or L*a*b*
 
   explicit TiffLayout(const TiffFile& file)
       : width(file.Tag<uint32_t>(TIFFTAG_IMAGEWIDTH, 0)),
@@ -31,11 +34,14 @@ struct TiffLayout {
     uint16_t count = 0;
     uint16_t* kinds = nullptr;
     if (TIFFGetField(file.tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) && count > 0) extra = kinds[0];
+    device = DevicePixelsOf(file);
   }
+  int32_t Colours() const { return device ? device->Colours() : channels > 2 ? 3 : 1; }
+  bool IsLab() const { return device && device->kind != DeviceColour::inks; }
   bool IsGrey() const { return photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE; }
   bool IsPlain() const {
     const bool colours = photometric == PHOTOMETRIC_RGB ? channels == 3 || channels == 4 : IsGrey() && channels <= 2;
-    return (bits == 8 || bits == 16) && colours && kind == SAMPLEFORMAT_UINT && channels > 0;
+    return (bits == 8 || bits == 16) && (colours || device) && kind == SAMPLEFORMAT_UINT && channels > 0;
   }
 };
 
@@ -79,17 +85,18 @@ void ReadRows(TiffFile& file, Samples& band, uint32_t first, int32_t channel, in
   }
 }
 
-// Undoes what the file does to the values: white as 0, and colours multiplied by alpha.
+// Undoes what the file does to the first `colours` values of a pixel: white as 0, and colours multiplied by the alpha
+// behind them.
 template <typename T>
-void PlainValues(Samples& samples, bool whiteIsZero, bool multiplied) {
+void PlainValues(Samples& samples, int32_t colours, bool whiteIsZero, bool multiplied) {
   constexpr uint32_t kMost = static_cast<T>(-1);
   T* values = reinterpret_cast<T*>(samples.bytes.data());
-  const int32_t channels = samples.channels, colours = channels == 2 || channels == 4 ? channels - 1 : channels;
+  const int32_t channels = samples.channels;
   const int64_t pixels = int64_t{samples.width} * samples.height;
   for (int64_t i = 0; i < pixels; ++i, values += channels)
     for (int32_t k = 0; k < colours; ++k) {
       if (whiteIsZero) values[k] = static_cast<T>(kMost - values[k]);
-      const uint64_t alpha = multiplied ? values[channels - 1] : kMost;
+      const uint64_t alpha = multiplied ? values[colours] : kMost;
       if (alpha > 0 && alpha < kMost)
         values[k] = static_cast<T>(std::min<uint64_t>(kMost, (uint64_t{values[k]} * kMost + alpha / 2) / alpha));
     }
@@ -103,6 +110,10 @@ class TiffReader {
     if (!layout_.IsPlain()) return;
     RequirePossible(layout_.width, layout_.height);
     shape = {static_cast<int32_t>(layout_.width), static_cast<int32_t>(layout_.height), layout_.channels, layout_.bits};
+    if (layout_.device) {
+      shape.channels = layout_.device->ShownChannels();
+      converter_ = std::make_unique<DisplayConverter>(*layout_.device, ProfileOf(file_));
+    }
     shape.turn = TurnOfOrientationTag(file_.Tag<uint16_t>(TIFFTAG_ORIENTATION, 1));
     separate_ = layout_.planar == PLANARCONFIG_SEPARATE && layout_.channels > 1;
     const uint32_t rows = layout_.tiled ? file_.Tag<uint32_t>(TIFFTAG_TILELENGTH, 0)
@@ -116,7 +127,10 @@ class TiffReader {
   void ReadRow(uint8_t* row) {
     const int32_t at = next_++ % bandRows_;
     if (at == 0) ReadBand(next_ - 1);
-    std::copy_n(band_.Row(at), band_.RowBytes(), row);
+    if (converter_)
+      converter_->ConvertRow(band_.Row(at), row, shape.width);
+    else
+      std::copy_n(band_.Row(at), band_.RowBytes(), row);
   }
 
   PictureShape shape;
@@ -124,13 +138,14 @@ class TiffReader {
  private:
   void ReadBand(int32_t first) {
     const int32_t rows = std::min(bandRows_, shape.height - first);
-    if (band_.height != rows) band_ = Samples({shape.width, rows, shape.channels, shape.bits});
-    for (int32_t channel = 0; channel < (separate_ ? shape.channels : 1); ++channel)
-      (layout_.tiled ? ReadTiles : ReadRows)(file_, band_, first, channel, separate_ ? 1 : shape.channels);
+    if (band_.height != rows) band_ = Samples({shape.width, rows, layout_.channels, shape.bits});
+    for (int32_t channel = 0; channel < (separate_ ? layout_.channels : 1); ++channel)
+      (layout_.tiled ? ReadTiles : ReadRows)(file_, band_, first, channel, separate_ ? 1 : layout_.channels);
     const bool whiteIsZero = layout_.photometric == PHOTOMETRIC_MINISWHITE;
-    const bool multiplied = layout_.extra == EXTRASAMPLE_ASSOCALPHA && layout_.channels % 2 == 0;
+    const int32_t colours = layout_.Colours();
+    const bool multiplied = layout_.extra == EXTRASAMPLE_ASSOCALPHA && colours < layout_.channels && !layout_.IsLab();
     if (whiteIsZero || multiplied)
-      (layout_.bits == 8 ? PlainValues<uint8_t> : PlainValues<uint16_t>)(band_, whiteIsZero, multiplied);
+      (layout_.bits == 8 ? PlainValues<uint8_t> : PlainValues<uint16_t>)(band_, colours, whiteIsZero, multiplied);
   }
 
   TiffFile file_;
@@ -138,6 +153,7 @@ class TiffReader {
   bool separate_ = false;
   int32_t bandRows_ = 1, next_ = 0;
   Samples band_;
+  std::unique_ptr<DisplayConverter> converter_;  // of inks or L*a*b*
 };
 
 // The library's own way to colours, which takes the whole picture.
