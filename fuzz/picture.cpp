@@ -57,7 +57,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   try {
     const Picture picture = ReadPicture(path);
     RequireRoundTrip(picture);
-    SaveImage(Home() + "a.fdib", picture, {});
+    WriteChoice again;
+    again.overwrite = true;
+    SaveImage(Home() + "a.fdib", picture, again);
   } catch (const Failure&) {
   } catch (const char*) {
   }

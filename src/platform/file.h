@@ -108,6 +108,15 @@ class FileOut {
   std::unique_ptr<State> state_;
 };
 
+// Whether the path exists and is neither a regular file nor a directory.
+bool IsSpecialFile(const std::string& path);
+
+// Whether the file is there and must not be written: by the system's word, for its superuser by the owner's bits.
+bool IsReadOnly(const std::string& path);
+
+// Whether both are there and are one file, by whatever names and links.
+bool IsSameFile(const std::string& a, const std::string& b);
+
 // Deletes the file; a file that does not exist counts as deleted.
 bool RemoveFile(const std::string& path);
 

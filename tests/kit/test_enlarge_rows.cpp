@@ -9,6 +9,7 @@
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_picture.h"
 #include "net/net_file.h"
+#include "support/kit.h"
 #include "support/nets.h"
 #include "support/process.h"
 #include "support/scratch.h"
@@ -39,10 +40,11 @@ TEST_CASE("rows from file to file make the file that the whole picture makes") {
   for (const Way& way : ways)
     for (const int32_t threads : {0, 1, 5}) {
       const NetEnlargement how{.average = threads == 1, .shortcut = threads == 5, .threads = threads};
-      const WriteChoice choice{.bits = std::string(way.to) == "b.jpg" ? 8 : way.bits, .encoding = {}};
+      WriteChoice choice = test::Over();
+      choice.bits = std::string(way.to) == "b.jpg" ? 8 : way.bits;
       const std::string from = folder / way.from, to = folder / way.to,
                         whole = folder / "whole" + std::filesystem::path(way.to).extension().string();
-      SaveImage(from, Sample(9, 12, way.channels), {});
+      SaveImage(from, Sample(9, 12, way.channels), test::Over());
       SaveImage(whole, EnlargeByNet(LoadImage(from), net, how), choice);
       const PictureSource rows = EnlargedByNet(OpenImage(from), net, how);
       CopyRows(rows, CreateImage(to, rows.shape, choice));
@@ -59,7 +61,7 @@ TEST_CASE("damage found late, a full disk and impossible sizes leave the old fil
   const std::string to = folder / "b.png";
   test::WriteBytes(to, "old");
   const auto enlarge = [&](const std::string& from, const std::string& out) {
-    return test::Run({.arguments = {"enlarge", folder / from, out, "--net", folder / "a.net"},
+    return test::Run({.arguments = {"enlarge", folder / from, out, "--net", folder / "a.net", "--overwrite"},
                       .executable = test::NorvkitExecutable()});
   };
   for (const char* name : {"a.png", "a.tif", "a.jpg", "a.fdib"}) {

@@ -49,14 +49,14 @@ TEST_CASE("the first command takes the best network, says so, and beats interpol
                          Way{"1.5", "x1.5, network x2-48, ", "x1.5, network x2-48, "}}) {
     CAPTURE(std::string(way.by));
     const std::string by = std::string(" --by ") + way.by;
-    REQUIRE(KitIn(folder, "shrink card.png small.png" + by).exitCode == 0);
-    const test::Outcome best = KitIn(folder, "enlarge small.png best.tif" + by);
-    const test::Outcome quick = KitIn(folder, "enlarge small.png quick.tif --quick" + by);
+    REQUIRE(KitIn(folder, "shrink card.png small.png --overwrite" + by).exitCode == 0);
+    const test::Outcome best = KitIn(folder, "enlarge small.png best.tif --overwrite" + by);
+    const test::Outcome quick = KitIn(folder, "enlarge small.png quick.tif --overwrite --quick" + by);
     CHECK((best.exitCode == 0 && quick.exitCode == 0 && best.output == ""));
     CHECK(Contains(best.errors, way.network));
     CHECK(Contains(quick.errors, way.quick));
     CHECK(std::ranges::count(best.errors, '\n') == 1);
-    REQUIRE(KitIn(folder, "enlarge small.png lanczos.tif --method lanczos" + by).exitCode == 0);
+    REQUIRE(KitIn(folder, "enlarge small.png lanczos.tif --overwrite --method lanczos" + by).exitCode == 0);
     CHECK(Likeness(folder / "best.tif", card) > Likeness(folder / "quick.tif", card));
     CHECK(Likeness(folder / "quick.tif", card) > Likeness(folder / "lanczos.tif", card) + 0.3);
   }
@@ -64,7 +64,8 @@ TEST_CASE("the first command takes the best network, says so, and beats interpol
   REQUIRE(KitIn(folder, "enlarge small.png a.fdib").exitCode == 0);
   const std::string file = test::SourceFolder() + "/models/x2-48.net";
   for (const std::string shortcut : {"--shortcut", "--luminance-only"}) {
-    REQUIRE(KitIn(folder, "enlarge small.png b.fdib --average " + shortcut + " --net " + file).exitCode == 0);
+    REQUIRE(KitIn(folder, "enlarge small.png b.fdib --overwrite --average " + shortcut + " --net " + file).exitCode ==
+            0);
     CHECK((test::ReadBytes(folder / "a.fdib") == test::ReadBytes(folder / "b.fdib")));
   }
 }

@@ -63,12 +63,12 @@ TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {
   test::WriteBytes(folder / "text.png", "no picture");
   const std::vector<const char*> lines[] = {
       {"import missing.png out.fdib", "import text.png out.fdib", "import a.png no-folder/out.fdib",
-       "export a.png no-folder/out.png", "export a.png out.jpg --bits 16", "new-net out.net --layout 8 --start lanczos",
-       "compare a.png b.png", "compare a.png a.png", "shrink a.png out.png --order -7",
-       "shrink a.png out.png --factor 9", "info text.png"},
-      {"", "no-such-command", "shrink a.png", "import a.png out.png", "export a.png out.mat",
-       "export a.png out.png --bits 12", "new-net out.net --layout 50", "new-net out.net --hidden 4,x",
-       "testcard out.png --size 100", "shrink a.png out.png --factor 1", "compare a.png a.png --border -1"}};
+       "export a.png no-folder/out.png", "export a.png out.jpg --bits 16", "import a.png out.png",
+       "export a.png out.mat", "new-net out.net --layout 8 --start lanczos", "compare a.png b.png",
+       "compare a.png a.png", "shrink a.png out.png --order -7", "shrink a.png out.png --factor 9", "info text.png"},
+      {"", "no-such-command", "shrink a.png", "export a.png out.png --bits 12", "new-net out.net --layout 50",
+       "new-net out.net --hidden 4,x", "testcard out.png --size 100", "shrink a.png out.png --factor 1",
+       "compare a.png a.png --border -1"}};
   for (const int code : {1, 2})
     for (const char* line : lines[code - 1]) {
       const test::Outcome outcome = KitIn(folder, line);
@@ -133,7 +133,7 @@ TEST_CASE("values outside 0..255 are clamped, which is said when asked for") {
   CHECK(quiet.errors.empty());
   CHECK(ReadPicture(folder / "a.png").plane[0].x[0] == 0);
   CHECK(ReadPicture(folder / "a.png").plane[0].x[5] == 255);
-  CHECK(Contains(KitIn(folder, "export a.mat a.png --verbose").errors, "3 samples"));
+  CHECK(Contains(KitIn(folder, "export a.mat a.png --verbose --overwrite").errors, "3 samples"));
 }
 
 TEST_CASE("files are known by extension or by what they hold, and truncated ones are named as such") {
@@ -170,8 +170,8 @@ TEST_CASE("a network enlarges grey pictures and alpha planes like any plane") {
   Keep(folder / "rgba.png", Sample(12, 10, 4), 8);
   CHECK(KitIn(folder, "new-net c.net --layout 24 --start cubic").exitCode == 0);
   for (const char* name : {"ga.png", "rgba.png"}) {
-    CHECK(KitIn(folder, std::string("enlarge ") + name + " net.tif --net c.net").exitCode == 0);
-    CHECK(KitIn(folder, std::string("enlarge ") + name + " cubic.tif --method cubic").exitCode == 0);
+    CHECK(KitIn(folder, std::string("enlarge ") + name + " net.tif --overwrite --net c.net").exitCode == 0);
+    CHECK(KitIn(folder, std::string("enlarge ") + name + " cubic.tif --overwrite --method cubic").exitCode == 0);
     const Picture net = ReadPicture(folder / "net.tif"), cubic = ReadPicture(folder / "cubic.tif");
     CHECK(net.channels == cubic.channels);
     for (int32_t k = 0; k < cubic.channels; ++k)
@@ -225,7 +225,7 @@ TEST_CASE("a picture made smaller and larger again is the same size and alike") 
                               "--net l.net --average --shortcut --threads 8"};
   std::vector<Picture> results;
   for (const char* way : ways) {
-    const test::Outcome outcome = KitIn(folder, std::string("enlarge small.png large.png ") + way);
+    const test::Outcome outcome = KitIn(folder, std::string("enlarge small.png large.png --overwrite ") + way);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 0);
     results.push_back(ReadPicture(folder / "large.png"));

@@ -55,11 +55,11 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   const auto kit = [&](std::vector<std::string> more) {
     const bool bytes = more.back() == "--bits-road";
     const std::string out = folder / (bytes ? "kit.bit" : "kit.fdib");
-    const test::Outcome outcome = KitIn(folder, "restore a.png " + out + " --preset compressed", more);
+    const test::Outcome outcome = KitIn(folder, "restore a.png " + out + " --overwrite --preset compressed", more);
     CHECK(outcome.output + outcome.errors == "");
     if (!bytes) return test::ReadBytes(out);
     // Through our own writer, which clears the padding of rows.
-    SaveImage(folder / "again.bit", LoadImage(folder / "output.bit"), {});
+    SaveImage(folder / "again.bit", LoadImage(folder / "output.bit"), test::Over());
     CHECK(test::ReadBytes(out).size() == 8 + 94 * static_cast<size_t>(BitStride(62)));
     return std::string(test::ReadBytes(out) == test::ReadBytes(folder / "again.bit") ? "same" : "other");
   };
@@ -74,7 +74,7 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   RestoreImageInBands(image, parameters, 6, 6);
   REQUIRE_FALSE(image.Save(folder / "output.fdib", Folder::asGiven));
   CHECK((test::ReadBytes(folder / "output.fdib") == kit({"--bands", "6"})));
-  const test::Outcome tooMany = KitIn(folder, "restore a.png kit.fdib --preset compressed --bands 7");
+  const test::Outcome tooMany = KitIn(folder, "restore a.png kit.fdib --overwrite --preset compressed --bands 7");
   CHECK(tooMany.errors.find("6 bands at most") != std::string::npos);
   CHECK((norv(1, 1) == test::ReadBytes(folder / "kit.fdib")));
   norv(4, threads);
@@ -87,17 +87,19 @@ TEST_CASE("every preset beats Lanczos on the pictures that it is for") {
   SaveImage(folder / "large.png", clean, {});
   for (const char* factor : {"2", "3", "4"}) {
     CAPTURE(std::string(factor));
-    REQUIRE(KitIn(folder, std::string("shrink large.png clean.png --factor ") + factor).exitCode == 0);
-    REQUIRE(KitIn(folder, "export clean.png compressed.jpg --quality 40").exitCode == 0);
+    REQUIRE(KitIn(folder, std::string("shrink large.png clean.png --overwrite --factor ") + factor).exitCode == 0);
+    REQUIRE(KitIn(folder, "export clean.png compressed.jpg --overwrite --quality 40").exitCode == 0);
     Picture noisy = LoadImage(folder / "clean.png");
     for (int k = 0; k < 3; ++k) test::AddNoise(noisy.plane[k], 12, 3 + k);
-    SaveImage(folder / "noisy.png", noisy, {});
+    SaveImage(folder / "noisy.png", noisy, test::Over());
     for (const std::string small : {"clean.png", "compressed.jpg", "noisy.png"}) {
       CAPTURE(small);
       const std::string preset = small.substr(0, small.find('.'));
-      CHECK(KitIn(folder, "enlarge " + small + " lanczos.tif --method lanczos --factor " + factor).exitCode == 0);
-      CHECK(KitIn(folder, "restore " + small + " restored.tif --factor " + factor + " --preset " + preset).exitCode ==
-            0);
+      CHECK(
+          KitIn(folder, "enlarge " + small + " lanczos.tif --overwrite --method lanczos --factor " + factor).exitCode ==
+          0);
+      CHECK(KitIn(folder, "restore " + small + " restored.tif --overwrite --factor " + factor + " --preset " + preset)
+                .exitCode == 0);
       const double gain = Likeness(folder / "restored.tif", clean) - Likeness(folder / "lanczos.tif", clean);
       CHECK(gain > (preset == "compressed" ? 0 : 0.3));
     }
@@ -108,7 +110,7 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
   test::ScratchFolder folder;
   SaveImage(folder / "a.png", Coloured(20, 20), {});
   const auto restore = [&](std::vector<std::string> more) {
-    const int code = KitIn(folder, "restore a.png out.fdib", more).exitCode;
+    const int code = KitIn(folder, "restore a.png out.fdib --overwrite", more).exitCode;
     return code == 0 ? test::ReadBytes(folder / "out.fdib") : std::to_string(code);
   };
   const std::string plain = restore({});
@@ -140,7 +142,7 @@ TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
   CHECK(large.channels == 2);
   CHECK(large.Width() == 32);
   CHECK(Psnr(large.Alpha(), ReadPicture(folder / "large.png").plane[0]) > 50);
-  const test::Outcome bytes = KitIn(folder, "restore ga.png out.png --bits-road");
+  const test::Outcome bytes = KitIn(folder, "restore ga.png out.png --bits-road --overwrite");
   CHECK(bytes.errors.find("alpha") != std::string::npos);
   CHECK(ReadPicture(folder / "out.png").channels == 3);
 }
@@ -151,12 +153,12 @@ TEST_CASE("denoising gains on noisy pictures, grey or coloured, and the best way
     CAPTURE(channels);
     Picture clean = Coloured(96, 80);
     clean.channels = channels;
-    SaveImage(folder / "clean.png", clean, {});
-    REQUIRE(KitIn(folder, "noise clean.png noisy.tif --sigma 20 --seed 3").exitCode == 0);
+    SaveImage(folder / "clean.png", clean, test::Over());
+    REQUIRE(KitIn(folder, "noise clean.png noisy.tif --overwrite --sigma 20 --seed 3").exitCode == 0);
     const double noisy = Likeness(folder / "noisy.tif", clean);
     CHECK(noisy == doctest::Approx(22.1).epsilon(0.02));
     const auto denoised = [&](std::vector<std::string> more) {
-      const test::Outcome outcome = KitIn(folder, "denoise noisy.tif out.tif", more);
+      const test::Outcome outcome = KitIn(folder, "denoise noisy.tif out.tif --overwrite", more);
       CHECK(outcome.output + outcome.errors == "");
       CHECK(ReadPicture(folder / "out.tif").channels == channels);
       return Likeness(folder / "out.tif", clean);
@@ -179,8 +181,8 @@ TEST_CASE("noise is removed before enlarging and restoring when asked") {
   REQUIRE(KitIn(folder, "shrink clean.png small.png").exitCode == 0);
   REQUIRE(KitIn(folder, "noise small.png noisy.png --sigma 15").exitCode == 0);
   for (const char* command : {"enlarge", "restore"}) {
-    CHECK(KitIn(folder, std::string(command) + " noisy.png plain.tif").exitCode == 0);
-    CHECK(KitIn(folder, std::string(command) + " noisy.png denoised.tif --denoise").exitCode == 0);
+    CHECK(KitIn(folder, std::string(command) + " noisy.png plain.tif --overwrite").exitCode == 0);
+    CHECK(KitIn(folder, std::string(command) + " noisy.png denoised.tif --denoise --overwrite").exitCode == 0);
     CHECK(Likeness(folder / "denoised.tif", clean) > Likeness(folder / "plain.tif", clean) + 1);
   }
 }

@@ -5,10 +5,18 @@
 #include <utility>
 #include <vector>
 
+#include "kit/formats/encoding.h"
 #include "support/process.h"
 #include "support/scratch.h"
 
 namespace norv::test {
+
+// For pictures that a test writes again.
+inline WriteChoice Over() {
+  WriteChoice choice;
+  choice.overwrite = true;
+  return choice;
+}
 
 inline Outcome Kit(std::vector<std::string> arguments) {
   return Run({.arguments = std::move(arguments), .executable = NorvkitExecutable()});

@@ -1,5 +1,7 @@
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/formats/bytes.h"
+#include "kit/pictures/destination.h"
 #include "kit/training/learning_curve.h"
 
 namespace norv {
@@ -7,14 +9,17 @@ namespace {
 
 struct Settings {
   std::string log, out;
+  bool overwrite = false;
 };
 
 Options Rows(Settings& settings) {
   return {{.name = "LOG", .target = &settings.log, .help = "the log.csv of a training"},
-          {.name = "OUT", .target = &settings.out, .help = "the .svg file to write"}};
+          {.name = "OUT", .target = &settings.out, .help = "the .svg file to write"},
+          OverwriteRow(settings.overwrite)};
 }
 
 void Run(const Settings& settings) {
+  RequireFree(settings.out, settings.overwrite, settings.log);
   const std::string drawing = DrawLearningCurve(ReadTrainingLog(settings.log));
   WriteBytes(settings.out, {drawing.begin(), drawing.end()});
 }

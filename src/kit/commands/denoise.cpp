@@ -1,5 +1,6 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
@@ -39,9 +40,11 @@ Options Rows(Settings& settings) {
 }
 
 void Run(const Settings& settings) {
-  Picture picture = LoadImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture);
+  const Destination out(settings.out, source.shape, settings.choice, settings.picture);
+  Picture picture = AllRows(source);
   DenoisePicture(picture, settings.how);
-  SaveImage(settings.out, std::move(picture), settings.choice);
+  out.Save(std::move(picture));
 }
 
 }  // namespace

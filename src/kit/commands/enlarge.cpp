@@ -4,6 +4,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
@@ -74,8 +75,13 @@ void RefuseIdleOptions(const Settings& settings) {
                        ": leave one of them out");
 }
 
-PictureSource OpenInput(const Settings& settings) {
-  PictureSource picture = OpenImage(settings.picture);
+Destination OutOf(const Settings& settings, PictureShape shape, const PictureSize& size) {
+  shape.width = size.width;
+  shape.height = size.height;
+  return Destination(settings.out, shape, settings.choice, settings.picture);
+}
+
+PictureSource Cleaned(const Settings& settings, PictureSource picture) {
   if (!settings.denoise) return picture;
   Picture whole = AllRows(picture);
   DenoisePicture(whole, {.threads = settings.threads});
@@ -113,22 +119,24 @@ void SayChoice(const Settings& settings, const NetworkPlan& plan, const PictureS
 }
 
 void RunNetwork(Settings settings) {
-  PictureSource picture = OpenInput(settings);
+  PictureSource picture = OpenImage(settings.picture);
   const PictureShape shape = picture.shape;
   PictureSize size;
   if (!settings.net.empty()) {
     const NetworkPlan plan = PlanOfFile(settings, shape, size);
-    return EnlargeByNetworks(std::move(picture), plan, settings.how, size, settings.out, settings.choice);
+    const Destination out = OutOf(settings, shape, size);
+    return EnlargeByNetworks(Cleaned(settings, std::move(picture)), plan, settings.how, size, out);
   }
   size = WantedOf(settings, shape);
+  const Destination out = OutOf(settings, shape, size);
   settings.how = {.average = !settings.quick, .shortcut = true, .threads = settings.how.threads};
   if (const auto plan = PlanByName(settings, shape, size)) {
     SayChoice(settings, *plan, shape, size);
-    return EnlargeByNetworks(std::move(picture), *plan, settings.how, size, settings.out, settings.choice);
+    return EnlargeByNetworks(Cleaned(settings, std::move(picture)), *plan, settings.how, size, out);
   }
   if (settings.method == "net") Fail("%s", NoNetworks().c_str());
   Warn("%s; so Lanczos-3 enlarges, which is worse", NoNetworks().c_str());
-  EnlargeByFilter(std::move(picture), ResizeFilter::lanczos, size, settings.out, settings.choice);
+  EnlargeByFilter(Cleaned(settings, std::move(picture)), ResizeFilter::lanczos, size, out);
 }
 
 void Run(const Settings& asked) {
@@ -137,13 +145,14 @@ void Run(const Settings& asked) {
   if (settings.threads == 0) settings.threads = ProcessorCount();
   settings.how.threads = settings.threads;
   if (!ByFilter(settings)) return RunNetwork(settings);
-  PictureSource picture = OpenInput(settings);
+  PictureSource picture = OpenImage(settings.picture);
   const PictureSize size = WantedOf(settings, picture.shape);
-  EnlargeByFilter(std::move(picture),
+  const Destination out = OutOf(settings, picture.shape, size);
+  EnlargeByFilter(Cleaned(settings, std::move(picture)),
                   settings.method == "nearest" ? ResizeFilter::nearest
                   : settings.method == "cubic" ? ResizeFilter::cubic
                                                : ResizeFilter::lanczos,
-                  size, settings.out, settings.choice);
+                  size, out);
 }
 
 }  // namespace

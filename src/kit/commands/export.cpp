@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "platform/console.h"
 
@@ -23,9 +24,10 @@ Options Rows(Settings& settings) {
 
 void Run(const Settings& settings) {
   if (!HasPictureName(settings.picture))
-    throw WrongUsage("PICTURE has to be named as a picture (" + WrittenExtensions() + "): " + settings.picture);
+    Fail("%s has to be named as a picture: %s", settings.picture.c_str(), WrittenExtensions("or").c_str());
   const PictureSource image = OpenImage(settings.file);
-  const int64_t moved = CopyRows(image, CreateImage(settings.picture, image.shape, settings.choice));
+  const Destination out(settings.picture, image.shape, settings.choice, settings.file);
+  const int64_t moved = CopyRows(image, out.Create(image.shape));
   if (settings.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }
 

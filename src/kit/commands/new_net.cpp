@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/pictures/destination.h"
 #include "kit/training/start_net.h"
 #include "net/net_file.h"
 
@@ -10,6 +11,7 @@ namespace {
 struct Settings {
   std::string file, start = "random";
   NetPlan plan;
+  bool overwrite = false;
 };
 
 Options Rows(Settings& settings) {
@@ -19,7 +21,8 @@ Options Rows(Settings& settings) {
                    .target = &settings.start,
                    .unit = "WAY",
                    .check = OneOf{"random,cubic,lanczos"},
-                   .help = "random, or the interpolation that the network answers: cubic, lanczos"}}});
+                   .help = "random, or the interpolation that the network answers: cubic, lanczos"},
+                  OverwriteRow(settings.overwrite)}});
 }
 
 void Run(const Settings& settings) {
@@ -28,6 +31,7 @@ void Run(const Settings& settings) {
   if (random && plan.hidden.empty()) plan.hidden = {64, 64};
   ChooseKinds(plan, random ? kSlopedRampKind : kIdentityKind);
   if (const std::string reason = WhyNoNet(plan); !reason.empty()) throw WrongUsage(reason);
+  RequireFree(settings.file, settings.overwrite);
   if (random) return SaveNet(RandomNet(plan), settings.file, Folder::asGiven);
   const Interpolation interpolation = settings.start == "cubic" ? Interpolation::cubic : Interpolation::lanczos;
   if (const std::string reason = WhyNoInterpolation(plan, interpolation); !reason.empty()) throw Failure(reason);

@@ -2,6 +2,7 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 
@@ -38,10 +39,12 @@ void AddNoise(matrix& plane, float sigma, std::mt19937& generator) {
 }
 
 void Run(const Settings& settings) {
-  Picture picture = LoadImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture);
+  const Destination out(settings.out, source.shape, settings.choice, settings.picture);
+  Picture picture = AllRows(source);
   std::mt19937 generator(settings.seed);
   for (int32_t k = 0; k < picture.Colours(); ++k) AddNoise(picture.plane[k], settings.sigma, generator);
-  SaveImage(settings.out, std::move(picture), settings.choice);
+  out.Save(std::move(picture));
 }
 
 }  // namespace

@@ -2,10 +2,12 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
+#include "kit/scale/scale.h"
 
 namespace norv {
 namespace {
@@ -86,13 +88,17 @@ RestoreParameters Parameters(const Settings& settings) {
 
 void Run(const Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
-  Picture picture = LoadImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture);
+  RequireRoom(source.shape, settings.factor);
+  PictureShape large = source.shape;
+  large.width *= settings.factor;
+  large.height *= settings.factor;
+  const Destination out(settings.out, large, settings.choice, settings.picture);
+  Picture picture = AllRows(source);
   if (settings.denoise) DenoisePicture(picture, {.threads = settings.threads});
   const int32_t bands = settings.bands > 0 ? settings.bands : settings.threads > 1 ? settings.threads : 0;
-  SaveImage(settings.out,
-            settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
-                               : RestorePicture(std::move(picture), parameters, bands, settings.threads),
-            settings.choice);
+  out.Save(settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
+                              : RestorePicture(std::move(picture), parameters, bands, settings.threads));
 }
 
 }  // namespace

@@ -28,6 +28,10 @@ Option OutRow(std::string& target, const char* what) {
   return {.name = "OUT", .target = &target, .help = std::string(what) + ", in the format that its name says"};
 }
 
+Option OverwriteRow(bool& target) {
+  return {.name = "--overwrite", .target = &target, .help = "replace a file that is there already"};
+}
+
 Options WriteRows(WriteChoice& choice) {
   return {{.name = "--bits",
            .target = &choice.bits,
@@ -44,7 +48,8 @@ Options WriteRows(WriteChoice& choice) {
           {.name = "--lossless",
            .target = &choice.encoding.lossless,
            .help = "keep every sample, where the format can do either (WebP)",
-           .excludes = "--quality"}};
+           .excludes = "--quality"},
+          OverwriteRow(choice.overwrite)};
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {

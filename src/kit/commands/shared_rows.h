@@ -20,7 +20,10 @@ Option PictureRow(std::string& target);
 // The file to write, whose name says its format; `what` is in it.
 Option OutRow(std::string& target, const char* what);
 
-// --bits and --quality of commands that write pictures.
+// --overwrite.
+Option OverwriteRow(bool& target);
+
+// --bits, --quality and --overwrite of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
 
 // --by, --width, --height and --longest of commands that make a picture larger or smaller.

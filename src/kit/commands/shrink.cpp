@@ -3,6 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/resize.h"
@@ -38,14 +39,22 @@ int32_t WholeFactor(const WantedSize& size) {
 
 void Run(const Settings& settings) {
   PictureSource picture = OpenImage(settings.picture);
+  PictureShape shape = picture.shape;
   if (const int32_t factor = WholeFactor(settings.size)) {
+    shape.width /= factor;
+    shape.height /= factor;
+    const Destination out(settings.out, shape, settings.choice, settings.picture);
     const int32_t order = static_cast<int32_t>(settings.order.value_or(-1));
-    return static_cast<void>(SaveImage(settings.out, ShrinkPicture(AllRows(picture), factor, order), settings.choice));
+    out.Save(ShrinkPicture(AllRows(picture), factor, order));
+    return;
   }
   if (settings.order) throw WrongUsage("--order goes with whole factors: leave it out, or --by 2");
-  const PictureSize size = SizeOf(picture.shape, settings.size, Direction::smaller);
+  const PictureSize size = SizeOf(shape, settings.size, Direction::smaller);
+  shape.width = size.width;
+  shape.height = size.height;
+  const Destination out(settings.out, shape, settings.choice, settings.picture);
   picture = Resized(picture, size, ResizeFilter::lanczos);
-  CopyRows(picture, CreateImage(settings.out, picture.shape, settings.choice));
+  CopyRows(picture, out.Create(picture.shape));
 }
 
 }  // namespace

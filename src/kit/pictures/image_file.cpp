@@ -9,6 +9,7 @@
 #include "image/float_image_file.h"
 #include "kit/failure.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/picture.h"
 #include "linear/matrix_file.h"
@@ -105,14 +106,17 @@ PictureSink CreateBitImage(const std::string& path, const PictureShape& shape) {
 
 struct ImageFormat {
   FileKind kind;
+  const char* name;
+  int32_t mostBits;  // of a sample: 8, or 32 for floats
+  bool alpha;        // whether it can hold that
   PictureSource (*open)(const std::string& path);
   PictureSink (*create)(const std::string& path, const PictureShape& shape);
 };
 
 constexpr ImageFormat kFormats[] = {
-    {FileKind::floatImage, OpenFloatImage, CreateFloatImage},
-    {FileKind::matrix, OpenMatrix, CreateMatrix},
-    {FileKind::bitImage, OpenBitImage, CreateBitImage},
+    {FileKind::floatImage, ".fdib", 32, true, OpenFloatImage, CreateFloatImage},
+    {FileKind::matrix, ".mat", 32, false, OpenMatrix, CreateMatrix},
+    {FileKind::bitImage, ".bit", 8, false, OpenBitImage, CreateBitImage},
 };
 
 // Null for what is no image of the tool's own.
@@ -138,11 +142,25 @@ PictureSource OpenImage(const std::string& path, const ReadChoice& choice) {
   return format->open(path);
 }
 
-PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+InFile ImageInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   const ImageFormat* format = FormatOf(KindOfName(path));
   if (int64_t{shape.width} * shape.height > MostPixels(format, shape.height))
     Fail("%s cannot hold %d x %d pixels", path.c_str(), shape.width, shape.height);
+  if (!format) return PictureInFile(path, shape, choice);
+  InFile in{format->name, shape};
+  if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
+  in.shape.bits = std::min(shape.bits, format->mostBits);
+  return in;
+}
+
+PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  ImageInFile(path, shape, choice);
+  const ImageFormat* format = FormatOf(KindOfName(path));
   return format ? format->create(path, shape) : CreatePicture(path, shape, choice);
+}
+
+PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  return Destination(path, shape, choice).Create(shape);
 }
 
 bool HasImageName(const std::string& path) { return FormatOf(KindOfName(path)); }
@@ -150,8 +168,7 @@ bool HasImageName(const std::string& path) { return FormatOf(KindOfName(path)); 
 Picture LoadImage(const std::string& path, const ReadChoice& choice) { return AllRows(OpenImage(path, choice)); }
 
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
-  const PictureSink file = CreateImage(path, picture.Shape(), choice);
-  return CopyRows(HeldPicture(std::move(picture)), file);
+  return Destination(path, picture.Shape(), choice).Save(std::move(picture));
 }
 
 FloatImage LoadFloatImage(const std::string& path) {

@@ -13,7 +13,12 @@ struct FloatImage;
 PictureSource OpenImage(const std::string& path, const ReadChoice& choice = {});
 Picture LoadImage(const std::string& path, const ReadChoice& choice = {});
 
-// To .fdib, .mat (luminance), .bit or a picture format, by the name. SaveImage returns what the sink's finish() does.
+// What a picture becomes in .fdib, .mat (luminance), .bit or a picture format, by the name. Throws as PictureInFile().
+InFile ImageInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+// To that format, over what is there: for what has been asked before (destination.h).
+PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+
+// The same behind all questions of a Destination. SaveImage returns what the sink's finish() does.
 PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice);
 

@@ -107,7 +107,7 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
 
 Picture ReadPicture(const std::string& path, const ReadChoice& choice) { return AllRows(OpenPicture(path, choice)); }
 
-PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+InFile PictureInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   const Codec* codec = CodecOfName(path);
   if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), WrittenExtensions().c_str());
   if (!codec->create)
@@ -119,14 +119,19 @@ PictureSink CreatePicture(const std::string& path, const PictureShape& shape, co
     Fail("%s: %s always loses something: leave out --lossless, or write %s", path.c_str(), codec->name,
          LosslessExtensions("or").c_str());
   PictureShape written = shape;
-  if (shape.HasAlpha() && !codec->alpha) {
-    Warn("%s has no place for the alpha plane, which is left out", codec->name);
-    --written.channels;
-  }
+  if (shape.HasAlpha() && !codec->alpha) --written.channels;
   written.bits = std::clamp(written.bits, codec->leastBits, codec->mostBits);
   if (choice.bits != 0) written.bits = choice.bits;
   Naming(path, [&] { RequirePossible(written.width, written.height); });
-  const auto file = std::make_shared<PictureFile>(path, *codec, written, choice.encoding);
+  if (std::max(written.width, written.height) > codec->mostSide)
+    Fail("%s: %s holds at most %d pixels a side, not %d x %d", path.c_str(), codec->name, codec->mostSide,
+         written.width, written.height);
+  return {codec->name, written};
+}
+
+PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  const InFile in = PictureInFile(path, shape, choice);
+  const auto file = std::make_shared<PictureFile>(path, *CodecOfName(path), in.shape, choice.encoding);
   return {[file](const Picture& rows) { file->Write(rows); }, [file] { return file->Finish(); }};
 }
 

@@ -14,8 +14,15 @@ namespace norv {
 PictureSource OpenPicture(const std::string& path, const ReadChoice& choice = {});
 Picture ReadPicture(const std::string& path, const ReadChoice& choice = {});
 
-// To the format that the name asks for. A format without alpha drops it with a warning. Throws a Failure for a name or
-// precision that there is no format for.
+// What a picture becomes in a file.
+struct InFile {
+  const char* format;  // its name
+  PictureShape shape;  // of what is written: without alpha where the format has no place for it, of the file's bits
+};
+// In the format that the name asks for. Throws a Failure for a name, size or precision that there is no format for.
+InFile PictureInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+
+// To that format, over what is there. Throws as PictureInFile() does.
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 // Returns what the sink's finish() returns.
 int64_t WritePicture(const std::string& path, Picture picture, const WriteChoice& choice);

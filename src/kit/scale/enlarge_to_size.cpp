@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "kit/failure.h"
+#include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
-#include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/scale.h"
@@ -14,14 +14,6 @@ namespace norv {
 namespace {
 
 PictureSize SizeOf(const PictureShape& shape) { return {shape.width, shape.height}; }
-
-PictureSink CreateLarge(const PictureShape& shape, const PictureSize& size, const std::string& out,
-                        const WriteChoice& choice) {
-  PictureShape large = shape;
-  large.width = size.width;
-  large.height = size.height;
-  return CreateImage(out, large, choice);
-}
 
 // How many times larger where that is a whole number for both sides, else 0.
 int32_t WholeFactor(const PictureShape& shape, const PictureSize& size) {
@@ -52,22 +44,19 @@ int32_t FactorOfNetwork(const std::string& path) {
 }
 
 void EnlargeByNetworks(PictureSource picture, const NetworkPlan& plan, const NetEnlargement& how,
-                       const PictureSize& size, const std::string& out, const WriteChoice& choice) {
-  const PictureSink file = CreateLarge(picture.shape, size, out, choice);
+                       const PictureSize& size, const Destination& out) {
   for (const Model& pass : plan.passes) picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), how);
   if (SizeOf(picture.shape) != size) picture = Resized(picture, size, ResizeFilter::lanczos);
-  CopyRows(picture, file);
+  CopyRows(picture, out.Create(picture.shape));
 }
 
-void EnlargeByFilter(PictureSource picture, ResizeFilter filter, const PictureSize& size, const std::string& out,
-                     const WriteChoice& choice) {
+void EnlargeByFilter(PictureSource picture, ResizeFilter filter, const PictureSize& size, const Destination& out) {
   const int32_t factor = WholeFactor(picture.shape, size);
-  const PictureSink file = CreateLarge(picture.shape, size, out, choice);
   if (factor > 0)
     picture = HeldPicture(ByWholeFactor(AllRows(picture), filter, factor));
   else
     picture = Resized(picture, size, filter);
-  CopyRows(picture, file);
+  CopyRows(picture, out.Create(picture.shape));
 }
 
 }  // namespace norv

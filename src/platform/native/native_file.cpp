@@ -26,6 +26,11 @@ void RemoveAbandonedFiles(const std::string& destination) {
     if (entry->path().extension() == fs::path(kTemporarySuffix)) RemoveIfAbandoned(entry->path());
 }
 
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return fs::equivalent(ToNative(a), ToNative(b), error) && !error;
+}
+
 bool RemoveFile(const std::string& path) {
   std::error_code error;
   fs::remove(ToNative(path), error);

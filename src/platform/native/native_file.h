@@ -67,9 +67,6 @@ std::string LastSystemError();
 // The file behind a symbolic link, or the path itself.
 std::string FinalTarget(const std::string& path);
 
-// Whether the path exists and is neither a regular file nor a directory.
-bool IsSpecialFile(const std::string& path);
-
 // The path as the system writes it.
 std::filesystem::path ToNative(const std::string& utf8);
 

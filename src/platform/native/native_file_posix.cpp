@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/file.h"
 #include "platform/native/descriptor_posix.h"
 #include "platform/native/native_file.h"
 
@@ -108,16 +109,28 @@ std::string LastSystemError() { return std::strerror(errno); }
 std::string FinalTarget(const std::string& path) {
   struct stat status;
   if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return path;
-  char* real = realpath(path.c_str(), nullptr);
-  if (!real) return path;
-  std::string target = real;
-  std::free(real);
+  if (char* real = realpath(path.c_str(), nullptr)) {
+    std::string target = real;
+    std::free(real);
+    return target;
+  }
+  // A link to what is not there yet names the file that is made.
+  std::filesystem::path target = path;
+  std::error_code error;
+  for (int links = 0; links < 40 && std::filesystem::is_symlink(target, error); ++links)
+    target = target.parent_path() / std::filesystem::read_symlink(target, error);
   return target;
 }
 
 bool IsSpecialFile(const std::string& path) {
   struct stat status;
   return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+}
+
+bool IsReadOnly(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return false;
+  return geteuid() == 0 && S_ISREG(status.st_mode) ? !(status.st_mode & S_IWUSR) : access(path.c_str(), W_OK) != 0;
 }
 
 std::filesystem::path ToNative(const std::string& utf8) { return utf8; }

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "platform/file.h"
 #include "platform/native/native_file.h"
 #include "platform/native/wide_windows.h"
 
@@ -102,6 +103,11 @@ std::string LastSystemError() {
 std::string FinalTarget(const std::string& path) { return path; }
 
 bool IsSpecialFile(const std::string&) { return false; }
+
+bool IsReadOnly(const std::string& path) {
+  const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+}
 
 std::filesystem::path ToNative(const std::string& utf8) { return std::filesystem::path(Wide(utf8)); }
 

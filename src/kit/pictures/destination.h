@@ -1,0 +1,36 @@
+// Where a result goes, looked at before any work is done for it, so that nobody waits for what cannot be written and
+// nothing is lost that was not given up.
+#pragma once
+
+#include <string>
+
+#include "kit/formats/encoding.h"
+#include "kit/pictures/picture_rows.h"
+
+namespace norv {
+
+// Throws a Failure, or a SaidFailure, unless a file of that name can be written now: one that is there already must be
+// given up by `overwrite`, one without the right to write it (by its permission bits, for root too) stays, and so does
+// a folder. Behind a symbolic link the file that it points to counts. `input`: what is read meanwhile, for the reason.
+void RequireFree(const std::string& path, bool overwrite, const std::string& input = "");
+
+// A picture's. Commands that work for long make theirs first and save at the end; CreateImage() and SaveImage() make
+// one on the way.
+class Destination {
+ public:
+  // The shape that the picture will have. Throws as RequireFree() does, and a Failure where the name's format cannot
+  // hold it; warns, once, of what the format loses: alpha, bits.
+  Destination(const std::string& path, const PictureShape& shape, const WriteChoice& choice,
+              const std::string& input = "");
+
+  // A picture without a single finite value is a Failure instead of a file, one with some is warned of.
+  PictureSink Create(const PictureShape& shape) const;
+  // Returns what the sink's finish() returns.
+  int64_t Save(Picture picture) const;
+
+ private:
+  std::string path_;
+  WriteChoice choice_;
+};
+
+}  // namespace norv
