@@ -3,9 +3,9 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
+#include "kit/measure/summary.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
-#include "kit/pictures/summary.h"
 #include "kit/pictures/test_card.h"
 
 using namespace norv;

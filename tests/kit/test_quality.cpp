@@ -2,7 +2,7 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
-#include "kit/pictures/quality.h"
+#include "kit/measure/quality.h"
 
 using namespace norv;
 

@@ -5,10 +5,10 @@
 #include <doctest/doctest.h>
 
 #include "image/bit_image.h"
+#include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/quality.h"
 #include "kit/scale/restore_presets.h"
 #include "platform/team.h"
 #include "restore/restore_image.h"

@@ -2,9 +2,9 @@
 #include <doctest/doctest.h>
 #include <string>
 
+#include "kit/measure/quality.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_file.h"
-#include "kit/pictures/quality.h"
 #include "kit/pictures/test_card.h"
 #include "kit/training/training_pictures.h"
 #include "net/net_file.h"

@@ -3,10 +3,10 @@
 
 #include "kit/commands/command.h"
 #include "kit/failure.h"
+#include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/quality.h"
 #include "platform/console.h"
 
 namespace norv {

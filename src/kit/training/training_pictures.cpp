@@ -5,10 +5,10 @@
 #include <sstream>
 
 #include "kit/failure.h"
+#include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/quality.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/scale.h"
 #include "kit/training/name_hash.h"

@@ -1,4 +1,4 @@
-#include "kit/pictures/summary.h"
+#include "kit/measure/summary.h"
 
 #include <algorithm>
 #include <cmath>

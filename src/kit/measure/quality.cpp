@@ -1,4 +1,4 @@
-#include "kit/pictures/quality.h"
+#include "kit/measure/quality.h"
 
 #include <array>
 #include <limits>
