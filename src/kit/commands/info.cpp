@@ -5,6 +5,7 @@
 #include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "kit/measure/summary.h"
+#include "kit/metadata/carry.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
@@ -45,6 +46,8 @@ void PrintPicture(const std::string& path) {
       {"grey"}, {"grey", "alpha"}, {"red", "green", "blue"}, {"red", "green", "blue", "alpha"}};
   const Picture picture = ReadPicture(path);
   Say("%d x %d pixels, %d channels, %d bits\n", picture.Width(), picture.Height(), picture.channels, picture.bits);
+  const std::string carried = picture.metadata ? ContentsOf(*picture.metadata) : "";
+  if (!carried.empty()) Say("carries %s\n", carried.c_str());
   PrintPlanes(picture.plane.data(), picture.channels, kNames[picture.channels - 1], 0, 255);
 }
 

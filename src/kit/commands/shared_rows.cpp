@@ -33,23 +33,25 @@ Option OverwriteRow(bool& target) {
 }
 
 Options WriteRows(WriteChoice& choice) {
-  return {{.name = "--bits",
-           .target = &choice.bits,
-           .unit = "N",
-           .check = OneOf{"8,16,32"},
-           .help = "bits a sample of the picture: 8, 16, or 32 for floats",
-           .byDefault = "those of the input"},
-          {.name = "--quality",
-           .target = &choice.encoding.quality,
-           .unit = "N",
-           .check = Between{1, 100},
-           .help = "quality of a JPEG or WebP, 1 to 100",
-           .byDefault = "95"},
-          {.name = "--lossless",
-           .target = &choice.encoding.lossless,
-           .help = "keep every sample, where the format can do either (WebP)",
-           .excludes = "--quality"},
-          OverwriteRow(choice.overwrite)};
+  return {
+      {.name = "--bits",
+       .target = &choice.bits,
+       .unit = "N",
+       .check = OneOf{"8,16,32"},
+       .help = "bits a sample of the picture: 8, 16, or 32 for floats",
+       .byDefault = "those of the input"},
+      {.name = "--quality",
+       .target = &choice.encoding.quality,
+       .unit = "N",
+       .check = Between{1, 100},
+       .help = "quality of a JPEG or WebP, 1 to 100",
+       .byDefault = "95"},
+      {.name = "--lossless",
+       .target = &choice.encoding.lossless,
+       .help = "keep every sample, where the format can do either (WebP)",
+       .excludes = "--quality"},
+      {.name = "--strip", .target = &choice.encoding.strip, .help = "leave out all metadata but the colour profile"},
+      OverwriteRow(choice.overwrite)};
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {

@@ -9,6 +9,7 @@ namespace norv {
 struct EncodingChoice {
   int32_t quality = 0;    // of formats that lose something: 1 .. 100; 0: not chosen
   bool lossless = false;  // of formats that can be either
+  bool strip = false;     // of metadata only the colour profile
 
   int32_t Quality() const { return quality != 0 ? quality : 95; }
 };

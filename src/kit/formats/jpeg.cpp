@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 #include <vector>
 // The library's header needs stdio's types first.
 #include <jerror.h>
@@ -11,6 +12,8 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/metadata/carry.h"
+#include "kit/metadata/containers.h"
 #include "kit/profiles/display_converter.h"
 #include "platform/memory.h"
 
@@ -146,38 +149,6 @@ bool IsJpeg(std::span<const uint8_t> start) {
   return start.size() >= 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
 }
 
-// A number of 2 or 4 bytes in the byte order of the EXIF block; 0 behind its end.
-uint32_t ExifNumber(std::span<const uint8_t> exif, size_t at, size_t size) {
-  uint32_t value = 0;
-  if (at > exif.size() || size > exif.size() - at) return 0;
-  const bool little = exif[0] == 'I';
-  for (size_t i = 0; i < size; ++i) value = value << 8 | exif[at + (little ? size - 1 - i : i)];
-  return value;
-}
-
-// The orientation tag of an APP1 segment with EXIF data, 0 without one.
-int32_t ExifOrientation(std::span<const uint8_t> segment) {
-  constexpr uint8_t kMark[] = {'E', 'x', 'i', 'f', 0, 0};
-  if (segment.size() < 14 || !std::equal(kMark, kMark + 6, segment.begin())) return 0;
-  const auto exif = segment.subspan(6);
-  const size_t directory = ExifNumber(exif, 4, 4);
-  const uint32_t entries = ExifNumber(exif, directory, 2);
-  for (uint32_t i = 0; i < entries; ++i) {
-    const size_t entry = directory + 2 + 12 * size_t{i};
-    if (ExifNumber(exif, entry, 2) == 0x0112) return static_cast<int32_t>(ExifNumber(exif, entry + 8, 2));
-  }
-  return 0;
-}
-
-// The colour profile in all its APP2 segments, empty where there is none.
-std::vector<uint8_t> ProfileOf(jpeg_decompress_struct& jpeg) {
-  JOCTET* bytes = nullptr;
-  unsigned int size = 0;
-  if (!jpeg_read_icc_profile(&jpeg, &bytes, &size)) return {};
-  const std::unique_ptr<JOCTET, decltype(&std::free)> owner(bytes, std::free);
-  return {bytes, bytes + size};
-}
-
 // Of pictures whose pixels come in several passes the library holds all coefficients.
 size_t BytesHeld(jpeg_decompress_struct& jpeg) {
   size_t bytes = 0;
@@ -194,7 +165,6 @@ class JpegReader {
       jpeg_create_decompress(&jpeg);
       jpeg.progress = &in_.progress;
       jpeg.src = &in_.source.manager;
-      for (const int segment : {1, 2}) jpeg_save_markers(&jpeg, JPEG_APP0 + segment, 0xFFFF);
       jpeg_read_header(&jpeg, TRUE);
       const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE, inks = jpeg.num_components == 4;
       jpeg.out_color_space = grey ? JCS_GRAYSCALE : inks ? JCS_CMYK : JCS_RGB;
@@ -203,15 +173,15 @@ class JpegReader {
     RequirePossible(jpeg.image_width, jpeg.image_height);
     shape = {static_cast<int32_t>(jpeg.image_width), static_cast<int32_t>(jpeg.image_height),
              jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3};
-    for (const jpeg_marker_struct* marker = jpeg.marker_list; marker; marker = marker->next)
-      if (const int32_t tag = ExifOrientation({marker->data, marker->data_length}))
-        shape.turn = TurnOfOrientationTag(tag);
+    Metadata metadata = *ReadJpegMetadata(source);
+    shape.turn = TurnOfOrientationTag(metadata.orientation);
     if (jpeg.out_color_space == JCS_CMYK) {
       inkRow_.resize(4 * size_t(shape.width));
       // Files with an Adobe marker hold the inks inverted: 255 is none.
       const DevicePixels inks = {.inverted = jpeg.saw_Adobe_marker != 0};
-      converter_ = std::make_unique<DisplayConverter>(inks, ProfileOf(jpeg));
+      converter_ = std::make_unique<DisplayConverter>(inks, std::exchange(metadata.icc, {}));
     }
+    shape.metadata = std::make_shared<const Metadata>(std::move(metadata));
     if (BytesHeld(jpeg) > AvailableMemory()) Fail("JPEG: out of memory");
     in_.errors.Run([&] { jpeg_start_decompress(&jpeg); });
   }
@@ -249,8 +219,10 @@ class JpegWriter {
       jpeg_set_quality(&jpeg, quality, TRUE);
       // Full resolution for the colours: these pictures are looked at closely.
       jpeg.comp_info[0].h_samp_factor = jpeg.comp_info[0].v_samp_factor = 1;
+      if (shape.metadata) SetDensity(JpegDensityOf(*shape.metadata));
       jpeg_start_compress(&jpeg, TRUE);
     });
+    if (shape.metadata) WriteSegments(*shape.metadata);
   }
   void WriteRow(const uint8_t* row) {
     out_.errors.Run([&] {
@@ -263,6 +235,20 @@ class JpegWriter {
   }
 
  private:
+  void SetDensity(const JpegDensity& density) {
+    out_.jpeg.density_unit = density.unit;
+    out_.jpeg.X_density = density.x;
+    out_.jpeg.Y_density = density.y;
+  }
+  void WriteSegments(const Metadata& metadata) {
+    const std::vector<JpegSegment> segments = JpegSegments(metadata);
+    out_.errors.Run([&] {
+      for (const JpegSegment& segment : segments)
+        jpeg_write_marker(&out_.jpeg, segment.marker, segment.bytes.data(),
+                          static_cast<unsigned>(segment.bytes.size()));
+    });
+  }
+
   JpegOutput out_;
 };
 
@@ -280,6 +266,8 @@ const Codec kJpeg = {.name = "JPEG",
                      .extensions = {"jpg", "jpeg", "jpe"},
                      .loss = Loss::always,
                      .mostSide = JPEG_MAX_DIMENSION,
+                     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesXmpParts | kCarriesIptc |
+                                kCarriesText | kCarriesResolution,
                      .recognise = IsJpeg,
                      .open = OpenJpeg,
                      .create = CreateJpeg};

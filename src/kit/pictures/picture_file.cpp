@@ -6,6 +6,7 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/metadata/carry.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "platform/console.h"
@@ -130,8 +131,10 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
 }
 
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
-  const InFile in = PictureInFile(path, shape, choice);
-  const auto file = std::make_shared<PictureFile>(path, *CodecOfName(path), in.shape, choice.encoding);
+  InFile in = PictureInFile(path, shape, choice);
+  const Codec& codec = *CodecOfName(path);
+  in.shape.metadata = CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip);
+  const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice.encoding);
   return {[file](const Picture& rows) { file->Write(rows); }, [file] { return file->Finish(); }};
 }
 

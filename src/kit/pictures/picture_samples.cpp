@@ -70,6 +70,7 @@ int64_t PackRow(const Picture& picture, int32_t r, Samples& row) { return PackIn
 Picture ToPicture(const Samples& samples) {
   if (samples.turn != 0) return ToPicture(Upright(samples));
   Picture picture(samples.width, samples.height, samples.channels, samples.bits);
+  picture.metadata = samples.metadata;
   for (int32_t r = 0; r < samples.height; ++r) UnpackFrom(samples, r, r, picture);
   return picture;
 }

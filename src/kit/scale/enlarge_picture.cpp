@@ -19,6 +19,7 @@ namespace {
 Picture ShownAs(const PictureShape& shape, Picture picture) {
   if (shape.IsGrey()) picture = GreyPicture(std::move(picture.plane[0]), std::move(picture.plane[3]));
   picture.bits = shape.bits;
+  picture.metadata = shape.metadata;
   return picture;
 }
 

@@ -48,8 +48,7 @@ float NoiseOfColours(const Picture& picture, float noise) {
 }  // namespace
 
 Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
-  const int32_t bits = picture.bits;
-  const bool grey = picture.IsGrey();
+  const PictureShape shape = picture.Shape();
   Premultiply(picture);
   FloatImage image = ToFloatImage(std::move(picture));
   WarnOfSingleBand(image.height, bands);
@@ -60,18 +59,22 @@ Picture RestorePicture(Picture picture, const RestoreParameters& parameters, int
     RestoreImage(image, parameters, &progress);
   }
   Picture large = ToPicture(std::move(image));
-  if (grey) large = FirstColour(std::move(large));
-  large.bits = bits;
+  if (shape.IsGrey()) large = FirstColour(std::move(large));
+  large.bits = shape.bits;
+  large.metadata = shape.metadata;
   Unpremultiply(large);
   return large;
 }
 
 Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32_t bands, int32_t threads) {
   if (picture.HasAlpha()) Warn("the way over bytes drops the alpha plane");
+  const auto metadata = picture.metadata;
   BitImage image = ToBitImage(ToFloatImage(std::move(picture)));
   WarnOfSingleBand(image.height, bands);
   ProcessBitImageInBands(image, parameters, kDefaultFormat, bands, threads);
-  return ToPicture(image);
+  Picture large = ToPicture(image);
+  large.metadata = metadata;
+  return large;
 }
 
 void DenoisePicture(Picture& picture, const DenoiseChoice& choice) {

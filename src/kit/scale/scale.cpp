@@ -16,6 +16,7 @@ Picture PerPlane(const Picture& picture, const PlaneFunction& function) {
   Picture result;
   result.channels = picture.channels;
   result.bits = picture.bits;
+  result.metadata = picture.metadata;
   for (int32_t k = 0; k < picture.channels; ++k) function(picture.plane[k], result.plane[k]);
   return result;
 }

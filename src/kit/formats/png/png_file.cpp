@@ -3,6 +3,7 @@
 #include <png.h>
 
 #include "kit/formats/codec.h"
+#include "kit/metadata/carry.h"
 
 namespace norv {
 namespace {
@@ -15,6 +16,8 @@ const Codec kPng = {.name = "PNG",
                     .extensions = {"png"},
                     .mostBits = 16,
                     .alpha = true,
+                    .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesText |
+                               kCarriesResolution | kCarriesGamma | kCarriesChromaticities,
                     .recognise = IsPng,
                     .open = OpenPng,
                     .create = CreatePng};

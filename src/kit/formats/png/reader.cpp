@@ -1,6 +1,7 @@
 #include "kit/formats/codec.h"
 #include "kit/formats/png/png_file.h"
 #include "kit/formats/png/session.h"
+#include "kit/metadata/containers.h"
 
 namespace norv {
 namespace {
@@ -21,6 +22,8 @@ class PngReader {
     RequirePossible(width, height);
     shape = {static_cast<int32_t>(width), static_cast<int32_t>(height), png_get_channels(png, info),
              png_get_bit_depth(png, info)};
+    shape.metadata = ReadPngMetadata(source);
+    shape.turn = TurnOfOrientationTag(shape.metadata->orientation);
     if (png_get_rowbytes(png, info) != shape.RowBytes()) Fail("PNG: rows of an unknown layout");
   }
   bool IsInterlaced() const { return png_get_interlace_type(session_.png, session_.info) != PNG_INTERLACE_NONE; }

@@ -25,6 +25,10 @@ PngSession::~PngSession() {
     png_destroy_write_struct(&png, &info);
 }
 
+void PngSession::Write(const Bytes& bytes) {
+  Run([&] { OnWrite(png, const_cast<png_bytep>(bytes.data()), bytes.size()); });
+}
+
 void PngSession::OnError(png_structp png, png_const_charp message) {
   PngSession& self = *static_cast<PngSession*>(png_get_error_ptr(png));
   std::snprintf(self.failure_, sizeof self.failure_, "%s", message);

@@ -27,6 +27,9 @@ struct PngSession {
     step();
   }
 
+  // Whole chunks between those that the library writes. Throws a Failure.
+  void Write(const Bytes& bytes);
+
  private:
   static void OnError(png_structp png, png_const_charp message);
   static void OnWarning(png_structp, png_const_charp) {}

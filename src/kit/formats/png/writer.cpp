@@ -1,6 +1,7 @@
 #include "kit/formats/codec.h"
 #include "kit/formats/png/png_file.h"
 #include "kit/formats/png/session.h"
+#include "kit/metadata/containers.h"
 
 namespace norv {
 namespace {
@@ -19,6 +20,7 @@ class PngWriter {
       png_write_info(png, session_.info);
       png_set_swap(png);
     });
+    if (shape.metadata) session_.Write(PngChunks(*shape.metadata));
   }
   void WriteRow(const uint8_t* row) {
     session_.Run([&] { png_write_row(session_.png, row); });

@@ -1,0 +1,186 @@
+// What pictures carry beside their pixels, through every format and between them, and hostile blocks.
+#include <algorithm>
+#include <cstring>
+#include <doctest/doctest.h>
+
+#include "kit/formats/codec.h"
+#include "kit/metadata/carry.h"
+#include "kit/metadata/containers.h"
+#include "kit/metadata/exif.h"
+#include "kit/metadata/image_resources.h"
+#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_file.h"
+#include "support/captured_output.h"
+
+using namespace norv;
+
+namespace {
+
+Bytes BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+std::string TextOf(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+
+// Numbers one behind the other in a byte order, and a directory of fields whose values all fit into the entries or lie
+// where the number says.
+struct Writer {
+  bool bigEndian;
+  std::string bytes{};
+
+  Writer& Put(size_t size, uint64_t number) {
+    for (size_t i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * (bigEndian ? size - 1 - i : i));
+    return *this;
+  }
+  Writer& Entry(uint16_t tag, uint16_t type, uint32_t count, uint32_t value) {
+    Put(2, tag).Put(2, type).Put(4, count);
+    return type == 3 && count == 1 ? Put(2, value).Put(2, 0) : Put(4, value);
+  }
+  Writer& Text(const std::string& text) {
+    bytes += text;
+    return *this;
+  }
+};
+
+// A camera's block: a first directory that says orientation 6, one of EXIF's own with sizes, a fraction and a maker's
+// note, one of GPS, and a thumbnail.
+Bytes CameraBlock(bool bigEndian) {
+  Writer block{bigEndian};
+  block.Text(bigEndian ? "MM" : "II").Put(2, 42).Put(4, 8);
+  block.Put(2, 5).Entry(0x010F, 2, 6, 200).Entry(0x0112, 3, 1, 6).Entry(0x011A, 5, 1, 192).Entry(0x8769, 4, 1, 74);
+  block.Entry(0x8825, 4, 1, 140).Put(4, 160);  // and the directory of the thumbnail
+  block.Put(2, 5).Entry(0x829A, 5, 1, 208).Entry(0x9201, 10, 1, 224).Entry(0x927C, 7, 7, 216);
+  block.Entry(0xA002, 3, 1, 8).Entry(0xA003, 4, 1, 6).Put(4, 0);
+  block.Put(2, 1).Entry(0x0001, 2, 2, bigEndian ? 0x4E000000 : 0x4E).Put(4, 0).Put(2, 0);
+  block.Put(2, 2).Entry(0x0201, 4, 1, 232).Entry(0x0202, 4, 1, 6).Put(4, 0).Put(2, 0);
+  block.Put(4, 300).Put(4, 1).Text(std::string("Maker\0\0\0", 8)).Put(4, 1).Put(4, 250);
+  block.Text(std::string("\x01\0NOTE!\0", 8))
+      .Put(4, 0xFFFFFFFB)
+      .Put(4, 2)
+      .Text(
+          "\xFF\xD8"
+          "JP\xFF\xD9");
+  REQUIRE(block.bytes.size() == 238);
+  return BytesOf(block.bytes);
+}
+
+// The value of a field in the directory that the tags before it point at; nothing where there is none.
+Bytes FieldOf(const Bytes& exif, std::initializer_list<uint16_t> path) {
+  if (exif.size() < 8) return {};
+  const bool big = exif[0] == 'M';
+  const auto number = [&](size_t at, size_t size) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < size; ++i) value = value << 8 | exif.at(at + (big ? i : size - 1 - i));
+    return static_cast<size_t>(value);
+  };
+  constexpr size_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+  size_t directory = number(4, 4);
+  Bytes value;
+  for (const uint16_t tag : path) {
+    value.clear();
+    for (size_t i = 0, at = directory + 2; i < number(directory, 2); ++i, at += 12) {
+      if (number(at, 2) != tag) continue;
+      const size_t size = kSizes[number(at + 2, 2)] * number(at + 4, 4), from = size <= 4 ? at + 8 : number(at + 8, 4);
+      value.assign(exif.begin() + static_cast<ptrdiff_t>(from), exif.begin() + static_cast<ptrdiff_t>(from + size));
+      directory = number(at + 8, 4);
+      break;
+    }
+    if (value.empty()) return {};
+  }
+  return value;
+}
+
+size_t NumberOf(const Bytes& exif, std::initializer_list<uint16_t> path) {
+  const Bytes value = FieldOf(exif, path);
+  size_t number = 0;
+  for (size_t i = 0; i < value.size(); ++i) number = number << 8 | value[exif[0] == 'M' ? i : value.size() - 1 - i];
+  return number;
+}
+
+const std::string kPacket =
+    "<x:xmpmeta><rdf:RDF><rdf:Description tiff:Orientation=\"6\" exif:PixelXDimension='8'><tiff:ImageWidth>8"
+    "</tiff:ImageWidth><xmp:Thumbnails>old</xmp:Thumbnails><dc:title>T\xC3\xB6</dc:title></rdf:Description></rdf:RDF>"
+    "</x:xmpmeta>";
+
+// Everything that there is, the profile longer than two of JPEG's segments.
+Metadata Everything(bool bigEndian) {
+  Metadata all;
+  all.icc.resize(150001);
+  for (size_t i = 0; i < all.icc.size(); ++i) all.icc[i] = static_cast<uint8_t>(i * i / 7);
+  std::memcpy(&all.icc[16], "RGB ", 4);
+  all.exif = CameraBlock(bigEndian);
+  all.xmp = BytesOf(kPacket);
+  all.iptc = BytesOf(std::string("\x1C\x02\x19\0\x03key", 8));
+  all.resources = BytesOf(std::string("8BIM\x04\x0A\0\0\0\0\0\1\1\0", 14));
+  all.text = {{"Comment", "one\ntwo", true}, {"Title", "T\xC3\xB6", true}, {"Author", "\xE2\x82\xAC"}};
+  all.resolution = {300, 300, ResolutionUnit::inch};
+  all.orientation = 6;
+  return all;
+}
+
+// A picture of 8 x 6 in this format, which carries what the format has a place for.
+void WriteSource(const std::string& path, const Codec& codec, const Metadata& metadata) {
+  Samples samples({8, 6, 3});
+  samples.metadata = std::make_shared<const Metadata>(metadata);
+  const Bytes bytes = codec.Encode(samples, {});
+  test::WriteBytes(path, {bytes.begin(), bytes.end()});
+}
+
+// What a picture of 16 x 12 carries when it is read from one file and written to another.
+Metadata Passed(const std::string& from, const std::string& to, const WriteChoice& choice = {}) {
+  Picture large(16, 12, 3);
+  for (matrix& plane : large.plane) plane.fill(100);
+  large.metadata = ReadPicture(from).metadata;
+  WritePicture(to, std::move(large), choice);
+  return *ReadPicture(to).metadata;
+}
+
+std::vector<const Codec*> Carriers() {
+  std::vector<const Codec*> carriers;
+  for (const Codec* codec : Codecs())
+    if (codec->carries & kCarriesExif) carriers.push_back(codec);
+  return carriers;
+}
+
+}  // namespace
+
+TEST_CASE("everything that a picture carries passes from every format to every other, put right") {
+  const test::ScratchFolder folder;
+  for (const bool bigEndian : {false, true})
+    for (const Codec* from : Carriers())
+      for (const Codec* to : Carriers()) {
+        INFO(std::string(from->name), " to ", std::string(to->name), bigEndian ? ", MM" : ", II");
+        const Metadata all = Everything(bigEndian);
+        const std::string source = folder / "a." + from->extensions[0], target = folder / "b." + to->extensions[0];
+        WriteSource(source, *from, all);
+        CHECK(ReadPicture(source).Width() == 6);  // orientation 6: upright it stands
+        const Metadata now = Passed(source, target);
+        CHECK(now.icc == all.icc);
+        CHECK(now.iptc == all.iptc);
+        CHECK(now.resources == all.resources);
+        const auto resolution = ResolutionOf(now);
+        CHECK((resolution == all.resolution));
+        CHECK(NumberOf(now.exif, {0x8769, 0xA002}) == 16);
+        CHECK(NumberOf(now.exif, {0x8769, 0xA003}) == 12);
+        CHECK(now.orientation <= 1);
+        CHECK(ReadPicture(target).Width() == 16);
+        CHECK(TextOf(FieldOf(now.exif, {0x010F})) == std::string("Maker\0", 6));
+        for (const uint16_t tag : std::initializer_list<uint16_t>{0x829A, 0x927C, 0x9201})
+          CHECK(FieldOf(now.exif, {0x8769, tag}) == FieldOf(all.exif, {0x8769, tag}));
+        CHECK(TextOf(FieldOf(now.exif, {0x8825, 1})) == std::string("N\0", 2));
+        CHECK(TextOf(now.exif).find("JP\xFF") == std::string::npos);
+        CHECK(TextOf(now.xmp) ==
+              "<x:xmpmeta><rdf:RDF><rdf:Description tiff:Orientation=\"1\" exif:PixelXDimension='16'><tiff:ImageWidth>"
+              "16</tiff:ImageWidth><dc:title>T\xC3\xB6</dc:title></rdf:Description></rdf:RDF></x:xmpmeta>");
+        if (from->carries & to->carries & kCarriesText) CHECK(now.text.size() == 3);
+      }
+}
+
+TEST_CASE("stripped pictures carry their profile only") {
+  const test::ScratchFolder folder;
+  for (const Codec* codec : Carriers()) {
+    WriteSource(folder / "a.png", kPng, Everything(true));
+    WriteChoice choice;
+    choice.encoding.strip = true;
+    Metadata kept;
+    kept.icc = Everything(true).icc;
+    CHECK((Passed(folder / "a.png", folder / "b." + codec->extensions[0], choice) == kept));
+  }
+}
