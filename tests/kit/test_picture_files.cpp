@@ -7,7 +7,6 @@
 #include <jpeglib.h>
 #include <png.h>
 #include <sys/resource.h>
-#include <tiffio.h>
 #include <zlib.h>
 
 #include "kit/failure.h"
@@ -148,63 +147,6 @@ TEST_CASE("palettes, few bits, transparency and interlacing are unfolded") {
   CHECK(
       kPng.Decode(PaletteOrInterlaced(PNG_COLOR_TYPE_GRAY, 8, PNG_INTERLACE_ADAM7, grey.bytes, 19, 23, false)).bytes ==
       grey.bytes);
-}
-
-TEST_CASE("TIFF tiles, separate planes, white as zero and multiplied alpha are read as what they show") {
-  test::ScratchFolder folder;
-  const std::string name = folder / "t.tif";
-  const Samples samples = Pattern(41, 35, 3, 16);
-  TIFF* tiff = nullptr;
-  const auto start = [&](int channels, int bits, int photometric) {
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 41);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 35);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, channels);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
-  };
-  const auto read = [&] {
-    TIFFClose(tiff);
-    const std::string text = test::ReadBytes(name);
-    return kTiff.Decode({text.begin(), text.end()});
-  };
-  // A part of one channel's plane, from (y, x) on.
-  const auto cut = [&](uint32_t y, uint32_t x, uint16_t channel, uint32_t width, uint32_t height) {
-    std::vector<uint16_t> part(width * height);
-    for (uint32_t i = 0; i < part.size(); ++i)
-      if (const uint32_t r = y + i / width, c = x + i % width; r < 35 && c < 41)
-        std::memcpy(&part[i], samples.Row(static_cast<int32_t>(r)) + 6 * c + 2 * channel, 2);
-    return part;
-  };
-  for (const bool tiled : {true, false}) {
-    tiff = TIFFOpen(name.c_str(), "w");
-    start(3, 16, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_SEPARATE);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, tiled ? COMPRESSION_NONE : COMPRESSION_LZW);
-    TIFFSetField(tiff, tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, tiled ? 16 : 8);
-    if (tiled) TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
-    for (uint16_t channel = 0; channel < 3; ++channel)
-      for (uint32_t y = 0; y < 35; y += tiled ? 16 : 1) {
-        if (!tiled) TIFFWriteScanline(tiff, cut(y, 0, channel, 41, 1).data(), y, channel);
-        for (uint32_t x = 0; tiled && x < 41; x += 16)
-          TIFFWriteTile(tiff, cut(y, x, channel, 16, 16).data(), x, y, 0, channel);
-      }
-    CHECK(read().bytes == samples.bytes);
-  }
-
-  tiff = TIFFOpen(name.c_str(), "w");
-  start(1, 8, PHOTOMETRIC_MINISWHITE);
-  Bytes row(41, 250);
-  for (uint32_t y = 0; y < 35; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
-  CHECK(read().bytes == Bytes(41 * 35, 5));
-
-  tiff = TIFFOpen(name.c_str(), "w");
-  start(2, 8, PHOTOMETRIC_MINISBLACK);
-  const uint16_t multiplied = EXTRASAMPLE_ASSOCALPHA;
-  TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &multiplied);
-  row.clear();
-  for (int x = 0; x < 41; ++x) row.insert(row.end(), {50, 100});
-  for (uint32_t y = 0; y < 35; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
-  CHECK(read().bytes[0] == 128);  // 50 / (100 / 255), rounded
 }
 
 TEST_CASE("a photograph taken with the camera turned is shown upright") {

@@ -16,13 +16,19 @@ void RequirePossible(int64_t width, int64_t height) {
   if (width > std::numeric_limits<int32_t>::max() / height) Fail("the picture has more than 2^31 pixels");
 }
 
-void RequireLikely(const PictureShape& shape, int64_t fileBytes) {
+int64_t MostLikelyBytes(int64_t fileBytes) {
   constexpr int64_t kAlways = int64_t{64} << 20, kMostRatio = 4096;
+  return kAlways + kMostRatio * std::min(fileBytes, INT64_MAX / kMostRatio - kAlways);
+}
+
+void RequireLikely(int64_t bytes, int64_t fileBytes) {
+  if (bytes > MostLikelyBytes(fileBytes))
+    Fail("a file of %lld bytes cannot hold as many pixels as it claims", static_cast<long long>(fileBytes));
+}
+
+void RequireLikely(const PictureShape& shape, int64_t fileBytes) {
   RequirePossible(shape.width, shape.height);
-  const int64_t bytes = static_cast<int64_t>(shape.RowBytes()) * shape.height;
-  if ((bytes - kAlways) / kMostRatio > fileBytes)
-    Fail("%lld bytes cannot hold the %d x %d pixels that they claim", static_cast<long long>(fileBytes), shape.width,
-         shape.height);
+  RequireLikely(static_cast<int64_t>(shape.RowBytes()) * shape.height, fileBytes);
 }
 
 Samples::Samples(const PictureShape& shape) : PictureShape(shape) {

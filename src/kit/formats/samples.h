@@ -12,8 +12,11 @@ namespace norv {
 // Throws a Failure when a side is not positive or when there are more pixels than a plane can hold.
 void RequirePossible(int64_t width, int64_t height);
 
-// A header may claim what it likes: throws a Failure where the samples would take more than 64 MB and 4,096 times the
-// bytes of the file, which no compression of a real picture comes near.
+// A header may claim what it likes. What a file of so many bytes may be unfolded to: 64 MB and 4,096 times its size,
+// which no compression of a real picture comes near.
+int64_t MostLikelyBytes(int64_t fileBytes);
+// Throws a Failure where the bytes, or the samples of such a picture, would be more.
+void RequireLikely(int64_t bytes, int64_t fileBytes);
 void RequireLikely(const PictureShape& shape, int64_t fileBytes);
 
 // Rows of samples of 8 bits, or of 16 in the machine's own byte order, or of floats where 0 to 1 is black to white, the

@@ -17,7 +17,7 @@ bool IsTiff(std::span<const uint8_t> start) {
 
 const Codec kTiff = {.name = "TIFF",
                      .extensions = {"tif", "tiff"},
-                     .mostBits = 16,
+                     .mostBits = 32,
                      .alpha = true,
                      .recognise = IsTiff,
                      .open = OpenTiff,

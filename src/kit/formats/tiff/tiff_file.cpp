@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "kit/failure.h"
+#include "kit/formats/samples.h"
 #include "platform/memory.h"
 
 namespace norv {
@@ -51,7 +52,9 @@ TiffFile::TiffFile(const ByteSource& from, const ByteSink& to, const char* mode)
   if (!options) Fail("TIFF: out of memory");
   TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
   TIFFOpenOptionsSetWarningHandlerExtR(options, OnWarning, this);
-  const size_t most = std::min<size_t>(AvailableMemory(), size_t{1} << 40);
+  // What a small file claims is no reason to take much memory.
+  const int64_t likely = source.read ? MostLikelyBytes(source.size) : int64_t{1} << 40;
+  const size_t most = std::min(AvailableMemory(), static_cast<size_t>(likely));
   TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(most));
   tiff = TIFFClientOpenExt("picture", mode, this, Read, Write, Seek, Close, Size, Map, Unmap, options);
   TIFFOpenOptionsFree(options);

@@ -25,7 +25,8 @@ class TiffWriter {
     file_.Set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     file_.Set(TIFFTAG_PHOTOMETRIC, shape.channels > 2 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
     file_.Set(TIFFTAG_COMPRESSION, COMPRESSION_LZW);
-    file_.Set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+    file_.Set(TIFFTAG_SAMPLEFORMAT, shape.bits == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
+    file_.Set(TIFFTAG_PREDICTOR, shape.bits == 32 ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
     file_.Set(TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(file_.tiff, 0));
     const uint16_t kind = EXTRASAMPLE_UNASSALPHA;
     if (shape.channels % 2 == 0) file_.Require(TIFFSetField(file_.tiff, TIFFTAG_EXTRASAMPLES, 1, &kind));
