@@ -43,12 +43,21 @@ int Run(const std::vector<std::string>& words) {
   return kFailed;
 }
 
+// What was said and got lost is a failure of its own; a reader that wanted no more needs no word.
+int WithItsOutput(int code) {
+  bool gone = false;
+  const std::string reason = WhyOutputIsLost(gone);
+  if (reason.empty()) return code;
+  if (!gone) Complain("standard output: %s", reason.c_str());
+  return code == kGood ? kFailed : code;
+}
+
 }  // namespace
 
 int RunKit(const std::vector<std::string>& arguments) {
   const std::vector<std::string> words(arguments.begin() + 1, arguments.end());
   const std::string refusal = WhyRefused(words);
-  if (refusal.empty()) return Run(words);
+  if (refusal.empty()) return WithItsOutput(Run(words));
   Complain("%s", refusal.c_str());
   return kWrongUsage;
 }

@@ -1,15 +1,23 @@
 #include "platform/console.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace norv {
 namespace {
 
 const char* programName = "norv";
 
+int outputError = 0;  // the first one of standard output
+
+void FlushOutput() {
+  if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
+}
+
 void PrintLine(const char* prefix, const char* format, va_list arguments) {
-  std::fflush(stdout);
+  FlushOutput();
   std::fprintf(stderr, "%s: %s", programName, prefix);
   std::vfprintf(stderr, format, arguments);
   std::fputc('\n', stderr);
@@ -25,7 +33,14 @@ void Say(const char* format, ...) {
   va_start(arguments, format);
   std::vprintf(format, arguments);
   va_end(arguments);
-  std::fflush(stdout);
+  FlushOutput();
+}
+
+std::string WhyOutputIsLost(bool& gone) {
+  FlushOutput();
+  gone = outputError == EPIPE;
+  if (outputError != 0) return std::strerror(outputError);
+  return std::ferror(stdout) ? "it cannot be written" : "";
 }
 
 void Warn(const char* format, ...) {

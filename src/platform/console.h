@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <string>
 
 namespace norv {
 
@@ -14,6 +15,10 @@ void NameProgram(const char* name);
 
 // A message on standard output: exactly these characters, flushed at once. An unwritable standard output is ignored.
 [[gnu::format(gnu_printf, 1, 2)]] void Say(const char* format, ...);
+
+// Sends off what is still on its way to standard output. Empty when all of it has arrived since the start, else the
+// system's reason why not; a reader that has gone away needs none and is said by `gone`.
+std::string WhyOutputIsLost(bool& gone);
 
 // A line on standard error, behind the program's name and "warning: ".
 [[gnu::format(gnu_printf, 1, 2)]] void Warn(const char* format, ...);

@@ -12,6 +12,8 @@ namespace {
 std::atomic<bool> watching{false};
 std::atomic<int> requests{0};
 
+std::atomic<const char*> lastWords{nullptr};
+
 constexpr int kSlots = 8, kLongestPath = 4096;
 
 // Fixed memory and atomic states, for a handler may look at any instant.
@@ -35,6 +37,13 @@ void InstallOnce() {
 void RemoveScratchFiles() {
   for (Slot& slot : slots)
     if (slot.filled) RemoveInHandler(slot.path);
+}
+
+const char* LastWords() { return lastWords; }
+
+void EndInterruptsInWords(const char* line) {
+  lastWords = line;
+  InstallOnce();
 }
 
 bool OnlyNoted() { return watching && requests.exchange(1) == 0; }

@@ -5,6 +5,10 @@
 
 namespace norv {
 
+// From now on an interrupt (as below) that nobody watches for removes scratch files and ends the process with exit code
+// 130 and a line on standard error, instead of by its signal. The text has to stay.
+void EndInterruptsInWords(const char* line);
+
 // While it lives, the first interrupt (SIGINT or SIGTERM; on Windows Ctrl-C and the like) is only noted. The second one
 // ends the process at once as it would have without this. One at a time.
 class InterruptWatch {

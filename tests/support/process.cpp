@@ -52,6 +52,26 @@ int WaitFor(pid_t child) {
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+// Whether the program runs already and has a handler for the signal.
+bool Listens(pid_t child, const Command& command) {
+  const std::string process = "/proc/" + std::to_string(child);
+  std::error_code error;
+  if (!std::filesystem::equivalent(process + "/exe", command.executable, error)) return false;
+  const std::string status = ReadBytes(process + "/status");
+  const size_t at = status.find("SigCgt:");
+  return at != std::string::npos && std::stoull(status.substr(at + 7), nullptr, 16) >> (command.signal - 1) & 1;
+}
+
+void SendSignal(pid_t child, const Command& command) {
+  siginfo_t ended{};
+  while (!Listens(child, command) && ended.si_pid == 0) {
+    waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT);
+    std::this_thread::sleep_for(500us);
+  }
+  std::this_thread::sleep_for(std::chrono::duration<double>(command.after));
+  kill(child, command.signal);
+}
+
 }  // namespace
 
 Outcome Run(const Command& command) {
@@ -68,6 +88,7 @@ Outcome Run(const Command& command) {
     Become(command, prepared);
   }
   REQUIRE(child > 0);
+  if (command.signal != 0) SendSignal(child, command);
   const int exitCode = WaitFor(child);
   return {exitCode, ReadBytes(output), ReadBytes(errors)};
 }

@@ -19,6 +19,8 @@ struct Command {
   std::string input = "";       // what standard input holds, then its end
   std::string output = "";      // where standard output goes instead of the outcome
   std::string closed = "";      // the standard streams that are closed at start, such as "02"
+  int signal = 0;               // that is sent to it,
+  double after = 0;             // so many seconds after it has begun to listen for it
 };
 
 struct Outcome {

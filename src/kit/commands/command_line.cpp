@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "kit/failure.h"
+#include "platform/console.h"
 
 namespace norv {
 namespace {
@@ -114,7 +115,9 @@ std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
   try {
     kit.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::Success& asked) {
-    kit.exit(asked);
+    std::ostringstream text;
+    kit.exit(asked, text, text);
+    Say("%s", text.str().c_str());
     return {};
   } catch (const CLI::ParseError& error) {
     throw WrongUsage(error.what());

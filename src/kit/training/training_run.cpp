@@ -19,6 +19,15 @@ namespace {
 constexpr char kPairs[] = "test.dat", kUnfinishedPairs[] = "test.dat.unfinished";
 constexpr char kLast[] = "last.net", kBest[] = "best.net", kLog[] = "log.csv", kCurve[] = "curve.svg";
 
+// A file that goes when this does, or when the run ends before, unless it has another name by then.
+struct Unfinished {
+  std::string path;
+  ScratchGuard guard;
+
+  explicit Unfinished(const std::string& name) : path(name), guard(name) { RemoveFile(path); }
+  ~Unfinished() { RemoveFile(path); }
+};
+
 // Layers, units and kinds.
 bool IsSameShape(const NeuralNet& a, const NeuralNet& b) {
   if (a.N0 != b.N0 || a.N != b.N) return false;
@@ -99,7 +108,7 @@ void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
 // Under another name until all of them are there and shuffled: what is called test.dat is complete.
 void TrainingRun::MakePairs() const {
   const std::string path = Path(kUnfinishedPairs);
-  RemoveFile(path);
+  const Unfinished unfinished(path);
   bool first = true;
   pictures_.ForTraining([&](matrix& picture, const Degradation& degrade) {
     if (first)

@@ -56,8 +56,9 @@ class RawTerminal {
 }  // namespace
 
 void PrepareConsole() {
+  // Writing to a standard output that was closed fails, as it would have.
   for (int descriptor = 0; descriptor <= 2; ++descriptor)
-    if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) std::abort();
+    if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", descriptor == 1 ? O_RDONLY : O_RDWR) < 0) std::abort();
   // A reader that went away must not end the run before its files are written.
   std::signal(SIGPIPE, SIG_IGN);
   // Beyond a limit on file sizes a write fails like one on a full disk.

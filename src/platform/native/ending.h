@@ -14,4 +14,8 @@ void RemoveInHandler(const char* path);
 bool OnlyNoted();
 void RemoveScratchFiles();
 
+// The line for standard error with which a wish to stop ends the process, exit code kInterrupted; null: by the signal.
+const char* LastWords();
+inline constexpr int kInterrupted = 130;
+
 }  // namespace norv

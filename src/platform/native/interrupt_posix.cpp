@@ -1,4 +1,5 @@
 #include <csignal>
+#include <cstring>
 #include <initializer_list>
 #include <unistd.h>
 
@@ -7,10 +8,18 @@
 namespace norv {
 namespace {
 
-// Only what is safe in a handler: notes, unlink, the signal's own default.
+void Write(const char* text) { static_cast<void>(!write(STDERR_FILENO, text, std::strlen(text))); }
+
+// Only what is safe in a handler: notes, unlink, write, the signal's own default.
 extern "C" void OnSignal(int signal) {
-  if ((signal == SIGINT || signal == SIGTERM) && OnlyNoted()) return;
+  const bool wish = signal == SIGINT || signal == SIGTERM;
+  if (wish && OnlyNoted()) return;
   RemoveScratchFiles();
+  if (const char* line = wish ? LastWords() : nullptr) {
+    if (isatty(STDERR_FILENO)) Write("\r\033[K");  // progress that may stand there
+    Write(line);
+    _exit(kInterrupted);
+  }
   struct sigaction ordinary = {};
   ordinary.sa_handler = SIG_DFL;
   sigaction(signal, &ordinary, nullptr);

@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <windows.h>
 
 #include "platform/native/ending.h"
@@ -10,6 +11,10 @@ namespace {
 BOOL WINAPI OnConsoleEvent(DWORD) {
   if (OnlyNoted()) return TRUE;
   RemoveScratchFiles();
+  if (const char* line = LastWords()) {
+    std::fputs(line, stderr);
+    ExitProcess(kInterrupted);
+  }
   return FALSE;  // the system's own way: the process ends
 }
 
