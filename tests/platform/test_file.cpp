@@ -16,6 +16,15 @@ size_t Entries(const ScratchFolder& folder) {
   return static_cast<size_t>(std::distance(fs::directory_iterator(folder.Path()), {}));
 }
 
+// The next field, or the one at a place.
+template <typename T>
+T Next(FileIn& in, int64_t position = -1) {
+  T value{};
+  if (position >= 0) in.Seek(position);
+  in.Field(value);
+  return value;
+}
+
 }  // namespace
 
 TEST_CASE("fields and arrays of any size come back as they were") {
@@ -33,17 +42,12 @@ TEST_CASE("fields and arrays of any size come back as they were") {
   CHECK(fs::file_size(folder / "a") == 4 + 12 + 4 * large.size() + 4);
   FileIn in(folder / "a");
   REQUIRE(in.IsOpen());
-  int32_t count;
-  float last;
   std::vector<float> first(3), rest(large.size());
-  in.Field(count);
+  CHECK(Next<int32_t>(in) == -7);
   in.Array(first.data(), 3);
   in.Array(rest.data(), rest.size());
-  in.Field(last);
-  CHECK(count == -7);
-  CHECK(first[2] == 0.5f);
-  CHECK(rest == large);
-  CHECK(last == 2.5f);
+  CHECK((first[2] == 0.5f && rest == large));
+  CHECK(Next<float>(in) == 2.5f);
   CHECK(in.Complete());
 }
 
@@ -51,20 +55,16 @@ TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
   const ScratchFolder folder;
   WriteBytes(folder / "short", std::string(6, 'x'));
   FileIn in(folder / "short");
-  int32_t whole = 1;
   std::vector<uint8_t> rest(5, 9);
-  in.Field(whole);
+  CHECK(Next<int32_t>(in) == 0x78787878);
   CHECK(in.Complete());
   in.Array(rest.data(), rest.size());
-  CHECK(whole == 0x78787878);
   CHECK(rest == std::vector<uint8_t>{'x', 'x', 0, 0, 0});
   CHECK_FALSE(in.Complete());
 
   FileIn skipping(folder / "short");
   skipping.Skip(5);
-  uint8_t byte;
-  skipping.Field(byte);
-  CHECK(byte == 'x');
+  CHECK(Next<char>(skipping) == 'x');
   CHECK(skipping.Complete());
   skipping.Skip(1);
   CHECK_FALSE(skipping.Complete());
@@ -88,21 +88,15 @@ TEST_CASE("reading and writing move to places in the file, beyond 4 GiB too") {
   }
   CHECK(fs::file_size(folder / "a") == static_cast<uintmax_t>(kFar) + 4);
   FileIn in(folder / "a");
-  const auto read = [&](int64_t position) {
-    int32_t value = -1;
-    in.Seek(position);
-    in.Field(value);
-    return value;
-  };
   REQUIRE(in.CanSeek());
-  CHECK(read(kFar) == 2);
-  CHECK(read(4) == 3);
-  CHECK(read(1000000) == 0);
+  CHECK(Next<int32_t>(in, kFar) == 2);
+  CHECK(Next<int32_t>(in, 4) == 3);
+  CHECK(Next<int32_t>(in, 1000000) == 0);
   CHECK(in.Complete());
   // What is missing at one place does not touch the others.
-  CHECK(read(kFar + 2) == 0);
+  CHECK(Next<int32_t>(in, kFar + 2) == 0);
   CHECK_FALSE(in.Complete());
-  CHECK(read(0) == 1);
+  CHECK(Next<int32_t>(in, 0) == 1);
   CHECK_FALSE(in.Complete());
 }
 
