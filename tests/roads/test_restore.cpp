@@ -44,10 +44,11 @@ std::string ExpectedBits(const ScratchFolder& folder) {
   return ReadBytes(folder / "expected.bit");
 }
 
-Outcome RunMode(const ScratchFolder& folder, int mode, int threads, const RestoreParameters& asked = kEmphasis) {
+Outcome RunMode(const ScratchFolder& folder, int mode, int threads, const RestoreParameters& asked = kEmphasis,
+                const std::string& directory = "") {
   Command command = NorvIn(folder, "");
   command.arguments = ModeWords(mode, asked, threads);
-  command.directory = folder.Path();
+  command.directory = directory.empty() ? folder.Path() : directory;
   return Run(command);
 }
 
@@ -121,21 +122,16 @@ TEST_CASE("mode 3 reads from the current directory, writes, and goes on as mode 
   const int most = ProcessorCount();
   SaveFloats(current / "input.fdib", Picture(11, 13));
   Picture(20, 30).Save(folder / "input.bit", Folder::asGiven);
-  Command command = NorvIn(folder, "");
-  command.arguments = ModeWords(3, TestParameters(5), most + 1);
-  command.directory = current.Path();
-  CheckReported(Run(command), "\nMode = 3" + Changed(most + 1) + Threads(most) + Threads(most));
+  const auto run = [&](int mode) { return RunMode(folder, mode, most + 1, kUsual, current.Path()); };
+  CheckReported(run(3), "\nMode = 3" + Changed(most + 1) + Threads(most) + Threads(most));
   const std::string result = ReadBytes(folder / "output.bit");
-  command.arguments[0] = "4";
-  CHECK(Run(command).exitCode == 0);
+  CHECK(run(4).exitCode == 0);
   CHECK(result == ReadBytes(folder / "output.bit"));
 
   // Without the bit image the first result stays, and the run ends in failure.
   fs::remove(folder / "input.bit");
-  command.arguments[0] = "3";
-  const Outcome half = Run(command);
-  CHECK(half.exitCode == 1);
-  CHECK(Contains(half.errors, "input.bit"));
+  const Outcome half = run(3);
+  CheckEnded(half, 1, "input.bit");
   CHECK_FALSE(Contains(half.output, "Done!"));
   CHECK(ReadBytes(folder / "output.bit").size() == 8 + 68 * 26);
 }
@@ -144,9 +140,7 @@ TEST_CASE("a missing or empty picture is an empty one; a request that cannot be 
   const ScratchFolder folder;
   const std::string floats = folder / "output.fdib", bytes = folder / "output.bit";
   for (const int mode : {0, 1, 2}) {
-    const Outcome missing = RunMode(folder, mode, 1);
-    CHECK(missing.exitCode == 0);
-    CHECK(Contains(missing.errors, "input.fdib"));
+    CheckEnded(RunMode(folder, mode, 1), 0, "input.fdib");
     CHECK(ReadBytes(mode == 2 ? bytes : floats) == (mode == 2 ? Int32Bytes({0, 0}) : Int32Bytes({0, 0, 23, 0})));
   }
   BitImage(0, 7).Save(folder / "input.bit", Folder::asGiven);

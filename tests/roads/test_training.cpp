@@ -30,8 +30,7 @@ struct Workplace {
   // With nothing on standard error.
   Outcome Train(const std::string& words) const {
     const Outcome outcome = RunIn(folder, "9 " + words);
-    CHECK(outcome.exitCode == 0);
-    CHECK(outcome.errors == "");
+    CheckEnded(outcome, 0);
     return outcome;
   }
 
@@ -148,8 +147,7 @@ TEST_CASE("mode 9: failures that nobody handles end with their reason, the netwo
   const auto fails = [&](const std::string& reason) {
     const std::string net = place.Bytes("test.net");
     const Outcome outcome = RunIn(place.folder, "9 2 0.1 0.1 0 3 0 0 1 0");
-    CHECK(outcome.exitCode == 1);
-    CHECK(Contains(outcome.errors, reason));
+    CheckEnded(outcome, 1, reason);
     CHECK_FALSE(Contains(outcome.output, "Results were written"));
     CHECK(place.Bytes("test.net") == net);
   };

@@ -11,10 +11,15 @@ bool IsReported(const std::string& output, const std::string& text) {
   return output.rfind(start, 0) == 0 && std::regex_match(output.substr(start.size()), report);
 }
 
-void CheckReported(const Outcome& outcome, const std::string& text) {
+void CheckEnded(const Outcome& outcome, int exitCode, const std::string& complaint) {
   INFO(outcome.output);
-  CHECK(outcome.exitCode == 0);
-  CHECK(outcome.errors == "");
+  CHECK(outcome.exitCode == exitCode);
+  CHECK(complaint.empty() == outcome.errors.empty());
+  CHECK(Contains(outcome.errors, complaint));
+}
+
+void CheckReported(const Outcome& outcome, const std::string& text) {
+  CheckEnded(outcome, 0);
   CHECK(IsReported(outcome.output, text));
 }
 

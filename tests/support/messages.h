@@ -12,6 +12,9 @@ inline const std::string kBanner = "\nBegin 64 bit Command Line Processing\nVers
 // Whether the output is the banner, exactly this text, and the end report with any times.
 bool IsReported(const std::string& output, const std::string& text);
 
+// Checks how a run ended, and that it complained with these words among others: of nothing where there are none.
+void CheckEnded(const Outcome& outcome, int exitCode, const std::string& complaint = "");
+
 // Checks that a run ended well with such an output and without a warning.
 void CheckReported(const Outcome& outcome, const std::string& text);
 
