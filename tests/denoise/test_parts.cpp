@@ -29,12 +29,12 @@ TEST_CASE("the search finds the nearest patches of its window") {
   matrix plane = Scene(37, 29);
   for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = std::floor(plane.x[i] / 8);  // exact sums, and many equal ones
   const PatchPlane patches(plane);
-  for (const SearchWindow window : {SearchWindow{6, 1}, SearchWindow{9, 2}, SearchWindow{40, 3}}) {
+  for (const SearchWindow window : {SearchWindow{6, 1}, SearchWindow{9, 2}, SearchWindow{40, 3}})
     for (const int32_t side : {2, 5, 12}) {
       PatchSearch search(patches, side, window);
       for (const auto& [row, column] : {std::pair{0, 0}, {29 - side, 37 - side}, {9, 20}, {17, 3}}) {
         std::vector<std::pair<float, uint32_t>> all;
-        for (int32_t r = 0; r <= 29 - side; ++r) {
+        for (int32_t r = 0; r <= 29 - side; ++r)
           for (int32_t c = 0; c <= 37 - side; ++c) {
             const int32_t down = std::abs(r - row), right = std::abs(c - column);
             if (std::max(down, right) > window.radius || down % window.step || right % window.step) continue;
@@ -44,7 +44,6 @@ TEST_CASE("the search finds the nearest patches of its window") {
                 distance += std::pow(plane.z[row + i][column + j] - plane.z[r + i][c + j], 2.0f);
             all.push_back({distance, static_cast<uint32_t>(r * patches.stride + c)});
           }
-        }
         const size_t count = std::min<size_t>(20, all.size());
         std::sort(all.begin(), all.end());
         std::vector<uint32_t> expected, found;
@@ -54,7 +53,6 @@ TEST_CASE("the search finds the nearest patches of its window") {
         CHECK(found == expected);
       }
     }
-  }
 }
 
 TEST_CASE("the low-rank approximation is the closed form on the singular values") {
@@ -82,13 +80,12 @@ TEST_CASE("the low-rank approximation is the closed form on the singular values"
     CHECK(lowRank.Approximate(vectors.data(), length, count, kSigma, kStrength) == rank);
     if (count > 1) CHECK(rank > 0);
     double error = 0;
-    for (int32_t j = 0; j < count; ++j) {
+    for (int32_t j = 0; j < count; ++j)
       for (int32_t i = 0; i < length; ++i) {
         double value = mean[i];
         for (int32_t k = 0; k < W.m; ++k) value += U.z[k][i] * W.x[k] * V.z[k][j];
         error = std::max(error, std::abs(value - vectors[j * length + i]));
       }
-    }
     CHECK(error < 1e-3);
   }
 }

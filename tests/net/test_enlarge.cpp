@@ -1,6 +1,5 @@
 // Enlargement has the bits of the plainest form, whatever the layout, the size, the road and the threads.
 #include <sys/stat.h>
-#include <thread>
 
 #include "net/enlarge.h"
 #include "net/enlarge_file.h"
@@ -123,7 +122,7 @@ TEST_CASE("more pixels than 32 bits count are refused before any work, and the o
       const std::string errors = ErrorsOf([&] {
         CHECK_THROWS_AS(NetEnlargeFile(folder / "in", folder / "out", net, false, false, threads), const char*);
       });
-      CHECK(errors.find("enlarged 2 times on both axes are more than 2147483647") != std::string::npos);
+      CHECK(Contains(errors, "enlarged 2 times on both axes are more than 2147483647"));
       CHECK(ReadBytes(folder / "out") == "old");
     }
 }

@@ -1,7 +1,6 @@
 // The plain forward pass: its sums, its teams.
 #include <mutex>
 #include <set>
-#include <thread>
 
 #include "net/forward.h"
 #include "support/nets.h"

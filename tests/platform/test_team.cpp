@@ -1,7 +1,6 @@
 // Parallel loops do the whole work once, on as many threads as asked for.
 #include <mutex>
 #include <set>
-#include <thread>
 
 #include "platform/team.h"
 #include "support/test.h"

@@ -2,7 +2,6 @@
 #include "raster/filters.h"
 #include "raster/separable.h"
 #include "support/plain_restore.h"
-#include "support/random_plane.h"
 #include "support/test.h"
 
 TEST_CASE("reduction is the plain double sum, on planes shorter than the kernel too") {

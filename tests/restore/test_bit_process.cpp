@@ -1,4 +1,3 @@
-
 #include "restore/bit_process.h"
 #include "restore/restore_image.h"
 #include "support/random_image.h"

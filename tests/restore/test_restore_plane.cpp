@@ -1,12 +1,9 @@
 // One plane: every regulariser type against the definitions in dense doubles, and the same bits at every vector level.
-#include <unistd.h>
-
 #include "restore/edge_mask.h"
 #include "restore/restore_plane.h"
 #include "simd/levels.h"
 #include "support/levels.h"
 #include "support/plain_restore.h"
-#include "support/random_plane.h"
 #include "support/restoration.h"
 #include "support/test.h"
 
@@ -59,30 +56,20 @@ void CheckExact(const Case& one) {
 }  // namespace
 
 TEST_CASE("every regulariser type does what its definition says, on planes of any shape, factors and filters") {
-  struct Shape {
-    int32_t w, h, factor, code;
-    float emphasis, lambdaCross;
-  };
-  for (const Shape s : {Shape{5, 4, 2, -1, 0.4f, 0.3f},
-                        {5, 4, 2, -1, 0, 0.3f},
-                        {6, 5, 2, -1, 0.4f, 0},  // types 1 and 5 without the cross weights
-                        {1, 1, 1, -1, 0.4f, 0.3f},
-                        {1, 1, 2, -1, 0.4f, 0.3f},
-                        {1, 4, 2, 3, 0.4f, 0.3f},
-                        {5, 1, 3, -1, 0.4f, 0.3f},
-                        {2, 2, 4, 5, 0.4f, 0.3f},
-                        {3, 5, 3, 1, 0.4f, 0.3f},
-                        {4, 3, 2, -35, 0.4f, 0.3f},
-                        {3, 3, 5, -20, 0.4f, 0.3f},
-                        {3, 4, 4, 0, 0.4f, 0.3f},
-                        {9, 2, 1, -1, 0.4f, 0.3f}})
+  const auto check = [](int32_t w, int32_t h, int32_t factor, int32_t code, float emphasis, float lambdaCross) {
     for (int32_t type = -1; type <= 7; ++type) {
-      RestoreParameters p = TestParameters(type, s.factor);
-      p.kernelCode = s.code, p.emphasis = s.emphasis, p.lambdaCross = s.lambdaCross;
-      if (s.w != 5 || s.h != 4) p.iterations = 1;
-      INFO("type ", type, " of ", s.w, " x ", s.h, " factor ", s.factor, " filter ", s.code);
-      CheckExact(Case(s.w, s.h, p));
+      RestoreParameters p = TestParameters(type, factor);
+      p.kernelCode = code, p.emphasis = emphasis, p.lambdaCross = lambdaCross;
+      if (w != 5 || h != 4) p.iterations = 1;
+      INFO("type ", type, " of ", w, " x ", h, " factor ", factor, " filter ", code);
+      CheckExact(Case(w, h, p));
     }
+  };
+  check(5, 4, 2, -1, 0, 0.3f);
+  check(6, 5, 2, -1, 0.4f, 0);  // types 1 and 5 without the cross weights
+  const int32_t shapes[][4] = {{5, 4, 2, -1}, {1, 1, 1, -1},  {1, 1, 2, -1},  {1, 4, 2, 3}, {5, 1, 3, -1}, {2, 2, 4, 5},
+                               {3, 5, 3, 1},  {4, 3, 2, -35}, {3, 3, 5, -20}, {3, 4, 4, 0}, {9, 2, 1, -1}};
+  for (const auto& [w, h, factor, code] : shapes) check(w, h, factor, code, 0.4f, 0.3f);
   CHECK(SameBits(Case(5, 4, TestParameters(8)).Fast(), Case(5, 4, TestParameters(0)).Fast()));
 }
 

@@ -2,7 +2,6 @@
 #include "restore/edge_mask.h"
 #include "restore/terms/weights.h"
 #include "support/plain_restore.h"
-#include "support/random_plane.h"
 #include "support/test.h"
 
 namespace {

@@ -3,7 +3,6 @@
 #include "image/float_image.h"
 #include "support/messages.h"
 #include "support/noisy_pictures.h"
-#include "support/process.h"
 #include "support/random_plane.h"
 #include "support/test.h"
 

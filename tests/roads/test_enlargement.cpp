@@ -2,7 +2,6 @@
 #include "support/messages.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
-#include "support/process.h"
 #include "support/test.h"
 
 namespace {

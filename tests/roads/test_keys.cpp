@@ -1,6 +1,4 @@
 // Key presses on a terminal.
-#include <csignal>
-
 #include "support/process.h"
 #include "support/test.h"
 
@@ -8,7 +6,7 @@ TEST_CASE("three keys end the notice; they are not echoed and a fourth stays for
   TerminalRun run({.arguments = {"14"}});
   REQUIRE(run.WaitForEcho(false));
   run.Type("xy");
-  CHECK(run.Shown().find("Press any key 3 times to exit.") != std::string::npos);
+  CHECK(Contains(run.Shown(), "Press any key 3 times to exit."));
   run.Type("zq");
   CHECK(run.Wait() == 0);
   CHECK(run.Shown().find_first_of("yzq", run.Shown().find("to exit.")) == std::string::npos);

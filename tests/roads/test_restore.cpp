@@ -2,7 +2,6 @@
 #include "platform/team.h"
 #include "restore/bit_process.h"
 #include "support/messages.h"
-#include "support/process.h"
 #include "support/restoration.h"
 #include "support/test.h"
 

@@ -2,8 +2,6 @@
 #include <chrono>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <thread>
-#include <unistd.h>
 
 #include "support/messages.h"
 #include "support/test.h"

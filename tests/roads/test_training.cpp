@@ -1,13 +1,9 @@
 // Mode 9 as the graphical program runs it: messages, files, backups, interrupts.
 #include <chrono>
-#include <csignal>
 #include <regex>
-#include <thread>
 
-#include "net/net_file.h"
 #include "support/messages.h"
 #include "support/nets.h"
-#include "support/process.h"
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/train.h"

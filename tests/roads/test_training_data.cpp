@@ -1,12 +1,8 @@
 // Modes 11 and 12 as the graphical program runs them.
 #include <fcntl.h>
 #include <sys/file.h>
-#include <thread>
-#include <unistd.h>
 
 #include "support/messages.h"
-#include "support/process.h"
-#include "support/random_plane.h"
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/training_pairs.h"

@@ -1,16 +1,13 @@
 #include "support/process.h"
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <doctest/doctest.h>
 #include <fcntl.h>
 #include <iterator>
 #include <poll.h>
 #include <pty.h>
 #include <sstream>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>

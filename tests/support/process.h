@@ -38,8 +38,6 @@ std::vector<std::string> Words(const std::string& line, const std::vector<std::s
 Command NorvIn(const ScratchFolder& folder, const std::string& line);
 inline Outcome RunIn(const ScratchFolder& folder, const std::string& line) { return Run(NorvIn(folder, line)); }
 
-inline bool Contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
-
 // A program on a terminal of its own; standard output and error go there too.
 class TerminalRun {
  public:

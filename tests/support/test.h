@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <doctest/doctest.h>
@@ -12,6 +13,8 @@
 #include <limits>
 #include <numeric>
 #include <string>
+#include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 

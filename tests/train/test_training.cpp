@@ -202,18 +202,13 @@ TEST_CASE("training: the gradient is that of finite differences, for every cost 
 }
 
 TEST_CASE("costs: pieces meet, signs and odd values are as they are printed") {
-  struct Row {
+  struct {
     int32_t selection;
     float error, cost, gradient;
-  };
-  for (const Row& row : {Row{0, 3, 4.5f, 3},
-                         {4, -3, 4.5f, -3},
-                         {1, -0.25f, 0.25f, -1},
-                         {1, NAN, NAN, 1},
-                         {2, NAN, NAN, 1},
-                         {2, 0.003921570f, 0.003921570f, 1},
-                         {3, 1, 0.6931472f, 1},
-                         {3, 2, 1.6094379f, 0.8f}}) {
+  } const rows[] = {{0, 3, 4.5f, 3},       {4, -3, 4.5f, -3},       {1, -0.25f, 0.25f, -1},
+                    {1, NAN, NAN, 1},      {2, NAN, NAN, 1},        {2, 0.003921570f, 0.003921570f, 1},
+                    {3, 1, 0.6931472f, 1}, {3, 2, 1.6094379f, 0.8f}};
+  for (const auto& row : rows) {
     INFO(row.selection, " ", row.error);
     const auto [cost, gradient] = CostOfError(row.selection, row.error);
     CHECK((std::isnan(row.cost) ? std::isnan(cost) : cost == row.cost));

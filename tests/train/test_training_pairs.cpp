@@ -4,7 +4,6 @@
 #include "raster/orient.h"
 #include "raster/separable.h"
 #include "support/plain_enlarge.h"
-#include "support/random_plane.h"
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/training_pairs.h"
@@ -71,9 +70,8 @@ TEST_CASE("training pairs: added behind the counted records, or at the end of a 
   for (const size_t kept : {size_t{12}, size_t{36}, old.size()}) {
     WriteBytes(folder / "set", old.substr(0, kept) + (kept == old.size() ? left : ""));
     const std::string warning = ErrorsOf([&] { AppendTrainingPairs(folder / "set", picture, -2); });
-    CHECK((warning.find("fewer records than its header counts") != std::string::npos) == (kept < old.size()));
-    const int32_t header[] = {5 + added.N, 8, 4};
-    const std::string all = BytesOf(header, 3) + old.substr(12, kept - 12) + FileBytes(added).substr(12);
+    CHECK(Contains(warning, "fewer records than its header counts") == (kept < old.size()));
+    const std::string all = Int32Bytes({5 + added.N, 8, 4}) + old.substr(12, kept - 12) + FileBytes(added).substr(12);
     CHECK(ReadBytes(folder / "set").substr(0, all.size()) == all);
   }
 }

@@ -1,4 +1,3 @@
-
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/training_set.h"
@@ -74,14 +73,10 @@ TEST_CASE("shuffling: every road gives a new order of the very records") {
 TEST_CASE("training set: damaged files are refused, the set is empty and the file untouched") {
   const ScratchFolder folder;
   const std::string good = FileBytes(MakeSamples(4, 8, 4));
-  const std::string damaged[] = {"",
-                                 good.substr(0, 11),
-                                 good.substr(0, good.size() - 1),
-                                 Int32Bytes({-1, 8, 4}) + good.substr(12),
-                                 Int32Bytes({4, -8, 40}) + good.substr(12),
-                                 Int32Bytes({4, 8, -4}) + good.substr(12),
-                                 Int32Bytes({2147483647, 2147483647, 2147483647}) + good.substr(12),
-                                 Int32Bytes({2147483647, 0, 0})};
+  std::vector<std::string> damaged = {"", good.substr(0, 11), good.substr(0, good.size() - 1)};
+  constexpr int32_t kHuge = 2147483647;
+  for (const auto& [N, Nin, Ny] : {std::array{-1, 8, 4}, {4, -8, 40}, {4, 8, -4}, {kHuge, kHuge, kHuge}, {kHuge, 0, 0}})
+    damaged.push_back(Int32Bytes({N, Nin, Ny}) + good.substr(12));
   for (const std::string& bytes : damaged) {
     WriteBytes(folder / "set", bytes);
     for (const bool shuffled : {false, true}) {
