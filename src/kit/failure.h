@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace norv {
 
@@ -18,7 +19,13 @@ class Failure : public std::runtime_error {
 // Ends the command with exit code 2, this reason and where help is to be had on standard error.
 class WrongUsage : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  // about: the command whose help says more; empty: the one that runs.
+  explicit WrongUsage(const std::string& reason, std::string about = "")
+      : std::runtime_error(reason), about_(std::move(about)) {}
+  const std::string& About() const { return about_; }
+
+ private:
+  std::string about_;
 };
 
 // Ends the command with exit code 1 where the reason is on standard error already.

@@ -16,19 +16,26 @@ constexpr int kGood = 0, kFailed = 1, kWrongUsage = 2, kStopped = 130;
 // Why the command line is not even looked at by the rows of a command; empty when it is.
 std::string WhyRefused(const std::vector<std::string>& words) {
   if (std::string refusal = ChooseLevelFromEnvironment(); !refusal.empty()) return refusal;
-  if (!words.empty() && !words[0].starts_with('-') && !IsCommand(words[0]))
-    return "there is no command " + words[0] + "; norvkit --help lists them";
   // The parser would take an empty value for none and skip its checks.
   if (std::ranges::find(words, "") != words.end()) return "an empty word on the command line means nothing";
   return "";
 }
 
+void RunCommand(const Command& command) {
+  try {
+    command.run();
+  } catch (const WrongUsage& wrong) {
+    throw WrongUsage(wrong.what(), command.name);
+  }
+}
+
 int Run(const std::vector<std::string>& words) {
   try {
-    if (const std::optional<Command> command = ReadCommandLine(words)) command->run();
+    if (const std::optional<Command> command = ReadCommandLine(words)) RunCommand(*command);
     return kGood;
   } catch (const WrongUsage& wrong) {
-    std::fprintf(stderr, "%s\nRun with --help for more information.\n", wrong.what());
+    const std::string about = wrong.About().empty() ? "" : wrong.About() + " ";
+    Complain("%s\nnorvkit %s--help says more", wrong.what(), about.c_str());
     return kWrongUsage;
   } catch (const Interrupted&) {
     return kStopped;

@@ -129,13 +129,13 @@ TEST_CASE("the resampler keeps constants, does not alias, and gives the same row
   // The finest stripes there are vanish when a third of the pixels go.
   Picture stripes(90, 60, 1);
   for (int32_t i = 0; i < stripes.plane[0].mn; ++i) stripes.plane[0].x[i] = i % 2 ? 255.0f : 0.0f;
-  const Picture small = AllRows(Resized(HeldPicture(stripes), {60, 40}, ResizeFilter::lanczos));
+  const Picture small = AllRows(Resized(HeldPicture(stripes), {60, 40}, ResizeFilter::lanczos, 1));
   for (int32_t c = 5; c < 55; ++c) CHECK(std::abs(small.plane[0].z[20][c] - 127.5f) < 6);
   Picture noise(53, 700, 2);
   for (matrix* plane : {&noise.plane[0], &noise.plane[1]}) *plane = test::RandomPlane(53, 700, 3, 0, 255);
   const PictureSize size{40, 611};
-  const Picture whole = AllRows(Resized(HeldPicture(noise), size, ResizeFilter::lanczos));
-  const PictureSource rows = Resized(HeldPicture(noise), size, ResizeFilter::lanczos);
+  const Picture whole = AllRows(Resized(HeldPicture(noise), size, ResizeFilter::lanczos, 1));
+  const PictureSource rows = Resized(HeldPicture(noise), size, ResizeFilter::lanczos, 3);
   for (int32_t r = 0; r < size.height; ++r) {
     Picture row(size.width, 1, 2);
     rows.read(row, 0, 1);

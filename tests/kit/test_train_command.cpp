@@ -179,7 +179,7 @@ TEST_CASE("a training in two parts is the whole one when the rate does not fall,
   for (const char* pictures : {"--valid 1 --shrink 2", "--valid 1 --order 3", "--valid 2"})
     refused(std::string("5 --resume ") + pictures, "measured on other pictures");
   // One that loses its numbers leaves the network of the epoch before.
-  refused("5 --valid 1 --resume --final-rate 1e6", "lower --rate");
+  refused("5 --valid 1 --resume --final-rate 1e3", "lower --rate");
   CHECK(test::ReadBytes(parts + "/last.net") == test::ReadBytes(whole + "/last.net"));
   CHECK(test::ReadBytes(parts + "/log.csv") == log);
 }

@@ -14,32 +14,38 @@
 namespace norv {
 
 // What a row sets. A bool is a flag; a vector of numbers is one word with commas between, a vector of strings several
-// words.
-using Target = std::variant<bool*, int32_t*, uint32_t*, uint64_t*, float*, double*, std::optional<double>*,
+// words, Times how often a flag is given.
+struct Times {
+  int32_t count = 0;
+};
+using Target = std::variant<bool*, Times*, int32_t*, uint32_t*, uint64_t*, float*, double*, std::optional<double>*,
                             std::string*, std::vector<int32_t>*, std::vector<std::string>*>;
 
 // What a row accepts beyond any text that its target can hold.
 struct Between {
-  double low, high;  // both included
+  double low, high;    // both included
+  bool whole = false;  // of a target that could hold others
 };
 struct OneOf {
   std::string words;  // with commas between
 };
-enum class Form { any, number, wholeNumber, notNegative };
-using Check = std::variant<Form, Between, OneOf>;
+struct Anything {};  // finite numbers only
+using Check = std::variant<Anything, Between, OneOf>;
 
 struct Option {
   const char* name;       // "--factor"; one that has to be given, by its place, is named in capitals: "PICTURE"
   Target target;          // its value beforehand is the default
   const char* unit = "";  // what stands for the value in the help: N, NAME, N,N ...; of flags empty
-  Check check = Form::any;
+  Check check = Anything{};
   std::string help;
   const char* byDefault = "";  // in words, where a value left out means more than the target's default
-  const char* aliases = "";    // older names, accepted but not shown, with commas between
-  const char* excludes = "";   // the option that it cannot stand beside
+  const char* aliases = "";    // older names, shown behind the help, with commas between
+  const char* excludes = "";   // options that it cannot stand beside, with commas between
   const char* heading = "";    // that it stands under in the help, "Options" where empty
 
   bool HasPlace() const { return name[0] != '-'; }
+  bool TakesValue() const { return !std::holds_alternative<bool*>(target) && !std::holds_alternative<Times*>(target); }
+  bool TakesSeveral() const { return std::holds_alternative<std::vector<std::string>*>(target); }
 };
 
 using Options = std::vector<Option>;
@@ -72,5 +78,8 @@ struct CommandRow {
 std::span<const CommandRow> CommandTable();
 
 bool IsCommand(const std::string& name);
+
+// What a picture alone means, the command's name left out. No row of the table.
+Command PictureCommand();
 
 }  // namespace norv

@@ -24,7 +24,7 @@ Options Rows(Settings& settings) {
           {.name = "--border",
            .target = &settings.border,
            .unit = "N",
-           .check = Form::notNegative,
+           .check = Between{0, 1000000},
            .help = "pixels left out on every side"},
           {.name = "--crop",
            .target = &settings.crop,

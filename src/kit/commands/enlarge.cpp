@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
@@ -18,7 +19,6 @@ namespace {
 struct Settings {
   std::string picture, out, method, net, model;
   WantedSize size;
-  int32_t threads = 0;
   bool quick = false, denoise = false;
   NetEnlargement how;
   WriteChoice choice;
@@ -46,8 +46,9 @@ Options NetworkRows(Settings& settings) {
            .aliases = "--shortcut"}};
 }
 
-Options Rows(Settings& settings) {
-  return Joined({{PictureRow(settings.picture), OutRow(settings.out, "the larger one")},
+// All but the file to write.
+Options RowsBeside(Settings& settings) {
+  return Joined({{PictureRow(settings.picture)},
                  SizeRows(settings.size, "larger", "2, or what --net does"),
                  {{.name = "--method",
                    .target = &settings.method,
@@ -56,8 +57,14 @@ Options Rows(Settings& settings) {
                    .help = "nearest, cubic, lanczos or net",
                    .byDefault = "net"}},
                  NetworkRows(settings),
-                 {ThreadsRow(settings.threads), DenoiseFirstRow(settings.denoise)},
+                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise)},
                  WriteRows(settings.choice)});
+}
+
+Options Rows(Settings& settings) {
+  Options rows = RowsBeside(settings);
+  rows.insert(rows.begin() + 1, OutRow(settings.out, "the larger one"));
+  return rows;
 }
 
 bool ByFilter(const Settings& settings) { return !settings.method.empty() && settings.method != "net"; }
@@ -75,16 +82,9 @@ void RefuseIdleOptions(const Settings& settings) {
                        ": leave one of them out");
 }
 
-Destination OutOf(const Settings& settings, PictureShape shape, const PictureSize& size) {
-  shape.width = size.width;
-  shape.height = size.height;
-  return Destination(settings.out, shape, settings.choice, settings.picture);
-}
-
-PictureSource Cleaned(const Settings& settings, PictureSource picture) {
-  if (!settings.denoise) return picture;
+PictureSource Denoised(const PictureSource& picture, int32_t threads) {
   Picture whole = AllRows(picture);
-  DenoisePicture(whole, {.threads = settings.threads});
+  DenoisePicture(whole, {.threads = threads});
   return HeldPicture(std::move(whole));
 }
 
@@ -92,14 +92,26 @@ PictureSize WantedOf(const Settings& settings, const PictureShape& shape) {
   return SizeOf(shape, settings.size.Said() ? settings.size : WantedSize{.by = 2}, Direction::larger);
 }
 
+// photo_2x.png or photo_640x480.png beside photo.jpg where no name was given.
+std::string NameOf(const Settings& settings, const PictureSize& size) {
+  if (!settings.out.empty()) return settings.out;
+  const std::filesystem::path picture = settings.picture;
+  char ending[64];
+  if (settings.size.by > 0 || !settings.size.Said())
+    std::snprintf(ending, sizeof ending, "_%.4gx.png", settings.size.Said() ? settings.size.by : 2.0);
+  else
+    std::snprintf(ending, sizeof ending, "_%dx%d.png", size.width, size.height);
+  return (picture.parent_path() / picture.stem()).string() + ending;
+}
+
 // The file's own network, whose factor decides.
-NetworkPlan PlanOfFile(const Settings& settings, const PictureShape& shape, PictureSize& size) {
+EnlargeWay WayOfFile(const Settings& settings, const PictureShape& shape) {
   const int32_t factor = FactorOfNetwork(settings.net);
-  size = SizeOf(shape, {.by = static_cast<double>(factor)}, Direction::larger);
+  const PictureSize size = SizeOf(shape, {.by = static_cast<double>(factor)}, Direction::larger);
   if (settings.size.Said() && WantedOf(settings, shape) != size)
     Fail("%s enlarges %s: leave out --net, or --by %d", settings.net.c_str(), factor == 2 ? "twice" : "four times",
          factor);
-  return {{{"", settings.net, factor, {}}}, ""};
+  return {size, NetworkPlan{{{"", settings.net, factor, {}}}, ""}, settings.how};
 }
 
 std::optional<NetworkPlan> PlanByName(const Settings& settings, const PictureShape& shape, const PictureSize& size) {
@@ -109,50 +121,52 @@ std::optional<NetworkPlan> PlanByName(const Settings& settings, const PictureSha
   return PlanNetworks(FindModels(), settings.quick ? NetworkWay::quick : NetworkWay::best, {}, scale);
 }
 
-std::string ThreadsInWords(int32_t threads) {
-  return std::to_string(threads) + (threads == 1 ? " thread" : " threads");
-}
-
-void SayChoice(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape, const PictureSize& size) {
-  std::fprintf(stderr, "%s, network %s, %s (%s%s)\n", RatioInWords(shape, size).c_str(), plan.Names().c_str(),
-               ThreadsInWords(settings.how.threads).c_str(), settings.quick ? "plain, " : "", plan.why.c_str());
-}
-
-void RunNetwork(Settings settings) {
-  PictureSource picture = OpenImage(settings.picture);
-  const PictureShape shape = picture.shape;
-  PictureSize size;
-  if (!settings.net.empty()) {
-    const NetworkPlan plan = PlanOfFile(settings, shape, size);
-    const Destination out = OutOf(settings, shape, size);
-    return EnlargeByNetworks(Cleaned(settings, std::move(picture)), plan, settings.how, size, out);
-  }
-  size = WantedOf(settings, shape);
-  const Destination out = OutOf(settings, shape, size);
-  settings.how = {.average = !settings.quick, .shortcut = true, .threads = settings.how.threads};
-  if (const auto plan = PlanByName(settings, shape, size)) {
-    SayChoice(settings, *plan, shape, size);
-    return EnlargeByNetworks(Cleaned(settings, std::move(picture)), *plan, settings.how, size, out);
-  }
+EnlargeWay WayByName(const Settings& settings, const PictureShape& shape) {
+  EnlargeWay way{WantedOf(settings, shape), {}, settings.how};
+  way.how.average = !settings.quick;
+  way.how.shortcut = true;
+  way.plan = PlanByName(settings, shape, way.size);
+  if (way.plan) return way;
   if (settings.method == "net") Fail("%s", NoNetworks().c_str());
   Warn("%s; so Lanczos-3 enlarges, which is worse", NoNetworks().c_str());
-  EnlargeByFilter(Cleaned(settings, std::move(picture)), ResizeFilter::lanczos, size, out);
+  return way;
+}
+
+EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
+  if (!settings.net.empty()) return WayOfFile(settings, shape);
+  if (!ByFilter(settings)) return WayByName(settings, shape);
+  return {WantedOf(settings, shape),
+          {},
+          settings.how,
+          settings.method == "nearest" ? ResizeFilter::nearest
+          : settings.method == "cubic" ? ResizeFilter::cubic
+                                       : ResizeFilter::lanczos};
+}
+
+// "x2, network x2-48, 2 threads", and why; only of what was chosen here. Then the name where that was.
+void SayWay(const Settings& settings, const EnlargeWay& way, const PictureShape& shape, const std::string& name) {
+  const int32_t threads = way.how.threads;
+  if (way.plan && settings.net.empty())
+    std::fprintf(stderr, "%s, network %s, %d %s (%s%s)\n", RatioInWords(shape, way.size).c_str(),
+                 way.plan->Names().c_str(), threads, threads == 1 ? "thread" : "threads",
+                 settings.quick ? "plain, " : "", way.plan->why.c_str());
+  if (settings.out.empty()) std::fprintf(stderr, "%s\n", name.c_str());
 }
 
 void Run(const Settings& asked) {
   RefuseIdleOptions(asked);
   Settings settings = asked;
-  if (settings.threads == 0) settings.threads = ProcessorCount();
-  settings.how.threads = settings.threads;
-  if (!ByFilter(settings)) return RunNetwork(settings);
+  if (settings.how.threads == 0) settings.how.threads = ProcessorCount();
   PictureSource picture = OpenImage(settings.picture);
-  const PictureSize size = WantedOf(settings, picture.shape);
-  const Destination out = OutOf(settings, picture.shape, size);
-  EnlargeByFilter(Cleaned(settings, std::move(picture)),
-                  settings.method == "nearest" ? ResizeFilter::nearest
-                  : settings.method == "cubic" ? ResizeFilter::cubic
-                                               : ResizeFilter::lanczos,
-                  size, out);
+  const EnlargeWay way = WayOf(settings, picture.shape);
+  const std::string name = NameOf(settings, way.size);
+  PictureShape large = picture.shape;
+  large.width = way.size.width;
+  large.height = way.size.height;
+  const Destination out(name, large, settings.choice, settings.picture);
+  SayWay(settings, way, picture.shape, name);
+  if (settings.denoise) picture = Denoised(picture, settings.how.threads);
+  CopyRows(Enlarged(std::move(picture), way), out.Create(large), "Enlarging");
 }
 
 }  // namespace
@@ -165,6 +179,10 @@ Command EnlargeCommand() {
                                             "norvkit enlarge photo.jpg large.png --by 4 --quick\n"
                                             "norvkit enlarge small.png large.png --net test.net --average"},
                                Rows, Run);
+}
+
+Command PictureCommand() {
+  return MakeCommand<Settings>({.name = "enlarge", .purpose = "", .examples = ""}, RowsBeside, Run);
 }
 
 }  // namespace norv

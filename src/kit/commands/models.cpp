@@ -4,6 +4,7 @@
 #include "kit/commands/command.h"
 #include "kit/failure.h"
 #include "kit/models/catalogue.h"
+#include "platform/console.h"
 
 namespace norv {
 namespace {
@@ -27,11 +28,10 @@ void Run(const Settings&) {
     madeFor = std::max(madeFor, model.facts.madeFor.size());
   }
   constexpr char kRow[] = "%-*s  %-6s  %-*s  %8s  %5s  %s\n";
-  std::printf(kRow, int(name), "name", "factor", int(madeFor), "made for", "averaged", "plain", "path");
+  Say(kRow, int(name), "name", "factor", int(madeFor), "made for", "averaged", "plain", "path");
   for (const Model& model : models)
-    std::printf(kRow, int(name), model.name.c_str(), model.factor == 2 ? "x2" : "x4", int(madeFor),
-                model.facts.madeFor.c_str(), InDecibels(model.facts.averaged).c_str(),
-                InDecibels(model.facts.plain).c_str(), model.path.c_str());
+    Say(kRow, int(name), model.name.c_str(), model.factor == 2 ? "x2" : "x4", int(madeFor), model.facts.madeFor.c_str(),
+        InDecibels(model.facts.averaged).c_str(), InDecibels(model.facts.plain).c_str(), model.path.c_str());
 }
 
 }  // namespace

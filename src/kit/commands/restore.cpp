@@ -30,7 +30,7 @@ Options KnobRows(Settings& settings) {
     rows.push_back({.name = knobs[i].option,
                     .target = &settings.knobs[i],
                     .unit = whole ? "N" : "X",
-                    .check = whole ? Form::wholeNumber : Form::number,
+                    .check = Between{knobs[i].low, knobs[i].high, whole},
                     .help = knobs[i].meaning,
                     .aliases = knobs[i].aliases,
                     .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});

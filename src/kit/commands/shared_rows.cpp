@@ -62,7 +62,8 @@ Options SizeRows(WantedSize& size, const char* direction, const char* byDefault)
            .check = Between{1.01, 64},
            .help = std::string("how many times ") + direction + ", such as 1.5 or 3",
            .byDefault = byDefault,
-           .aliases = "--factor"},
+           .aliases = "--factor",
+           .excludes = "--width,--height,--longest"},
           {.name = "--width",
            .target = &size.width,
            .unit = "N",
@@ -79,7 +80,8 @@ Options SizeRows(WantedSize& size, const char* direction, const char* byDefault)
            .target = &size.longest,
            .unit = "N",
            .check = kPixels,
-           .help = "pixels of the longer side"}};
+           .help = "pixels of the longer side",
+           .excludes = "--width,--height"}};
 }
 
 Option ThreadsRow(int32_t& threads) {
@@ -105,19 +107,26 @@ std::string TeamSizes(const char* between, const char* last) {
 }
 
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault) {
-  return {{.name = "--layout", .target = &plan.inputs, .unit = "N", .help = "inputs: " + LayoutInputs()},
-          {.name = "--factor", .target = &plan.factor, .unit = "N", .help = "enlargement: 2 or 4"},
-          {.name = "--hidden",
-           .target = &plan.hidden,
-           .unit = "N,N",
-           .help = "units of the hidden layers",
-           .byDefault = hiddenByDefault},
-          {.name = "--kinds",
-           .target = &plan.kinds,
-           .unit = "K,K,K",
-           .help = "activation kind of every layer, outputs last",
-           .byDefault = kindsByDefault},
-          {.name = "--seed", .target = &plan.seed, .unit = "N", .help = "seed of the random weights"}};
+  return {
+      {.name = "--layout",
+       .target = &plan.inputs,
+       .unit = "N",
+       .check = Between{1, 72},
+       .help = "inputs: " + LayoutInputs()},
+      {.name = "--factor", .target = &plan.factor, .unit = "N", .check = OneOf{"2,4"}, .help = "enlargement: 2 or 4"},
+      {.name = "--hidden",
+       .target = &plan.hidden,
+       .unit = "N,N",
+       .check = Between{1, 65536},
+       .help = "units of the hidden layers",
+       .byDefault = hiddenByDefault},
+      {.name = "--kinds",
+       .target = &plan.kinds,
+       .unit = "K,K,K",
+       .check = Between{1, 17},
+       .help = "activation kind of every layer, outputs last",
+       .byDefault = kindsByDefault},
+      {.name = "--seed", .target = &plan.seed, .unit = "N", .help = "seed of the random weights"}};
 }
 
 }  // namespace norv

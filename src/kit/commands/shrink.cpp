@@ -25,7 +25,7 @@ Options Rows(Settings& settings) {
                  {{.name = "--order",
                    .target = &settings.order,
                    .unit = "K",
-                   .check = Form::wholeNumber,
+                   .check = Between{-22, 64, true},
                    .help = std::string("filter of whole factors: ") + kShrinkOrders,
                    .byDefault = "-1"}},
                  WriteRows(settings.choice)});
@@ -53,7 +53,7 @@ void Run(const Settings& settings) {
   shape.width = size.width;
   shape.height = size.height;
   const Destination out(settings.out, shape, settings.choice, settings.picture);
-  picture = Resized(picture, size, ResizeFilter::lanczos);
+  picture = Resized(std::move(picture), size, ResizeFilter::lanczos, 0);
   CopyRows(picture, out.Create(picture.shape));
 }
 

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "kit/failure.h"
+#include "kit/guidance/text.h"
 #include "net/layouts.h"
 #include "net/net_header.h"
 #include "platform/console.h"
@@ -20,14 +21,6 @@ namespace {
 
 constexpr char kCatalogue[] = "catalogue.txt";
 constexpr char kEnding[] = ".net";
-
-std::vector<std::string> SplitAt(char between, const std::string& text) {
-  std::vector<std::string> parts;
-  std::stringstream rest(text);
-  for (std::string part; std::getline(rest, part, between);)
-    if (!part.empty()) parts.push_back(part);
-  return parts;
-}
 
 std::optional<double> DecibelsOf(const std::string& word) {
   double value = 0;

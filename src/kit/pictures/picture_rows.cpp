@@ -7,9 +7,13 @@
 #include "kit/failure.h"
 #include "kit/pictures/picture.h"
 #include "platform/memory.h"
+#include "platform/progress.h"
 
 namespace norv {
 namespace {
+
+// Few enough that progress is seen to move.
+constexpr int32_t kRowsOfProgress = 64;
 
 // Rows a group when a picture is passed on.
 int32_t RowsOfGroup(const PictureShape& shape) {
@@ -30,15 +34,18 @@ Picture AllRows(const PictureSource& source) {
   return picture;
 }
 
-int64_t CopyRows(const PictureSource& from, const PictureSink& to) {
-  const PictureShape& shape = from.shape;
-  const int32_t group = RowsOfGroup(shape);
+int64_t CopyRows(PictureSource from, const PictureSink& to, const char* doing) {
+  const PictureShape shape = from.shape;
+  const int32_t group = doing ? std::min(RowsOfGroup(shape), kRowsOfProgress) : RowsOfGroup(shape);
+  Progress progress(doing, doing ? shape.height : 0);
   for (int32_t first = 0, count; first < shape.height; first += count) {
     count = std::min(group, shape.height - first);
     Picture rows(shape.width, count, shape.channels, shape.bits);
     from.read(rows, 0, count);
     to.write(std::move(rows));
+    progress.Advance(count);
   }
+  from = {};  // which may be the very file that is replaced
   return to.finish();
 }
 

@@ -16,8 +16,8 @@ using PictureSink = RowSink<Picture, int64_t>;
 
 // All rows; a Failure when they do not fit into memory.
 Picture AllRows(const PictureSource& source);
-// The rows of one after another; returns what the sink's finish() returns.
-int64_t CopyRows(const PictureSource& from, const PictureSink& to);
+// The rows of one after another, with progress where it says what is done; returns what the sink's finish() returns.
+int64_t CopyRows(PictureSource from, const PictureSink& to, const char* doing = nullptr);
 // From a picture that is in memory already.
 PictureSource HeldPicture(Picture picture);
 

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "kit/failure.h"
-#include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/interpolation.h"
@@ -43,20 +42,14 @@ int32_t FactorOfNetwork(const std::string& path) {
   return net.LastNi() == 4 ? 2 : 4;
 }
 
-void EnlargeByNetworks(PictureSource picture, const NetworkPlan& plan, const NetEnlargement& how,
-                       const PictureSize& size, const Destination& out) {
-  for (const Model& pass : plan.passes) picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), how);
-  if (SizeOf(picture.shape) != size) picture = Resized(picture, size, ResizeFilter::lanczos);
-  CopyRows(picture, out.Create(picture.shape));
-}
-
-void EnlargeByFilter(PictureSource picture, ResizeFilter filter, const PictureSize& size, const Destination& out) {
-  const int32_t factor = WholeFactor(picture.shape, size);
-  if (factor > 0)
-    picture = HeldPicture(ByWholeFactor(AllRows(picture), filter, factor));
-  else
-    picture = Resized(picture, size, filter);
-  CopyRows(picture, out.Create(picture.shape));
+PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
+  const int32_t threads = way.how.threads, factor = WholeFactor(picture.shape, way.size);
+  if (!way.plan && factor > 0) return HeldPicture(ByWholeFactor(AllRows(picture), way.filter, factor));
+  if (!way.plan) return Resized(std::move(picture), way.size, way.filter, threads);
+  for (const Model& pass : way.plan->passes)
+    picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), way.how);
+  if (SizeOf(picture.shape) == way.size) return picture;
+  return Resized(std::move(picture), way.size, ResizeFilter::lanczos, threads);
 }
 
 }  // namespace norv

@@ -7,6 +7,7 @@
 
 #include "kit/pictures/picture.h"
 #include "kit/pictures/premultiplied.h"
+#include "kit/pictures/strips.h"
 #include "kit/scale/interpolation.h"
 #include "raster/edges.h"
 #include "raster/filters.h"
@@ -31,59 +32,11 @@ ResampleTable NearestTable(int32_t from, int32_t to) {
   return table;
 }
 
-// The rows `first`, first + 1, ... of the whole axis.
-ResampleTable PartOf(const ResampleTable& table, int32_t first, int32_t count) {
-  const auto start = table.start.begin() + first;
-  const auto weights = table.weights.begin() + int64_t{first} * table.taps;
-  return {table.taps, {start, start + count}, {weights, weights + int64_t{count} * table.taps}};
+ResampleTable PartOf(const ResampleTable& table, RowRange rows) {
+  const auto start = table.start.begin() + rows.first;
+  const auto weights = table.weights.begin() + int64_t{rows.first} * table.taps;
+  return {table.taps, {start, start + rows.rows}, {weights, weights + int64_t{rows.rows} * table.taps}};
 }
-
-// Rows of the source, of which those that are no longer needed go.
-class Resizer {
- public:
-  Resizer(const PictureSource& source, const PictureSize& size, ResizeFilter filter)
-      : source_(Premultiplied(source)),
-        horizontal_(ResizeTable(source_.shape.width, size.width, filter)),
-        vertical_(ResizeTable(source_.shape.height, size.height, filter)) {}
-
-  // In pieces, so that who asks for all rows does not make the window as large.
-  void Read(Picture& rows, int32_t at, int32_t count) {
-    constexpr int32_t kPiece = 256;
-    for (int32_t done = 0; done < count; done += kPiece) ReadPiece(rows, at + done, std::min(kPiece, count - done));
-  }
-
- private:
-  void ReadPiece(Picture& rows, int32_t at, int32_t count) {
-    const ResampleTable part = PartOf(vertical_, next_, count);
-    Show(part.start.front(), part.start.back() + part.taps);
-    Picture made;
-    made.channels = rows.channels;
-    made.bits = rows.bits;
-    for (int32_t k = 0; k < rows.channels; ++k)
-      ResampleSeparable({window_.plane[k], first_, source_.shape.height}, made.plane[k], horizontal_, part);
-    Unpremultiply(made);
-    for (int32_t k = 0; k < rows.channels; ++k)
-      std::copy_n(made.plane[k].x, made.plane[k].mn, rows.plane[k].x + int64_t{at} * rows.Width());
-    next_ += count;
-  }
-
-  // The source's rows begin .. end - 1 in the window; neither end ever moves up.
-  void Show(int32_t begin, int32_t end) {
-    const PictureShape& shape = source_.shape;
-    const int32_t last = first_ + window_.Height(), kept = std::max(last - begin, 0);
-    Picture window(shape.width, end - begin, shape.channels, shape.bits);
-    for (int32_t k = 0; k < shape.channels; ++k)
-      if (kept > 0) std::copy_n(window_.plane[k].z[begin - first_], int64_t{kept} * shape.width, window.plane[k].x);
-    window_ = std::move(window);
-    source_.read(window_, kept, end - begin - kept);
-    first_ = begin;
-  }
-
-  PictureSource source_;
-  ResampleTable horizontal_, vertical_;
-  Picture window_;
-  int32_t first_ = 0, next_ = 0;
-};
 
 }  // namespace
 
@@ -111,12 +64,29 @@ ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter) {
   return table;
 }
 
-PictureSource Resized(const PictureSource& picture, const PictureSize& size, ResizeFilter filter) {
+PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilter filter, int32_t threads) {
   PictureShape shape = picture.shape;
+  const int32_t height = shape.height;
+  const auto across = std::make_shared<const ResampleTable>(ResizeTable(shape.width, size.width, filter));
+  const auto down = std::make_shared<const ResampleTable>(ResizeTable(height, size.height, filter));
   shape.width = size.width;
   shape.height = size.height;
-  const auto resizer = std::make_shared<Resizer>(picture, size, filter);
-  return {shape, [resizer](Picture& rows, int32_t at, int32_t count) { resizer->Read(rows, at, count); }};
+  const auto needs = [down](RowRange made) {
+    const int32_t first = down->start[made.first], last = down->start[made.End() - 1];
+    return RowRange{first, last + down->taps - first};
+  };
+  const auto make = [across, down, height](Picture held, RowRange which, RowRange made) {
+    const ResampleTable part = PartOf(*down, made);
+    Picture rows;
+    rows.channels = held.channels;
+    rows.bits = held.bits;
+    Premultiply(held);
+    for (int32_t k = 0; k < held.channels; ++k)
+      ResampleSeparable({held.plane[k], which.first, height}, rows.plane[k], *across, part);
+    Unpremultiply(rows);
+    return rows;
+  };
+  return InStrips(std::move(picture), shape, {needs, make}, threads);
 }
 
 }  // namespace norv

@@ -14,8 +14,8 @@ enum class ResizeFilter { nearest, cubic, lanczos };
 // without repeating the edge; the weights of a position have the sum 1.
 ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter);
 
-// The picture in another size, row by row, colours multiplied by alpha meanwhile: as many of its rows are held as the
-// filter reaches and are asked for.
-PictureSource Resized(const PictureSource& picture, const PictureSize& size, ResizeFilter filter);
+// The picture in another size, row by row as it is asked for and in memory that does not grow with it, colours
+// multiplied by alpha meanwhile. threads: as in InStrips(), which nothing shows of.
+PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilter filter, int32_t threads);
 
 }  // namespace norv

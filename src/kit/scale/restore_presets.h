@@ -22,6 +22,7 @@ struct RestoreKnob {
   const char* option;  // as on the command line
   const char* meaning;
   std::variant<int32_t RestoreParameters::*, float RestoreParameters::*> field;
+  double low, high;          // what makes sense, both included
   const char* aliases = "";  // older names of the option
 };
 
