@@ -4,13 +4,14 @@
 if(NOT WIN32)
   find_package(CLI11 QUIET)
   find_package(PNG QUIET)
+  find_package(ZLIB QUIET)
   find_package(JPEG QUIET)
   find_package(TIFF QUIET)
   file(GLOB_RECURSE kitSources CONFIGURE_DEPENDS src/kit/*.cpp)
-  if(CLI11_FOUND AND PNG_FOUND AND JPEG_FOUND AND TIFF_FOUND)
+  if(CLI11_FOUND AND PNG_FOUND AND ZLIB_FOUND AND JPEG_FOUND AND TIFF_FOUND)
     list(REMOVE_ITEM kitSources ${PROJECT_SOURCE_DIR}/src/kit/main.cpp)
     add_library(norv_kit STATIC ${kitSources})
-    target_link_libraries(norv_kit PUBLIC norv_core PNG::PNG JPEG::JPEG TIFF::TIFF PRIVATE CLI11::CLI11)
+    target_link_libraries(norv_kit PUBLIC norv_core PNG::PNG ZLIB::ZLIB JPEG::JPEG TIFF::TIFF PRIVATE CLI11::CLI11)
     set_source_files_properties(src/kit/commands/command_line.cpp PROPERTIES
       COMPILE_DEFINITIONS NORV_VERSION="${PROJECT_VERSION}")
     # What norvkit does without, each behind its NORV_ define: NAME header package library...
@@ -54,8 +55,8 @@ if(NOT WIN32)
       add_custom_target(manual ALL DEPENDS norvkit.1)
     endif()
   else()
-    message(STATUS "norvkit is left out: it needs CLI11, libpng, libjpeg and libtiff "
-      "(libcli11-dev libpng-dev libjpeg62-turbo-dev libtiff-dev)")
+    message(STATUS "norvkit is left out: it needs CLI11, libpng, zlib, libjpeg and libtiff "
+      "(libcli11-dev libpng-dev zlib1g-dev libjpeg62-turbo-dev libtiff-dev)")
   endif()
 endif()
 

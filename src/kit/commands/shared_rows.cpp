@@ -50,6 +50,12 @@ Options WriteRows(WriteChoice& choice) {
        .target = &choice.encoding.lossless,
        .help = "keep every sample, where the format can do either (WebP)",
        .excludes = "--quality"},
+      {.name = "--compression",
+       .target = &choice.encoding.compression,
+       .unit = "N",
+       .check = Between{0, 9},
+       .help = "trouble taken to make a PNG small: 0 none, 9 all there is",
+       .byDefault = "4"},
       {.name = "--strip", .target = &choice.encoding.strip, .help = "leave out all metadata but the colour profile"},
       OverwriteRow(choice.overwrite)};
 }

@@ -1,0 +1,73 @@
+// PNG files: the same samples come back whatever was chosen, and the same bytes are written whatever the threads.
+#include <zlib.h>
+
+#include "kit/formats/codec.h"
+#include "kit/pictures/picture.h"
+#include "kit/pictures/picture_samples.h"
+#include "kit/pictures/test_card.h"
+#include "support/test.h"
+
+namespace {
+
+// What compresses in different ways: noise, a ramp, and a pattern that comes again further down.
+Samples Sample(const PictureShape& shape, int kind) {
+  Samples samples(shape);
+  uint32_t noise = 1;
+  for (size_t i = 0; i < samples.bytes.size(); ++i) {
+    noise = noise * 1664525 + 1013904223;
+    samples.bytes[i] = static_cast<uint8_t>(kind == 0 ? noise >> 24 : kind == 1 ? i / 40 : i % 7919 * (i % 7919) / 13);
+  }
+  return samples;
+}
+
+// The contents of all IDAT chunks.
+Bytes ImageData(const Bytes& png) {
+  Bytes data;
+  for (size_t at = 8; at + 12 <= png.size();) {
+    const size_t length = size_t{png[at]} << 24 | size_t{png[at + 1]} << 16 | size_t{png[at + 2]} << 8 | png[at + 3];
+    if (std::equal(&png[at + 4], &png[at + 8], "IDAT")) data.insert(data.end(), &png[at + 8], &png[at + 8 + length]);
+    at += 12 + length;
+  }
+  return data;
+}
+
+void CheckFile(const Samples& samples, int32_t compression) {
+  const Bytes png = kPng.Encode(samples, {.compression = compression, .threads = 1});
+  CHECK(kPng.Decode(png).bytes == samples.bytes);
+  Bytes rows((samples.RowBytes() + 1) * samples.height);
+  const Bytes data = ImageData(png);
+  uLongf length = rows.size();
+  CHECK(uncompress(rows.data(), &length, data.data(), data.size()) == Z_OK);  // and with it the check sum
+  CHECK(length == rows.size());
+  for (const int32_t threads : {2, 3, 16})
+    CHECK(kPng.Encode(samples, {.compression = compression, .threads = threads}) == png);
+}
+
+}  // namespace
+
+TEST_CASE("every depth, number of channels, size and choice comes back, with the same bytes for any threads") {
+  struct Size {
+    int32_t width, height;
+  };
+  for (const Size size : {Size{1, 1}, {1, 200000}, {70000, 2}, {131, 700}})
+    for (const int32_t bits : {8, 16})
+      for (const int32_t channels : {1, 2, 3, 4}) {
+        const int kind = (channels + size.height) % 3, compression = (2 * channels + bits / 8 + size.width) % 9;
+        INFO(size.width, " x ", size.height, ", ", bits, " bits, ", channels, " channels, compression ", compression);
+        CheckFile(Sample({size.width, size.height, channels, bits}, kind), compression);
+      }
+  for (const int32_t compression : {0, 1, 2, 5, 6, 9})
+    for (const int kind : {0, 1, 2}) CheckFile(Sample({40, 7000, 3, 8}, kind), compression);
+}
+
+TEST_CASE("a drawing gains by matches, and more trouble makes a smaller file") {
+  int64_t moved = 0;
+  const Samples card = ToSamples(AllRows(DrawTestCard(300, 200)), 8, moved);
+  size_t sizes[10];
+  for (const int32_t compression : {0, 1, 4, 6, 9})
+    sizes[compression] = kPng.Encode(card, {.compression = compression}).size();
+  CHECK(sizes[0] > card.bytes.size());
+  CHECK(sizes[4] < 0.8 * static_cast<double>(sizes[1]));
+  CHECK(sizes[6] < sizes[4]);
+  CHECK(sizes[9] < sizes[6]);
+}
