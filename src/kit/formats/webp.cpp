@@ -8,6 +8,8 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/formats/webp_metadata.h"
+#include "kit/metadata/carry.h"
 #include "platform/memory.h"
 
 namespace norv {
@@ -35,6 +37,8 @@ Samples DecodeWebp(const ByteSource& source) {
   const int stride = static_cast<int>(samples.RowBytes());
   if (!decode(bytes.data(), bytes.size(), samples.bytes.data(), samples.bytes.size(), stride))
     Fail("WebP: damaged or cut short");
+  samples.metadata = ReadWebpMetadata(bytes);
+  samples.turn = TurnOfOrientationTag(samples.metadata->orientation);
   return samples;
 }
 
@@ -76,7 +80,7 @@ SampleSink CreateWebp(const ByteSink& sink, const PictureShape& shape, const Enc
     all->next += rows.height;
   };
   const auto finish = [all, sink, choice] {
-    const Bytes bytes = EncodeWebp(all->samples, choice);
+    const Bytes bytes = WithWebpMetadata(EncodeWebp(all->samples, choice), all->samples.metadata.get());
     if (!sink(0, bytes.data(), bytes.size())) Fail("WebP: cannot be written");
   };
   return {write, finish};
@@ -89,6 +93,7 @@ const Codec kWebp = {.name = "WebP",
                      .alpha = true,
                      .loss = Loss::byChoice,
                      .mostSide = WEBP_MAX_DIMENSION,
+                     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc,
                      .recognise = IsWebp,
                      .open = OpenWebp,
                      .create = CreateWebp};

@@ -118,9 +118,10 @@ int32_t ExifOrientation(std::span<const uint8_t> exif) {
 
 std::optional<Resolution> ExifResolution(std::span<const uint8_t> exif) {
   const FirstDirectory first(exif);
-  const double x = first.Number(kTagXResolution), y = first.Number(kTagYResolution);
+  const double x = first.Number(kTagXResolution);
+  const double down = first.Number(kTagYResolution), y = down > 0 ? down : x;
   const double unit = first.Number(kTagResolutionUnit);
-  if (x <= 0 || y <= 0) return {};
+  if (x <= 0) return {};
   if (unit == 3) return Resolution{100 * x, 100 * y, ResolutionUnit::metre};
   return Resolution{x, y, unit == 1 ? ResolutionUnit::none : ResolutionUnit::inch};
 }

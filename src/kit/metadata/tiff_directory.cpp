@@ -29,9 +29,10 @@ void ReadChromaticities(const TiffStructure& structure, const TiffDirectory& dir
   if (std::ranges::all_of(values, [](double value) { return value > 0; })) metadata.chromaticities = values;
 }
 
-bool SaysMoreThanResolution(const ExifTree& tree) {
+bool SaysMoreThanLayout(const ExifTree& tree) {
   const auto isMore = [](const TiffField& field) {
-    return field.tag != kTagXResolution && field.tag != kTagYResolution && field.tag != kTagResolutionUnit;
+    return field.tag != kTagOrientation && field.tag != kTagXResolution && field.tag != kTagYResolution &&
+           field.tag != kTagResolutionUnit;
   };
   return std::ranges::any_of(tree.image, isMore) || !tree.exif.empty() || !tree.gps.empty();
 }
@@ -68,7 +69,7 @@ void AddOwnFields(const Metadata& metadata, ExifTree& tree) {
 
 SharedMetadata ReadTiffMetadata(const ByteSource& tiff, int64_t directory) {
   const auto structure = TiffStructure::Open(tiff);
-  if (!structure) return nullptr;
+  if (!structure) return std::make_shared<const Metadata>();
   Metadata metadata;
   const TiffDirectory fields = structure->Read(directory);
   for (const TiffEntry& entry : fields.entries) {
@@ -85,7 +86,7 @@ SharedMetadata ReadTiffMetadata(const ByteSource& tiff, int64_t directory) {
   const ExifTree tree = ReadExifTree(*structure, directory);
   const Bytes block = ExifBlock(tree);
   metadata.resolution = ExifResolution(block);
-  if (SaysMoreThanResolution(tree)) metadata.exif = block;
+  if (SaysMoreThanLayout(tree)) metadata.exif = block;
   return std::make_shared<const Metadata>(std::move(metadata));
 }
 

@@ -44,7 +44,7 @@ constexpr bool IsOfPixels(uint16_t tag) {
   constexpr Range kRanges[] = {
       {254, 259},      // kind of picture, sizes, bits, compression
       {262, 266},      // photometric interpretation, halftoning, order of bits
-      {273, 274},      // strips, orientation
+      {273, 273},      // strips
       {277, 281},      // samples, strips, extremes
       {284, 284},      // planes
       {288, 293},      // free bytes, curves of grey, options of fax

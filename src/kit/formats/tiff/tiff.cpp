@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "kit/formats/codec.h"
+#include "kit/metadata/carry.h"
 
 namespace norv {
 namespace {
@@ -15,12 +16,14 @@ bool IsTiff(std::span<const uint8_t> start) {
 
 }  // namespace
 
-const Codec kTiff = {.name = "TIFF",
-                     .extensions = {"tif", "tiff"},
-                     .mostBits = 32,
-                     .alpha = true,
-                     .recognise = IsTiff,
-                     .open = OpenTiff,
-                     .create = CreateTiff};
+const Codec kTiff = {
+    .name = "TIFF",
+    .extensions = {"tif", "tiff"},
+    .mostBits = 32,
+    .alpha = true,
+    .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesResolution | kCarriesChromaticities,
+    .recognise = IsTiff,
+    .open = OpenTiff,
+    .create = CreateTiff};
 
 }  // namespace norv

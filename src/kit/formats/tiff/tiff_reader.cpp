@@ -9,6 +9,7 @@
 #include "kit/formats/tiff/layout.h"
 #include "kit/formats/tiff/raw_rows.h"
 #include "kit/formats/tiff/tiff.h"
+#include "kit/formats/tiff/tiff_metadata.h"
 #include "kit/formats/tiff/values.h"
 #include "platform/memory.h"
 
@@ -51,6 +52,12 @@ class TiffReader {
   }
   bool NeedsLibrary() const { return layout_.colours == ColourKind::other; }
   Samples ReadByLibrary();
+  // Without the profile of colours that are others now.
+  std::shared_ptr<const Metadata> Carried() const {
+    Metadata metadata = MetadataOf(file_);
+    if (layout_.device) metadata.icc.clear();
+    return std::make_shared<const Metadata>(std::move(metadata));
+  }
 
   void ReadRow(uint8_t* row) {
     raw_->Next();
@@ -142,7 +149,9 @@ Samples TiffReader::ReadByLibrary() {
 
 SampleSource OpenTiff(const ByteSource& source, const ReadChoice& choice) {
   const auto reader = std::make_shared<TiffReader>(source, choice);
-  return reader->NeedsLibrary() ? HeldSamples(reader->ReadByLibrary()) : RowByRow(reader);
+  SampleSource samples = reader->NeedsLibrary() ? HeldSamples(reader->ReadByLibrary()) : RowByRow(reader);
+  samples.shape.metadata = reader->Carried();
+  return samples;
 }
 
 }  // namespace norv

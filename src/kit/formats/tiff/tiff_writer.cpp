@@ -5,19 +5,22 @@
 #include "kit/formats/codec.h"
 #include "kit/formats/tiff/tiff.h"
 #include "kit/formats/tiff/tiff_file.h"
+#include "kit/formats/tiff/tiff_metadata.h"
+#include "kit/metadata/containers.h"
 
 namespace norv {
 namespace {
 
 // Offsets of 64 bits where those of 32 might not do: compression makes noise half as large again.
-const char* ModeFor(const PictureShape& shape) {
-  return shape.RowBytes() * shape.height > (size_t{5} << 29) ? "w8m" : "wm";
+std::string ModeFor(const PictureShape& shape) {
+  const bool wide = shape.RowBytes() * shape.height > (size_t{5} << 29);
+  return std::string("wm") + (wide ? "8" : "") + (WantsBigEndian(shape.metadata.get()) ? "b" : "l");
 }
 
 class TiffWriter {
  public:
   TiffWriter(const ByteSink& sink, const PictureShape& shape)
-      : file_({}, sink, ModeFor(shape)), row_(shape.RowBytes()) {
+      : file_({}, sink, ModeFor(shape).c_str()), row_(shape.RowBytes()), metadata_(shape.metadata) {
     file_.Set(TIFFTAG_IMAGEWIDTH, shape.width);
     file_.Set(TIFFTAG_IMAGELENGTH, shape.height);
     file_.Set(TIFFTAG_BITSPERSAMPLE, shape.bits);
@@ -36,7 +39,7 @@ class TiffWriter {
     file_.Require(TIFFWriteScanline(file_.tiff, row_.data(), next_++, 0) == 1);
   }
   void Finish() {
-    file_.Require(TIFFWriteDirectory(file_.tiff));
+    WriteLastDirectory(file_, metadata_.get());
     file_.Require(TIFFFlush(file_.tiff));
     TIFFClose(std::exchange(file_.tiff, nullptr));
   }
@@ -45,6 +48,7 @@ class TiffWriter {
   TiffFile file_;
   uint32_t next_ = 0;
   Bytes row_;  // the predictor works in place
+  std::shared_ptr<const Metadata> metadata_;
 };
 
 }  // namespace
