@@ -3,23 +3,21 @@
 #include "support/test.h"
 
 TEST_CASE("bit image rows are padded to four bytes, in memory, in copies and in the file") {
-  struct {
-    int32_t width, height, stride;
-  } const cases[] = {{5, 2, 16}, {4, 3, 12}, {1, 1, 4}, {3, 3, 12}, {0, 7, 0}, {7, 0, 0}};
   const ScratchFolder folder;
-  for (const auto& c : cases) {
-    CAPTURE(c.width);
-    BitImage image(c.width, c.height), back(2, 2);
-    REQUIRE(image.size == c.stride * c.height);
-    CHECK((image.count == c.width * c.height && (image.pixels == nullptr) == (image.count == 0)));
-    std::string expected = Int32Bytes({c.width, c.height});
+  for (const auto& [width, height, stride] :
+       {std::array{5, 2, 16}, {4, 3, 12}, {1, 1, 4}, {3, 3, 12}, {0, 7, 0}, {7, 0, 0}}) {
+    CAPTURE(width);
+    BitImage image(width, height), back(2, 2);
+    REQUIRE(image.size == stride * height);
+    CHECK((image.count == width * height && (image.pixels == nullptr) == (image.count == 0)));
+    std::string expected = Int32Bytes({width, height});
     for (int32_t i = 0; i < image.size; ++i) {
-      image.rows[i / c.stride][i % c.stride] = static_cast<uint8_t>(i * 7 + 1);
+      image.rows[i / stride][i % stride] = static_cast<uint8_t>(i * 7 + 1);
       expected += static_cast<char>(i * 7 + 1);
     }
     image.Save(folder / "a.bit", Folder::asGiven);
     CHECK(ReadBytes(folder / "a.bit") == expected);
-    CHECK(BitImageHeader{c.width, c.height}.FileBytes() == static_cast<int64_t>(expected.size()));
+    CHECK(BitImageHeader{width, height}.FileBytes() == static_cast<int64_t>(expected.size()));
     CHECK(&back.Load(folder / "a.bit", Folder::asGiven) == &back);
     const BitImage copy = back;
     std::fill_n(back.pixels.get(), back.size, uint8_t{0});

@@ -41,10 +41,8 @@ TEST_CASE(".fdib files byte for byte, whole and in groups of rows") {
   const ScratchFolder folder;
   const std::string path = folder / "a.fdib";
   FloatImage back;
-  struct {
-    int32_t width, height, format, words;
-  } const cases[] = {{5, 8, 23, 0}, {10, 10, 0x2003, 4}, {10, 10, 0x2003, 0}, {1, 7, 0x20007, 1}, {3, 7, 0x37, 0}};
-  for (const auto& [width, height, format, words] : cases) {
+  for (const auto& [width, height, format, words] :
+       {std::array{5, 8, 23, 0}, {10, 10, 0x2003, 4}, {10, 10, 0x2003, 0}, {1, 7, 0x20007, 1}, {3, 7, 0x37, 0}}) {
     CAPTURE(width);
     FloatImage image = RandomFloatImage(width, height, format), parts(width, height, format);
     if (words) {

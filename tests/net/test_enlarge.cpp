@@ -35,9 +35,9 @@ TEST_CASE("every layout, size of plane and depth of network, plain and averaged,
     const matrix P = RandomPlane(w, h, w * h);
     matrix out;
     NetEnlargeChannel(net, P, out);
-    CHECK(SameBits(out, PlainChannel(net, P)));
+    CHECK(SameBits(out, PlainPlane(net, P, false)));
     NetEnlargeChannelAveraged(net, P, out);
-    CHECK(SameBits(out, PlainAveraged(net, P)));
+    CHECK(SameBits(out, PlainPlane(net, P, true)));
   };
   for (const Layout layout : kLayouts)
     for (const auto& [w, h] : {std::pair{1, 1}, {1, 6}, {7, 1}, {2, 2}, {3, 5}, {70, 3}, {5, 35}})
@@ -55,14 +55,10 @@ TEST_CASE("images of three and four planes, whole and by the shortcut; bands are
         CAPTURE(format);
         CAPTURE(shortcut);
         const FloatImage image = Masked(9, 6, format);
-        FloatImage expected = image;
-        PlainImage(expected, net, shortcut, average);
-        CHECK(ImageBytes(Enlarged(image, net, shortcut, average, 1)) == ImageBytes(expected));
+        CHECK(ImageBytes(Enlarged(image, net, shortcut, average, 1)) ==
+              ImageBytes(PlainImage(image, net, shortcut, average)));
       }
-  struct {
-    int32_t threads, rows, height;
-  } const bands[] = {{4, 17, 5}, {4, 16, 4}, {8, 65, 9}, {16, 257, 17}};
-  for (const auto& [threads, rows, height] : bands)
+  for (const auto& [threads, rows, height] : {std::array{4, 17, 5}, {4, 16, 4}, {8, 65, 9}, {16, 257, 17}})
     for (const bool shortcut : {false, true}) {
       CAPTURE(rows);
       const FloatImage image = Masked(4, rows, kWithFourth + 7);
@@ -135,8 +131,8 @@ TEST_CASE("other thread counts and too few rows enlarge the cleared image once m
     const FloatImage image = Masked(3, rows, kWithFourth + 7);
     FloatImage cleared(6, 2 * rows, image.format);
     cleared.mask = image.mask;
-    PlainImage(cleared, net, false, false);
-    CHECK(ImageBytes(Enlarged(image, net, false, false, threads)) == ImageBytes(cleared));
+    CHECK(ImageBytes(Enlarged(image, net, false, false, threads)) ==
+          ImageBytes(PlainImage(cleared, net, false, false)));
   };
   for (const int32_t threads : {4, 8}) check(10, threads);
   for (const int32_t threads : {16, 2, 3, 5, 17, -1, -4}) check(40, threads);

@@ -44,18 +44,13 @@ TEST_CASE("files lie beside the executable, whatever its folder is called and ho
   fs::create_directory(scratch / "bin");
   fs::create_symlink(folder / "norv", scratch / "bin/tool");
   WriteBytes(scratch / "test.net", NetOfMean(5));
-  struct {
-    std::string executable, place, mean;
-  } const starts[] = {{folder / "norv", "", "3.000000"},
-                      {scratch / "bin/tool", "", "3.000000"},
-                      {"./tool", "", "3.000000"},
-                      {folder / "norv", scratch.Path(), "5.000000"},
-                      {folder / "norv", scratch / "", "5.000000"}};
-  for (const auto& [executable, place, mean] : starts)
-    CHECK(Run({.arguments = {"13"},
-               .environment = {"NORV_DIR=" + place},
-               .executable = executable,
-               .directory = scratch / "bin"})
-              .output == Statistics(mean, "0.500000"));
+  const auto check = [&](const std::string& executable, const std::string& place, const std::string& mean) {
+    const std::string bin = scratch / "bin", beside = "NORV_DIR=" + place;
+    CHECK(Run({.arguments = {"13"}, .environment = {beside}, .executable = executable, .directory = bin}).output ==
+          Statistics(mean, "0.500000"));
+  };
+  for (const std::string& started : {(folder / "norv").string(), scratch / "bin/tool", std::string("./tool")})
+    check(started, "", "3.000000");
+  for (const std::string& place : {scratch.Path(), scratch / ""}) check(folder / "norv", place, "5.000000");
   CHECK(Run({.arguments = {"13"}, .executable = folder / "norv"}).output == Statistics("3.000000", "0.500000"));
 }

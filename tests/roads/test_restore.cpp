@@ -153,7 +153,7 @@ TEST_CASE("a missing or empty picture is an empty one; a request that cannot be 
     for (const int mode : {0, 1, 4}) {
       RestoreParameters asked = kUsual;
       asked.factor = factor, asked.kernelCode = code;
-      INFO("mode ", mode, " factor ", factor, " kernel ", code);
+      INFO("mode ", mode, " factor ", asked.factor, " kernel ", asked.kernelCode);
       const Outcome refused = RunMode(folder, mode, 1, asked);
       CHECK((refused.exitCode == 1 && refused.errors.size() > 10));
       CHECK_FALSE((fs::exists(floats) || fs::exists(bytes)));

@@ -14,6 +14,23 @@ namespace {
 
 int32_t FactorOf(const NeuralNet& net) { return net.LastNi() == 16 ? 4 : 2; }
 
+matrix PlainChannel(const NeuralNet& net, const matrix& P) {
+  NeuralNet own;
+  CopyNetForEvaluation(own, net);
+  const int32_t f = FactorOf(net);
+  matrix out(f * P.m, f * P.n);
+  for (int32_t r = 0; r < P.n; ++r)
+    for (int32_t c = 0; c < P.m; ++c) {
+      ForwardPass(own, PlainInput(P, r, c, net.N0), 1);
+      for (int32_t i = 0; i < f; ++i)
+        for (int32_t j = 0; j < f; ++j) {
+          const float scaled = 255.0f * own.layers.back().units[f * i + j].a;
+          out.z[f * r + i][f * c + j] = scaled + P.z[r][c];
+        }
+    }
+  return out;
+}
+
 }  // namespace
 
 matrix PlainInput(const matrix& P, int32_t r, int32_t c, int32_t inputs) {
@@ -43,24 +60,8 @@ matrix PlainInput(const matrix& P, int32_t r, int32_t c, int32_t inputs) {
   return input;
 }
 
-matrix PlainChannel(const NeuralNet& net, const matrix& P) {
-  NeuralNet own;
-  CopyNetForEvaluation(own, net);
-  const int32_t f = FactorOf(net);
-  matrix out(f * P.m, f * P.n);
-  for (int32_t r = 0; r < P.n; ++r)
-    for (int32_t c = 0; c < P.m; ++c) {
-      ForwardPass(own, PlainInput(P, r, c, net.N0), 1);
-      for (int32_t i = 0; i < f; ++i)
-        for (int32_t j = 0; j < f; ++j) {
-          const float scaled = 255.0f * own.layers.back().units[f * i + j].a;
-          out.z[f * r + i][f * c + j] = scaled + P.z[r][c];
-        }
-    }
-  return out;
-}
-
-matrix PlainAveraged(const NeuralNet& net, const matrix& P) {
+matrix PlainPlane(const NeuralNet& net, const matrix& P, bool average) {
+  if (!average) return PlainChannel(net, P);
   const int32_t f = FactorOf(net);
   matrix out(f * P.m, f * P.n), turned, back;
   out.fill(0);
@@ -73,7 +74,7 @@ matrix PlainAveraged(const NeuralNet& net, const matrix& P) {
   return out;
 }
 
-void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average) {
+FloatImage PlainImage(FloatImage image, const NeuralNet& net, bool shortcut, bool average) {
   const int32_t format = image.format;
   if (shortcut) {
     const bool fourth = (format & ~15) == 0x2000;
@@ -89,6 +90,7 @@ void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool ave
     for (int32_t p = 0; p < image.planes; ++p) image.plane[p] = PlainPlane(net, image.plane[p], average);
     image.RefreshSize();
   }
+  return image;
 }
 
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q) {
@@ -99,7 +101,7 @@ FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool short
     FloatImage band(w, q + 6, source.format);
     for (int32_t p = 0; p < source.planes; ++p)
       for (int32_t r = 0; r < q + 6; ++r) std::copy_n(source.plane[p].z[Mirror(y - 3 + r, h)], w, band.plane[p].z[r]);
-    PlainImage(band, net, shortcut, average);
+    band = PlainImage(band, net, shortcut, average);
     for (int32_t p = 0; p < source.planes; ++p)
       for (int32_t r = 0; r < f * q && f * y + r < f * h; ++r)
         std::copy_n(band.plane[p].z[f * 3 + r], f * w, result.plane[p].z[f * y + r]);

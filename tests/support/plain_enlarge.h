@@ -10,13 +10,8 @@ namespace norv::test {
 // What the network sees of pixel (r, c).
 matrix PlainInput(const matrix& P, int32_t r, int32_t c, int32_t inputs);
 
-matrix PlainChannel(const NeuralNet& net, const matrix& P);
-matrix PlainAveraged(const NeuralNet& net, const matrix& P);
-inline matrix PlainPlane(const NeuralNet& net, const matrix& P, bool average) {
-  return average ? PlainAveraged(net, P) : PlainChannel(net, P);
-}
-
-void PlainImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average);
+matrix PlainPlane(const NeuralNet& net, const matrix& P, bool average);
+FloatImage PlainImage(FloatImage image, const NeuralNet& net, bool shortcut, bool average);
 
 // Bands of q rows, each with three mirrored rows more at both ends.
 FloatImage PlainBands(const FloatImage& source, const NeuralNet& net, bool shortcut, bool average, int32_t q);
