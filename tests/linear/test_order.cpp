@@ -74,8 +74,7 @@ TEST_CASE("the pseudo-random sequence") {
 TEST_CASE("the sort gives the permutation of the procedure by looked-up keys, ties included") {
   RandomGenerator random;
   const auto check = [](const std::vector<float>& keys, int distinct) {
-    CAPTURE(keys.size());
-    CAPTURE(distinct);
+    INFO(keys.size(), " ", distinct);
     REQUIRE(Sorted(keys) == SortedByLookUp(keys));
     REQUIRE(Sorted(std::vector<double>(keys.begin(), keys.end())) == SortedByLookUp(keys));
   };

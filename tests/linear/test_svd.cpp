@@ -39,8 +39,7 @@ double Residue(const dmatrix& a, const dmatrix& left, const dmatrix& values, con
 }
 
 void CheckDecomposition(const dmatrix& a) {
-  CAPTURE(a.m);
-  CAPTURE(a.n);
+  INFO(a.m, " ", a.n);
   dmatrix U = a, W, V;
   U.svd(U, W, V);  // the results may take the place of the matrix
   REQUIRE((U.m == a.m && U.n == a.n && W.m == a.n && W.n == 1 && V.m == a.n && V.n == a.n));

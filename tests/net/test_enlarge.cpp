@@ -52,8 +52,7 @@ TEST_CASE("images of three and four planes, whole and by the shortcut; bands are
   for (const int32_t format : {kDefaultFormat, kLuminance + 7, kWithFourth + 7})
     for (const bool shortcut : {false, true})
       for (const bool average : {false, true}) {
-        CAPTURE(format);
-        CAPTURE(shortcut);
+        INFO(format, " ", shortcut);
         const FloatImage image = Masked(9, 6, format);
         CHECK(ImageBytes(Enlarged(image, net, shortcut, average, 1)) ==
               ImageBytes(PlainImage(image, net, shortcut, average)));

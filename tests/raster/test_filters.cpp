@@ -16,8 +16,7 @@ TEST_CASE("taps sum to 1, are symmetric and have the factor's parity, for every 
   for (int32_t order = -22; order <= 64; ++order)
     for (const int32_t f : {1, 2, 3, 4, 5, 8}) {
       const std::vector<float> taps = Taps(f, order);
-      CAPTURE(order);
-      CAPTURE(f);
+      INFO(order, " ", f);
       const bool without = order < -5 && order > -11;
       REQUIRE(taps.empty() == without);
       if (without) continue;

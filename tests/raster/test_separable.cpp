@@ -13,8 +13,7 @@ TEST_CASE("reduction is the plain double sum, on planes shorter than the kernel 
         const matrix high = RandomPlane(w * f, h * f, 1);
         ShrinkMatrix(low, high, taps);
         const PlainPlane plain = PlainReduce(PlainPlane(high), f, Vector(taps.x, taps.x + taps.mn));
-        CAPTURE(order);
-        CAPTURE(f);
+        INFO(order, " ", f);
         for (size_t i = 0; i < plain.v.size(); ++i)
           CHECK(static_cast<double>(low.x[i]) == doctest::Approx(plain.v[i]).epsilon(1e-5));
       }

@@ -1,5 +1,5 @@
 // The linear operators of the restoration: adjoints, and the reduction against the plain one.
-#include <memory>
+#include <typeinfo>
 
 #include "raster/separable.h"
 #include "restore/edge_mask.h"
@@ -50,23 +50,22 @@ TEST_CASE("every difference operator's adjoint: <D p, D p> = <p, D' D p>, and D'
     BitMask mask;
     MarkEdges(mask, x, 90);
     const PixelList pixels(DilateMask(mask), size.h);
-    std::vector<std::unique_ptr<DifferenceTerm>> terms;
-    terms.push_back(std::make_unique<IsotropicTerm>(size.w, size.h, kWeighting));
-    terms.push_back(std::make_unique<ReferenceTerm>(q, kWeighting));
-    terms.push_back(std::make_unique<CrossTerm>(size.w, size.h, kWeighting, field));
-    terms.push_back(std::make_unique<ScaledCrossTerm>(size.w, size.h, kWeighting, scaled));
-    terms.push_back(std::make_unique<DirectionalTerm>(size.w, size.h, kWeighting, kWeighting, field));
-    terms.push_back(std::make_unique<MaskedTerm>(size.w, size.h, kWeighting, field, pixels));
-    terms.push_back(std::make_unique<AxisTerm>(size.w, size.h, kWeighting));
-    for (size_t k = 0; k < terms.size(); ++k) {
-      INFO("term ", k, " of ", size.w, " x ", size.h);
-      terms[k]->Weigh(x);
-      const matrix normal = Normal(*terms[k], p);
+    const auto check = [&](DifferenceTerm&& term, bool everywhere = true) {
+      INFO(typeid(term).name(), " of ", size.w, " x ", size.h);
+      term.Weigh(x);
+      const matrix normal = Normal(term, p);
       const double scale = 1e-5 * size.w * size.h;
-      CHECK(Product(p, normal) == doctest::Approx(Energy(*terms[k], p)).epsilon(1e-5).scale(scale));
-      CHECK(std::abs(Product(q, normal) - Product(Normal(*terms[k], q), p)) < scale);
-      if (k < 5 && size.w > 1 && size.h > 1) CHECK(Energy(*terms[k], p) > 0);
-    }
+      CHECK(Product(p, normal) == doctest::Approx(Energy(term, p)).epsilon(1e-5).scale(scale));
+      CHECK(std::abs(Product(q, normal) - Product(Normal(term, q), p)) < scale);
+      if (everywhere && size.w > 1 && size.h > 1) CHECK(Energy(term, p) > 0);
+    };
+    check(IsotropicTerm(size.w, size.h, kWeighting));
+    check(ReferenceTerm(q, kWeighting));
+    check(CrossTerm(size.w, size.h, kWeighting, field));
+    check(ScaledCrossTerm(size.w, size.h, kWeighting, scaled));
+    check(DirectionalTerm(size.w, size.h, kWeighting, kWeighting, field));
+    check(MaskedTerm(size.w, size.h, kWeighting, field, pixels), false);
+    check(AxisTerm(size.w, size.h, kWeighting));
   }
 }
 
