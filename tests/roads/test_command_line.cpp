@@ -1,6 +1,6 @@
 // The tool as a process: its messages, its exit codes, what it makes of odd command lines.
 #include "platform/team.h"
-#include "support/messages.h"
+#include "support/process.h"
 #include "support/test.h"
 
 // The words of a restoration but for the first and the last.

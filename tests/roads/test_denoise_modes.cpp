@@ -1,8 +1,8 @@
 // Modes 6 and 7 as the graphical program runs them.
 #include "denoise/components.h"
 #include "image/float_image.h"
-#include "support/messages.h"
 #include "support/noisy_pictures.h"
+#include "support/process.h"
 #include "support/random_plane.h"
 #include "support/test.h"
 

@@ -1,7 +1,7 @@
 // Mode 10 from the files that it reads to the file that it writes.
-#include "support/messages.h"
 #include "support/nets.h"
 #include "support/plain_enlarge.h"
+#include "support/process.h"
 #include "support/test.h"
 
 namespace {

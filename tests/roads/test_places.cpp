@@ -1,6 +1,6 @@
 // Mode 13, and with it where the tool looks for its files.
-#include "support/messages.h"
 #include "support/nets.h"
+#include "support/process.h"
 #include "support/test.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Modes 0 to 5 as the graphical program runs them: planes of floats in modes 0 and 1, bytes in the others.
 #include "platform/team.h"
 #include "restore/bit_process.h"
-#include "support/messages.h"
+#include "support/process.h"
 #include "support/restoration.h"
 #include "support/test.h"
 

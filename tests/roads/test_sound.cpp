@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "support/messages.h"
+#include "support/process.h"
 #include "support/test.h"
 
 namespace {

@@ -2,8 +2,8 @@
 #include <chrono>
 #include <regex>
 
-#include "support/messages.h"
 #include "support/nets.h"
+#include "support/process.h"
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/train.h"

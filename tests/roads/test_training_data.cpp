@@ -2,7 +2,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
-#include "support/messages.h"
+#include "support/process.h"
 #include "support/samples.h"
 #include "support/test.h"
 #include "train/training_pairs.h"

@@ -3,12 +3,7 @@
 #include <random>
 
 #include "net/activation.h"
-#include "simd/bytes/kernels.h"
-#include "simd/columns/kernels.h"
 #include "simd/family.h"
-#include "simd/patches/kernels.h"
-#include "simd/products/kernels.h"
-#include "simd/resample/kernels.h"
 #include "simd/restore/kernels.h"
 #include "simd/train/kernels.h"
 #include "support/levels.h"
@@ -44,11 +39,6 @@ TEST_CASE("the level asked for is the level that runs") {
     const ForcedLevel forced(level);
     CHECK(ActiveLevel() == level);
     CHECK(&ActiveRestoreKernels() == &RestoreKernelsOf(level));
-    CHECK(&ActiveByteKernels() == &ByteKernelsOf(level));
-    CHECK(&ActiveColumnKernels() == &ColumnKernelsOf(level));
-    CHECK(&ActivePatchKernels() == &PatchKernelsOf(level));
-    CHECK(&ActiveProductKernels() == &ProductKernelsOf(level));
-    CHECK(&ActiveResampleKernels() == &ResampleKernelsOf(level));
   }
   // What the compiler was asked for in the very files that the tables are made in.
   REQUIRE(Family::first);

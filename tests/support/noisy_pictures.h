@@ -10,13 +10,12 @@ namespace norv::test {
 
 inline matrix Scene(int32_t width, int32_t height) {
   matrix plane(width, height);
-  for (int32_t r = 0; r < height; ++r) {
+  for (int32_t r = 0; r < height; ++r)
     for (int32_t c = 0; c < width; ++c) {
       const bool disc = std::hypot(r - height * 0.4, c - width * 0.55) < height * 0.3;
       const double stripes = c < width / 3 ? 25 * std::sin(0.45 * r + 0.2 * c) : 0;
       plane.z[r][c] = static_cast<float>(60 + 0.6 * r + 0.3 * c + (disc ? 70 : 0) + stripes);
     }
-  }
   return plane;
 }
 

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <poll.h>
 #include <pty.h>
+#include <regex>
 #include <sstream>
 #include <sys/wait.h>
 #include <thread>
@@ -99,6 +100,24 @@ std::vector<std::string> Words(const std::string& line, const std::vector<std::s
 
 Command NorvIn(const ScratchFolder& folder, const std::string& line) {
   return {.arguments = Words(line), .environment = {"NORV_DIR=" + folder.Path()}, .input = "kkkk"};
+}
+
+bool IsReported(const std::string& output, const std::string& text) {
+  static const std::regex report(R"(\n\d+\.\d\d secs, \d+\.\d\d mins\., \d+\.\d\d hrs\., \d+\.\d\d days\nDone!)");
+  const std::string start = kBanner + text;
+  return output.rfind(start, 0) == 0 && std::regex_match(output.substr(start.size()), report);
+}
+
+void CheckEnded(const Outcome& outcome, int exitCode, const std::string& complaint) {
+  INFO(outcome.output);
+  CHECK(outcome.exitCode == exitCode);
+  CHECK(complaint.empty() == outcome.errors.empty());
+  CHECK(Contains(outcome.errors, complaint));
+}
+
+void CheckReported(const Outcome& outcome, const std::string& text) {
+  CheckEnded(outcome, 0);
+  CHECK(IsReported(outcome.output, text));
 }
 
 TerminalRun::TerminalRun(const Command& command) {

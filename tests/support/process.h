@@ -38,6 +38,18 @@ std::vector<std::string> Words(const std::string& line, const std::vector<std::s
 Command NorvIn(const ScratchFolder& folder, const std::string& line);
 inline Outcome RunIn(const ScratchFolder& folder, const std::string& line) { return Run(NorvIn(folder, line)); }
 
+// The messages that frame every run of norv.
+inline const std::string kBanner = "\nBegin 64 bit Command Line Processing\nVersion 5.6";
+
+// Whether the output is the banner, exactly this text, and the end report with any times.
+bool IsReported(const std::string& output, const std::string& text);
+
+// Checks how a run ended, and that it complained with these words among others: of nothing where there are none.
+void CheckEnded(const Outcome& outcome, int exitCode, const std::string& complaint = "");
+
+// Checks that a run ended well with such an output and without a warning.
+void CheckReported(const Outcome& outcome, const std::string& text);
+
 // A program on a terminal of its own; standard output and error go there too.
 class TerminalRun {
  public:
