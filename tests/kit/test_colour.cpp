@@ -1,11 +1,16 @@
 // Colour and alpha through every command that makes pictures of pictures.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <doctest/doctest.h>
+#include <png.h>
+#include <string>
+#include <tiffio.h>
+#include <vector>
 
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_file.h"
-#include "kit/pictures/premultiplied.h"
+#include "kit/scale/premultiplied.h"
 #include "support/kit.h"
 #include "support/scratch.h"
 
@@ -38,6 +43,12 @@ const char* const kScaling[] = {"enlarge IN OUT --method nearest",
                                 "restore IN OUT --factor 1 --preset compressed --threads 2",
                                 "shrink IN OUT",
                                 "shrink IN OUT --factor 3 --order 3"};
+
+double MeanOf(const matrix& plane) {
+  double sum = 0;
+  for (int32_t i = 0; i < plane.mn; ++i) sum += double{plane.x[i]};
+  return sum / plane.mn;
+}
 
 // The picture that a line makes of another.
 Picture Made(const test::ScratchFolder& folder, std::string line, const std::string& from, const std::string& to) {
@@ -113,5 +124,183 @@ TEST_CASE("colours come back from what scaling left of them and of alpha") {
       CHECK(picture.plane[0].x[i] == doctest::Approx(divided[i]));
       CHECK(picture.Alpha().x[i] == clamped[i]);
     }
+  }
+}
+
+namespace {
+
+// A PNG of shading from dark to light, of 8 bits or 16 a sample or fewer; `clear` marks one value as transparent.
+void WriteShadedPng(const std::string& path, int colourType, int depth, bool clear) {
+  constexpr int kWidth = 32, kHeight = 24;
+  FILE* file = std::fopen(path.c_str(), "wb");
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_init_io(png, file);
+  png_set_IHDR(png, info, kWidth, kHeight, depth, colourType, 0, 0, 0);
+  const int levels = 1 << std::min(depth, 8);
+  std::vector<png_color> palette;
+  for (int i = 0; i < levels; ++i) {
+    const auto v = static_cast<png_byte>(255 * i / (levels - 1));
+    palette.push_back({v, v, static_cast<png_byte>(255 - v)});
+  }
+  if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_PLTE(png, info, palette.data(), levels);
+  const png_byte alpha[] = {0, 128};
+  png_color_16 value = {};
+  if (clear) png_set_tRNS(png, info, alpha, 2, &value);
+  png_write_info(png, info);
+  png_set_packing(png);
+  const int channels = png_get_channels(png, info);
+  for (int r = 0; r < kHeight; ++r) {
+    std::vector<png_byte> row;
+    for (int x = 0; x < kWidth; ++x)
+      for (int k = 0; k < channels; ++k) {
+        const int level = (levels - 1) * x / (kWidth - 1);
+        row.push_back(static_cast<png_byte>(level));
+        if (depth == 16) row.push_back(static_cast<png_byte>(level == 0 ? 0 : 16 * r / kHeight));
+      }
+    png_write_row(png, row.data());
+  }
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  std::fclose(file);
+}
+
+void WriteShadedTiff(const std::string& path, int photometric, int depth, int channels) {
+  TIFF* tiff = TIFFOpen(path.c_str(), "w");
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 32);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 24);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depth);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, channels);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  const uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
+  if (channels == 2) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+  const int levels = 1 << depth;
+  std::vector<uint16_t> red(levels), blue(levels);
+  for (int i = 0; i < levels; ++i)
+    red[i] = static_cast<uint16_t>(65535 * i / (levels - 1)), blue[i] = static_cast<uint16_t>(65535 - red[i]);
+  if (photometric == PHOTOMETRIC_PALETTE) TIFFSetField(tiff, TIFFTAG_COLORMAP, red.data(), red.data(), blue.data());
+  std::vector<uint8_t> row(32 * channels * depth / 8);
+  for (int x = 0; x < 32; ++x) {
+    const int level = (levels - 1) * x / 31;
+    for (int k = 0; k < channels; ++k) {
+      const int value = k == 1                                  ? (x == 31 ? 128 : 255)
+                        : photometric == PHOTOMETRIC_MINISWHITE ? levels - 1 - level
+                                                                : level,
+                bit = (x * channels + k) * depth;
+      row[bit / 8] = static_cast<uint8_t>(row[bit / 8] | value << (8 - depth - bit % 8));
+    }
+  }
+  for (int r = 0; r < 24; ++r) TIFFWriteScanline(tiff, std::vector<uint8_t>(row).data(), r, 0);
+  TIFFClose(tiff);
+}
+
+}  // namespace
+
+TEST_CASE("every kind of picture keeps what it is through every command, as far as the format can hold it") {
+  test::ScratchFolder folder;
+  REQUIRE(KitIn(folder, "new-net net.net --start lanczos").exitCode == 0);
+  struct Kind {
+    std::string name;
+    int32_t levels, channels, bits;
+    bool palette, clear;
+  };
+  std::vector<Kind> kinds;
+  const auto add = [&](const std::string& what, int depth, int32_t channels, bool palette, bool clear) {
+    kinds.push_back({what + std::to_string(depth) + (clear ? "-clear.png" : ".png"), 1 << std::min(depth, 8), channels,
+                     depth == 16 ? 16 : 8, palette, clear});
+    return folder / kinds.back().name;
+  };
+  for (const int depth : {1, 2, 4, 8, 16})
+    for (const bool clear : {false, true}) {
+      WriteShadedPng(add("grey", depth, clear ? 2 : 1, false, clear), PNG_COLOR_TYPE_GRAY, depth, clear);
+      if (depth <= 8)
+        WriteShadedPng(add("palette", depth, clear ? 4 : 3, true, clear), PNG_COLOR_TYPE_PALETTE, depth, clear);
+      if (depth >= 8) WriteShadedPng(add("rgb", depth, clear ? 4 : 3, false, clear), PNG_COLOR_TYPE_RGB, depth, clear);
+    }
+  for (const int depth : {1, 2, 4, 8}) {
+    WriteShadedTiff(add("tiff-grey", depth, 1, false, false), PHOTOMETRIC_MINISBLACK, depth, 1);
+    WriteShadedTiff(add("tiff-white", depth, 1, false, false), PHOTOMETRIC_MINISWHITE, depth, 1);
+    WriteShadedTiff(add("tiff-palette", depth, 3, true, false), PHOTOMETRIC_PALETTE, depth, 1);
+    if (depth == 8) WriteShadedTiff(add("tiff-alpha", depth, 2, false, false), PHOTOMETRIC_MINISBLACK, depth, 2);
+  }
+  const char* const lines[] = {"export IN OUT",
+                               "enlarge IN OUT --method lanczos",
+                               "enlarge IN OUT --net net.net --average",
+                               "restore IN OUT --factor 1",
+                               "denoise IN OUT",
+                               "shrink IN OUT",
+                               "noise IN OUT --sigma 1"};
+  const char* const targets[] = {"out.png", "out.tif", "out.jpg", "out.webp"};
+  for (const Kind& kind : kinds) {
+    CAPTURE(kind.name);
+    const Picture picture = ReadPicture(folder / kind.name);
+    CHECK((picture.channels == kind.channels && picture.bits == kind.bits));
+    for (int32_t x = 0; x < 32; ++x) {
+      const int32_t level = (kind.levels - 1) * x / 31;
+      const float value = 255.0f * static_cast<float>(level) / static_cast<float>(kind.levels - 1);
+      CHECK(std::abs(picture.Colour(0).z[3][x] - value) < 1.01);
+      CHECK(std::abs(picture.Colour(2).z[3][x] - (kind.palette ? 255 - value : value)) < 1.01);
+      if (picture.HasAlpha())
+        CHECK(picture.Alpha().z[3][x] == (!kind.clear            ? (x == 31 ? 128 : 255)
+                                          : level > kind.palette ? 255
+                                          : level == 1           ? 128
+                                                                 : 0));
+    }
+    for (size_t i = 0; i < std::size(lines); ++i)
+      for (size_t j = 0; j < std::size(targets); ++j) {
+        if (i > 0 && j != i % 4) continue;
+        CAPTURE(lines[i]);
+        CAPTURE(targets[j]);
+        const Picture made = Made(folder, lines[i], kind.name, targets[j]);
+        const bool jpeg = j == 2, webp = j == 3;
+        CHECK(made.bits == (jpeg || webp ? 8 : kind.bits));
+        CHECK(made.channels == (jpeg                         ? (kind.channels <= 2 ? 1 : 3)
+                                : webp && kind.channels <= 2 ? kind.channels + 2
+                                                             : kind.channels));
+        for (int k = 0; !kind.clear && k < 3; ++k)
+          CHECK(std::abs(MeanOf(made.Colour(k)) - MeanOf(picture.Colour(k))) < 5);
+      }
+  }
+}
+
+TEST_CASE("dithering keeps in the mean of a few pixels what eight bits cannot hold") {
+  test::ScratchFolder folder;
+  Picture shade(128, 96, 3, 16);
+  for (int k = 0; k < 3; ++k)
+    for (int32_t r = 0; r < 96; ++r)
+      for (int32_t x = 0; x < 128; ++x) shade.plane[k].z[r][x] = x < 64 ? 100 + static_cast<float>(x) / 64 : 200.0f;
+  WritePicture(folder / "deep.png", shade, {});
+  shade.channels = 1;
+  WritePicture(folder / "grey.png", shade, {});
+  for (const char* name : {"deep.png", "grey.png"}) {
+    const Picture made = Made(folder, "export IN OUT --bits 8 --dither", name, "out.png");
+    CHECK(made.bits == 8);
+    for (int32_t y = 0; y < 96; y += 8)
+      for (int32_t x = 0; x < 128; x += 8) {
+        double sum = 0, wanted = 0;
+        for (int32_t i = 0; i < 64; ++i) {
+          const int32_t r = y + i / 8, c = x + i % 8;
+          sum += double{made.plane[0].z[r][c]};
+          wanted += double{shade.plane[0].z[r][c]};
+          // Equal colours stay equal, and whole values what they are.
+          CHECK((made.Colour(1).z[r][c] == made.plane[0].z[r][c] && (c < 64 || made.plane[0].z[r][c] == 200)));
+        }
+        CHECK(std::abs(sum - wanted) / 64 < 0.06);
+      }
+  }
+  // The same wherever the work is cut.
+  REQUIRE(KitIn(folder, "new-net net.net --start lanczos").exitCode == 0);
+  const auto bytes = [&](const std::string& more) {
+    REQUIRE(
+        KitIn(folder, "enlarge grey.png " + more + ".png --dither --bits 8 --net net.net --threads " + more).exitCode ==
+        0);
+    return test::ReadBytes(folder / (more + ".png"));
+  };
+  CHECK(bytes("1") == bytes("3"));
+  for (const char* line : {"export deep.png o.png --dither", "export grey.png o.tif --bits 16 --dither",
+                           "enlarge deep.png o.fdib --method nearest --dither"}) {
+    CHECK(KitIn(folder, line).exitCode == 2);
+    CHECK(!std::filesystem::exists(folder / "o.png"));
   }
 }

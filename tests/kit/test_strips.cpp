@@ -4,9 +4,9 @@
 
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/premultiplied.h"
 #include "kit/pictures/strips.h"
 #include "kit/scale/enlarge_picture.h"
+#include "kit/scale/premultiplied.h"
 #include "net/enlarge.h"
 #include "support/nets.h"
 

@@ -27,6 +27,7 @@ struct WriteChoice {
   int32_t bits = 0;  // 8, 16, or 32 for floats; 0: the picture's own precision as far as the format can hold it
   EncodingChoice encoding;
   bool overwrite = false;  // a file that is there already
+  bool dither = false;     // to 8 bits: rounded up or down by a pattern instead of to nearest
 };
 
 // The names of all picture formats, "PNG, JPEG, TIFF"; with a last word before the last, "PNG, JPEG or TIFF".

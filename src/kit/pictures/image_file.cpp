@@ -147,6 +147,7 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
   if (int64_t{shape.width} * shape.height > MostPixels(format, shape.height))
     Fail("%s cannot hold %d x %d pixels", path.c_str(), shape.width, shape.height);
   if (!format) return PictureInFile(path, shape, choice);
+  if (choice.dither) throw WrongUsage("--dither is for pictures of 8 bits a sample, not for " + path);
   InFile in{format->name, shape};
   if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
   in.shape.bits = std::min(shape.bits, format->mostBits);

@@ -43,14 +43,14 @@ SampleSource OpenUpright(const ByteSource& bytes, const ReadChoice& choice) {
 // A picture file that is being written, a row at a time.
 class PictureFile {
  public:
-  PictureFile(const std::string& path, const Codec& codec, const PictureShape& shape, const EncodingChoice& choice)
-      : path_(path), file_(path), row_(RowOf(shape)) {
-    Guarded([&] { samples_ = codec.create(ToFile(file_), shape, choice); });
+  PictureFile(const std::string& path, const Codec& codec, const PictureShape& shape, const WriteChoice& choice)
+      : path_(path), file_(path), row_(RowOf(shape)), dither_(choice.dither) {
+    Guarded([&] { samples_ = codec.create(ToFile(file_), shape, choice.encoding); });
   }
   void Write(const Picture& rows) {
     Guarded([&] {
       for (int32_t r = 0; r < rows.Height(); ++r) {
-        moved_ += PackRow(rows, r, row_);
+        moved_ += dither_ ? PackRowDithered(rows, r, next_++, row_) : PackRow(rows, r, row_);
         samples_.write(row_);
       }
     });
@@ -81,6 +81,8 @@ class PictureFile {
   FileOut file_;
   Samples row_;
   SampleSink samples_;
+  bool dither_;
+  int32_t next_ = 0;
   int64_t moved_ = 0;
 };
 
@@ -123,6 +125,8 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   if (shape.HasAlpha() && !codec->alpha) --written.channels;
   written.bits = std::clamp(written.bits, codec->leastBits, codec->mostBits);
   if (choice.bits != 0) written.bits = choice.bits;
+  if (choice.dither && written.bits != 8)
+    throw WrongUsage("--dither is for 8 bits a sample, " + path + " gets " + std::to_string(written.bits));
   Naming(path, [&] { RequirePossible(written.width, written.height); });
   if (std::max(written.width, written.height) > codec->mostSide)
     Fail("%s: %s holds at most %d pixels a side, not %d x %d", path.c_str(), codec->name, codec->mostSide,
@@ -134,7 +138,7 @@ PictureSink CreatePicture(const std::string& path, const PictureShape& shape, co
   InFile in = PictureInFile(path, shape, choice);
   const Codec& codec = *CodecOfName(path);
   in.shape.metadata = CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip);
-  const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice.encoding);
+  const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice);
   return {[file](const Picture& rows) { file->Write(rows); }, [file] { return file->Finish(); }};
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "kit/formats/dither.h"
 #include "kit/pictures/picture.h"
 
 namespace norv {
@@ -21,16 +22,25 @@ void Unpack(const uint8_t* row, int32_t r, Picture& picture) {
   }
 }
 
+struct ToNearest {
+  double operator()(double value, int32_t) const { return std::floor(value + 0.5); }
+};
+
+struct ByThreshold {
+  const DitherRow& thresholds;
+  double operator()(double value, int32_t x) const { return std::floor(value + double{thresholds[x % kDitherSide]}); }
+};
+
 // The first `channels` planes.
-template <typename T>
-int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
+template <typename T, typename Rounding = ToNearest>
+int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row, Rounding rounding = {}) {
   T* target = reinterpret_cast<T*>(row);
   constexpr double kSteps = StepsOf(8 * sizeof(T)), kMost = 255 * kSteps;
   int64_t moved = 0;
   for (int32_t k = 0; k < channels; ++k) {
     const float* source = picture.plane[k].z[r];
     for (int32_t x = 0; x < picture.Width(); ++x) {
-      const double value = std::floor(source[x] * kSteps + 0.5);
+      const double value = rounding(source[x] * kSteps, x);
       const bool inside = value >= 0 && value <= kMost;  // false for a NaN
       moved += !inside;
       target[size_t(x) * channels + k] = static_cast<T>(inside ? value : value > 0 ? kMost : 0);
@@ -45,8 +55,7 @@ void UnpackFrom(const Samples& samples, int32_t sampleRow, int32_t r, Picture& p
 }
 
 // Floats keep what lies beyond black and white.
-template <>
-int64_t Pack<float>(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
+int64_t PackFloats(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
   float* target = reinterpret_cast<float*>(row);
   for (int32_t k = 0; k < channels; ++k) {
     const float* source = picture.plane[k].z[r];
@@ -57,8 +66,10 @@ int64_t Pack<float>(const Picture& picture, int32_t r, int32_t channels, uint8_t
 }
 
 int64_t PackInto(const Picture& picture, int32_t r, Samples& samples, int32_t sampleRow) {
-  const auto pack = samples.bits == 32 ? Pack<float> : samples.bits == 16 ? Pack<uint16_t> : Pack<uint8_t>;
-  return pack(picture, r, samples.channels, samples.Row(sampleRow));
+  uint8_t* row = samples.Row(sampleRow);
+  if (samples.bits == 32) return PackFloats(picture, r, samples.channels, row);
+  if (samples.bits == 16) return Pack<uint16_t>(picture, r, samples.channels, row);
+  return Pack<uint8_t>(picture, r, samples.channels, row);
 }
 
 }  // namespace
@@ -66,6 +77,10 @@ int64_t PackInto(const Picture& picture, int32_t r, Samples& samples, int32_t sa
 void UnpackRow(const Samples& row, int32_t r, Picture& picture) { UnpackFrom(row, 0, r, picture); }
 
 int64_t PackRow(const Picture& picture, int32_t r, Samples& row) { return PackInto(picture, r, row, 0); }
+
+int64_t PackRowDithered(const Picture& picture, int32_t r, int32_t y, Samples& row) {
+  return Pack<uint8_t>(picture, r, row.channels, row.Row(0), ByThreshold{DitherRowOf(y)});
+}
 
 Picture ToPicture(const Samples& samples) {
   if (samples.turn != 0) return ToPicture(Upright(samples));

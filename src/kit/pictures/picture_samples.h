@@ -21,4 +21,7 @@ void UnpackRow(const Samples& row, int32_t r, Picture& picture);
 // moved.
 int64_t PackRow(const Picture& picture, int32_t r, Samples& row);
 
+// The same to samples of 8 bits, rounded up or down by the pattern of dither.h for row y of the whole picture.
+int64_t PackRowDithered(const Picture& picture, int32_t r, int32_t y, Samples& row);
+
 }  // namespace norv

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "kit/pictures/picture.h"
-#include "kit/pictures/premultiplied.h"
 #include "kit/pictures/strips.h"
 #include "kit/scale/interpolation.h"
+#include "kit/scale/premultiplied.h"
 #include "raster/edges.h"
 #include "raster/filters.h"
 

@@ -6,7 +6,7 @@
 #include "denoise/denoise.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/premultiplied.h"
+#include "kit/scale/premultiplied.h"
 #include "platform/console.h"
 #include "raster/bands.h"
 #include "restore/bit_process.h"

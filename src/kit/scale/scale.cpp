@@ -2,8 +2,8 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/premultiplied.h"
 #include "kit/scale/interpolation.h"
+#include "kit/scale/premultiplied.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
 

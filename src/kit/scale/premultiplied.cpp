@@ -1,4 +1,4 @@
-#include "kit/pictures/premultiplied.h"
+#include "kit/scale/premultiplied.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,7 +29,7 @@ void Premultiply(Picture& picture) {
 
 void Unpremultiply(Picture& picture) {
   if (!picture.HasAlpha()) return;
-  const float clear = picture.bits == 16 ? 0.5f / 257 : 0.5f;
+  const float clear = picture.bits == 8 ? 0.5f : 0.5f / 257;
   float* alpha = picture.Alpha().x;
   for (int64_t i = 0; i < picture.Alpha().mn; ++i) {
     if (std::abs(alpha[i] - 255) > kOpaqueWithin) {
