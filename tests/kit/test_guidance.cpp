@@ -45,7 +45,7 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"enlarge a.png b.png --method lanczos --quick", "does nothing with --method lanczos", "enlarge --help"},
         Line{"enlarge a.png b.png --method cubic --net n.net", "does nothing with --method cubic", "enlarge --help"},
         Line{"enlarge a.png b.png --by 2 --width 90", "--by and --width", "enlarge --help"},
-        Line{"shrink a.png b.png --by 2.5 --order -1", "--order goes with whole factors", "norvkit shrink --help"}}) {
+        Line{"shrink a.png b.png --by 2.5 --order -1", "--filter goes with whole factors", "norvkit shrink --help"}}) {
     const test::Outcome outcome = KitIn(folder, line.words);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 2);

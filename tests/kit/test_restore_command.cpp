@@ -129,6 +129,43 @@ TEST_CASE("single parameters stand instead of the preset's, and wrong ones are r
   CHECK(restore({"--kernel", "7"}) == "1");  // the older name of --filter
 }
 
+TEST_CASE("restoration is turned by people's words") {
+  test::ScratchFolder folder;
+  SaveImage(folder / "large.png", Coloured(200, 160), {});
+  REQUIRE(KitIn(folder, "shrink large.png sharp.png").exitCode == 0);
+  REQUIRE(KitIn(folder, "shrink large.png blurred.png --filter -20").exitCode == 0);  // a Gaussian of one pixel
+  const auto psnr = [&](const std::string& words) {
+    const test::Outcome outcome = KitIn(folder, "restore " + words + " out.tif --overwrite");
+    CAPTURE(outcome.errors);
+    REQUIRE(outcome.exitCode == 0);
+    return Likeness(folder / "out.tif", LoadImage(folder / "sharp.png"));
+  };
+  const double blurred = Likeness(folder / "blurred.png", LoadImage(folder / "sharp.png"));
+  CHECK(psnr("blurred.png --by 1 --deblur 1.0") > blurred + 4);
+  CHECK(psnr("blurred.png --by 1 --deblur 1.0") > psnr("blurred.png --by 1 --deblur 0.5") + 1);
+  // Sharper keeps more of the noise than smoother does, twice more so.
+  const auto roughness = [&](const char* words) {
+    REQUIRE(KitIn(folder, std::string("restore sharp.png out.fdib --overwrite ") + words).exitCode == 0);
+    const matrix plane = LoadImage(folder / "out.fdib").plane[0];
+    double sum = 0;
+    for (int32_t r = 0; r < plane.n; ++r)
+      for (int32_t c = 1; c < plane.m; ++c) sum += std::abs(plane.z[r][c] - plane.z[r][c - 1]);
+    return sum;
+  };
+  const double plain = roughness("");
+  CHECK(roughness("--sharper") > plain);
+  CHECK(roughness("--sharper --sharper") > roughness("--sharper"));
+  CHECK(roughness("--smoother") < plain);
+  CHECK(roughness("--smoother --smoother") < roughness("--smoother"));
+  for (const char* line : {"--deblur auto", "--deblur 2", "--deblur 1 --filter -1", "--sharper --smoother",
+                           "--shape-dot 1", "--type 5 --edge-threshold 9", "--quality 50"}) {
+    const test::Outcome refused = KitIn(folder, std::string("restore sharp.png no.png ") + line);
+    CAPTURE(refused.errors);
+    CHECK(refused.exitCode == 2);
+    CHECK_FALSE(std::filesystem::exists(folder / "no.png"));
+  }
+}
+
 TEST_CASE("grey pictures stay grey, alpha is kept or dropped with a warning") {
   test::ScratchFolder folder;
   Picture both(16, 12, 2);

@@ -2,6 +2,7 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/failure.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
@@ -16,6 +17,8 @@ struct Settings {
   std::string picture, out, preset = "clean";
   int32_t factor = 2, bands = 0, threads = 1;
   bool overBytes = false, denoise = false;
+  Times sharper, smoother;
+  std::optional<double> deblur;
   std::vector<std::optional<double>> knobs;
   WriteChoice choice;
 };
@@ -38,6 +41,21 @@ Options KnobRows(Settings& settings) {
   return rows;
 }
 
+// What people see, instead of what a restoration counts.
+Options PeopleRows(Settings& settings) {
+  return {{.name = "--sharper",
+           .target = &settings.sharper,
+           .help = "than the preset; given twice, more so",
+           .excludes = "--smoother"},
+          {.name = "--smoother", .target = &settings.smoother, .help = "than the preset; given twice, more so"},
+          {.name = "--deblur",
+           .target = &settings.deblur,
+           .unit = "SIGMA",
+           .check = Between{0.1, 1.5},
+           .help = "take back a blur (Gaussian) of so many pixels of the picture, 0.1 to 1.5",
+           .excludes = "--filter"}};
+}
+
 Options BandRows(Settings& settings) {
   return {{.name = "--threads",
            .target = &settings.threads,
@@ -53,28 +71,35 @@ Options BandRows(Settings& settings) {
 }
 
 Options Rows(Settings& settings) {
-  return Joined(
-      {{PictureRow(settings.picture),
-        OutRow(settings.out, "the restored one"),
-        {.name = "--factor",
-         .target = &settings.factor,
-         .unit = "N",
-         .check = Between{1, 64},
-         .help = "how many times larger, 1 to 64"},
-        {.name = "--preset",
-         .target = &settings.preset,
-         .unit = "NAME",
-         .check = OneOf{Listed(RestorePresetNames())},
-         .help = "clean, compressed (JPEG) or noisy"}},
-       BandRows(settings),
-       {{.name = "--bits-road", .target = &settings.overBytes, .help = "8 bits a sample in and out, as norv 4 does"},
-        DenoiseFirstRow(settings.denoise)},
-       KnobRows(settings),
-       WriteRows(settings.choice)});
+  return Joined({{PictureRow(settings.picture),
+                  OutRow(settings.out, "the restored one"),
+                  {.name = "--by",
+                   .target = &settings.factor,
+                   .unit = "N",
+                   .check = Between{1, 64},
+                   .help = "how many times larger, 1 to 64",
+                   .aliases = "--factor"},
+                  {.name = "--preset",
+                   .target = &settings.preset,
+                   .unit = "NAME",
+                   .check = OneOf{Listed(RestorePresetNames())},
+                   .help = "clean, compressed (JPEG) or noisy"}},
+                 PeopleRows(settings),
+                 BandRows(settings),
+                 {{.name = "--as-bytes",
+                   .target = &settings.overBytes,
+                   .help = "8 bits a sample in and out, as norv 4 does",
+                   .aliases = "--bits-road"},
+                  DenoiseFirstRow(settings.denoise)},
+                 KnobRows(settings),
+                 WriteRows(settings.choice)});
 }
 
 RestoreParameters Parameters(const Settings& settings) {
   RestoreParameters parameters = RestorePreset(settings.preset, settings.factor);
+  for (int32_t i = 0; i < settings.sharper.count; ++i) MakeSharper(parameters);
+  for (int32_t i = 0; i < settings.smoother.count; ++i) MakeSmoother(parameters);
+  if (settings.deblur) parameters.kernelCode = FilterOfBlur(*settings.deblur, settings.factor);
   const std::span<const RestoreKnob> knobs = RestoreKnobs();
   for (size_t i = 0; i < knobs.size(); ++i) {
     if (!settings.knobs[i]) continue;
@@ -86,8 +111,18 @@ RestoreParameters Parameters(const Settings& settings) {
   return parameters;
 }
 
+// Values that only one type of regulariser looks at.
+void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& parameters) {
+  const std::span<const RestoreKnob> knobs = RestoreKnobs();
+  for (size_t i = 0; i < knobs.size(); ++i)
+    if (settings.knobs[i] && knobs[i].onlyOfType != 0 && knobs[i].onlyOfType != parameters.type)
+      throw WrongUsage(std::string(knobs[i].option) + " does nothing without --type " +
+                       std::to_string(knobs[i].onlyOfType) + ": leave it out, or add that");
+}
+
 void Run(const Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
+  RefuseIdleKnobs(settings, parameters);
   const PictureSource source = OpenImage(settings.picture);
   RequireRoom(source.shape, settings.factor);
   PictureShape large = source.shape;
@@ -107,8 +142,9 @@ Command RestoreCommand() {
   return MakeCommand<Settings>(
       {.name = "restore",
        .purpose = "Make a picture larger and sharper by edge-preserving restoration",
-       .examples = "norvkit restore small.png large.png --factor 2 --preset clean --threads 2\n"
-                   "norvkit restore small.jpg large.png --factor 4 --preset compressed --lambda 0.2"},
+       .examples = "norvkit restore small.png large.png --by 2\n"
+                   "norvkit restore soft.jpg sharp.png --by 1 --deblur 1.0 --preset compressed\n"
+                   "norvkit restore small.jpg large.png --by 4 --preset compressed --lambda 0.2"},
       Rows, Run);
 }
 

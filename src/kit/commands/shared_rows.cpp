@@ -117,11 +117,12 @@ std::string TeamSizes(const char* between, const char* last) {
 
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault) {
   return {
-      {.name = "--layout",
+      {.name = "--inputs",
        .target = &plan.inputs,
        .unit = "N",
        .check = Between{1, 72},
-       .help = "inputs: " + LayoutInputs()},
+       .help = "pixels around one that the network sees: " + LayoutInputs(),
+       .aliases = "--layout"},
       {.name = "--factor", .target = &plan.factor, .unit = "N", .check = OneOf{"2,4"}, .help = "enlargement: 2 or 4"},
       {.name = "--hidden",
        .target = &plan.hidden,

@@ -22,12 +22,13 @@ struct Settings {
 Options Rows(Settings& settings) {
   return Joined({{PictureRow(settings.picture), OutRow(settings.out, "the smaller one")},
                  SizeRows(settings.size, "smaller", "2"),
-                 {{.name = "--order",
+                 {{.name = "--filter",
                    .target = &settings.order,
                    .unit = "K",
                    .check = Between{-22, 64, true},
-                   .help = std::string("filter of whole factors: ") + kShrinkOrders,
-                   .byDefault = "-1"}},
+                   .help = std::string("of whole factors: ") + kShrinkOrders,
+                   .byDefault = "-1",
+                   .aliases = "--order"}},
                  WriteRows(settings.choice)});
 }
 
@@ -48,7 +49,7 @@ void Run(const Settings& settings) {
     out.Save(ShrinkPicture(AllRows(picture), factor, order));
     return;
   }
-  if (settings.order) throw WrongUsage("--order goes with whole factors: leave it out, or --by 2");
+  if (settings.order) throw WrongUsage("--filter goes with whole factors: leave it out, or --by 2");
   const PictureSize size = SizeOf(shape, settings.size, Direction::smaller);
   shape.width = size.width;
   shape.height = size.height;
@@ -64,7 +65,7 @@ Command ShrinkCommand() {
       {.name = "shrink",
        .purpose = "Make a picture smaller, without aliasing",
        .examples = "norvkit shrink photo.jpg small.jpg --longest 1600\n"
-                   "norvkit shrink original.png small.png --by 2 --order -1",
+                   "norvkit shrink original.png small.png --by 2 --filter 0",
        .notes = "By a whole factor the picture is made smaller as training pictures are, cropped at the right and\n"
                 "below to a multiple of it; to any other size by a stretched Lanczos-3."},
       Rows, Run);

@@ -148,6 +148,8 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
     Fail("%s cannot hold %d x %d pixels", path.c_str(), shape.width, shape.height);
   if (!format) return PictureInFile(path, shape, choice);
   if (choice.dither) throw WrongUsage("--dither is for pictures of 8 bits a sample, not for " + path);
+  if (choice.encoding.quality != 0)
+    throw WrongUsage("--quality does nothing in a file of ours, which keeps every sample: leave it out");
   InFile in{format->name, shape};
   if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
   in.shape.bits = std::min(shape.bits, format->mostBits);

@@ -118,6 +118,9 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   if (choice.bits != 0 && (choice.bits < codec->leastBits || choice.bits > codec->mostBits))
     Fail("%s: %s holds %d bits a sample only", path.c_str(), codec->name,
          choice.bits > codec->mostBits ? codec->mostBits : codec->leastBits);
+  if (choice.encoding.quality != 0 && codec->loss == Loss::never)
+    throw WrongUsage(std::string("--quality does nothing in ") + codec->name +
+                     ", which keeps every sample: leave it out");
   if (choice.encoding.lossless && codec->loss == Loss::always)
     Fail("%s: %s always loses something: leave out --lossless, or write %s", path.c_str(), codec->name,
          LosslessExtensions("or").c_str());

@@ -1,6 +1,7 @@
 #include "kit/scale/restore_presets.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "kit/failure.h"
 
@@ -39,9 +40,9 @@ constexpr RestoreKnob kKnobs[] = {
     {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross, 0, 10000},
     {"--delta", "grey levels above which a difference counts as an edge", &P::delta, 0, 10000},
     {"--shape-cross", "type 6: how much large differences along edges are punished, below 1 less", &P::shapeCross, -10,
-     10},
-    {"--shape-dot", "type 6: how much large differences across edges are punished, below 1 less", &P::shapeDot, -10,
-     10},
+     10, "", 6},
+    {"--shape-dot", "type 6: how much large differences across edges are punished, below 1 less", &P::shapeDot, -10, 10,
+     "", 6},
     {"--steps", "inner steps of every iteration", &P::steps, 0, 10000},
     {"--iterations", "iterations of each pass", &P::iterations, 0, 10000},
     {"--orientation-scale", "smoothing of the edges' directions, in pixels of the picture", &P::orientationScale, 0,
@@ -50,7 +51,7 @@ constexpr RestoreKnob kKnobs[] = {
     {"--representation", "what is restored: 0 every plane, 1 to 3 luminance, 4 every plane, 5 decorrelated colours",
      &P::representation, 0, 5},
     {"--type", "of the regulariser, -1 to 7", &P::type, -1, 7},
-    {"--edge-threshold", "type 3: grey levels from which on a pixel is an edge", &P::edgeThreshold, 0, 10000},
+    {"--edge-threshold", "type 3: grey levels from which on a pixel is an edge", &P::edgeThreshold, 0, 10000, "", 3},
 };
 
 const PresetRow& RowOf(const std::string& name, int32_t factor) {
@@ -88,5 +89,24 @@ RestoreParameters RestorePreset(const std::string& name, int32_t factor) {
 }
 
 std::span<const RestoreKnob> RestoreKnobs() { return kKnobs; }
+
+void MakeSharper(RestoreParameters& parameters) {
+  parameters.lambda /= 2;
+  parameters.lambdaCross /= 2;
+  parameters.emphasis += 0.5f;
+}
+
+void MakeSmoother(RestoreParameters& parameters) {
+  parameters.lambda *= 3;
+  parameters.lambdaCross *= 3;
+  parameters.emphasis /= 2;
+}
+
+int32_t FilterOfBlur(double sigma, int32_t factor) {
+  constexpr double kOfReduction = 0.3;  // the Gaussian that explains cubic reduction best
+  const double whole = factor > 1 ? std::hypot(sigma, kOfReduction) : sigma;
+  const int32_t tenths = std::clamp(static_cast<int32_t>(std::lround(10 * whole)), 1, 15);
+  return tenths <= 10 ? -10 - tenths : -20 - tenths;
+}
 
 }  // namespace norv
