@@ -129,7 +129,8 @@ Metadata Passed(const std::string& from, const std::string& to, const WriteChoic
   for (matrix& plane : large.plane) plane.fill(100);
   large.metadata = ReadPicture(from).metadata;
   WritePicture(to, std::move(large), choice);
-  return *ReadPicture(to).metadata;
+  const auto carried = ReadPicture(to).metadata;
+  return carried ? *carried : Metadata();
 }
 
 std::vector<const Codec*> Carriers() {
@@ -182,5 +183,154 @@ TEST_CASE("stripped pictures carry their profile only") {
     Metadata kept;
     kept.icc = Everything(true).icc;
     CHECK((Passed(folder / "a.png", folder / "b." + codec->extensions[0], choice) == kept));
+  }
+}
+
+TEST_CASE("a block is put right whatever it says, and never grows") {
+  for (const bool bigEndian : {false, true}) {
+    const Bytes whole = CameraBlock(bigEndian);
+    for (size_t length = 0; length < whole.size(); ++length)
+      for (const int change : {0x00, 0x01, 0x80, 0xFF}) {
+        Bytes cut(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)), changed = whole;
+        changed[length] ^= static_cast<uint8_t>(change);
+        for (Bytes* block : {&cut, &changed}) {
+          const size_t size = block->size();
+          PutExifRight(*block, 70000, 12);
+          CHECK(block->size() <= size);
+          const auto structure = TiffStructure::Open(FromMemory(*block));
+          if (structure) CHECK(ExifBlock(ReadExifTree(*structure, structure->First())).size() < 2 * whole.size());
+        }
+      }
+    // 70000 does not fit into the 16 bits that the width had.
+    Bytes right = whole;
+    PutExifRight(right, 70000, 12);
+    CHECK(NumberOf(right, {0x8769, 0xA002}) == 70000);
+    CHECK(right.size() == whole.size() - 6);  // the thumbnail stood at its end
+    AddToExif(right, [](bool big) { return TiffFields{AsciiField(0x0131, "soft"), NumberField(0x0112, 3, 5, big)}; });
+    CHECK(TextOf(FieldOf(right, {0x0131})) == std::string("soft\0", 5));
+    CHECK(NumberOf(right, {0x0112}) == 1);
+    CHECK(FieldOf(right, {0x8769, 0x927C}) == FieldOf(whole, {0x8769, 0x927C}));
+  }
+  // Directories that point at themselves, and more entries than there are bytes.
+  Writer loop{false};
+  loop.Text("II").Put(2, 42).Put(4, 8).Put(2, 3).Entry(0x8769, 4, 1, 8).Entry(0x8825, 4, 1, 8).Entry(0x0112, 3, 1, 6);
+  Bytes block = BytesOf(loop.Put(4, 8).bytes);
+  PutExifRight(block, 1, 1);
+  CHECK(ExifOrientation(block) == 1);
+  block[9] = 0xFF;
+  PutExifRight(block, 1, 1);
+  CHECK(ReadExifTree(*TiffStructure::Open(FromMemory(block)), 8).damaged);
+}
+
+TEST_CASE("what a format cannot hold is left out with a word") {
+  const test::ScratchFolder folder;
+  Metadata much;
+  much.exif = CameraBlock(true);
+  much.exif.resize(70000);
+  much.chromaticities = {0.3, 0.3, 0.7, 0.3, 0.2, 0.7, 0.1, 0.1};
+  much.gamma = 1.0;
+  WriteSource(folder / "a.png", kPng, much);
+  const auto errorsOf = [&](const char* name) {
+    return test::ErrorsOf([&] { Passed(folder / "a.png", folder / name); });
+  };
+  CHECK(errorsOf("b.png") == "");
+  CHECK(errorsOf("b.jpg").find("the gamma, the chromaticities") != std::string::npos);
+  CHECK(errorsOf("c.jpg").find("no place for EXIF of 700") != std::string::npos);
+  CHECK(errorsOf("b.ppm").find("PPM has no place for EXIF, the gamma, the chromaticities") != std::string::npos);
+  const Metadata tiff = Passed(folder / "a.png", folder / "b.tif");
+  CHECK((tiff.chromaticities == much.chromaticities));
+  CHECK((Passed(folder / "b.tif", folder / "d.png").chromaticities == much.chromaticities));
+#ifdef NORV_WEBP
+  // What WebP has no place for goes into EXIF, in a block of its own where there is none.
+  much = {};
+  much.text = {{"Author", "J\xC3\xB6", true}, {"Comment", "c", true}};
+  much.resolution = {300, 150, ResolutionUnit::metre};
+  WriteSource(folder / "a.png", kPng, much);
+  const Metadata elsewhere = Passed(folder / "a.png", folder / "b.webp");
+  CHECK(TextOf(FieldOf(elsewhere.exif, {0x013B})) == std::string("J\xC3\xB6\0", 4));
+  CHECK(TextOf(FieldOf(elsewhere.exif, {0x9C9C})) == std::string("c\0\0\0", 4));
+  CHECK((ResolutionOf(elsewhere) == much.resolution));
+#endif
+  // Of sRGB nothing is lost, and a profile says more than both.
+  much = {};
+  much.gamma = 0.45455;
+  much.intent = 1;
+  WriteSource(folder / "a.png", kPng, much);
+  CHECK(errorsOf("b.jpg") == "");
+  CHECK((Passed(folder / "a.png", folder / "e.png").intent == 1));
+  much.icc = Bytes(200, 'C');
+  WriteSource(folder / "a.png", kPng, much);
+  CHECK(errorsOf("b.jpg").find("does not fit") != std::string::npos);
+  much = {};
+  much.exif = BytesOf("not EXIF");
+  WriteSource(folder / "a.jpg", kJpeg, much);
+  CHECK(test::ErrorsOf([&] { Passed(folder / "a.jpg", folder / "b.jpg"); }).find("EXIF block is damaged") !=
+        std::string::npos);
+}
+
+TEST_CASE("long packets are cut for JPEG and joined for others, in the words of their specification") {
+  const test::ScratchFolder folder;
+  const auto packet = [](const std::string& attributes, const std::string& inside) {
+    return "<rdf:RDF><rdf:Description" + attributes + ">" + inside + "</rdf:Description></rdf:RDF>";
+  };
+  Metadata parts;
+  parts.xmp = BytesOf(packet(" xmpNote:HasExtendedXMP=\"" + std::string(32, 'A') + "\"", "one"));
+  parts.xmpMore = BytesOf(packet("", std::string(150000, '2')));
+  WriteSource(folder / "a.jpg", kJpeg, parts);
+  const Metadata same = Passed(folder / "a.jpg", folder / "b.jpg"), joined = Passed(folder / "a.jpg", folder / "b.png");
+  CHECK(same.xmp == parts.xmp);
+  CHECK(same.xmpMore == parts.xmpMore);
+  const std::string all = TextOf(joined.xmp);
+  CHECK(all.starts_with("<rdf:RDF><rdf:Description >one</rdf:Description><rdf:Description>22"));
+  CHECK(all.ends_with("22</rdf:Description></rdf:RDF>"));
+  CHECK(joined.xmpMore.empty());
+  const Metadata again = Passed(folder / "b.png", folder / "c.jpg");
+  CHECK(TextOf(again.xmpMore) == all);
+  CHECK(TextOf(again.xmp).size() < 500);
+}
+
+TEST_CASE("texts and profiles of older programs' PNG files are read") {
+  Metadata old;
+  const std::string hex = "\nexif\n       14\n457869660000\n4d4d002a00000008\n";
+  old.text = {{"Raw profile type exif", hex, true, true}, {"Raw profile type iptc", "\niptc\n 3\n1c0219", true}};
+  old.text.push_back({"T\xC3\xAFtle", "\xE2\x82\xAC", false, true, "de", "T"});
+  old.resolution = {72, 72, ResolutionUnit::inch};
+  Bytes png(8);
+  const Bytes chunks = PngChunks(old);
+  png.insert(png.end(), chunks.begin(), chunks.end());
+  const Metadata now = *ReadPngMetadata(FromMemory(png));
+  CHECK(now.exif == Bytes{'M', 'M', 0, 42, 0, 0, 0, 8});
+  CHECK(now.iptc == Bytes{0x1C, 2, 0x19});
+  REQUIRE(now.text.size() == 1);
+  CHECK((now.text[0] == old.text[2]));
+  CHECK((now.resolution == old.resolution));
+  CHECK(ContentsOf(now) == "EXIF 8 bytes, IPTC 3 bytes, texts 1, 72 dpi");
+}
+
+TEST_CASE("containers cut or damaged anywhere give what is whole") {
+  Metadata all = Everything(true);
+  all.icc.resize(200);
+  Bytes png(8), jpeg = {0xFF, 0xD8};
+  const Bytes chunks = PngChunks(all);
+  png.insert(png.end(), chunks.begin(), chunks.end());
+  for (const JpegSegment& segment : JpegSegments(all)) {
+    const size_t length = segment.bytes.size() + 2;
+    for (const size_t byte : {size_t{0xFF}, size_t{segment.marker}, length >> 8, length & 0xFF})
+      jpeg.push_back(static_cast<uint8_t>(byte));
+    jpeg.insert(jpeg.end(), segment.bytes.begin(), segment.bytes.end());
+  }
+  for (const auto& [read, file] : {std::pair{&ReadPngMetadata, png}, std::pair{&ReadJpegMetadata, jpeg}}) {
+    CHECK((read(FromMemory(file))->icc == all.icc));
+    CHECK((read(FromMemory(file))->text.size() == 3));
+    int whole = 0;
+    test::ErrorsOf([&, readIt = read, bytes = file] {
+      for (size_t at = 0; at < bytes.size(); ++at) {
+        Bytes changed = bytes;
+        changed[at] ^= 0x41;
+        whole += readIt(FromMemory(changed))->exif == all.exif;
+        readIt(FromMemory({bytes.data(), at}));
+      }
+    });
+    CHECK(whole > 100);
   }
 }

@@ -30,13 +30,20 @@ TiffDirectory Below(const TiffStructure& structure, const TiffDirectory& directo
   return {};
 }
 
-// Puts a number into a field of one whole number; a short field becomes long where it has to.
+// A whole number that stands in the entry itself, where no other field can reach it but by a directory upon a
+// directory.
+bool IsPlainNumber(const TiffEntry& entry) {
+  return (entry.type == kTypeByte || entry.type == kTypeShort || entry.type == kTypeLong) && entry.bytes <= 4;
+}
+
+// Puts a number into such a field; a short one becomes long where it has to.
 void SetNumber(Bytes& exif, TiffForm form, const TiffEntry& entry, uint64_t number) {
   size_t size = BytesOfType(entry.type);
-  if (entry.count != 1 || (entry.type != kTypeByte && entry.type != kTypeShort && entry.type != kTypeLong)) return;
+  if (!IsPlainNumber(entry)) return;
   if (number >> (8 * size) != 0) {
     size = BytesOfType(kTypeLong);
     PutNumber(exif.data() + entry.at + 2, 2, kTypeLong, form.bigEndian);
+    PutNumber(exif.data() + entry.at + 4, 4, 1, form.bigEndian);
   }
   PutNumber(exif.data() + entry.valueAt, size, number, form.bigEndian);
 }
@@ -112,8 +119,13 @@ bool IsExif(std::span<const uint8_t> bytes) {
 }
 
 int32_t ExifOrientation(std::span<const uint8_t> exif) {
-  const double tag = FirstDirectory(exif).Number(kTagOrientation);
-  return tag >= 1 && tag <= 8 ? static_cast<int32_t>(tag) : 0;
+  const FirstDirectory first(exif);
+  for (const TiffEntry& entry : first.directory.entries) {
+    if (entry.tag != kTagOrientation || !IsPlainNumber(entry)) continue;
+    const double tag = first.structure->Number(entry);
+    return tag >= 1 && tag <= 8 ? static_cast<int32_t>(tag) : 0;
+  }
+  return 0;
 }
 
 std::optional<Resolution> ExifResolution(std::span<const uint8_t> exif) {
@@ -139,15 +151,15 @@ TiffFields ResolutionFields(const Resolution& resolution, bool bigEndian) {
 }
 
 void PutExifRight(Bytes& exif, int32_t width, int32_t height) {
-  const FirstDirectory first(exif);
-  if (!first.structure || first.structure->Form().wide) return;
-  const TiffStructure& structure = *first.structure;
-  const TiffDirectory inner = Below(structure, first.directory, kTagExif);
-  const TiffDirectory gps = Below(structure, first.directory, kTagGps), interop = Below(structure, inner, kTagInterop);
-  SetNumbers(exif, structure.Form(), first.directory,
+  const auto structure = TiffStructure::Open(FromMemory(exif));
+  if (!structure || structure->Form().wide) return;
+  const TiffDirectory inner = Below(*structure, structure->Read(structure->First()), kTagExif);
+  SetNumbers(exif, structure->Form(), inner, {{kTagPixelXDimension, width}, {kTagPixelYDimension, height}});
+  const TiffDirectory first = structure->Read(structure->First());
+  SetNumbers(exif, structure->Form(), first,
              {{kTagImageWidth, width}, {kTagImageLength, height}, {kTagOrientation, 1}});
-  SetNumbers(exif, structure.Form(), inner, {{kTagPixelXDimension, width}, {kTagPixelYDimension, height}});
-  DropThumbnail(exif, structure, first.directory, EndOf({&first.directory, &inner, &gps, &interop}));
+  const TiffDirectory gps = Below(*structure, first, kTagGps), interop = Below(*structure, inner, kTagInterop);
+  DropThumbnail(exif, *structure, first, EndOf({&first, &inner, &gps, &interop}));
 }
 
 void AddToExif(Bytes& exif, const std::function<TiffFields(bool bigEndian)>& make) {
@@ -158,17 +170,29 @@ void AddToExif(Bytes& exif, const std::function<TiffFields(bool bigEndian)>& mak
   const FirstDirectory first(exif);
   if (!first.structure || first.structure->Form().wide) return;
   const TiffForm form = first.structure->Form();
+  const std::vector<TiffEntry>& old = first.directory.entries;
   TiffFields fields = make(form.bigEndian);
-  std::erase_if(fields, [&](const TiffField& field) {
-    return std::ranges::find(first.directory.entries, field.tag, &TiffEntry::tag) != first.directory.entries.end();
-  });
+  std::erase_if(
+      fields, [&](const TiffField& field) { return std::ranges::find(old, field.tag, &TiffEntry::tag) != old.end(); });
   if (fields.empty()) return;
-  for (const TiffEntry& entry : first.directory.entries)
-    fields.push_back({entry.tag, entry.type, first.structure->Value(entry)});
+  // A directory at the end of the block: old entries as they are, new ones with their values behind it.
+  constexpr size_t kCount = 2, kEntry = 12;
   exif.resize(exif.size() + exif.size() % 2);
-  const Bytes directory = DirectoryBytes(fields, exif.size(), form);
-  PutNumber(exif.data() + 4, 4, exif.size(), form.bigEndian);
-  exif.insert(exif.end(), directory.begin(), directory.end());
+  const size_t at = exif.size();
+  const Bytes fresh = DirectoryBytes(fields, at + kEntry * old.size(), form);
+  std::vector<std::pair<uint16_t, Bytes>> entries;
+  const auto take = [&](uint16_t tag, auto from) { entries.emplace_back(tag, Bytes(from, from + kEntry)); };
+  for (const TiffEntry& entry : old) take(entry.tag, exif.begin() + entry.at);
+  for (size_t i = 0; i < fields.size(); ++i) {
+    const auto from = fresh.begin() + static_cast<ptrdiff_t>(kCount + kEntry * i);
+    take(static_cast<uint16_t>(NumberAt(&*from, 2, form.bigEndian)), from);
+  }
+  std::ranges::stable_sort(entries, {}, &std::pair<uint16_t, Bytes>::first);
+  exif.resize(at + kCount);
+  PutNumber(&exif[at], kCount, entries.size(), form.bigEndian);
+  for (const auto& [tag, bytes] : entries) exif.insert(exif.end(), bytes.begin(), bytes.end());
+  exif.insert(exif.end(), fresh.begin() + static_cast<ptrdiff_t>(kCount + kEntry * fields.size()), fresh.end());
+  PutNumber(&exif[4], 4, at, form.bigEndian);
 }
 
 ExifTree ReadExifTree(const TiffStructure& structure, int64_t directory) {

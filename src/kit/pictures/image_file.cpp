@@ -8,6 +8,7 @@
 #include "image/bit_image.h"
 #include "image/float_image_file.h"
 #include "kit/failure.h"
+#include "kit/metadata/carry.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
@@ -159,7 +160,9 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
 PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   ImageInFile(path, shape, choice);
   const ImageFormat* format = FormatOf(KindOfName(path));
-  return format ? format->create(path, shape) : CreatePicture(path, shape, choice);
+  if (!format) return CreatePicture(path, shape, choice);
+  CarriedInto(shape, 0, format->name, choice.encoding.strip);  // which says what is lost
+  return format->create(path, shape);
 }
 
 PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
