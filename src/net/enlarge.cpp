@@ -33,15 +33,16 @@ void EnlargeAllChannels(const PlaneEnlarger& enlarger, FloatImage& image, const 
   image.RefreshSize();
 }
 
-// Planes 1 and 2 of a luminance image. A network without outputs has no factor to resample by.
-void ResampleChrominance(FloatImage& image, int32_t factor, const Strip& strip) {
+// Planes 1 and 2 of a luminance image. A network without outputs has no factor to resample by. across: the table that
+// enlarges its rows, where somebody has it already.
+void ResampleChrominance(FloatImage& image, int32_t factor, const Strip& strip, const ResampleTable* across) {
   if (factor < 1 || image.count == 0) return;
   ElementCount(EnlargedLength(image.width, factor), EnlargedLength(strip.rows, factor));
-  const ResampleTable horizontal = EnlargementTable(image.width, factor);
+  const ResampleTable horizontal = across ? ResampleTable() : EnlargementTable(image.width, factor);
   const ResampleTable vertical = EnlargementTablePart(factor, strip.first * factor, strip.rows * factor);
   for (const int32_t p : {1, 2}) {
     matrix enlarged;
-    ResampleSeparable(strip.WindowOf(image.plane[p]), enlarged, horizontal, vertical);
+    ResampleSeparable(strip.WindowOf(image.plane[p]), enlarged, across ? *across : horizontal, vertical);
     image.plane[p].swap(enlarged);
   }
 }
@@ -56,7 +57,8 @@ void FitPlanes(FloatImage& image) {
   }
 }
 
-void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, const Strip& strip, Progress& progress) {
+void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, const Strip& strip, Progress& progress,
+                     const ResampleTable* across) {
   const int32_t format = image.format;
   matrix fourth;
   if (HasFourth(image)) {
@@ -65,7 +67,7 @@ void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, const Str
   }
   image.ConvertTo(kLuminance);
   EnlargePlane(enlarger, image.plane[0], strip, progress);
-  ResampleChrominance(image, enlarger.Factor(), strip);
+  ResampleChrominance(image, enlarger.Factor(), strip, across);
   image.RefreshSize();
   FitPlanes(image);
   image.ConvertTo(format);
@@ -78,8 +80,9 @@ void EnlargeShortcut(const PlaneEnlarger& enlarger, FloatImage& image, const Str
 
 // The strip's window becomes the enlarged strip.
 void EnlargeStrip(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, const Strip& strip,
-                  Progress& progress) {
-  shortcut ? EnlargeShortcut(enlarger, image, strip, progress) : EnlargeAllChannels(enlarger, image, strip, progress);
+                  Progress& progress, const ResampleTable* across = nullptr) {
+  shortcut ? EnlargeShortcut(enlarger, image, strip, progress, across)
+           : EnlargeAllChannels(enlarger, image, strip, progress);
 }
 
 // An image whose planes hold anything: the bands will fill every pixel, each thread its own, and clearing them before
@@ -142,9 +145,10 @@ int32_t RowsOfStrip(int32_t width, int32_t planes, int32_t factor) {
 
 }  // namespace
 
-StripEnlarger::StripEnlarger(const NeuralNet& net, bool shortcut, bool average)
+StripEnlarger::StripEnlarger(const NeuralNet& net, int32_t width, bool shortcut, bool average)
     : enlarger_(std::make_unique<PlaneEnlarger>(net, average)), shortcut_(shortcut) {
   NORV_ASSERT(enlarger_->Supported());
+  if (shortcut) across_ = EnlargementTable(width, enlarger_->Factor());
 }
 
 StripEnlarger::~StripEnlarger() = default;
@@ -157,7 +161,7 @@ Strip StripEnlarger::PlanOf(int32_t height, int32_t first, int32_t rows) {
 
 void StripEnlarger::Enlarge(FloatImage& window, const Strip& strip) const {
   Progress silent(kDoing, 0);
-  EnlargeStrip(*enlarger_, window, shortcut_, strip, silent);
+  EnlargeStrip(*enlarger_, window, shortcut_, strip, silent, &across_);
 }
 
 void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,

@@ -5,6 +5,7 @@
 
 #include "image/image_rows.h"
 #include "net/neural_net.h"
+#include "raster/separable.h"
 
 namespace norv {
 
@@ -30,8 +31,8 @@ void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const Neura
 // The same a strip at a time, for those who share a picture's strips among threads: read-only afterwards.
 class StripEnlarger {
  public:
-  // As NetEnlargeRows().
-  StripEnlarger(const NeuralNet& net, bool shortcut, bool average);
+  // As NetEnlargeRows(), for pictures of this width.
+  StripEnlarger(const NeuralNet& net, int32_t width, bool shortcut, bool average);
   ~StripEnlarger();
 
   int32_t Factor() const;
@@ -43,6 +44,7 @@ class StripEnlarger {
  private:
   std::unique_ptr<const PlaneEnlarger> enlarger_;
   bool shortcut_;
+  ResampleTable across_;  // of the chrominance's rows
 };
 
 // A whole image or one band, in place, on the calling thread.

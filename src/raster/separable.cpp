@@ -203,4 +203,28 @@ void ResampleSeparable(const PlaneWindow& plane, matrix& result, const ResampleT
   }
 }
 
+void ResampleAlongRows(const matrix& plane, matrix& result, const ResampleTable& horizontal) {
+  result.dim(horizontal.Length(), plane.n);
+  if (result.mn == 0) return;
+  const PlaneWindow whole(plane);
+  RowResampler rows(whole, horizontal);
+  for (int64_t r = 0; r < plane.n;) r += rows.Resample(r, result.z[r], result.m);
+}
+
+void ResampleAlongColumns(const PlaneWindow& plane, matrix& result, const ResampleTable& vertical, int32_t first,
+                          int32_t count) {
+  result.dim(plane.rows.m, count);
+  const auto line = [&](int64_t r) { return plane.Row(r); };
+  LineGatherer gatherer;
+  for (int32_t r = 0; r < result.n; ++r)
+    gatherer.Gather(result.z[r], line, ReachOf(vertical, first + r, plane.height), result.m);
+}
+
+AxisPart SourceOf(const ResampleTable& table, int32_t length, AxisPart output) {
+  const int32_t last = table.start[static_cast<size_t>(output.first) + static_cast<size_t>(output.count) - 1];
+  const int32_t first = std::clamp(table.start[static_cast<size_t>(output.first)], 0, length - 1);
+  const int64_t end = std::clamp<int64_t>(int64_t{last} + table.taps, first + 1, length);
+  return {first, static_cast<int32_t>(end) - first};
+}
+
 }  // namespace norv

@@ -40,4 +40,17 @@ ResampleTable EnlargementTablePart(int32_t f, int32_t first, int32_t count);
 void ResampleSeparable(const PlaneWindow& plane, matrix& result, const ResampleTable& horizontal,
                        const ResampleTable& vertical);
 
+// Its two passes by themselves, for planes that pass by: every row along its length, and the output rows first, first +
+// 1, ... of a plane whose window has SourceOf() them. The same bits.
+void ResampleAlongRows(const matrix& plane, matrix& result, const ResampleTable& horizontal);
+void ResampleAlongColumns(const PlaneWindow& plane, matrix& result, const ResampleTable& vertical, int32_t first,
+                          int32_t count);
+
+// Positions of an axis, `count` from `first` on.
+struct AxisPart {
+  int32_t first, count;
+};
+// Those of an axis of `length` pixels that hold all that these output positions are made of. Ascends with them.
+AxisPart SourceOf(const ResampleTable& table, int32_t length, AxisPart output);
+
 }  // namespace norv

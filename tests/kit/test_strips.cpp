@@ -7,6 +7,7 @@
 #include "kit/pictures/strips.h"
 #include "kit/scale/enlarge_picture.h"
 #include "kit/scale/premultiplied.h"
+#include "kit/scale/resize.h"
 #include "net/enlarge.h"
 #include "support/nets.h"
 
@@ -91,4 +92,24 @@ TEST_CASE("strips take their rows in any portions, pass over what they do not ne
       CHECK(std::equal(rows.plane[2].z[r], rows.plane[2].z[r] + 30, picture.plane[2].z[3 * r]));
     CHECK(read == 1000);
   }
+}
+
+TEST_CASE("resampled strips are the whole planes resampled, for every number of threads") {
+  struct Sizes {
+    int32_t width, height, newWidth, newHeight;
+  };
+  for (const Sizes size : {Sizes{1, 1, 3, 2}, {23, 300, 46, 600}, {17, 2000, 9, 77}, {40, 3, 31, 700}})
+    for (const int32_t channels : {1, 3, 4})
+      for (const ResizeFilter filter : {ResizeFilter::cubic, ResizeFilter::lanczos, ResizeFilter::nearest}) {
+        const Picture picture = Sample(size.width, size.height, channels);
+        const bool multiplied = filter != ResizeFilter::nearest;
+        Picture source = picture, whole(size.newWidth, size.newHeight, channels, 16);
+        if (multiplied) Premultiply(source);
+        for (int32_t k = 0; k < channels; ++k)
+          ResampleSeparable(source.plane[k], whole.plane[k], ResizeTable(size.width, size.newWidth, filter),
+                            ResizeTable(size.height, size.newHeight, filter));
+        if (multiplied) Unpremultiply(whole);
+        for (const int32_t threads : kThreads)
+          CheckSame(AllRows(Resized(HeldPicture(picture), {size.newWidth, size.newHeight}, filter, threads)), whole);
+      }
 }

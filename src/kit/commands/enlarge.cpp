@@ -157,6 +157,7 @@ void Run(const Settings& asked) {
   RefuseIdleOptions(asked);
   Settings settings = asked;
   if (settings.how.threads == 0) settings.how.threads = ProcessorCount();
+  settings.choice.encoding.threads = settings.how.threads;
   PictureSource picture = OpenImage(settings.picture);
   const EnlargeWay way = WayOf(settings, picture.shape);
   const std::string name = NameOf(settings, way.size);

@@ -15,9 +15,9 @@ namespace {
 // Few enough that progress is seen to move.
 constexpr int32_t kRowsOfProgress = 64;
 
-// Rows a group when a picture is passed on.
+// Rows a group when a picture is passed on: what one has written is still in the cache when the other reads it.
 int32_t RowsOfGroup(const PictureShape& shape) {
-  constexpr int64_t kGroupBytes = int64_t{16} << 20;
+  constexpr int64_t kGroupBytes = int64_t{1} << 20;
   return static_cast<int32_t>(
       std::clamp<int64_t>(kGroupBytes / (int64_t{4} * shape.width * shape.channels + 1), 1, std::max(shape.height, 1)));
 }

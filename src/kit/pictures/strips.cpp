@@ -64,18 +64,20 @@ class PictureWindow {
   int32_t keptFrom_ = 0, next_ = 0;  // the row of the source that is read next
 };
 
-// Rows of a strip: of moderate size, so that what is done to it happens in the cache and a few for every thread are
-// little memory; the rows that neighbours share are then few beside it.
-int32_t RowsOfStrip(const PictureShape& shape) {
+// Rows of a strip: with what it is made of it is of moderate size, so that what is done to it happens in the cache and
+// a few for every thread are little memory; the rows that neighbours share are still few beside it.
+int32_t RowsOfStrip(const PictureShape& from, const PictureShape& made) {
   constexpr int64_t kStripPixels = int64_t{1} << 18;
-  return static_cast<int32_t>(std::clamp<int64_t>(kStripPixels / std::max(shape.width, 1), 32, 256) / 32 * 32);
+  const int64_t source = int64_t{from.width} * from.height / std::max(made.height, 1);  // for a row of the strip
+  const int64_t rows = kStripPixels / std::max<int64_t>({source, made.width, 1});
+  return static_cast<int32_t>(std::clamp<int64_t>(rows, 32, 256) / 32 * 32);
 }
 
 class StripMaker {
  public:
   StripMaker(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads)
       : shape_(shape),
-        stripRows_(RowsOfStrip(shape)),
+        stripRows_(RowsOfStrip(from.shape, shape)),
         work_(std::make_shared<StripWork>(std::move(work))),
         window_(std::move(from)),
         ahead_(threads) {}

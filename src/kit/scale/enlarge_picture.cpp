@@ -34,7 +34,7 @@ void RequireEnlargement(const NeuralNet& net) {
 PictureSource EnlargedByNet(PictureSource picture, const NeuralNet& net, const NetEnlargement& how) {
   RequireEnlargement(net);
   const PictureShape shape = picture.shape;
-  const auto enlarger = std::make_shared<StripEnlarger>(net, how.shortcut || shape.IsGrey(), how.average);
+  const auto enlarger = std::make_shared<StripEnlarger>(net, shape.width, how.shortcut || shape.IsGrey(), how.average);
   const int32_t factor = enlarger->Factor();
   RequireRoom(shape, factor);
   PictureShape enlarged = shape;

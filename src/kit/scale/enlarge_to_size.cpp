@@ -20,11 +20,12 @@ int32_t WholeFactor(const PictureShape& shape, const PictureSize& size) {
   return PictureSize{shape.width * factor, shape.height * factor} == size ? factor : 0;
 }
 
-// By the code of whole factors, whose bits are older than this file.
-Picture ByWholeFactor(const Picture& picture, ResizeFilter filter, int32_t factor) {
-  if (filter == ResizeFilter::nearest) return RepeatPixels(picture, factor);
-  return InterpolatePicture(picture, factor,
-                            filter == ResizeFilter::cubic ? Interpolation::cubic : Interpolation::lanczos);
+// Whole factors have tables of their own, whose bits are older than those of other sizes.
+PictureSource ByWholeFactor(PictureSource picture, ResizeFilter filter, int32_t factor, int32_t threads) {
+  const Interpolation way = filter == ResizeFilter::cubic ? Interpolation::cubic : Interpolation::lanczos;
+  ResampleTable horizontal = InterpolationTable(way, picture.shape.width, factor);
+  ResampleTable vertical = InterpolationTable(way, picture.shape.height, factor);
+  return Resampled(std::move(picture), std::move(horizontal), std::move(vertical), true, threads);
 }
 
 }  // namespace
@@ -44,7 +45,8 @@ int32_t FactorOfNetwork(const std::string& path) {
 
 PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   const int32_t threads = way.how.threads, factor = WholeFactor(picture.shape, way.size);
-  if (!way.plan && factor > 0) return HeldPicture(ByWholeFactor(AllRows(picture), way.filter, factor));
+  if (!way.plan && factor > 0 && way.filter != ResizeFilter::nearest)
+    return ByWholeFactor(std::move(picture), way.filter, factor, threads);
   if (!way.plan) return Resized(std::move(picture), way.size, way.filter, threads);
   for (const Model& pass : way.plan->passes)
     picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), way.how);

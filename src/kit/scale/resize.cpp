@@ -32,10 +32,12 @@ ResampleTable NearestTable(int32_t from, int32_t to) {
   return table;
 }
 
-ResampleTable PartOf(const ResampleTable& table, RowRange rows) {
-  const auto start = table.start.begin() + rows.first;
-  const auto weights = table.weights.begin() + int64_t{rows.first} * table.taps;
-  return {table.taps, {start, start + rows.rows}, {weights, weights + int64_t{rows.rows} * table.taps}};
+// A picture for rows like these, its planes still empty.
+Picture EmptyLike(const Picture& rows) {
+  Picture picture;
+  picture.channels = rows.channels;
+  picture.bits = rows.bits;
+  return picture;
 }
 
 }  // namespace
@@ -65,28 +67,40 @@ ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter) {
 }
 
 PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilter filter, int32_t threads) {
+  ResampleTable horizontal = ResizeTable(picture.shape.width, size.width, filter);
+  ResampleTable vertical = ResizeTable(picture.shape.height, size.height, filter);
+  return Resampled(std::move(picture), std::move(horizontal), std::move(vertical), filter != ResizeFilter::nearest,
+                   threads);
+}
+
+// Along rows first, in strips of their own, so that no row is worked on twice.
+PictureSource Resampled(PictureSource picture, ResampleTable horizontal, ResampleTable vertical, bool multiplied,
+                        int32_t threads) {
+  const auto across = std::make_shared<const ResampleTable>(std::move(horizontal));
+  const auto down = std::make_shared<const ResampleTable>(std::move(vertical));
   PictureShape shape = picture.shape;
   const int32_t height = shape.height;
-  const auto across = std::make_shared<const ResampleTable>(ResizeTable(shape.width, size.width, filter));
-  const auto down = std::make_shared<const ResampleTable>(ResizeTable(height, size.height, filter));
-  shape.width = size.width;
-  shape.height = size.height;
-  const auto needs = [down](RowRange made) {
-    const int32_t first = down->start[made.first], last = down->start[made.End() - 1];
-    return RowRange{first, last + down->taps - first};
+  const auto alongRows = [across, multiplied](Picture rows) {
+    if (multiplied) Premultiply(rows);
+    Picture made = EmptyLike(rows);
+    for (int32_t k = 0; k < rows.channels; ++k) ResampleAlongRows(rows.plane[k], made.plane[k], *across);
+    return made;
   };
-  const auto make = [across, down, height](Picture held, RowRange which, RowRange made) {
-    const ResampleTable part = PartOf(*down, made);
-    Picture rows;
-    rows.channels = held.channels;
-    rows.bits = held.bits;
-    Premultiply(held);
+  shape.width = across->Length();
+  PictureSource wide = ChangedRows(std::move(picture), shape, alongRows, threads);
+  const auto needs = [down, height](RowRange made) {
+    const AxisPart part = SourceOf(*down, height, {made.first, made.rows});
+    return RowRange{part.first, part.count};
+  };
+  const auto alongColumns = [down, height, multiplied](const Picture& held, RowRange which, RowRange made) {
+    Picture rows = EmptyLike(held);
     for (int32_t k = 0; k < held.channels; ++k)
-      ResampleSeparable({held.plane[k], which.first, height}, rows.plane[k], *across, part);
-    Unpremultiply(rows);
+      ResampleAlongColumns({held.plane[k], which.first, height}, rows.plane[k], *down, made.first, made.rows);
+    if (multiplied) Unpremultiply(rows);
     return rows;
   };
-  return InStrips(std::move(picture), shape, {needs, make}, threads);
+  shape.height = down->Length();
+  return InStrips(std::move(wide), shape, {needs, alongColumns}, threads);
 }
 
 }  // namespace norv

@@ -18,4 +18,8 @@ ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter);
 // multiplied by alpha meanwhile. threads: as in InStrips(), which nothing shows of.
 PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilter filter, int32_t threads);
 
+// The same by any tables of both axes. multiplied: colours by alpha meanwhile.
+PictureSource Resampled(PictureSource picture, ResampleTable horizontal, ResampleTable vertical, bool multiplied,
+                        int32_t threads);
+
 }  // namespace norv

@@ -59,15 +59,6 @@ Picture ShrinkPicture(const Picture& picture, int32_t factor, int32_t shrinkOrde
   });
 }
 
-Picture RepeatPixels(const Picture& picture, int32_t factor) {
-  RequireRoom(picture.Shape(), factor);
-  return PerPlane(picture, [&](const matrix& plane, matrix& large) {
-    large.dim(plane.m * factor, plane.n * factor);
-    for (int32_t r = 0; r < large.n; ++r)
-      for (int32_t x = 0; x < large.m; ++x) large.z[r][x] = plane.z[r / factor][x / factor];
-  });
-}
-
 Picture InterpolatePicture(const Picture& picture, int32_t factor, Interpolation interpolation) {
   RequireRoom(picture.Shape(), factor);
   const ResampleTable horizontal = InterpolationTable(interpolation, picture.Width(), factor);

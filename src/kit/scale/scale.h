@@ -17,9 +17,6 @@ Picture ShrinkPicture(const Picture& picture, int32_t factor, int32_t shrinkOrde
 // is checked where memory is taken.
 void RequireRoom(const PictureShape& shape, int32_t factor);
 
-// Every pixel repeated factor x factor times.
-Picture RepeatPixels(const Picture& picture, int32_t factor);
-
 Picture InterpolatePicture(const Picture& picture, int32_t factor, Interpolation interpolation);
 
 }  // namespace norv
