@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "fuzz.h"
+#include "kit/formats/encoding.h"
 
 using namespace norv;
 using namespace norv::fuzz;
@@ -14,7 +15,8 @@ namespace {
 // Commands whose numbers are work: these have at most two digits. A test card of the usual size is large.
 bool IsLongWork(const std::vector<std::string>& words) {
   const bool works = std::any_of(words.begin(), words.end(), [](const std::string& word) {
-    return word == "restore" || word == "denoise" || word == "train" || word == "new-net" || word == "testcard";
+    return word == "restore" || word == "enlarge" || word == "denoise" || word == "train" || word == "new-net" ||
+           word == "testcard" || HasPictureName(word);
   });
   int digits = 0, longest = 0;
   for (const std::string& word : words)

@@ -148,7 +148,7 @@ TEST_CASE("networks are found by name, one's own among them, and chosen by what 
   const std::string models = test::SourceFolder() + "/models";
   SaveImage(folder / "a.png", AllRows(DrawTestCard(60, 50)), {});
   const test::Outcome list = KitIn(folder, "models");
-  for (const char* row : {"x2-48 ", "x2-8 ", "x4-48  x4      photographs     30.27  30.16  "})
+  for (const char* row : {"x2-48 ", "x2-8 ", "x4-48  x4      photographs  30.27  30.16  "})
     CHECK(Contains(list.output, row));
   CHECK((list.exitCode == 0 && list.errors == ""));
   std::filesystem::create_directory(folder / "mine");

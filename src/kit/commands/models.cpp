@@ -27,8 +27,8 @@ void Run(const Settings&) {
     name = std::max(name, model.name.size());
     madeFor = std::max(madeFor, model.facts.madeFor.size());
   }
-  constexpr char kRow[] = "%-*s  %-6s  %-*s  %8s  %5s  %s\n";
-  Say(kRow, int(name), "name", "factor", int(madeFor), "made for", "averaged", "plain", "path");
+  constexpr char kRow[] = "%-*s  %-6s  %-*s  %5s  %5s  %s\n";
+  Say(kRow, int(name), "name", "factor", int(madeFor), "made for", "dB", "plain", "path");
   for (const Model& model : models)
     Say(kRow, int(name), model.name.c_str(), model.factor == 2 ? "x2" : "x4", int(madeFor), model.facts.madeFor.c_str(),
         InDecibels(model.facts.averaged).c_str(), InDecibels(model.facts.plain).c_str(), model.path.c_str());
@@ -42,7 +42,8 @@ Command ModelsCommand() {
        .purpose = "List the networks that enlarge takes by name",
        .examples = "norvkit models\nNORV_MODELS=my-networks norvkit models",
        .notes =
-           "Averaged and plain are PSNR in dB of the luminance, the mean over six photographs (models/README.md).\n"
+           "dB is the PSNR of the luminance as enlarge takes the network, averaged over eight orientations, and plain\n"
+           "that of --quick: means over six photographs (models/README.md).\n"
            "Networks are looked for in the folders that NORV_MODELS names, in models beside norvkit, and in\n"
            "../share/norv from there."},
       Rows, Run);

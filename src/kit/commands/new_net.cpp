@@ -30,6 +30,8 @@ void Run(const Settings& settings) {
   const bool random = settings.start == "random";
   if (random && plan.hidden.empty()) plan.hidden = {64, 64};
   ChooseKinds(plan, random ? kSlopedRampKind : kIdentityKind);
+  if (!random && plan.seed != NetPlan().seed)
+    throw WrongUsage("--seed does nothing with --start " + settings.start + ": leave one of them out");
   if (const std::string reason = WhyNoNet(plan); !reason.empty()) throw WrongUsage(reason);
   RequireFree(settings.file, settings.overwrite);
   if (random) return SaveNet(RandomNet(plan), settings.file, Folder::asGiven);
@@ -44,8 +46,8 @@ Command NewNetCommand() {
   return MakeCommand<Settings>(
       {.name = "new-net",
        .purpose = "Make a network to start from: random, or an interpolation",
-       .examples = "norvkit new-net test.net --layout 48 --factor 2 --hidden 64,64 --kinds 14,14,12\n"
-                   "norvkit new-net net.net --layout 48 --factor 2 --start lanczos"},
+       .examples = "norvkit new-net test.net --inputs 48 --factor 2 --hidden 64,64 --kinds 14,14,12\n"
+                   "norvkit new-net net.net --inputs 48 --factor 2 --start lanczos"},
       Rows, Run);
 }
 
