@@ -59,6 +59,17 @@ Picture GreyPicture(matrix plane, matrix alpha) {
   return picture;
 }
 
+void LayOnWhite(Picture& picture) {
+  if (!picture.HasAlpha()) return;
+  const float* alpha = picture.Alpha().x;
+  for (int32_t k = 0; k < picture.Colours(); ++k) {
+    float* colour = picture.plane[k].x;
+    for (int32_t i = 0; i < picture.plane[k].mn; ++i)
+      colour[i] = static_cast<float>(double{colour[i]} * alpha[i] / 255 + (255 - double{alpha[i]}));
+  }
+  --picture.channels;
+}
+
 matrix LuminanceOf(const Picture& picture) {
   if (picture.IsGrey()) return picture.plane[0];
   matrix luminance(picture.Width(), picture.Height());

@@ -73,7 +73,10 @@ Destination::Destination(const std::string& path, const PictureShape& shape, con
     : path_(path), choice_(choice) {
   const InFile in = ImageInFile(path, shape, choice);
   RequireFree(path, choice.overwrite, input);
-  if (in.shape.channels < shape.channels) Warn("%s has no place for the alpha plane, which is left out", in.format);
+  if (in.shape.channels < shape.channels)
+    Warn(HasImageName(path) ? "%s has no place for the alpha plane, which is left out"
+                            : "%s has no place for the alpha plane: the picture is laid on white",
+         in.format);
   if (choice.bits == 0 && in.shape.bits < shape.bits && !choice.dither)
     Warn("%s holds %d bits a sample: the picture's %d are rounded", in.format, in.shape.bits, shape.bits);
 }

@@ -7,6 +7,7 @@
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
 #include "kit/metadata/carry.h"
+#include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "platform/console.h"
@@ -142,7 +143,12 @@ PictureSink CreatePicture(const std::string& path, const PictureShape& shape, co
   const Codec& codec = *CodecOfName(path);
   in.shape.metadata = CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip);
   const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice);
-  return {[file](const Picture& rows) { file->Write(rows); }, [file] { return file->Finish(); }};
+  const bool onWhite = shape.HasAlpha() && !in.shape.HasAlpha();
+  const auto write = [file, onWhite](Picture rows) {
+    if (onWhite) LayOnWhite(rows);
+    file->Write(rows);
+  };
+  return {write, [file] { return file->Finish(); }};
 }
 
 int64_t WritePicture(const std::string& path, Picture picture, const WriteChoice& choice) {

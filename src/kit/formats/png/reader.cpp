@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "kit/formats/codec.h"
 #include "kit/formats/png/png_file.h"
 #include "kit/formats/png/session.h"
@@ -5,6 +7,17 @@
 
 namespace norv {
 namespace {
+
+// Whether all colours of a palette are grey, and no profile says what they are as colours.
+bool IsGreyPalette(png_structp png, png_infop info) {
+  png_colorp colours = nullptr;
+  int count = 0;
+  if (!png_get_PLTE(png, info, &colours, &count) || png_get_color_type(png, info) != PNG_COLOR_TYPE_PALETTE)
+    return false;
+  if (png_get_valid(png, info, PNG_INFO_iCCP)) return false;
+  return std::all_of(colours, colours + count,
+                     [](const png_color& c) { return c.red == c.green && c.green == c.blue; });
+}
 
 class PngReader {
  public:
@@ -14,6 +27,7 @@ class PngReader {
     session_.Run([&] {
       png_read_info(png, info);
       png_set_expand(png);  // palettes to RGB, transparency to alpha, fewer than 8 bits to 8
+      if (IsGreyPalette(png, info)) png_set_rgb_to_gray_fixed(png, PNG_ERROR_ACTION_NONE, -1, -1);
       png_set_swap(png);
       png_set_interlace_handling(png);
       png_read_update_info(png, info);

@@ -23,13 +23,6 @@ bool IsInverted(const TiffFile& file) {
   return TIFFGetField(file.tiff, TIFFTAG_DOTRANGE, &none, &full) && none > full;
 }
 
-bool HasAlpha(const TiffFile& file) {
-  uint16_t count = 0;
-  uint16_t* kinds = nullptr;
-  if (!TIFFGetField(file.tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0) return false;
-  return kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA;
-}
-
 }  // namespace
 
 std::optional<DevicePixels> DevicePixelsOf(const TiffFile& file) {
@@ -38,11 +31,7 @@ std::optional<DevicePixels> DevicePixelsOf(const TiffFile& file) {
     if (row.photometric != photometric) continue;
     DevicePixels pixels;
     pixels.kind = row.kind;
-    pixels.bits = file.Tag<uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
-    pixels.channels = file.Tag<uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
-    const bool fourInks = file.Tag<uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) == INKSET_CMYK;
-    if (pixels.channels < pixels.Colours() || !fourInks) return {};
-    pixels.alpha = HasAlpha(file) && pixels.channels > pixels.Colours();
+    if (file.Tag<uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK) return {};
     pixels.inverted = IsInverted(file);
     float* white = nullptr;
     if (TIFFGetField(file.tiff, TIFFTAG_WHITEPOINT, &white) && white) pixels.white = {white[0], white[1]};

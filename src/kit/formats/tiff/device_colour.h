@@ -11,7 +11,8 @@ namespace norv {
 
 struct TiffFile;
 
-// Nothing for a file of other colours, and for other inks than the four.
+// The kind of colours, whether inverted, and their white point. Nothing for a file of other colours, and for other inks
+// than the four.
 std::optional<DevicePixels> DevicePixelsOf(const TiffFile& file);
 
 // The colour profile, empty without one.
