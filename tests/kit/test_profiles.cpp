@@ -241,6 +241,12 @@ std::string InkProfile() {
   cmsPipelineInsertStage(pipeline, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
   for (const cmsTagSignature tag : {cmsSigAToB0Tag, cmsSigAToB1Tag}) cmsWriteTag(profile, tag, pipeline);
   cmsPipelineFree(pipeline);
+  // Floats that say that all is black: such tables are not taken.
+  const double black[12] = {};
+  cmsPipeline* floats = cmsPipelineAlloc(nullptr, 4, 3);
+  cmsPipelineInsertStage(floats, cmsAT_END, cmsStageAllocMatrix(nullptr, 3, 4, black, nullptr));
+  REQUIRE(cmsWriteTag(profile, cmsSigDToB1Tag, floats));
+  cmsPipelineFree(floats);
   cmsUInt32Number size = 0;
   cmsSaveProfileToMem(profile, nullptr, &size);
   std::string bytes(size, 0);

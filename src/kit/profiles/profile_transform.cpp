@@ -35,6 +35,14 @@ cmsPluginMemHandler BoundedMemory() {
   return handler;
 }
 
+// Tables of floats can be made of any number of steps, to keep a reader busy. Profiles that have them have others too,
+// which most programs take.
+void DropFloatTables(cmsHPROFILE profile) {
+  for (const cmsTagSignature tag : {cmsSigDToB0Tag, cmsSigDToB1Tag, cmsSigDToB2Tag, cmsSigDToB3Tag, cmsSigBToD0Tag,
+                                    cmsSigBToD1Tag, cmsSigBToD2Tag, cmsSigBToD3Tag})
+    if (cmsIsTag(profile, tag)) cmsWriteTag(profile, tag, nullptr);
+}
+
 class LittleTransform : public ProfileTransform {
  public:
   LittleTransform(std::span<const uint8_t> profile, bool lab, int32_t bits, const char*& reason)
@@ -47,6 +55,7 @@ class LittleTransform : public ProfileTransform {
     const Profile to(cmsCreate_sRGBProfileTHR(context_));
     reason = "it is damaged";
     if (!from.handle || !to.handle) return;
+    DropFloatTables(from.handle);
     reason = lab ? "it is not of L*a*b*" : "it is not of CMYK";
     if (cmsGetColorSpace(from.handle) != (lab ? cmsSigLabData : cmsSigCmykData)) return;
     const auto [source, target] = Layouts(lab, bits);
