@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cstring>
 #include <doctest/doctest.h>
+#include <utility>
 
 #include "kit/formats/codec.h"
+#include "kit/formats/tiff/tiff_metadata.h"
 #include "kit/metadata/carry.h"
 #include "kit/metadata/containers.h"
 #include "kit/metadata/exif.h"
@@ -220,6 +222,39 @@ TEST_CASE("a block is put right whatever it says, and never grows") {
   block[9] = 0xFF;
   PutExifRight(block, 1, 1);
   CHECK(ReadExifTree(*TiffStructure::Open(FromMemory(block)), 8).damaged);
+}
+
+TEST_CASE("TIFF files of every form hold EXIF's directories, for the library too") {
+  for (const char* mode : {"wml", "wmb", "wm8l", "wm8b"}) {
+    INFO(std::string(mode));
+    const Metadata all = Everything(std::strchr(mode, 'b') != nullptr);
+    Bytes bytes;
+    {
+      TiffFile tiff({}, ToMemory(bytes), mode);
+      for (const uint32_t tag : {TIFFTAG_IMAGEWIDTH, TIFFTAG_IMAGELENGTH, TIFFTAG_SAMPLESPERPIXEL}) tiff.Set(tag, 1);
+      tiff.Set(TIFFTAG_BITSPERSAMPLE, 8);
+      tiff.Set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+      uint8_t sample = 77;
+      TIFFWriteScanline(tiff.tiff, &sample, 0, 0);
+      WriteLastDirectory(tiff, &all);
+      TIFFClose(std::exchange(tiff.tiff, nullptr));
+    }
+    const Samples samples = kTiff.Decode(bytes);
+    CHECK(samples.bytes == Bytes{77});
+    CHECK((samples.metadata->icc == all.icc));
+    for (const uint16_t tag : std::initializer_list<uint16_t>{0x829A, 0x9201, 0x927C})
+      CHECK(FieldOf(samples.metadata->exif, {0x8769, tag}) == FieldOf(all.exif, {0x8769, tag}));
+    TiffFile tiff(FromMemory(bytes), {}, "rm");
+    const char* make = nullptr;
+    uint64_t directory = 0;
+    float time = 0;
+    CHECK(TIFFGetField(tiff.tiff, TIFFTAG_MAKE, &make) == 1);
+    CHECK(std::string(make) == "Maker");
+    CHECK(TIFFGetField(tiff.tiff, TIFFTAG_EXIFIFD, &directory) == 1);
+    CHECK(TIFFReadEXIFDirectory(tiff.tiff, directory) == 1);
+    CHECK(TIFFGetField(tiff.tiff, EXIFTAG_EXPOSURETIME, &time) == 1);
+    CHECK(time == 1 / 250.f);
+  }
 }
 
 TEST_CASE("what a format cannot hold is left out with a word") {

@@ -24,6 +24,18 @@ std::unique_ptr<WebPMux, MuxDelete> Open(const Bytes& webp) {
   return std::unique_ptr<WebPMux, MuxDelete>(WebPMuxCreate(&data, 0));
 }
 
+// The first chunk of this name. The library would refuse the whole container for a flag that is wrong.
+std::span<const uint8_t> ChunkOf(const Bytes& webp, const char* name) {
+  constexpr size_t kFirst = 12, kHead = 8;
+  for (size_t at = kFirst; at + kHead <= webp.size();) {
+    const size_t size = static_cast<size_t>(NumberAt(&webp[at + 4], 4, false));
+    if (size > webp.size() - at - kHead) break;
+    if (std::memcmp(&webp[at], name, 4) == 0) return std::span(webp).subspan(at + kHead, size);
+    at += kHead + size + size % 2;
+  }
+  return {};
+}
+
 // Image resources have no place in the container: like any chunk that readers do not know they are passed over.
 constexpr char kResources[] = "8BIM";
 
@@ -41,11 +53,9 @@ bool IsOfGrey(const Bytes& icc) { return icc.size() > 20 && CharactersOf({&icc[1
 
 std::shared_ptr<const Metadata> ReadWebpMetadata(const Bytes& webp) {
   Metadata metadata;
-  const auto mux = Open(webp);
   const auto take = [&](const char* name) {
-    WebPData data;
-    if (!mux || WebPMuxGetChunk(mux.get(), name, &data) != WEBP_MUX_OK) return Bytes();
-    return Bytes(data.bytes, data.bytes + data.size);
+    const auto chunk = ChunkOf(webp, name);
+    return Bytes(chunk.begin(), chunk.end());
   };
   metadata.icc = take("ICCP");
   metadata.exif = take("EXIF");

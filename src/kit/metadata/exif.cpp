@@ -118,12 +118,13 @@ bool IsExif(std::span<const uint8_t> bytes) {
   return structure && !structure->Form().wide;
 }
 
+int32_t OrientationOf(double number) { return number >= 1 && number <= 8 ? static_cast<int32_t>(number) : 0; }
+
 int32_t ExifOrientation(std::span<const uint8_t> exif) {
   const FirstDirectory first(exif);
   for (const TiffEntry& entry : first.directory.entries) {
     if (entry.tag != kTagOrientation || !IsPlainNumber(entry)) continue;
-    const double tag = first.structure->Number(entry);
-    return tag >= 1 && tag <= 8 ? static_cast<int32_t>(tag) : 0;
+    return OrientationOf(first.structure->Number(entry));
   }
   return 0;
 }

@@ -12,7 +12,9 @@ namespace norv {
 // Whether the bytes begin as a block does. The rest of a block may still be damaged.
 bool IsExif(std::span<const uint8_t> bytes);
 
-// The tag of 1 .. 8 of its first directory; 0 without one.
+// A tag of 1 .. 8 from what a field says; 0 for anything else.
+int32_t OrientationOf(double number);
+// The tag of its first directory; 0 without one.
 int32_t ExifOrientation(std::span<const uint8_t> exif);
 std::optional<Resolution> ExifResolution(std::span<const uint8_t> exif);
 

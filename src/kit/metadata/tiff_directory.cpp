@@ -73,14 +73,13 @@ SharedMetadata ReadTiffMetadata(const ByteSource& tiff, int64_t directory) {
   Metadata metadata;
   const TiffDirectory fields = structure->Read(directory);
   for (const TiffEntry& entry : fields.entries) {
-    if (entry.tag == kTagOrientation) metadata.orientation = static_cast<int32_t>(structure->Number(entry));
+    if (entry.tag == kTagOrientation) metadata.orientation = OrientationOf(structure->Number(entry));
     if (entry.bytes > MostCarriedBytes()) continue;
     if (entry.tag == kTagIcc) metadata.icc = structure->Value(entry);
     if (entry.tag == kTagXmp) metadata.xmp = structure->Value(entry);
     if (entry.tag == kTagIptc) metadata.iptc = structure->Value(entry);
     if (entry.tag == kTagResources) ReadResources(structure->Value(entry), metadata);
   }
-  if (metadata.orientation < 0 || metadata.orientation > 8) metadata.orientation = 0;
   PutInOrder(metadata.iptc);
   ReadChromaticities(*structure, fields, metadata);
   const ExifTree tree = ReadExifTree(*structure, directory);
