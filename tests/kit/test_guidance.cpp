@@ -31,6 +31,7 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"sharpen", "type: norvkit restore PICTURE OUT", "norvkit restore --help"},
         Line{"infos a.png", "type: norvkit info FILE...", "norvkit info --help"},
         Line{"no-such-thing", "nor a picture of that name", "norvkit --help"},
+        Line{". --quick", ". is a folder", "norvkit enlarge --help"},
         Line{"help no-such-thing", "there is no command no-such-thing", "norvkit --help"},
         Line{"--by 3 a.png", "norvkit enlarge PICTURE OUT --by", "norvkit --help"},
         Line{"a.png b.png", "norvkit enlarge a.png b.png", "norvkit enlarge --help"},

@@ -81,6 +81,8 @@ std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
     throw WrongUsage(words[0] + " stands behind a command or a picture: norvkit enlarge PICTURE OUT " + words[0]);
   std::optional<Command> command = FindCommand(words[0]);
   const bool alone = !command && IsPicture(words[0]);
+  if (!command && std::filesystem::is_directory(words[0]))
+    throw WrongUsage(words[0] + " is a folder; one picture at a time: norvkit enlarge PICTURE OUT", "enlarge");
   if (!command && !alone) RefuseCommand(words[0]);
   if (alone) command = PictureCommand();
   if (alone && words.size() > 1 && !words[1].starts_with("-"))
