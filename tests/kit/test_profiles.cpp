@@ -212,6 +212,16 @@ TEST_CASE("L*a*b* in all three encodings is the colour that it names") {
 
 namespace {
 
+// And the profile is gone.
+std::string BytesOf(cmsHPROFILE profile) {
+  cmsUInt32Number size = 0;
+  cmsSaveProfileToMem(profile, nullptr, &size);
+  std::string bytes(size, 0);
+  cmsSaveProfileToMem(profile, bytes.data(), &size);
+  cmsCloseProfile(profile);
+  return bytes;
+}
+
 // L*a*b* that inks (0..1) make in the profile below.
 Colour LabOfInks(const double* inks) {
   const auto [c, m, y, k] = std::array{inks[0], inks[1], inks[2], inks[3]};
@@ -247,22 +257,7 @@ std::string InkProfile() {
   cmsPipelineInsertStage(floats, cmsAT_END, cmsStageAllocMatrix(nullptr, 3, 4, black, nullptr));
   REQUIRE(cmsWriteTag(profile, cmsSigDToB1Tag, floats));
   cmsPipelineFree(floats);
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  std::string bytes(size, 0);
-  cmsSaveProfileToMem(profile, bytes.data(), &size);
-  cmsCloseProfile(profile);
-  return bytes;
-}
-
-std::string RgbProfile() {
-  const cmsHPROFILE profile = cmsCreate_sRGBProfile();
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  std::string bytes(size, 0);
-  cmsSaveProfileToMem(profile, bytes.data(), &size);
-  cmsCloseProfile(profile);
-  return bytes;
+  return BytesOf(profile);
 }
 
 // What is seen of these inks: the darkest that there is becomes black.
@@ -304,6 +299,16 @@ TEST_CASE("inks are seen by their profile: paper white, the darkest black") {
     }
 }
 
+TEST_CASE("L*a*b* with a profile of its own is the same colour") {
+  test::ScratchFolder folder;
+  const Tiff kind = {3, 16, PHOTOMETRIC_CIELAB, {}, false, BytesOf(cmsCreateLab4Profile(nullptr))};
+  WriteTiff(folder / "lab.tif", kind, {39322, uint16_t(-40 * 256), 30 * 256, 32768, 20 * 256, uint16_t(-30 * 256)});
+  const Seen seen = See(folder, "lab.tif");
+  CHECK(Contains(seen.errors, "L*a*b* is converted to sRGB by its profile"));
+  CHECK(Difference(seen.picture, 0, RgbOf(XyzOf({60, -40, 30}))) < 0.3);
+  CHECK(Difference(seen.picture, 1, RgbOf(XyzOf({50, 20, -30}))) < 0.3);
+}
+
 TEST_CASE("a profile that does not fit is left out with a warning") {
   test::ScratchFolder folder;
   const std::string good = InkProfile();
@@ -316,8 +321,8 @@ TEST_CASE("a profile that does not fit is left out with a warning") {
   std::string broken = good;
   broken.replace(128, 4, "\x7F\xFF\xFF\xFF");
   const Pixels pixels = {0x4040, 0x8080, 0xC0C0, 0x2020};
-  for (const std::string& bad :
-       {RgbProfile(), good.substr(0, 100), good.substr(0, 200), huge, broken, std::string(5000, 'x')}) {
+  for (const std::string& bad : {BytesOf(cmsCreate_sRGBProfile()), good.substr(0, 100), good.substr(0, 200), huge,
+                                 broken, std::string(5000, 'x')}) {
     WriteTiff(folder / "inks.tif", {4, 8, PHOTOMETRIC_SEPARATED, {}, false, bad}, pixels);
     const Seen seen = See(folder, "inks.tif");
     CAPTURE(seen.errors);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "kit/pictures/picture.h"
 
@@ -12,19 +11,16 @@ namespace {
 // How far from 255 a plane of 255 may be after scaling: networks leave the most.
 constexpr float kOpaqueWithin = 0.25f;
 
-void PremultiplyRows(Picture& picture, int32_t at, int32_t count) {
-  const int64_t first = int64_t{picture.Width()} * at, end = first + int64_t{picture.Width()} * count;
-  const float* alpha = picture.Alpha().x;
-  for (int32_t k = 0; k < picture.Colours(); ++k) {
-    float* colour = picture.plane[k].x;
-    for (int64_t i = first; i < end; ++i) colour[i] = static_cast<float>(double{colour[i]} * alpha[i] / 255);
-  }
-}
-
 }  // namespace
 
 void Premultiply(Picture& picture) {
-  if (picture.HasAlpha()) PremultiplyRows(picture, 0, picture.Height());
+  if (!picture.HasAlpha()) return;
+  const float* alpha = picture.Alpha().x;
+  for (int32_t k = 0; k < picture.Colours(); ++k) {
+    float* colour = picture.plane[k].x;
+    for (int32_t i = 0; i < picture.plane[k].mn; ++i)
+      colour[i] = static_cast<float>(double{colour[i]} * alpha[i] / 255);
+  }
 }
 
 void Unpremultiply(Picture& picture) {
@@ -32,7 +28,9 @@ void Unpremultiply(Picture& picture) {
   const float clear = picture.bits == 8 ? 0.5f : 0.5f / 257;
   float* alpha = picture.Alpha().x;
   for (int64_t i = 0; i < picture.Alpha().mn; ++i) {
-    if (std::abs(alpha[i] - 255) > kOpaqueWithin) {
+    if (std::abs(alpha[i] - 255) <= kOpaqueWithin) {
+      alpha[i] = 255;
+    } else {
       const double share = alpha[i] < clear ? 0 : 255.0 / alpha[i];
       for (int32_t k = 0; k < picture.Colours(); ++k) {
         float& colour = picture.plane[k].x[i];
@@ -41,22 +39,6 @@ void Unpremultiply(Picture& picture) {
     }
     alpha[i] = std::clamp(alpha[i], 0.0f, 255.0f);
   }
-}
-
-PictureSource Premultiplied(const PictureSource& source) {
-  if (!source.shape.HasAlpha()) return source;
-  return {source.shape, [read = source.read](Picture& rows, int32_t at, int32_t count) {
-            read(rows, at, count);
-            PremultiplyRows(rows, at, count);
-          }};
-}
-
-PictureSink Unpremultiplied(const PictureSink& sink) {
-  const auto write = [write = sink.write](Picture rows) {
-    Unpremultiply(rows);
-    write(std::move(rows));
-  };
-  return {write, sink.finish};
 }
 
 }  // namespace norv
