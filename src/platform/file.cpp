@@ -53,6 +53,7 @@ void FileIn::Read(void* bytes, size_t size) {
   s.position += static_cast<int64_t>(size);
   while (size > 0) {
     if (s.begin == s.end && size >= kBufferSize) {
+      s.begin = s.end = 0;
       const int64_t got = s.ended ? 0 : s.file.Read(target, size);
       if (got <= 0) break;
       target += got;
@@ -84,7 +85,9 @@ void FileIn::Skip(int64_t bytes) {
   const int64_t buffered = std::min<int64_t>(bytes, static_cast<int64_t>(s.end - s.begin));
   s.begin += static_cast<size_t>(buffered);
   s.position += bytes;
-  if (bytes <= buffered || s.file.Skip(bytes - buffered)) return;
+  if (bytes <= buffered) return;
+  s.begin = s.end = 0;
+  if (s.file.Skip(bytes - buffered)) return;
   s.ended = true;
   s.complete = false;
 }
@@ -92,8 +95,12 @@ void FileIn::Skip(int64_t bytes) {
 void FileIn::Seek(int64_t position) {
   State& s = *state_;
   if (position == s.position) return;
-  s.begin = s.end = 0;
+  const int64_t start = s.position - static_cast<int64_t>(s.begin);  // of what is buffered
+  const bool buffered = !s.ended && position >= start && position < start + static_cast<int64_t>(s.end);
   s.position = position;
+  s.begin = buffered ? static_cast<size_t>(position - start) : 0;
+  if (buffered) return;
+  s.end = 0;
   s.ended = !s.file.Seek(position);
 }
 

@@ -68,7 +68,8 @@ TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {
        "compare a.png a.png", "shrink a.png out.png --order -7", "shrink a.png out.png --factor 9", "info text.png"},
       {"", "no-such-command", "shrink a.png", "export a.png out.png --bits 12", "new-net out.net --layout 50",
        "new-net out.net --hidden 4,x", "testcard out.png --size 100", "shrink a.png out.png --factor 1",
-       "compare a.png a.png --border -1", "new-net out.net --start cubic --seed 7", "export a.png out.png --quality 50",
+       "compare a.png a.png --border -1", "testcard out.jpg --compression 4", "testcard out.fdib --compression 4",
+       "new-net out.net --start cubic --seed 7", "export a.png out.png --quality 50",
        "shrink a.png out.fdib --quality 50"}};
   for (const int code : {1, 2})
     for (const char* line : lines[code - 1]) {

@@ -97,6 +97,29 @@ TEST_CASE("reading and writing move to places in the file, beyond 4 GiB too") {
   CHECK_FALSE(in.Complete());
 }
 
+TEST_CASE("what is read at any places, in any lengths, is what stands there") {
+  const ScratchFolder folder;
+  std::string bytes(3000000, 0);
+  uint32_t noise = 1;
+  const auto next = [&noise] { return (noise = noise * 1664525 + 1013904223) >> 8; };
+  for (char& byte : bytes) byte = static_cast<char>(next());
+  WriteBytes(folder / "data", bytes);
+  FileIn in(folder / "data");
+  std::string part(2000000, 0);
+  for (int i = 0; i < 300; ++i) {
+    const size_t length = i % 10 == 0 ? next() % part.size() : next() % 5000, at = next() % (bytes.size() - length);
+    if (i % 3 == 0)
+      in.Seek(static_cast<int64_t>(at));
+    else if (i % 3 == 1)
+      in.Seek(0), in.Skip(static_cast<int64_t>(at));
+    else
+      in.Seek(static_cast<int64_t>(at + 40)), in.Seek(static_cast<int64_t>(at));
+    in.Array(part.data(), length);
+    REQUIRE(part.compare(0, length, bytes, at, length) == 0);
+  }
+  CHECK(in.Complete());
+}
+
 TEST_CASE("a file that is not committed, or cannot be, leaves the old one and nothing else") {
   const ScratchFolder folder;
   WriteBytes(folder / "data", "old");

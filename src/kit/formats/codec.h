@@ -21,6 +21,7 @@ struct Codec {
   bool alpha = false;                   // whether it can hold that
   Loss loss = Loss::never;              // of what is written
   int32_t mostSide = INT32_MAX;         // pixels
+  bool compression = false;             // whether EncodingChoice::compression counts
   uint32_t carries = 0;                 // the kinds of metadata that it has a place for (metadata/carry.h)
   bool (*recognise)(std::span<const uint8_t> start);
   // Both throw a Failure: for a damaged or unknown file, for a page that is not there, for a picture that the format

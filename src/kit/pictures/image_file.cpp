@@ -151,6 +151,8 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
   if (choice.dither) throw WrongUsage("--dither is for pictures of 8 bits a sample, not for " + path);
   if (choice.encoding.quality != 0)
     throw WrongUsage("--quality does nothing in a file of ours, which keeps every sample: leave it out");
+  if (choice.encoding.compression >= 0)
+    throw WrongUsage("--compression is for PNG and does nothing in a file of ours: leave it out");
   InFile in{format->name, shape};
   if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
   in.shape.bits = std::min(shape.bits, format->mostBits);

@@ -122,6 +122,8 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   if (choice.encoding.quality != 0 && codec->loss == Loss::never)
     throw WrongUsage(std::string("--quality does nothing in ") + codec->name +
                      ", which keeps every sample: leave it out");
+  if (choice.encoding.compression >= 0 && !codec->compression)
+    throw WrongUsage("--compression is for PNG and does nothing in a " + std::string(codec->name) + ": leave it out");
   if (choice.encoding.lossless && codec->loss == Loss::always)
     Fail("%s: %s always loses something: leave out --lossless, or write %s", path.c_str(), codec->name,
          LosslessExtensions("or").c_str());

@@ -16,6 +16,7 @@ const Codec kPng = {.name = "PNG",
                     .extensions = {"png"},
                     .mostBits = 16,
                     .alpha = true,
+                    .compression = true,
                     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesText |
                                kCarriesResolution | kCarriesGamma | kCarriesChromaticities,
                     .recognise = IsPng,
