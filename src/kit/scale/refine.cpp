@@ -1,0 +1,162 @@
+#include "kit/scale/refine.h"
+
+#include <algorithm>
+#include <deque>
+#include <utility>
+#include <vector>
+
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/picture.h"
+#include "platform/progress.h"
+#include "platform/team.h"
+#include "raster/bands.h"
+#include "restore/memory_need.h"
+#include "restore/restore_image.h"
+#include "restore/restore_plane.h"
+
+namespace norv {
+
+class PassedLuminance {
+ public:
+  void Take(const Picture& rows, int32_t at, int32_t count) {
+    matrix luminance = LuminanceOf(rows);
+    for (int32_t r = at; r < at + count; ++r) rows_.emplace_back(luminance.z[r], luminance.z[r] + luminance.m);
+  }
+  // Rows first, first + 1, ... as a plane.
+  matrix Rows(int32_t first, int32_t count) const {
+    matrix plane(static_cast<int32_t>(rows_.front().size()), count);
+    for (int32_t r = 0; r < count; ++r) std::copy_n(rows_[first - first_ + r].data(), plane.m, plane.z[r]);
+    return plane;
+  }
+  void ForgetBefore(int32_t row) {
+    for (; first_ < row; ++first_) rows_.pop_front();
+  }
+
+ private:
+  std::deque<std::vector<float>> rows_;
+  int32_t first_ = 0;  // row of the picture that rows_ begins with
+};
+
+namespace {
+
+// Rows first, first + 1, ... of a picture into rows at, at + 1, ... of another.
+void CopyRowsInto(const Picture& from, int32_t first, Picture& to, int32_t at, int32_t count) {
+  const int64_t width = from.Width();
+  for (int32_t k = 0; k < to.channels; ++k)
+    std::copy_n(from.plane[k].x + width * first, width * count, to.plane[k].x + width * at);
+}
+
+class Refiner {
+ public:
+  Refiner(PictureSource large, std::shared_ptr<PassedLuminance> passed, const RestoreParameters& parameters,
+          int32_t threads)
+      : large_(std::move(large)),
+        passed_(std::move(passed)),
+        parameters_(parameters),
+        threads_(std::max(threads, 1)),
+        height_(large_.shape.height / parameters.factor),
+        progress_("Refining", PlaneWork(parameters) * ((height_ + kRefinedRows - 1) / kRefinedRows)) {
+    const int32_t rows = std::min(height_, kRefinedRows + 2 * kRefineMargin), width = large_.shape.width / Factor();
+    CheckRestoration(parameters_, width, rows, kDefaultFormat);
+    DemandMemory(threads_ * RestorationMemory(parameters_, width, rows, kLuminance));
+  }
+
+  void Read(Picture& rows, int32_t at, int32_t count) {
+    while (count > 0) {
+      if (given_ == ready_) RefineNext();
+      const int32_t n = std::min(count, ready_ - given_);
+      CopyRowsInto(held_, given_ - heldFirst_, rows, at, n);
+      given_ += n;
+      at += n;
+      count -= n;
+    }
+  }
+
+ private:
+  int32_t Factor() const { return parameters_.factor; }
+
+  // Lets go of rows that nobody asks for any more, and reads up to the end of the next strips' windows.
+  void MoveWindow(const Strip& all) {
+    const int32_t first = all.windowFirst * Factor(), end = (all.windowFirst + all.windowRows) * Factor();
+    const PictureShape& shape = large_.shape;
+    Picture window(shape.width, end - first, shape.channels, shape.bits);
+    const int32_t known = heldEnd_ - first;
+    if (known > 0) CopyRowsInto(held_, first - heldFirst_, window, 0, known);
+    large_.read(window, known, end - heldEnd_);
+    held_ = std::move(window);
+    heldFirst_ = first;
+    heldEnd_ = end;
+    // What was refined already stands in the window as its margin; strips start from what came in.
+    matrix luminance = LuminanceOf(held_);
+    for (int32_t r = 0; r < kept_.n; ++r) std::copy_n(kept_.z[r], luminance.m, luminance.z[r]);
+    start_.swap(luminance);
+  }
+
+  void RefineNext() {
+    const int32_t first = ready_ / Factor();
+    const Strip all = PlanStrip(height_, first, threads_ * kRefinedRows, kRefineMargin);
+    MoveWindow(all);
+    passed_->ForgetBefore(all.windowFirst);
+    matrix change(held_.Width(), all.rows * Factor());
+    const int32_t strips = (all.rows + kRefinedRows - 1) / kRefinedRows;
+    ParallelFor(threads_, strips, [&](int64_t i) {
+      RefineStrip(PlanStrip(height_, first + static_cast<int32_t>(i) * kRefinedRows, kRefinedRows, kRefineMargin), all,
+                  change);
+    });
+    KeepMargin(all);
+    for (int32_t k = 0; k < (held_.IsGrey() ? 1 : 3); ++k) {
+      float* plane = held_.plane[k].z[(all.first - all.windowFirst) * Factor()];
+      for (int64_t i = 0; i < change.mn; ++i) plane[i] += change.x[i];
+    }
+    ready_ = (all.first + all.rows) * Factor();
+  }
+
+  void RefineStrip(const Strip& strip, const Strip& all, matrix& change) {
+    const int32_t f = Factor();
+    matrix working(start_.m, strip.windowRows * f);
+    std::copy_n(start_.z[(strip.windowFirst - all.windowFirst) * f], working.mn, working.x);
+    restore(working, BitMask(), passed_->Rows(strip.windowFirst, strip.windowRows), parameters_, &progress_);
+    const float* refined = working.z[(strip.first - strip.windowFirst) * f];
+    const float* before = start_.z[(strip.first - all.windowFirst) * f];
+    float* target = change.z[(strip.first - all.first) * f];
+    for (int64_t i = 0; i < int64_t{strip.rows} * f * start_.m; ++i) target[i] = refined[i] - before[i];
+  }
+
+  // The luminance as it came in of the rows that the next window begins with.
+  void KeepMargin(const Strip& all) {
+    const int32_t end = all.first + all.rows, first = std::max(0, end - kRefineMargin);
+    matrix kept(start_.m, (end - first) * Factor());
+    std::copy_n(start_.z[(first - all.windowFirst) * Factor()], kept.mn, kept.x);
+    kept_.swap(kept);
+  }
+
+  PictureSource large_;
+  std::shared_ptr<PassedLuminance> passed_;
+  const RestoreParameters parameters_;
+  const int32_t threads_, height_;
+  Progress progress_;
+  Picture held_;                         // the rows of the window, refined as far as ready_
+  matrix start_, kept_;                  // the window's luminance as it came in; the part that the next one needs
+  int32_t heldFirst_ = 0, heldEnd_ = 0;  // rows of the large picture that the window holds
+  int32_t ready_ = 0, given_ = 0;        // rows that are refined, and that were handed out
+};
+
+}  // namespace
+
+PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLuminance>& passed) {
+  passed = std::make_shared<PassedLuminance>();
+  const PictureShape shape = small.shape;
+  return {shape, [small = std::move(small), passed](Picture& rows, int32_t at, int32_t count) {
+            small.read(rows, at, count);
+            passed->Take(rows, at, count);
+          }};
+}
+
+PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> passed,
+                          const RestoreParameters& parameters, int32_t threads) {
+  const PictureShape shape = large.shape;
+  const auto refiner = std::make_shared<Refiner>(std::move(large), std::move(passed), parameters, threads);
+  return {shape, [refiner](Picture& rows, int32_t at, int32_t count) { refiner->Read(rows, at, count); }};
+}
+
+}  // namespace norv

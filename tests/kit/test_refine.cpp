@@ -1,0 +1,75 @@
+// The refinement of an enlargement in strips.
+#include <cmath>
+#include <doctest/doctest.h>
+
+#include "kit/pictures/conversions.h"
+#include "kit/pictures/picture.h"
+#include "kit/pictures/quality.h"
+#include "kit/pictures/test_card.h"
+#include "kit/scale/interpolation.h"
+#include "kit/scale/refine.h"
+#include "kit/scale/restore_presets.h"
+#include "kit/scale/scale.h"
+#include "restore/restore_plane.h"
+
+using namespace norv;
+
+namespace {
+
+Picture Refined(const Picture& small, const Picture& large, const RestoreParameters& parameters, int32_t threads,
+                int32_t rowsAtOnce) {
+  std::shared_ptr<PassedLuminance> passed;
+  const PictureSource source = KeepingLuminance(HeldPicture(small), passed);
+  // The enlargement's rows come as those of the small picture pass by.
+  const PictureSource enlarging = {large.Shape(), [&, next = 0](Picture& rows, int32_t at, int32_t count) mutable {
+                                     const int32_t f = parameters.factor;
+                                     Picture from(small.Width(), (next + count) / f - next / f, small.channels);
+                                     source.read(from, 0, from.Height());
+                                     for (int32_t k = 0; k < rows.channels; ++k)
+                                       for (int32_t r = 0; r < count; ++r)
+                                         std::copy_n(large.plane[k].z[next + r], large.Width(),
+                                                     rows.plane[k].z[at + r]);
+                                     next += count;
+                                   }};
+  const PictureSource refined = RefinedRows(enlarging, passed, parameters, threads);
+  Picture result(large.Width(), large.Height(), large.channels);
+  for (int32_t first = 0, count; first < large.Height(); first += count) {
+    count = std::min(rowsAtOnce, large.Height() - first);
+    refined.read(result, first, count);
+  }
+  return result;
+}
+
+double Largest(const matrix& a, const matrix& b) {
+  double largest = 0;
+  for (int32_t i = 0; i < a.mn; ++i) largest = std::max(largest, std::abs(double{a.x[i]} - b.x[i]));
+  return largest;
+}
+
+}  // namespace
+
+TEST_CASE("refined strips are the whole picture's, for any number of threads and rows at a time") {
+  RestoreParameters parameters = RestorePreset("clean", 2);
+  parameters.emphasis = 0;
+  parameters.iterations = 1;
+  for (const int32_t height : {1, 100, kRefinedRows, 2 * kRefinedRows + 7, 3 * kRefinedRows + 30}) {
+    CAPTURE(height);
+    const Picture original = AllRows(DrawTestCard(64, 2 * height));
+    const Picture small = ShrinkPicture(original, 2, -1);
+    const Picture large = InterpolatePicture(small, 2, Interpolation::lanczos);
+    const Picture refined = Refined(small, large, parameters, 1, 50);
+    for (const int32_t threads : {2, 3, 16})
+      for (int32_t k = 0; k < 3; ++k)
+        CHECK(Largest(Refined(small, large, parameters, threads, 333).plane[k], refined.plane[k]) == 0);
+    matrix whole = LuminanceOf(large);
+    restore(whole, BitMask(), LuminanceOf(small), parameters, nullptr);
+    // Steps lead a strip where its own pixels want to go, so that strips end a little beside the whole.
+    CHECK(Psnr(LuminanceOf(refined), whole) > (height <= kRefinedRows ? 100 : 55));
+    if (height >= 100)
+      CHECK(Psnr(LuminanceOf(refined), LuminanceOf(original)) > Psnr(LuminanceOf(large), LuminanceOf(original)) + 0.5);
+    // Colours keep their distance from the luminance.
+    for (int32_t i = 0; i < whole.mn; i += 97)
+      CHECK(refined.plane[0].x[i] - refined.plane[2].x[i] ==
+            doctest::Approx(large.plane[0].x[i] - large.plane[2].x[i]).epsilon(1e-3));
+  }
+}
