@@ -7,6 +7,7 @@
 
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
+#include "kit/pictures/premultiplied.h"
 #include "platform/progress.h"
 #include "platform/team.h"
 #include "raster/bands.h"
@@ -18,9 +19,10 @@ namespace norv {
 
 class PassedLuminance {
  public:
-  void Take(const Picture& rows, int32_t at, int32_t count) {
-    matrix luminance = LuminanceOf(rows);
-    for (int32_t r = at; r < at + count; ++r) rows_.emplace_back(luminance.z[r], luminance.z[r] + luminance.m);
+  void Take(Picture rows) {
+    Premultiply(rows);
+    const matrix luminance = LuminanceOf(rows);
+    for (int32_t r = 0; r < luminance.n; ++r) rows_.emplace_back(luminance.z[r], luminance.z[r] + luminance.m);
   }
   // Rows first, first + 1, ... as a plane.
   matrix Rows(int32_t first, int32_t count) const {
@@ -46,6 +48,12 @@ void CopyRowsInto(const Picture& from, int32_t first, Picture& to, int32_t at, i
     std::copy_n(from.plane[k].x + width * first, width * count, to.plane[k].x + width * at);
 }
 
+Picture RowsOf(const Picture& from, int32_t first, int32_t count) {
+  Picture rows(from.Width(), count, from.channels, from.bits);
+  CopyRowsInto(from, first, rows, 0, count);
+  return rows;
+}
+
 class Refiner {
  public:
   Refiner(PictureSource large, std::shared_ptr<PassedLuminance> passed, const RestoreParameters& parameters,
@@ -55,8 +63,10 @@ class Refiner {
         parameters_(parameters),
         threads_(std::max(threads, 1)),
         height_(large_.shape.height / parameters.factor),
-        progress_("Refining", PlaneWork(parameters) * ((height_ + kRefinedRows - 1) / kRefinedRows)) {
-    const int32_t rows = std::min(height_, kRefinedRows + 2 * kRefineMargin), width = large_.shape.width / Factor();
+        stripRows_(std::max(kRefinedRows / parameters.factor, 1)),
+        margin_(std::max(kRefineMargin / parameters.factor, 1)),
+        progress_("Refining", PlaneWork(parameters) * ((height_ + stripRows_ - 1) / stripRows_)) {
+    const int32_t rows = std::min(height_, stripRows_ + 2 * margin_), width = large_.shape.width / Factor();
     CheckRestoration(parameters_, width, rows, kDefaultFormat);
     DemandMemory(threads_ * RestorationMemory(parameters_, width, rows, kLuminance));
   }
@@ -65,7 +75,9 @@ class Refiner {
     while (count > 0) {
       if (given_ == ready_) RefineNext();
       const int32_t n = std::min(count, ready_ - given_);
-      CopyRowsInto(held_, given_ - heldFirst_, rows, at, n);
+      Picture part = RowsOf(held_, given_ - heldFirst_, n);
+      Unpremultiply(part);
+      CopyRowsInto(part, 0, rows, at, n);
       given_ += n;
       at += n;
       count -= n;
@@ -82,7 +94,10 @@ class Refiner {
     Picture window(shape.width, end - first, shape.channels, shape.bits);
     const int32_t known = heldEnd_ - first;
     if (known > 0) CopyRowsInto(held_, first - heldFirst_, window, 0, known);
-    large_.read(window, known, end - heldEnd_);
+    Picture fresh(shape.width, end - heldEnd_, shape.channels, shape.bits);
+    large_.read(fresh, 0, fresh.Height());
+    Premultiply(fresh);
+    CopyRowsInto(fresh, 0, window, known, fresh.Height());
     held_ = std::move(window);
     heldFirst_ = first;
     heldEnd_ = end;
@@ -94,14 +109,13 @@ class Refiner {
 
   void RefineNext() {
     const int32_t first = ready_ / Factor();
-    const Strip all = PlanStrip(height_, first, threads_ * kRefinedRows, kRefineMargin);
+    const Strip all = PlanStrip(height_, first, threads_ * stripRows_, margin_);
     MoveWindow(all);
     passed_->ForgetBefore(all.windowFirst);
     matrix change(held_.Width(), all.rows * Factor());
-    const int32_t strips = (all.rows + kRefinedRows - 1) / kRefinedRows;
+    const int32_t strips = (all.rows + stripRows_ - 1) / stripRows_;
     ParallelFor(threads_, strips, [&](int64_t i) {
-      RefineStrip(PlanStrip(height_, first + static_cast<int32_t>(i) * kRefinedRows, kRefinedRows, kRefineMargin), all,
-                  change);
+      RefineStrip(PlanStrip(height_, first + static_cast<int32_t>(i) * stripRows_, stripRows_, margin_), all, change);
     });
     KeepMargin(all);
     for (int32_t k = 0; k < (held_.IsGrey() ? 1 : 3); ++k) {
@@ -124,7 +138,7 @@ class Refiner {
 
   // The luminance as it came in of the rows that the next window begins with.
   void KeepMargin(const Strip& all) {
-    const int32_t end = all.first + all.rows, first = std::max(0, end - kRefineMargin);
+    const int32_t end = all.first + all.rows, first = std::max(0, end - margin_);
     matrix kept(start_.m, (end - first) * Factor());
     std::copy_n(start_.z[(first - all.windowFirst) * Factor()], kept.mn, kept.x);
     kept_.swap(kept);
@@ -133,7 +147,8 @@ class Refiner {
   PictureSource large_;
   std::shared_ptr<PassedLuminance> passed_;
   const RestoreParameters parameters_;
-  const int32_t threads_, height_;
+  const int32_t threads_, height_;    // of the small picture
+  const int32_t stripRows_, margin_;  // likewise
   Progress progress_;
   Picture held_;                         // the rows of the window, refined as far as ready_
   matrix start_, kept_;                  // the window's luminance as it came in; the part that the next one needs
@@ -148,7 +163,7 @@ PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLumina
   const PictureShape shape = small.shape;
   return {shape, [small = std::move(small), passed](Picture& rows, int32_t at, int32_t count) {
             small.read(rows, at, count);
-            passed->Take(rows, at, count);
+            passed->Take(RowsOf(rows, at, count));
           }};
 }
 
