@@ -41,10 +41,12 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"enlarge a.png b.png c.png", "c.png is one word too many", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --by", "--by needs a value: --by X", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --quick=2", "--quick takes no value", "norvkit enlarge --help"},
-        Line{"enlarge a.png b.png --method bicubic", "nearest, cubic, lanczos or net, not bicubic", "enlarge --help"},
+        Line{"enlarge a.png b.png --method bicubic", "nearest, cubic, lanczos, net or both, not bicubic",
+             "enlarge --help"},
         Line{"enlarge a.png b.png --average --quick", "exclude each other", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --method lanczos --quick", "does nothing with --method lanczos", "enlarge --help"},
         Line{"enlarge a.png b.png --method cubic --net n.net", "does nothing with --method cubic", "enlarge --help"},
+        Line{"enlarge a.png b.png --method net --preset drawn", "does nothing with --method net", "enlarge --help"},
         Line{"enlarge a.png b.png --by 2 --width 90", "--by and --width", "enlarge --help"},
         Line{"shrink a.png b.png --by 2.5 --order -1", "--filter goes with whole factors", "norvkit shrink --help"}}) {
     const test::Outcome outcome = KitIn(folder, line.words);

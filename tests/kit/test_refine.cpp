@@ -2,15 +2,17 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
+#include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
+#include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/quality.h"
 #include "kit/pictures/test_card.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/refine.h"
 #include "kit/scale/restore_presets.h"
 #include "kit/scale/scale.h"
 #include "restore/restore_plane.h"
+#include "support/kit.h"
 
 using namespace norv;
 
@@ -73,4 +75,42 @@ TEST_CASE("refined strips are the whole picture's, for any number of threads and
       CHECK(refined.plane[0].x[i] - refined.plane[2].x[i] ==
             doctest::Approx(large.plane[0].x[i] - large.plane[2].x[i]).epsilon(1e-3));
   }
+}
+
+TEST_CASE("enlarge refines what the network for such a picture answers") {
+  test::ScratchFolder folder;
+  const Picture card = AllRows(DrawTestCard(288, 224));
+  SaveImage(folder / "card.png", card, {});
+  const auto likeness = [&](const std::string& line) {
+    const test::Outcome outcome = test::KitIn(folder, "enlarge " + line + " --overwrite");
+    CAPTURE(outcome.errors);
+    REQUIRE(outcome.exitCode == 0);
+    return std::pair(
+        Psnr(WithoutBorder(LuminanceOf(LoadImage(folder / "out.tif")), 4), WithoutBorder(LuminanceOf(card), 4)),
+        outcome.errors);
+  };
+  struct Case {
+    const char *small, *more, *says;
+  };
+  for (const Case& c : {Case{"small.png", "", "x2, network x2-48, 2 threads, then restored as clean ("},
+                        Case{"small.png", " --preset drawn", "then restored as drawn ("},
+                        Case{"good.jpg", "", "network x2-48, 2 threads, then restored as compressed ("},
+                        Case{"poor.jpg", "", "network x2-48-jpeg, 2 threads ("}}) {
+    CAPTURE(std::string(c.small) + c.more);
+    const bool jpeg = c.small[5] != '.';
+    REQUIRE(test::KitIn(folder, std::string("shrink card.png ") + c.small + " --overwrite" +
+                                    (jpeg ? c.small[0] == 'p' ? " --quality 50" : " --quality 95" : ""))
+                .exitCode == 0);
+    const std::string line = std::string(c.small) + " out.tif";
+    const auto [best, said] = likeness(line + c.more + " --threads 2");
+    CHECK(test::Contains(said, c.says));
+    const std::string bytes = test::ReadBytes(folder / "out.tif");
+    likeness(line + c.more + " --threads 3");
+    CHECK(test::ReadBytes(folder / "out.tif") == bytes);
+    // The card's finest patterns are nothing that a network for JPEG files has seen.
+    if (test::Contains(said, "x2-48-jpeg")) continue;
+    CHECK(best > likeness(line + " --method lanczos").first + 0.3);
+    CHECK(best > likeness(line + " --method net").first);
+  }
+  CHECK(test::KitIn(folder, "enlarge small.png new.tif --method cubic --preset drawn").exitCode == 2);
 }

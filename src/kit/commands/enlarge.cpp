@@ -10,6 +10,7 @@
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
+#include "kit/scale/restore_presets.h"
 #include "platform/console.h"
 #include "platform/team.h"
 
@@ -17,7 +18,7 @@ namespace norv {
 namespace {
 
 struct Settings {
-  std::string picture, out, method, net, model;
+  std::string picture, out, method, net, model, preset;
   WantedSize size;
   bool quick = false, denoise = false;
   NetEnlargement how;
@@ -53,9 +54,15 @@ Options RowsBeside(Settings& settings) {
                  {{.name = "--method",
                    .target = &settings.method,
                    .unit = "WAY",
-                   .check = OneOf{"nearest,cubic,lanczos,net"},
-                   .help = "nearest, cubic, lanczos or net",
-                   .byDefault = "net"}},
+                   .check = OneOf{"nearest,cubic,lanczos,net,both"},
+                   .help = "nearest, cubic, lanczos, net or both: a network, then restoration from its answer",
+                   .byDefault = "both; net with --net or --quick"},
+                  {.name = "--preset",
+                   .target = &settings.preset,
+                   .unit = "NAME",
+                   .check = OneOf{Listed(RestorePresetNames())},
+                   .help = "of the restoration: clean, compressed (JPEG), noisy or drawn",
+                   .byDefault = "by the picture"}},
                  NetworkRows(settings),
                  {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise)},
                  WriteRows(settings.choice)});
@@ -67,7 +74,15 @@ Options Rows(Settings& settings) {
   return rows;
 }
 
-bool ByFilter(const Settings& settings) { return !settings.method.empty() && settings.method != "net"; }
+bool ByFilter(const Settings& settings) {
+  return !settings.method.empty() && settings.method != "net" && settings.method != "both";
+}
+
+// Whether restoration follows the networks, as far as the command line decides it.
+bool Refining(const Settings& settings) {
+  if (!settings.method.empty()) return settings.method == "both";
+  return (settings.net.empty() && !settings.quick) || !settings.preset.empty();
+}
 
 // What was said and does nothing in the way that was chosen.
 void RefuseIdleOptions(const Settings& settings) {
@@ -75,9 +90,10 @@ void RefuseIdleOptions(const Settings& settings) {
                                                      {"--model", !settings.model.empty()},
                                                      {"--quick", settings.quick},
                                                      {"--average", settings.how.average},
-                                                     {"--luminance-only", settings.how.shortcut}};
+                                                     {"--luminance-only", settings.how.shortcut},
+                                                     {"--preset", !settings.preset.empty()}};
   for (const auto& [option, said] : ofNetworks)
-    if (said && ByFilter(settings))
+    if (said && (ByFilter(settings) || (option == std::string("--preset") && !Refining(settings))))
       throw WrongUsage(std::string(option) + " does nothing with --method " + settings.method +
                        ": leave one of them out");
 }
@@ -104,6 +120,15 @@ std::string NameOf(const Settings& settings, const PictureSize& size) {
   return (picture.parent_path() / picture.stem()).string() + ending;
 }
 
+// Networks that have learned what compression leaves know more of it than a restoration. For pictures of good files
+// the others are better, and what they take for detail is smoothed.
+std::string PresetFor(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape) {
+  if (!settings.preset.empty()) return settings.preset;
+  const bool forCompressed = plan.passes[0].facts.madeFor.starts_with("jpeg");
+  if (forCompressed && settings.method != "both") return "";
+  return shape.jpegQuality > 0 ? "compressed" : "clean";
+}
+
 // The file's own network, whose factor decides.
 EnlargeWay WayOfFile(const Settings& settings, const PictureShape& shape) {
   const int32_t factor = FactorOfNetwork(settings.net);
@@ -111,14 +136,20 @@ EnlargeWay WayOfFile(const Settings& settings, const PictureShape& shape) {
   if (settings.size.Said() && WantedOf(settings, shape) != size)
     Fail("%s enlarges %s: leave out --net, or --by %d", settings.net.c_str(), factor == 2 ? "twice" : "four times",
          factor);
-  return {size, NetworkPlan{{{"", settings.net, factor, {}}}, ""}, settings.how};
+  EnlargeWay way{size, NetworkPlan{{{"", settings.net, factor, {}}}, ""}, settings.how};
+  if (Refining(settings)) {
+    way.how = {.average = !settings.quick, .shortcut = true, .threads = settings.how.threads};
+    way.preset = PresetFor(settings, *way.plan, shape);
+  }
+  return way;
 }
 
 std::optional<NetworkPlan> PlanByName(const Settings& settings, const PictureShape& shape, const PictureSize& size) {
   const double scale =
       std::max(static_cast<double>(size.width) / shape.width, static_cast<double>(size.height) / shape.height);
   if (!settings.model.empty()) return PlanNetwork(FindModel(settings.model), scale);
-  return PlanNetworks(FindModels(), settings.quick ? NetworkWay::quick : NetworkWay::best, {}, scale);
+  const PictureNature nature{shape.jpegQuality, settings.preset == "drawn"};
+  return PlanNetworks(FindModels(), settings.quick ? NetworkWay::quick : NetworkWay::best, nature, scale);
 }
 
 EnlargeWay WayByName(const Settings& settings, const PictureShape& shape) {
@@ -126,8 +157,9 @@ EnlargeWay WayByName(const Settings& settings, const PictureShape& shape) {
   way.how.average = !settings.quick;
   way.how.shortcut = true;
   way.plan = PlanByName(settings, shape, way.size);
+  if (way.plan && Refining(settings)) way.preset = PresetFor(settings, *way.plan, shape);
   if (way.plan) return way;
-  if (settings.method == "net") Fail("%s", NoNetworks().c_str());
+  if (settings.method == "net" || settings.method == "both") Fail("%s", NoNetworks().c_str());
   Warn("%s; so Lanczos-3 enlarges, which is worse", NoNetworks().c_str());
   return way;
 }
@@ -147,8 +179,9 @@ EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
 void SayWay(const Settings& settings, const EnlargeWay& way, const PictureShape& shape, const std::string& name) {
   const int32_t threads = way.how.threads;
   if (way.plan && settings.net.empty())
-    std::fprintf(stderr, "%s, network %s, %d %s (%s%s)\n", RatioInWords(shape, way.size).c_str(),
+    std::fprintf(stderr, "%s, network %s, %d %s%s (%s%s)\n", RatioInWords(shape, way.size).c_str(),
                  way.plan->Names().c_str(), threads, threads == 1 ? "thread" : "threads",
+                 way.preset.empty() ? "" : (", then restored as " + way.preset).c_str(),
                  settings.quick ? "plain, " : "", way.plan->why.c_str());
   if (settings.out.empty()) std::fprintf(stderr, "%s\n", name.c_str());
 }

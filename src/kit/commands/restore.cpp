@@ -83,7 +83,7 @@ Options Rows(Settings& settings) {
                    .target = &settings.preset,
                    .unit = "NAME",
                    .check = OneOf{Listed(RestorePresetNames())},
-                   .help = "clean, compressed (JPEG) or noisy"}},
+                   .help = "clean, compressed (JPEG), noisy or drawn"}},
                  PeopleRows(settings),
                  BandRows(settings),
                  {{.name = "--as-bytes",

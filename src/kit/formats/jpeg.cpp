@@ -1,5 +1,6 @@
 // JPEG through libjpeg. Its errors come back by longjmp, so whatever owns memory lives in a session outside the jump.
 #include <algorithm>
+#include <cmath>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -157,6 +158,21 @@ size_t BytesHeld(jpeg_decompress_struct& jpeg) {
   return bytes;
 }
 
+// The quality, 1 to 100, whose luminance table (JPEG standard, table K.1, scaled as everybody does) is nearest to the
+// file's; 0 without a table.
+int32_t QualityOf(const jpeg_decompress_struct& jpeg) {
+  constexpr int kBase[DCTSIZE2] = {16, 11, 10, 16, 24,  40,  51,  61,  12, 12, 14, 19, 26,  58,  60,  55,
+                                   14, 13, 16, 24, 40,  57,  69,  56,  14, 17, 22, 29, 51,  87,  80,  62,
+                                   18, 22, 37, 56, 68,  109, 103, 77,  24, 35, 55, 64, 81,  104, 113, 92,
+                                   49, 64, 78, 87, 103, 121, 120, 101, 72, 92, 95, 98, 112, 100, 103, 99};
+  const JQUANT_TBL* table = jpeg.quant_tbl_ptrs[jpeg.comp_info[0].quant_tbl_no & 3];
+  if (!table) return 0;
+  double percent = 0;
+  for (int i = 0; i < DCTSIZE2; ++i) percent += 100.0 * table->quantval[i] / kBase[i] / DCTSIZE2;
+  const double quality = percent <= 100 ? 100 - percent / 2 : 5000 / percent;
+  return std::clamp(static_cast<int32_t>(std::lround(quality)), 1, 100);
+}
+
 class JpegReader {
  public:
   explicit JpegReader(const ByteSource& source) : in_(source) {
@@ -173,6 +189,7 @@ class JpegReader {
     RequirePossible(jpeg.image_width, jpeg.image_height);
     shape = {static_cast<int32_t>(jpeg.image_width), static_cast<int32_t>(jpeg.image_height),
              jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3};
+    shape.jpegQuality = QualityOf(jpeg);
     Metadata metadata = *ReadJpegMetadata(source);
     shape.turn = TurnOfOrientationTag(metadata.orientation);
     if (jpeg.out_color_space == JCS_CMYK) {

@@ -15,6 +15,7 @@ struct PictureShape {
   int32_t bits = 8;               // of a sample in the file: 8, 16, or 32 for floats
   int32_t turn = 0;               // the orientation (raster/orient.h) that shows the picture upright
   std::shared_ptr<const Metadata> metadata = nullptr;  // null: none
+  int32_t jpegQuality = 0;                             // 1 .. 100 of a JPEG file's tables; 0: of another file
   int32_t pages = 1;                                   // pictures that its file holds, frames of an animation too
 
   bool IsGrey() const { return channels <= 2; }

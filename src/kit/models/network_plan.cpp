@@ -49,11 +49,14 @@ std::string NetworkPlan::Names() const {
 
 std::optional<NetworkPlan> PlanNetworks(const std::vector<Model>& models, NetworkWay way, const PictureNature& nature,
                                         double scale) {
-  const std::vector<Model> choice = Choice(models, way, nature);
-  if (choice.empty()) return std::nullopt;
+  const std::vector<Model> forPicture = Choice(models, way, nature);
+  if (forPicture.empty()) return std::nullopt;
+  // What the first network leaves is no compressed picture any more.
+  const std::vector<Model> forAnswer = Choice(models, way, {.drawn = nature.drawn});
   NetworkPlan plan;
   double reached = 1;
   do {
+    const std::vector<Model>& choice = plan.passes.empty() ? forPicture : forAnswer;
     const auto next =
         std::ranges::find_if(choice, [&](const Model& model) { return reached * model.factor * kNearEnough >= scale; });
     plan.passes.push_back(next == choice.end() ? choice.back() : *next);

@@ -6,6 +6,8 @@
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/interpolation.h"
+#include "kit/scale/refine.h"
+#include "kit/scale/restore_presets.h"
 #include "kit/scale/scale.h"
 #include "net/net_file.h"
 
@@ -48,8 +50,15 @@ PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   if (!way.plan && factor > 0 && way.filter != ResizeFilter::nearest)
     return ByWholeFactor(std::move(picture), way.filter, factor, threads);
   if (!way.plan) return Resized(std::move(picture), way.size, way.filter, threads);
+  const int32_t width = picture.shape.width;
+  std::shared_ptr<PassedLuminance> passed;
+  if (!way.preset.empty()) picture = KeepingLuminance(std::move(picture), passed);
   for (const Model& pass : way.plan->passes)
     picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), way.how);
+  if (passed) {
+    const RestoreParameters parameters = RefinementPreset(way.preset, picture.shape.width / width);
+    picture = RefinedRows(std::move(picture), passed, parameters, threads);
+  }
   if (SizeOf(picture.shape) == way.size) return picture;
   return Resized(std::move(picture), way.size, ResizeFilter::lanczos, threads);
 }

@@ -22,6 +22,7 @@ struct EnlargeWay {
   std::optional<NetworkPlan> plan;  // the networks, one after another; none: by the filter alone
   NetEnlargement how;               // of networks; its threads of all
   ResizeFilter filter = ResizeFilter::lanczos;
+  std::string preset = "";  // of the restoration from the networks' answer; empty: none
 };
 
 // The picture in that size, row by row as it is asked for. What networks make too large is reduced by Lanczos-3.

@@ -7,7 +7,7 @@
 
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
-#include "kit/pictures/premultiplied.h"
+#include "kit/scale/premultiplied.h"
 #include "platform/progress.h"
 #include "platform/team.h"
 #include "raster/bands.h"

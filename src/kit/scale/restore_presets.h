@@ -16,6 +16,8 @@ const std::vector<std::string>& RestorePresetNames();
 // The preset's parameters for this factor; factors below 2 take those of 2, factors above 4 those of 4. Throws a
 // Failure for an unknown name.
 RestoreParameters RestorePreset(const std::string& name, int32_t factor);
+// The same for a restoration that starts from a network's answer.
+RestoreParameters RefinementPreset(const std::string& name, int32_t factor);
 
 // A parameter that people turn on its own.
 struct RestoreKnob {
