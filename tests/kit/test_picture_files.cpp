@@ -247,6 +247,6 @@ TEST_CASE("pictures that cannot fit are refused before memory is taken") {
   REQUIRE(setrlimit(RLIMIT_AS, &limit) == 0);
   const std::string refusal = Refusal(kJpeg, jpeg);
   setrlimit(RLIMIT_AS, &before);
-  CHECK(refusal == "JPEG: out of memory");
+  CHECK(refusal.find("cannot hold") != std::string::npos);
 #endif
 }

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
@@ -16,6 +17,7 @@ struct Settings {
   std::string a, b;
   int32_t border = 4;
   bool crop = false;
+  ReadChoice read;
 };
 
 Options Rows(Settings& settings) {
@@ -28,7 +30,8 @@ Options Rows(Settings& settings) {
            .help = "pixels left out on every side"},
           {.name = "--crop",
            .target = &settings.crop,
-           .help = "the larger one without what shrink had to leave out at the right and below"}};
+           .help = "the larger one without what shrink had to leave out at the right and below"},
+          PageRow(settings.read)};
 }
 
 // The upper left part, no larger than the picture.
@@ -74,7 +77,7 @@ void RequireComparable(const Picture& a, const Picture& b, int32_t border) {
 }
 
 void Run(const Settings& settings) {
-  Picture a = LoadImage(settings.a), b = LoadImage(settings.b);
+  Picture a = LoadImage(settings.a, settings.read), b = LoadImage(settings.b);
   if (settings.crop) CropToCommonSize(a, b);
   RequireComparable(a, b, settings.border);
   const auto report = [&](const char* what, const matrix& ofA, const matrix& ofB, bool withSimilarity) {

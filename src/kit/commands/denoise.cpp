@@ -12,6 +12,7 @@ struct Settings {
   std::string picture, out;
   bool fast = false;
   DenoiseChoice how;
+  ReadChoice read;
   WriteChoice choice;
 };
 
@@ -36,11 +37,12 @@ Options Rows(Settings& settings) {
                    .unit = "N",
                    .check = Between{1, 1024},
                    .help = "the result does not depend on it; --best: 1 or all processors"}},
+                 {PageRow(settings.read)},
                  WriteRows(settings.choice)});
 }
 
 void Run(const Settings& settings) {
-  const PictureSource source = OpenImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture, settings.read);
   const Destination out(settings.out, source.shape, settings.choice, settings.picture);
   Picture picture = AllRows(source);
   DenoisePicture(picture, settings.how);

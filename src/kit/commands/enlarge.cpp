@@ -22,6 +22,7 @@ struct Settings {
   WantedSize size;
   bool quick = false, denoise = false;
   NetEnlargement how;
+  ReadChoice read;
   WriteChoice choice;
 };
 
@@ -64,7 +65,7 @@ Options RowsBeside(Settings& settings) {
                    .help = "of the restoration: clean, compressed (JPEG), noisy or drawn",
                    .byDefault = "by the picture"}},
                  NetworkRows(settings),
-                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise)},
+                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise), PageRow(settings.read)},
                  WriteRows(settings.choice)});
 }
 
@@ -191,7 +192,7 @@ void Run(const Settings& asked) {
   Settings settings = asked;
   if (settings.how.threads == 0) settings.how.threads = ProcessorCount();
   settings.choice.encoding.threads = settings.how.threads;
-  PictureSource picture = OpenImage(settings.picture);
+  PictureSource picture = OpenImage(settings.picture, settings.read);
   const EnlargeWay way = WayOf(settings, picture.shape);
   const std::string name = NameOf(settings, way.size);
   PictureShape large = picture.shape;

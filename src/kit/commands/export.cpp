@@ -10,6 +10,7 @@ namespace {
 
 struct Settings {
   std::string file, picture;
+  ReadChoice read;
   WriteChoice choice;
   bool verbose = false;
 };
@@ -18,6 +19,7 @@ Options Rows(Settings& settings) {
   return Joined(
       {{{.name = "FILE", .target = &settings.file, .help = ".fdib of any colour model, .mat (as grey) or .bit"},
         {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: " + WrittenExtensions("or")}},
+       {PageRow(settings.read)},
        WriteRows(settings.choice),
        {{.name = "--verbose", .target = &settings.verbose, .help = "say how many samples were outside 0..255"}}});
 }
@@ -25,7 +27,7 @@ Options Rows(Settings& settings) {
 void Run(const Settings& settings) {
   if (!HasPictureName(settings.picture))
     Fail("%s has to be named as a picture: %s", settings.picture.c_str(), WrittenExtensions("or").c_str());
-  const PictureSource image = OpenImage(settings.file);
+  const PictureSource image = OpenImage(settings.file, settings.read);
   const Destination out(settings.picture, image.shape, settings.choice, settings.file);
   const int64_t moved = CopyRows(image, out.Create(image.shape));
   if (settings.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));

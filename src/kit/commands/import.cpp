@@ -1,4 +1,5 @@
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
@@ -10,6 +11,7 @@ namespace {
 struct Settings {
   std::string picture, file;
   bool overwrite = false;
+  ReadChoice read;
 };
 
 Options Rows(Settings& settings) {
@@ -17,12 +19,13 @@ Options Rows(Settings& settings) {
           {.name = "FILE",
            .target = &settings.file,
            .help = ".fdib (three planes; with alpha four), .mat (one plane of luminance, as for training) or .bit"},
-          {.name = "--overwrite", .target = &settings.overwrite, .help = "FILE may be the PICTURE itself"}};
+          {.name = "--overwrite", .target = &settings.overwrite, .help = "FILE may be the PICTURE itself"},
+          PageRow(settings.read)};
 }
 
 void Run(const Settings& settings) {
   if (!HasImageName(settings.file)) Fail("%s has to end in .fdib, .mat or .bit", settings.file.c_str());
-  const PictureSource picture = OpenImage(settings.picture);
+  const PictureSource picture = OpenImage(settings.picture, settings.read);
   WriteChoice choice;
   choice.overwrite = settings.overwrite || !IsSameFile(settings.picture, settings.file);
   const Destination out(settings.file, picture.shape, choice, settings.picture);

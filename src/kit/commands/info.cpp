@@ -3,6 +3,7 @@
 #include "image/bit_image.h"
 #include "image/float_image.h"
 #include "kit/commands/command.h"
+#include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/measure/summary.h"
 #include "kit/metadata/carry.h"
@@ -19,12 +20,14 @@ namespace {
 
 struct Settings {
   std::vector<std::string> files;
+  ReadChoice read;
 };
 
 Options Rows(Settings& settings) {
   return {{.name = "FILE",
            .target = &settings.files,
-           .help = ".fdib, .mat, .bit, .net, a training set (.dat) or a picture"}};
+           .help = ".fdib, .mat, .bit, .net, a training set (.dat) or a picture"},
+          PageRow(settings.read)};
 }
 
 // Planes one by one, then one histogram of all values of the first three.
@@ -41,10 +44,10 @@ void PrintPlanes(const matrix* planes, int32_t count, const char* const* names, 
 
 constexpr const char* kPlaneNames[] = {"plane 0", "plane 1", "plane 2", "plane 3"};
 
-void PrintPicture(const std::string& path) {
+void PrintPicture(const std::string& path, const ReadChoice& read) {
   static constexpr const char* kNames[4][4] = {
       {"grey"}, {"grey", "alpha"}, {"red", "green", "blue"}, {"red", "green", "blue", "alpha"}};
-  const Picture picture = ReadPicture(path);
+  const Picture picture = ReadPicture(path, read);
   Say("%d x %d pixels, %d channels, %d bits\n", picture.Width(), picture.Height(), picture.channels, picture.bits);
   const std::string carried = picture.metadata ? ContentsOf(*picture.metadata) : "";
   if (!carried.empty()) Say("carries %s\n", carried.c_str());
@@ -134,7 +137,7 @@ void PrintTrainingSet(const std::string& path) {
   histogram.Print();
 }
 
-void PrintFile(const std::string& path) {
+void PrintFile(const std::string& path, const ReadChoice& read) {
   const FileFacts facts = RecogniseFile(path);
   Say("%s: %s, %lld bytes\n", path.c_str(), NameOf(facts.kind), static_cast<long long>(facts.size));
   RecogniseWholeFile(path);
@@ -142,7 +145,7 @@ void PrintFile(const std::string& path) {
     Say("%lld bytes behind the contents\n", static_cast<long long>(facts.size - facts.expected));
   switch (facts.kind) {
     case FileKind::picture:
-      return PrintPicture(path);
+      return PrintPicture(path, read);
     case FileKind::matrix:
       return PrintMatrix(path);
     case FileKind::floatImage:
@@ -157,7 +160,7 @@ void PrintFile(const std::string& path) {
 }
 
 void Run(const Settings& settings) {
-  for (const std::string& path : settings.files) PrintFile(path);
+  for (const std::string& path : settings.files) PrintFile(path, settings.read);
 }
 
 }  // namespace

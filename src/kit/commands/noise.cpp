@@ -13,6 +13,7 @@ struct Settings {
   std::string picture, out;
   float sigma = 20;
   uint32_t seed = 1;
+  ReadChoice read;
   WriteChoice choice;
 };
 
@@ -26,6 +27,7 @@ Options Rows(Settings& settings) {
          .check = Between{0, 255},
          .help = "standard deviation in grey levels"},
         {.name = "--seed", .target = &settings.seed, .unit = "N", .help = "the same seed gives the same noise"}},
+       {PageRow(settings.read)},
        WriteRows(settings.choice)});
 }
 
@@ -39,7 +41,7 @@ void AddNoise(matrix& plane, float sigma, std::mt19937& generator) {
 }
 
 void Run(const Settings& settings) {
-  const PictureSource source = OpenImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture, settings.read);
   const Destination out(settings.out, source.shape, settings.choice, settings.picture);
   Picture picture = AllRows(source);
   std::mt19937 generator(settings.seed);

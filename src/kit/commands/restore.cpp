@@ -20,6 +20,7 @@ struct Settings {
   Times sharper, smoother;
   std::optional<double> deblur;
   std::vector<std::optional<double>> knobs;
+  ReadChoice read;
   WriteChoice choice;
 };
 
@@ -92,6 +93,7 @@ Options Rows(Settings& settings) {
                    .aliases = "--bits-road"},
                   DenoiseFirstRow(settings.denoise)},
                  KnobRows(settings),
+                 {PageRow(settings.read)},
                  WriteRows(settings.choice)});
 }
 
@@ -123,7 +125,7 @@ void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& paramete
 void Run(const Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
   RefuseIdleKnobs(settings, parameters);
-  const PictureSource source = OpenImage(settings.picture);
+  const PictureSource source = OpenImage(settings.picture, settings.read);
   RequireRoom(source.shape, settings.factor);
   PictureShape large = source.shape;
   large.width *= settings.factor;

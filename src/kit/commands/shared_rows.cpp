@@ -32,6 +32,15 @@ Option OverwriteRow(bool& target) {
   return {.name = "--overwrite", .target = &target, .help = "replace a file that is there already"};
 }
 
+Option PageRow(ReadChoice& choice) {
+  return {.name = "--page",
+          .target = &choice.page,
+          .unit = "N",
+          .check = Between{1, INT32_MAX},
+          .help = "which page of a TIFF, or frame of an animation, is read",
+          .byDefault = "1"};
+}
+
 Options WriteRows(WriteChoice& choice) {
   return {
       {.name = "--bits",

@@ -5,6 +5,7 @@
 
 namespace norv {
 
+struct ReadChoice;
 struct WriteChoice;
 struct NetPlan;
 struct WantedSize;
@@ -22,6 +23,9 @@ Option OutRow(std::string& target, const char* what);
 
 // --overwrite.
 Option OverwriteRow(bool& target);
+
+// --page of commands that read pictures.
+Option PageRow(ReadChoice& choice);
 
 // --bits, --quality and --overwrite of commands that write pictures.
 Options WriteRows(WriteChoice& choice);

@@ -16,6 +16,7 @@ struct Settings {
   std::string picture, out;
   WantedSize size;
   std::optional<double> order;
+  ReadChoice read;
   WriteChoice choice;
 };
 
@@ -29,6 +30,7 @@ Options Rows(Settings& settings) {
                    .help = std::string("of whole factors: ") + kShrinkOrders,
                    .byDefault = "-1",
                    .aliases = "--order"}},
+                 {PageRow(settings.read)},
                  WriteRows(settings.choice)});
 }
 
@@ -39,7 +41,7 @@ int32_t WholeFactor(const WantedSize& size) {
 }
 
 void Run(const Settings& settings) {
-  PictureSource picture = OpenImage(settings.picture);
+  PictureSource picture = OpenImage(settings.picture, settings.read);
   PictureShape shape = picture.shape;
   if (const int32_t factor = WholeFactor(settings.size)) {
     shape.width /= factor;

@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "kit/failure.h"
+#include "platform/memory.h"
 
 namespace norv {
 namespace {
@@ -16,6 +17,13 @@ size_t Available(int64_t held, int64_t position, size_t bytes) {
 }
 
 }  // namespace
+
+Bytes AllBytes(const ByteSource& source) {
+  if (static_cast<size_t>(source.size) > AvailableMemory()) Fail("the file does not fit into memory");
+  Bytes bytes(static_cast<size_t>(source.size));
+  if (source.read(0, bytes.data(), bytes.size()) != bytes.size()) Fail("the file cannot be read to its end");
+  return bytes;
+}
 
 ByteSource FromMemory(std::span<const uint8_t> memory) {
   const int64_t size = static_cast<int64_t>(memory.size());

@@ -21,6 +21,9 @@ struct ByteSource {
 // False when that failed. Never throws.
 using ByteSink = std::function<bool(int64_t position, const void* source, size_t bytes)>;
 
+// The whole source. Throws a Failure when that cannot be read or does not fit into memory.
+Bytes AllBytes(const ByteSource& source);
+
 // The memory, or the file to be written, outlives what is returned.
 ByteSource FromMemory(std::span<const uint8_t> bytes);
 ByteSink ToMemory(Bytes& bytes);

@@ -12,6 +12,12 @@ const Codec* const kCodecs[] = {
     &kWebp,
 #endif
     &kBmp,  &kPpm,  &kPgm,  &kPbm, &kPam, &kPfm,
+#ifdef NORV_JXL
+    &kJxl,
+#endif
+#ifdef NORV_HEIF
+    &kAvif, &kHeic,
+#endif
 };
 
 // With commas and, where one is asked for, a last word between.

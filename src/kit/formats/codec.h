@@ -22,6 +22,7 @@ struct Codec {
   Loss loss = Loss::never;              // of what is written
   int32_t mostSide = INT32_MAX;         // pixels
   bool compression = false;             // whether EncodingChoice::compression counts
+  const char* several = nullptr;        // what a file can hold several of, any of which is read: "pages"
   uint32_t carries = 0;                 // the kinds of metadata that it has a place for (metadata/carry.h)
   bool (*recognise)(std::span<const uint8_t> start);
   // Both throw a Failure: for a damaged or unknown file, for a page that is not there, for a picture that the format
@@ -44,6 +45,12 @@ const Codec* CodecOfName(const std::string& path);
 extern const Codec kPng, kJpeg, kTiff, kBmp, kPpm, kPgm, kPbm, kPam, kPfm;
 #ifdef NORV_WEBP
 extern const Codec kWebp;
+#endif
+#ifdef NORV_JXL
+extern const Codec kJxl;
+#endif
+#ifdef NORV_HEIF
+extern const Codec kAvif, kHeic;
 #endif
 
 // For a format's own file: a source or sink from an object that reads or writes a single row at a time.

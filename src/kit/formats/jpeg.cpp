@@ -187,6 +187,7 @@ class JpegReader {
       jpeg.dct_method = JDCT_ISLOW;
     });
     RequirePossible(jpeg.image_width, jpeg.image_height);
+    RequireLikely(int64_t{jpeg.image_width} * jpeg.image_height * jpeg.num_components, source.size);
     shape = {static_cast<int32_t>(jpeg.image_width), static_cast<int32_t>(jpeg.image_height),
              jpeg.out_color_space == JCS_GRAYSCALE ? 1 : 3};
     shape.jpegQuality = QualityOf(jpeg);

@@ -21,6 +21,10 @@ int64_t MostLikelyBytes(int64_t fileBytes) {
   return kAlways + kMostRatio * std::min(fileBytes, INT64_MAX / kMostRatio - kAlways);
 }
 
+void RequireMemory(int64_t bytes) {
+  if (static_cast<uint64_t>(bytes) > AvailableMemory()) Fail("the picture does not fit into memory");
+}
+
 void RequireLikely(int64_t bytes, int64_t fileBytes) {
   if (bytes > MostLikelyBytes(fileBytes))
     Fail("a file of %lld bytes cannot hold as many pixels as it claims", static_cast<long long>(fileBytes));

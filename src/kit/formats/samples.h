@@ -15,6 +15,8 @@ void RequirePossible(int64_t width, int64_t height);
 // A header may claim what it likes. What a file of so many bytes may be unfolded to: 64 MB and 4,096 times its size,
 // which no compression of a real picture comes near.
 int64_t MostLikelyBytes(int64_t fileBytes);
+// Throws a Failure where so many bytes do not fit into memory.
+void RequireMemory(int64_t bytes);
 // Throws a Failure where the bytes, or the samples of such a picture, would be more.
 void RequireLikely(int64_t bytes, int64_t fileBytes);
 void RequireLikely(const PictureShape& shape, int64_t fileBytes);

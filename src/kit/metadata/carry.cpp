@@ -157,6 +157,7 @@ std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t 
   if (strip) {
     metadata = {};
     metadata.icc = shape.metadata->icc;
+    metadata.lossless = shape.metadata->lossless;
   }
   RequireFittingProfile(metadata, shape);
   PutRight(metadata, shape);

@@ -74,9 +74,12 @@ FileFacts RecogniseFile(const std::string& path) {
   if (!in.IsOpen()) Fail("cannot open %s: %s", path.c_str(), in.Reason().c_str());
   uint8_t start[64];  // more than any mark
   in.Array(start, sizeof start);
+  const KindRow* named = RowOfExtension(ExtensionOf(path));
+  // A file of ours may begin as a picture does.
+  if (named && named->bytes(in) == in.Size()) return {named->kind, in.Size(), in.Size()};
   if (CodecOfContents({start, static_cast<size_t>(std::min<int64_t>(in.Size(), sizeof start))}))
     return {FileKind::picture, in.Size(), in.Size()};
-  if (const KindRow* row = RowOfExtension(ExtensionOf(path))) {
+  if (const KindRow* row = named) {
     const int64_t expected = row->bytes(in);
     if (expected == kSenseless) Fail("%s is no %s: its header makes no sense", path.c_str(), row->name);
     return {row->kind, in.Size(), expected};

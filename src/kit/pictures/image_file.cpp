@@ -140,6 +140,7 @@ PictureSource OpenImage(const std::string& path, const ReadChoice& choice) {
   if (kind == FileKind::picture) return OpenPicture(path, choice);
   const ImageFormat* format = FormatOf(kind);
   if (!format) Fail("%s is a %s, no image", path.c_str(), NameOf(kind));
+  if (choice.Page() > 1) Fail("%s: there is only one picture in the file", path.c_str());
   return format->open(path);
 }
 

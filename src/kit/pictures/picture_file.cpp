@@ -32,11 +32,17 @@ Samples RowOf(PictureShape shape) {
   return Samples(shape);
 }
 
-SampleSource OpenUpright(const ByteSource& bytes, const ReadChoice& choice) {
+SampleSource OpenUpright(const std::string& path, const ByteSource& bytes, const ReadChoice& choice) {
   uint8_t start[64];
   const Codec* codec = CodecOfContents({start, bytes.read(0, start, sizeof start)});
   if (!codec) Fail("no picture of a known format (%s)", ReadFormats().c_str());
   SampleSource samples = codec->open(bytes, choice);
+  const int32_t pages = samples.shape.pages;
+  if (choice.Page() > (codec->several ? pages : 1))
+    Fail(pages == 1 ? "there is only one picture in the file" : "of its %d frames only the first can be read", pages);
+  if (pages > 1 && choice.page == 0)
+    Warn("%s: %d %s, the first taken%s", path.c_str(), pages, codec->several ? codec->several : "frames",
+         codec->several ? "; --page N takes another" : "");
   if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
   return samples;
 }
@@ -96,7 +102,7 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
     Samples row;
   };
   const ByteSource bytes = FromFile(path);
-  SampleSource samples = Naming(path, [&] { return OpenUpright(bytes, choice); });
+  SampleSource samples = Naming(path, [&] { return OpenUpright(path, bytes, choice); });
   const PictureShape shape = samples.shape;
   const auto state = std::make_shared<State>(State{path, std::move(samples), RowOf(shape)});
   return {shape, [state](Picture& rows, int32_t at, int32_t count) {

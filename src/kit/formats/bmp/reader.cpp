@@ -104,6 +104,7 @@ class BmpReader {
       row_.resize(static_cast<size_t>(header_.Stride()));
     } else {
       RequireLikely(shape, source.size);
+      RequireMemory(int64_t{shape.width} * shape.height);
       indices_ = RunReader(source, header_).indices;
     }
   }

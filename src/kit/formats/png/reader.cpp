@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cstring>
 
+#include "kit/failure.h"
 #include "kit/formats/codec.h"
 #include "kit/formats/png/png_file.h"
 #include "kit/formats/png/session.h"
@@ -19,13 +21,26 @@ bool IsGreyPalette(png_structp png, png_infop info) {
                      [](const png_color& c) { return c.red == c.green && c.green == c.blue; });
 }
 
+// Of an animation, which says so before its pixels; the library passes over it.
+int32_t FramesOf(const ByteSource& source) {
+  uint8_t chunk[12];
+  for (int64_t at = 8; source.read(at, chunk, sizeof chunk) == sizeof chunk; at += 12 + png_get_uint_32(chunk)) {
+    if (std::memcmp(chunk + 4, "IDAT", 4) == 0) break;
+    if (std::memcmp(chunk + 4, "acTL", 4) == 0)
+      return static_cast<int32_t>(std::clamp<uint32_t>(png_get_uint_32(chunk + 8), 1, INT32_MAX));
+  }
+  return 1;
+}
+
 class PngReader {
  public:
   explicit PngReader(const ByteSource& source) : session_(source) {
     png_structp png = session_.png;
     png_infop info = session_.info;
+    size_t rowBytes = 0;
     session_.Run([&] {
       png_read_info(png, info);
+      rowBytes = png_get_rowbytes(png, info);
       png_set_expand(png);  // palettes to RGB, transparency to alpha, fewer than 8 bits to 8
       if (IsGreyPalette(png, info)) png_set_rgb_to_gray_fixed(png, PNG_ERROR_ACTION_NONE, -1, -1);
       png_set_swap(png);
@@ -36,6 +51,10 @@ class PngReader {
     RequirePossible(width, height);
     shape = {static_cast<int32_t>(width), static_cast<int32_t>(height), png_get_channels(png, info),
              png_get_bit_depth(png, info)};
+    // Deflate makes at most so much of a byte.
+    constexpr size_t kMostOfByte = 1032;
+    if (rowBytes * height / kMostOfByte > static_cast<uint64_t>(source.size)) Fail("PNG: the file ends early");
+    shape.pages = FramesOf(source);
     shape.metadata = ReadPngMetadata(source);
     shape.turn = TurnOfOrientationTag(shape.metadata->orientation);
     if (png_get_rowbytes(png, info) != shape.RowBytes()) Fail("PNG: rows of an unknown layout");

@@ -23,10 +23,12 @@ TiffRawRows::TiffRawRows(TiffFile& file, const TiffLayout& layout) : file_(file)
     file.Require(size > 0 && down > 0);
     if (size / down != row) Fail("TIFF: tiles of an unknown layout");
     RequireLikely(size, file.source.size);
+    RequireMemory(size);
     tile_.resize(static_cast<size_t>(size));
     bandRows_ = static_cast<int32_t>(std::min(down, layout.height));
   }
   RequireLikely(static_cast<int64_t>(stride_) * planes_ * bandRows_, file.source.size);
+  RequireMemory(static_cast<int64_t>(stride_) * planes_ * bandRows_);
   band_.resize(stride_ * planes_ * bandRows_);
   for (int32_t plane = 1; plane < planes_ && !layout.tiled; ++plane) {
     others_.push_back(std::make_unique<TiffFile>(file.source, ByteSink(), "rm"));

@@ -21,6 +21,7 @@ const Codec kTiff = {
     .extensions = {"tif", "tiff"},
     .mostBits = 32,
     .alpha = true,
+    .several = "pages",
     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesResolution | kCarriesChromaticities,
     .recognise = IsTiff,
     .open = OpenTiff,

@@ -45,6 +45,7 @@ class TiffReader {
       : file_(source, {}, "rm"), pages_(TurnToPage(file_, choice.Page())), layout_(file_), shape(layout_.Shape()) {
     shape.pages = pages_;
     RequireLikely(shape, source.size);
+    RequireMemory(static_cast<int64_t>(shape.RowBytes()));
     if (!NeedsLibrary()) raw_ = std::make_unique<TiffRawRows>(file_, layout_);
     if (!layout_.device) return;
     device_.resize(size_t(shape.width) * layout_.device->channels * (shape.bits / 8));
