@@ -25,8 +25,9 @@ bool IsLongWork(const std::vector<std::string>& words) {
   return (works && longest > 2) || (has("testcard") && !has("--size"));
 }
 
+// Standard input and output belong to the fuzzer.
 bool LeavesFolder(const std::string& word) {
-  return word.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
+  return word == "-" || word.find_first_of(std::string_view("/\0", 2)) != std::string::npos;
 }
 
 void PutFiles() {

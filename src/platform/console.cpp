@@ -36,6 +36,13 @@ void Say(const char* format, ...) {
   FlushOutput();
 }
 
+bool SendOutput(const void* bytes, size_t size) {
+  const bool taken = std::fwrite(bytes, 1, size, stdout) == size;
+  if (!taken && outputError == 0) outputError = errno;
+  FlushOutput();
+  return taken && outputError == 0;
+}
+
 std::string WhyOutputIsLost(bool& gone) {
   FlushOutput();
   gone = outputError == EPIPE;

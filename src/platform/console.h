@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstddef>
 #include <string>
 
 namespace norv {
@@ -15,6 +16,9 @@ void NameProgram(const char* name);
 
 // A message on standard output: exactly these characters, flushed at once. An unwritable standard output is ignored.
 [[gnu::format(gnu_printf, 1, 2)]] void Say(const char* format, ...);
+
+// These bytes on standard output; false when they did not get there.
+bool SendOutput(const void* bytes, size_t size);
 
 // Sends off what is still on its way to standard output. Empty when all of it has arrived since the start, else the
 // system's reason why not; a reader that has gone away needs none and is said by `gone`.
@@ -32,6 +36,9 @@ double Printable(double value);
 // Waits for `count` key presses: from a terminal one unechoed key each (keys typed ahead count), else one byte each;
 // end of input counts as a key. The terminal is put back on every way out, signals included.
 void WaitForKeys(int count);
+
+bool InputIsTerminal();
+bool OutputIsTerminal();
 
 // Whether standard error is a terminal, so that progress may be drawn on it.
 bool ProgressIsVisible();

@@ -29,6 +29,20 @@ CLI::Option& AddParser(CLI::App& parser, const Option& row, Value& target) {
   }
 }
 
+// What --to says has to be a format; standard output, where the last place says so, has no name that would.
+void RequireFormat(const Command& command) {
+  const std::string *last = nullptr, *format = nullptr;
+  for (const Option& row : command.options) {
+    if (!std::holds_alternative<std::string*>(row.target)) continue;
+    if (row.HasPlace()) last = std::get<std::string*>(row.target);
+    if (std::string_view(row.name) == "--to") format = std::get<std::string*>(row.target);
+  }
+  if (format && !format->empty())
+    if (const std::string reason = WhyNoFormat(*format); !reason.empty()) throw std::runtime_error(reason);
+  if (format && format->empty() && last && *last == "-")
+    throw std::runtime_error("standard output has no name that says the format: add --to png, or another one");
+}
+
 // Reads the words into the command's settings. They are looked at before (RequireUsable), so that no complaint of the
 // library's own is ever to be seen.
 void Read(const Command& command, const std::vector<std::string>& words) {
@@ -38,6 +52,7 @@ void Read(const Command& command, const std::vector<std::string>& words) {
   try {
     RequireUsable(command, words);
     parser.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    RequireFormat(command);
   } catch (const std::runtime_error& error) {
     throw WrongUsage(error.what(), command.name);
   }

@@ -25,7 +25,7 @@ Options Rows(Settings& settings) {
 }
 
 void Run(const Settings& settings) {
-  if (!HasPictureName(settings.picture))
+  if (settings.choice.to.empty() && !HasPictureName(settings.picture))
     Fail("%s has to be named as a picture: %s", settings.picture.c_str(), WrittenExtensions("or").c_str());
   const PictureSource image = OpenImage(settings.file, settings.read);
   const Destination out(settings.picture, image.shape, settings.choice, settings.file);

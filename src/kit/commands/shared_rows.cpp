@@ -43,6 +43,11 @@ Option PageRow(ReadChoice& choice) {
 
 Options WriteRows(WriteChoice& choice) {
   return {
+      {.name = "--to",
+       .target = &choice.to,
+       .unit = "FORMAT",
+       .help = "the format: png, jpg, tif and all other endings of names",
+       .byDefault = "as the name says; needed for standard output, -"},
       {.name = "--bits",
        .target = &choice.bits,
        .unit = "N",

@@ -27,7 +27,7 @@ Option OverwriteRow(bool& target);
 // --page of commands that read pictures.
 Option PageRow(ReadChoice& choice);
 
-// --bits, --quality and --overwrite of commands that write pictures.
+// --to, --bits, --quality, --overwrite and the like of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
 
 // --by, --width, --height and --longest of commands that make a picture larger or smaller.

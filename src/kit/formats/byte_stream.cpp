@@ -5,6 +5,7 @@
 #include <exception>
 
 #include "kit/failure.h"
+#include "kit/formats/streams.h"
 #include "platform/memory.h"
 
 namespace norv {
@@ -35,6 +36,7 @@ ByteSource FromMemory(std::span<const uint8_t> memory) {
 }
 
 ByteSource FromFile(const std::string& path) {
+  if (IsStream(path)) return FromMemory(AllOfStream(path));
   const auto file = std::make_shared<FileIn>(path);
   if (!file->IsOpen()) Fail("cannot open %s: %s", path.c_str(), file->Reason().c_str());
   return {file->Size(), [file](int64_t position, void* target, size_t bytes) {

@@ -29,7 +29,7 @@ ByteSource FromMemory(std::span<const uint8_t> bytes);
 ByteSink ToMemory(Bytes& bytes);
 ByteSink ToFile(FileOut& file);
 
-// Throws a Failure when the file cannot be opened.
+// Throws a Failure when the file cannot be opened. What passes once (streams.h) is read whole and held.
 ByteSource FromFile(const std::string& path);
 
 }  // namespace norv

@@ -20,6 +20,12 @@ const Codec* const kCodecs[] = {
 #endif
 };
 
+std::string InLowerCase(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 'a' - 'A');
+  return text;
+}
+
 // With commas and, where one is asked for, a last word between.
 std::string ListOf(const char* lastWord, std::span<const std::string> words) {
   std::string list = words[0];
@@ -37,6 +43,19 @@ std::string ExtensionsOf(const char* lastWord, const Asked& asked) {
   for (const Codec* codec : kCodecs)
     if (asked(*codec)) names.push_back("." + codec->extensions[0]);
   return ListOf(lastWord, names);
+}
+
+// All words for what can be written.
+std::vector<std::string> FormatWords() {
+  std::vector<std::string> words = {"fdib", "mat", "bit"};
+  for (const Codec* codec : kCodecs) {
+    if (!codec->create) continue;
+    words.insert(words.end(), codec->extensions.begin(), codec->extensions.end());
+    words.push_back(InLowerCase(codec->name));
+  }
+  std::ranges::sort(words);
+  words.erase(std::unique(words.begin(), words.end()), words.end());
+  return words;
 }
 
 }  // namespace
@@ -61,10 +80,12 @@ const Codec* CodecOfContents(std::span<const uint8_t> start) {
   return nullptr;
 }
 
-const Codec* CodecOfName(const std::string& path) {
-  const std::string extension = ExtensionOf(path);
+const Codec* CodecOfName(const std::string& path) { return CodecOfWord(ExtensionOf(path)); }
+
+const Codec* CodecOfWord(const std::string& word) {
   for (const Codec* codec : kCodecs)
-    if (std::ranges::find(codec->extensions, extension) != codec->extensions.end()) return codec;
+    if (InLowerCase(codec->name) == word || std::ranges::find(codec->extensions, word) != codec->extensions.end())
+      return codec;
   return nullptr;
 }
 
@@ -78,6 +99,14 @@ std::string WrittenExtensions(const char* lastWord) {
   return ExtensionsOf(lastWord, [](const Codec& codec) { return codec.create != nullptr; });
 }
 
+std::string WhyNoFormat(const std::string& word) {
+  const std::vector<std::string> words = FormatWords();
+  if (std::ranges::find(words, InLowerCase(word)) != words.end()) return "";
+  std::string reason = "--to takes ";
+  reason += ListOf("or", words);
+  return reason += ", not " + word;
+}
+
 std::string LosslessExtensions(const char* lastWord) {
   return ExtensionsOf(lastWord, [](const Codec& codec) { return codec.create && codec.loss != Loss::always; });
 }
@@ -87,10 +116,11 @@ bool HasPictureName(const std::string& path) { return CodecOfName(path); }
 std::string ExtensionOf(const std::string& path) {
   const size_t name = path.find_last_of('/') + 1, point = path.find_last_of('.');
   if (point == std::string::npos || point < name) return "";
-  std::string extension = path.substr(point + 1);
-  for (char& c : extension)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 'a' - 'A');
-  return extension;
+  return InLowerCase(path.substr(point + 1));
+}
+
+std::string FormatWord(const std::string& path, const WriteChoice& choice) {
+  return choice.to.empty() ? ExtensionOf(path) : InLowerCase(choice.to);
 }
 
 }  // namespace norv

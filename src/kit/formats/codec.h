@@ -41,6 +41,8 @@ std::span<const Codec* const> Codecs();
 // The format of a file that starts so, or of a file so named; null for none of ours.
 const Codec* CodecOfContents(std::span<const uint8_t> start);
 const Codec* CodecOfName(const std::string& path);
+// The one with that extension or, in lower case, name.
+const Codec* CodecOfWord(const std::string& word);
 
 extern const Codec kPng, kJpeg, kTiff, kBmp, kPpm, kPgm, kPbm, kPam, kPfm;
 #ifdef NORV_WEBP

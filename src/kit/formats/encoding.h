@@ -28,14 +28,20 @@ struct WriteChoice {
   EncodingChoice encoding;
   bool overwrite = false;  // a file that is there already
   bool dither = false;     // to 8 bits: rounded up or down by a pattern instead of to nearest
+  std::string to;          // the format by its name or an extension; empty: as the file's name says
 };
 
 // The names of all picture formats, "PNG, JPEG, TIFF"; with a last word before the last, "PNG, JPEG or TIFF".
 std::string ReadFormats(const char* lastWord = nullptr);
 // The usual extensions of those that can be written, in the same way: ".png, .jpg or .tif".
 std::string WrittenExtensions(const char* lastWord = nullptr);
+// Why no picture goes to a format of this name, in whatever case; empty when one does: by names and extensions.
+std::string WhyNoFormat(const std::string& word);
 // Of those only what can keep every sample.
 std::string LosslessExtensions(const char* lastWord = nullptr);
+
+// The format that a picture goes to: the one that was chosen, else the one of the file's name, in lower case.
+std::string FormatWord(const std::string& path, const WriteChoice& choice);
 
 // Whether a picture format goes by this file name.
 bool HasPictureName(const std::string& path);

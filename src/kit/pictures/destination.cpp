@@ -6,6 +6,9 @@
 #include <utility>
 
 #include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "kit/formats/streams.h"
+#include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "platform/console.h"
@@ -16,7 +19,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A name with the ending of another format than the one that is written.
+void WarnOfName(const std::string& path, const WriteChoice& choice, const char* format) {
+  const std::string word = FormatWord(path, choice), ending = ExtensionOf(path);
+  if (!CodecOfWord(ending) && !KindOfExtension(ending)) return;
+  if (CodecOfWord(word) != CodecOfWord(ending) || KindOfExtension(word) != KindOfExtension(ending))
+    Warn("%s is written as %s, as --to says, whatever its name says", path.c_str(), format);
+}
+
 void RequireGivenUp(const std::string& path, bool overwrite, const std::string& input) {
+  if (IsStandard(path)) return;
   std::error_code ignored;
   const fs::file_status status = fs::status(path, ignored);
   if (!fs::exists(status)) return;
@@ -62,6 +74,7 @@ struct Finiteness {
 }  // namespace
 
 void RequireFree(const std::string& path, bool overwrite, const std::string& input) {
+  if (IsStandard(path)) Fail("this goes into files only; one that is really named - is ./-");
   RequireGivenUp(path, overwrite, input);
   if (IsSpecialFile(path)) return;  // which opening might change
   FileOut probe(path, Durability::scratch);
@@ -72,7 +85,12 @@ Destination::Destination(const std::string& path, const PictureShape& shape, con
                          const std::string& input)
     : path_(path), choice_(choice) {
   const InFile in = ImageInFile(path, shape, choice);
-  RequireFree(path, choice.overwrite, input);
+  if (!IsStandard(path))
+    RequireFree(path, choice.overwrite, input);
+  else if (OutputIsTerminal())
+    Fail(
+        "standard output is a terminal, which shows no pictures: send it into a file or a program, norvkit ... > FILE");
+  WarnOfName(path, choice, in.format);
   if (in.shape.channels < shape.channels)
     Warn(HasImageName(path) ? "%s has no place for the alpha plane, which is left out"
                             : "%s has no place for the alpha plane: the picture is laid on white",
@@ -89,7 +107,7 @@ PictureSink Destination::Create(const PictureShape& shape) const {
     file.write(std::move(rows));
   };
   const auto finish = [file, finiteness, path = path_, overwrite = choice_.overwrite] {
-    finiteness->Judge(path);
+    finiteness->Judge(OutputName(path));
     RequireGivenUp(path, overwrite, "");  // what has appeared meanwhile is another's work
     return file.finish();
   };

@@ -64,21 +64,24 @@ const char* NameOf(FileKind kind) {
   return "picture";
 }
 
-std::optional<FileKind> KindOfName(const std::string& path) {
-  const KindRow* row = RowOfExtension(ExtensionOf(path));
+std::optional<FileKind> KindOfName(const std::string& path) { return KindOfExtension(ExtensionOf(path)); }
+
+std::optional<FileKind> KindOfExtension(const std::string& extension) {
+  const KindRow* row = RowOfExtension(extension);
   return row ? std::optional(row->kind) : std::nullopt;
 }
 
 FileFacts RecogniseFile(const std::string& path) {
-  FileIn in(path);
-  if (!in.IsOpen()) Fail("cannot open %s: %s", path.c_str(), in.Reason().c_str());
+  const ByteSource bytes = FromFile(path);
   uint8_t start[64];  // more than any mark
-  in.Array(start, sizeof start);
   const KindRow* named = RowOfExtension(ExtensionOf(path));
   // A file of ours may begin as a picture does.
-  if (named && named->bytes(in) == in.Size()) return {named->kind, in.Size(), in.Size()};
-  if (CodecOfContents({start, static_cast<size_t>(std::min<int64_t>(in.Size(), sizeof start))}))
-    return {FileKind::picture, in.Size(), in.Size()};
+  if (named) {
+    FileIn in(path);
+    if (named->bytes(in) == in.Size()) return {named->kind, in.Size(), in.Size()};
+  }
+  if (CodecOfContents({start, bytes.read(0, start, sizeof start)})) return {FileKind::picture, bytes.size, bytes.size};
+  FileIn in(path);
   if (const KindRow* row = named) {
     const int64_t expected = row->bytes(in);
     if (expected == kSenseless) Fail("%s is no %s: its header makes no sense", path.c_str(), row->name);

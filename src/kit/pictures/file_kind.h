@@ -14,6 +14,7 @@ const char* NameOf(FileKind kind);
 
 // The kind that the name's extension says: .mat, .fdib, .bit, .net or .dat; none for other names.
 std::optional<FileKind> KindOfName(const std::string& path);
+std::optional<FileKind> KindOfExtension(const std::string& extension);
 
 struct FileFacts {
   FileKind kind;

@@ -8,6 +8,7 @@
 #include "image/bit_image.h"
 #include "image/float_image_file.h"
 #include "kit/failure.h"
+#include "kit/formats/streams.h"
 #include "kit/metadata/carry.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/destination.h"
@@ -145,7 +146,8 @@ PictureSource OpenImage(const std::string& path, const ReadChoice& choice) {
 }
 
 InFile ImageInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
-  const ImageFormat* format = FormatOf(KindOfName(path));
+  const ImageFormat* format = FormatOf(KindOfExtension(FormatWord(path, choice)));
+  if (format && IsStandard(path)) Fail("%s goes into files only, not to standard output", format->name);
   if (int64_t{shape.width} * shape.height > MostPixels(format, shape.height))
     Fail("%s cannot hold %d x %d pixels", path.c_str(), shape.width, shape.height);
   if (!format) return PictureInFile(path, shape, choice);
@@ -162,7 +164,7 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
 
 PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   ImageInFile(path, shape, choice);
-  const ImageFormat* format = FormatOf(KindOfName(path));
+  const ImageFormat* format = FormatOf(KindOfExtension(FormatWord(path, choice)));
   if (!format) return CreatePicture(path, shape, choice);
   CarriedInto(shape, 0, format->name, choice.encoding.strip);  // which says what is lost
   return format->create(path, shape);

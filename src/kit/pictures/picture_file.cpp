@@ -6,12 +6,12 @@
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
+#include "kit/formats/streams.h"
 #include "kit/metadata/carry.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "platform/console.h"
-#include "platform/file.h"
 
 namespace norv {
 namespace {
@@ -51,8 +51,8 @@ SampleSource OpenUpright(const std::string& path, const ByteSource& bytes, const
 class PictureFile {
  public:
   PictureFile(const std::string& path, const Codec& codec, const PictureShape& shape, const WriteChoice& choice)
-      : path_(path), file_(path), row_(RowOf(shape)), dither_(choice.dither) {
-    Guarded([&] { samples_ = codec.create(ToFile(file_), shape, choice.encoding); });
+      : path_(OutputName(path)), file_(path), row_(RowOf(shape)), dither_(choice.dither) {
+    Guarded([&] { samples_ = codec.create(file_.Sink(), shape, choice.encoding); });
   }
   void Write(const Picture& rows) {
     Guarded([&] {
@@ -85,7 +85,7 @@ class PictureFile {
   }
 
   std::string path_;
-  FileOut file_;
+  OutputBytes file_;
   Samples row_;
   SampleSink samples_;
   bool dither_;
@@ -102,9 +102,9 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
     Samples row;
   };
   const ByteSource bytes = FromFile(path);
-  SampleSource samples = Naming(path, [&] { return OpenUpright(path, bytes, choice); });
+  SampleSource samples = Naming(InputName(path), [&] { return OpenUpright(InputName(path), bytes, choice); });
   const PictureShape shape = samples.shape;
-  const auto state = std::make_shared<State>(State{path, std::move(samples), RowOf(shape)});
+  const auto state = std::make_shared<State>(State{InputName(path), std::move(samples), RowOf(shape)});
   return {shape, [state](Picture& rows, int32_t at, int32_t count) {
             Naming(state->path, [&] {
               for (int32_t r = at; r < at + count; ++r) {
@@ -118,12 +118,13 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
 Picture ReadPicture(const std::string& path, const ReadChoice& choice) { return AllRows(OpenPicture(path, choice)); }
 
 InFile PictureInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
-  const Codec* codec = CodecOfName(path);
-  if (!codec) Fail("%s: no picture format for this name (%s)", path.c_str(), WrittenExtensions().c_str());
+  const std::string name = OutputName(path);
+  const Codec* codec = CodecOfWord(FormatWord(path, choice));
+  if (!codec) Fail("%s: no picture format for this name (%s)", name.c_str(), WrittenExtensions().c_str());
   if (!codec->create)
-    Fail("%s: %s is read only; what is written: %s", path.c_str(), codec->name, WrittenExtensions().c_str());
+    Fail("%s: %s is read only; what is written: %s", name.c_str(), codec->name, WrittenExtensions().c_str());
   if (choice.bits != 0 && (choice.bits < codec->leastBits || choice.bits > codec->mostBits))
-    Fail("%s: %s holds %d bits a sample only", path.c_str(), codec->name,
+    Fail("%s: %s holds %d bits a sample only", name.c_str(), codec->name,
          choice.bits > codec->mostBits ? codec->mostBits : codec->leastBits);
   if (choice.encoding.quality != 0 && codec->loss == Loss::never)
     throw WrongUsage(std::string("--quality does nothing in ") + codec->name +
@@ -131,24 +132,24 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   if (choice.encoding.compression >= 0 && !codec->compression)
     throw WrongUsage("--compression is for PNG and does nothing in a " + std::string(codec->name) + ": leave it out");
   if (choice.encoding.lossless && codec->loss == Loss::always)
-    Fail("%s: %s always loses something: leave out --lossless, or write %s", path.c_str(), codec->name,
+    Fail("%s: %s always loses something: leave out --lossless, or write %s", name.c_str(), codec->name,
          LosslessExtensions("or").c_str());
   PictureShape written = shape;
   if (shape.HasAlpha() && !codec->alpha) --written.channels;
   written.bits = std::clamp(written.bits, codec->leastBits, codec->mostBits);
   if (choice.bits != 0) written.bits = choice.bits;
   if (choice.dither && written.bits != 8)
-    throw WrongUsage("--dither is for 8 bits a sample, " + path + " gets " + std::to_string(written.bits));
-  Naming(path, [&] { RequirePossible(written.width, written.height); });
+    throw WrongUsage("--dither is for 8 bits a sample, " + name + " gets " + std::to_string(written.bits));
+  Naming(name, [&] { RequirePossible(written.width, written.height); });
   if (std::max(written.width, written.height) > codec->mostSide)
-    Fail("%s: %s holds at most %d pixels a side, not %d x %d", path.c_str(), codec->name, codec->mostSide,
+    Fail("%s: %s holds at most %d pixels a side, not %d x %d", name.c_str(), codec->name, codec->mostSide,
          written.width, written.height);
   return {codec->name, written};
 }
 
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   InFile in = PictureInFile(path, shape, choice);
-  const Codec& codec = *CodecOfName(path);
+  const Codec& codec = *CodecOfWord(FormatWord(path, choice));
   in.shape.metadata = CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip);
   const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice);
   const bool onWhite = shape.HasAlpha() && !in.shape.HasAlpha();

@@ -65,6 +65,8 @@ void PrepareConsole() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+bool InputIsTerminal() { return isatty(STDIN_FILENO); }
+bool OutputIsTerminal() { return isatty(STDOUT_FILENO); }
 bool ProgressIsVisible() { return isatty(STDERR_FILENO); }
 
 void WaitForKeys(int count) {

@@ -16,6 +16,9 @@ void PrepareConsole() {
   _setmode(_fileno(stdout), _O_BINARY);
 }
 
+bool InputIsTerminal() { return GetFileType(GetStdHandle(STD_INPUT_HANDLE)) == FILE_TYPE_CHAR; }
+bool OutputIsTerminal() { return GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_CHAR; }
+
 bool ProgressIsVisible() {
   // The line is wiped by a control sequence, which a console obeys only when it is told to.
   const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
