@@ -8,6 +8,7 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/premultiplied.h"
+#include "platform/memory.h"
 #include "platform/progress.h"
 #include "platform/team.h"
 #include "raster/bands.h"
@@ -54,6 +55,12 @@ Picture RowsOf(const Picture& from, int32_t first, int32_t count) {
   return rows;
 }
 
+// So many that a strip stays of moderate size, and its margins are not most of it.
+int32_t EnlargedRowsOfStrip(int32_t width) {
+  constexpr int32_t kStripPixels = 1 << 21;
+  return std::clamp(kStripPixels / std::max(width, 1), kRefinedRows / 3, kRefinedRows);
+}
+
 class Refiner {
  public:
   Refiner(PictureSource large, std::shared_ptr<PassedLuminance> passed, const RestoreParameters& parameters,
@@ -61,14 +68,16 @@ class Refiner {
       : large_(std::move(large)),
         passed_(std::move(passed)),
         parameters_(parameters),
-        threads_(std::max(threads, 1)),
         height_(large_.shape.height / parameters.factor),
-        stripRows_(std::max(kRefinedRows / parameters.factor, 1)),
+        stripRows_(std::max(EnlargedRowsOfStrip(large_.shape.width) / parameters.factor, 1)),
         margin_(std::max(kRefineMargin / parameters.factor, 1)),
         progress_("Refining", PlaneWork(parameters) * ((height_ + stripRows_ - 1) / stripRows_)) {
     const int32_t rows = std::min(height_, stripRows_ + 2 * margin_), width = large_.shape.width / Factor();
     CheckRestoration(parameters_, width, rows, kDefaultFormat);
-    DemandMemory(threads_ * RestorationMemory(parameters_, width, rows, kLuminance));
+    const int64_t bytes = RestorationMemory(parameters_, width, rows, kLuminance);
+    DemandMemory(bytes);
+    const int64_t strips = static_cast<int64_t>(AvailableMemory() / 2) / bytes;
+    threads_ = static_cast<int32_t>(std::clamp<int64_t>(threads, 1, std::max<int64_t>(strips, 1)));
   }
 
   void Read(Picture& rows, int32_t at, int32_t count) {
@@ -147,8 +156,8 @@ class Refiner {
   PictureSource large_;
   std::shared_ptr<PassedLuminance> passed_;
   const RestoreParameters parameters_;
-  const int32_t threads_, height_;    // of the small picture
-  const int32_t stripRows_, margin_;  // likewise
+  const int32_t height_, stripRows_, margin_;  // of the small picture
+  int32_t threads_ = 1;
   Progress progress_;
   Picture held_;                         // the rows of the window, refined as far as ready_
   matrix start_, kept_;                  // the window's luminance as it came in; the part that the next one needs

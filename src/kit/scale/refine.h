@@ -9,8 +9,8 @@
 
 namespace norv {
 
-// A picture is refined in strips of so many of its enlarged rows, each of which sees so many rows of its neighbours.
-// The cut depends on the picture's height alone, so that neither threads nor memory change the result.
+// A picture is refined in strips of so many of its enlarged rows, of very wide ones fewer, and each sees so many rows
+// of its neighbours. The cut depends on the picture's size alone, so that neither threads nor memory change the result.
 inline constexpr int32_t kRefinedRows = 384, kRefineMargin = 48;
 
 // The luminance, multiplied by alpha, of rows that have passed by, for as long as somebody needs them.
@@ -21,8 +21,8 @@ PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLumina
 
 // The rows of `large`, an enlargement by parameters.factor of the picture whose luminance has passed, with their
 // luminance restored from what it is; colours follow, alpha stays (colours are multiplied by it meanwhile). Up to
-// `threads` strips are in work and in memory at a time. Throws the texts of CheckRestoration, matrix's out-of-memory
-// message and what the sources throw.
+// `threads` strips are in work and in memory at a time, fewer where memory is short. Throws the texts of
+// CheckRestoration, matrix's out-of-memory message and what the sources throw.
 PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> passed,
                           const RestoreParameters& parameters, int32_t threads);
 
