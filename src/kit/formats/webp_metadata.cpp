@@ -6,6 +6,7 @@
 #include <webp/mux.h>
 
 #include "kit/failure.h"
+#include "kit/metadata/containers.h"
 #include "kit/metadata/exif.h"
 #include "kit/metadata/image_resources.h"
 #include "kit/metadata/text.h"
@@ -63,6 +64,7 @@ std::shared_ptr<const Metadata> ReadWebpMetadata(const Bytes& webp) {
   ReadResources(take(kResources), metadata);
   DropMark(metadata.exif);
   metadata.orientation = ExifOrientation(metadata.exif);
+  TakeExifComment(metadata);
   return std::make_shared<const Metadata>(std::move(metadata));
 }
 

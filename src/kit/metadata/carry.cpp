@@ -150,6 +150,11 @@ std::optional<Resolution> ResolutionOf(const Metadata& metadata) {
   return metadata.resolution ? metadata.resolution : ExifResolution(metadata.exif);
 }
 
+void TakeExifComment(Metadata& metadata) {
+  const std::string comment = ExifComment(metadata.exif);
+  if (!comment.empty()) metadata.text.push_back({"Comment", comment, Utf8OfLatin1(comment) == comment});
+}
+
 std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t carries, const char* format,
                                             bool strip) {
   if (!shape.metadata) return nullptr;

@@ -41,6 +41,10 @@ bool WantsBigEndian(const Metadata* metadata);
 // them, to stand at the offset `at`.
 Bytes TiffDirectoryWith(const Metadata& metadata, const ByteSource& tiff, int64_t at);
 
+// Takes a comment out of EXIF, where it stands for formats without texts, to be one for those that have them. It stays
+// in EXIF too.
+void TakeExifComment(Metadata& metadata);
+
 // The resolution that the format said, else EXIF's.
 std::optional<Resolution> ResolutionOf(const Metadata& metadata);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kit/metadata/text.h"
 #include "kit/metadata/tiff_tags.h"
 
 namespace norv {
@@ -137,6 +138,13 @@ std::optional<Resolution> ExifResolution(std::span<const uint8_t> exif) {
   if (x <= 0) return {};
   if (unit == 3) return Resolution{100 * x, 100 * y, ResolutionUnit::metre};
   return Resolution{x, y, unit == 1 ? ResolutionUnit::none : ResolutionUnit::inch};
+}
+
+std::string ExifComment(std::span<const uint8_t> exif) {
+  const FirstDirectory first(exif);
+  for (const TiffEntry& entry : first.directory.entries)
+    if (entry.tag == kTagComment) return Utf8OfUtf16(first.structure->Value(entry));
+  return "";
 }
 
 TiffFields ResolutionFields(const Resolution& resolution, bool bigEndian) {

@@ -18,6 +18,9 @@ int32_t OrientationOf(double number);
 int32_t ExifOrientation(std::span<const uint8_t> exif);
 std::optional<Resolution> ExifResolution(std::span<const uint8_t> exif);
 
+// The comment that it has for programs, UTF-8; empty without one.
+std::string ExifComment(std::span<const uint8_t> exif);
+
 // Says in place what is true of a picture of this size that is stored upright: sizes where there are any, orientation
 // 1. The thumbnail, which shows another picture, goes. Nothing else moves, so that offsets in a maker's own format stay
 // valid.

@@ -26,6 +26,13 @@ uint32_t Take(std::string_view& text) {
   return character;
 }
 
+void Append(std::string& text, uint32_t character) {
+  const int more = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  constexpr uint32_t kFirst[] = {0, 0xC0, 0xE0, 0xF0};
+  text += static_cast<char>(kFirst[more] | character >> 6 * more);
+  for (int i = more - 1; i >= 0; --i) text += static_cast<char>(0x80 | (character >> 6 * i & 0x3F));
+}
+
 int HexDigit(char c) {
   return c >= '0' && c <= '9'   ? c - '0'
          : c >= 'a' && c <= 'f' ? c - 'a' + 10
@@ -43,11 +50,7 @@ bool IsUtf8(std::string_view text) {
 
 std::string Utf8OfLatin1(std::string_view latin) {
   std::string text;
-  for (const char c : latin) {
-    const uint8_t byte = static_cast<uint8_t>(c);
-    if (byte >= 0x80) text += static_cast<char>(0xC0 | byte >> 6);
-    text += static_cast<char>(byte < 0x80 ? byte : 0x80 | (byte & 0x3F));
-  }
+  for (const char c : latin) Append(text, static_cast<uint8_t>(c));
   return text;
 }
 
@@ -81,6 +84,20 @@ std::vector<uint8_t> Utf16Of(std::string_view text) {
   }
   put(0);
   return bytes;
+}
+
+std::string Utf8OfUtf16(std::span<const uint8_t> bytes) {
+  std::string text;
+  const auto unit = [&](size_t i) { return i + 1 < bytes.size() ? bytes[i] | uint32_t{bytes[i + 1]} << 8 : 0; };
+  for (size_t i = 0; unit(i) != 0; i += 2) {
+    uint32_t character = unit(i);
+    if (character >= 0xD800 && character < 0xDC00 && (unit(i + 2) & 0xFC00) == 0xDC00) {
+      character = 0x10000 + ((character - 0xD800) << 10) + (unit(i + 2) - 0xDC00);
+      i += 2;
+    }
+    Append(text, character >= 0xD800 && character < 0xE000 ? 0xFFFD : character);
+  }
+  return text;
 }
 
 std::string_view CharactersOf(std::span<const uint8_t> bytes) {

@@ -16,6 +16,8 @@ std::string Utf8OfLatin1(std::string_view latin);
 std::optional<std::string> Latin1OfUtf8(std::string_view text);
 // Little-endian, with a zero at its end.
 std::vector<uint8_t> Utf16Of(std::string_view text);
+// Back, up to a zero or the end; what is no character becomes the one for that, U+FFFD.
+std::string Utf8OfUtf16(std::span<const uint8_t> bytes);
 
 std::string_view CharactersOf(std::span<const uint8_t> bytes);
 

@@ -86,6 +86,7 @@ SharedMetadata ReadTiffMetadata(const ByteSource& tiff, int64_t directory) {
   const Bytes block = ExifBlock(tree);
   metadata.resolution = ExifResolution(block);
   if (SaysMoreThanLayout(tree)) metadata.exif = block;
+  TakeExifComment(metadata);
   return std::make_shared<const Metadata>(std::move(metadata));
 }
 
