@@ -123,7 +123,10 @@ TEST_CASE("what cannot be written is refused before the picture is looked at") {
   const Place place;
   // Its header is whole, its pixels are damaged: whoever had begun to work would have found out.
   for (const char* name : {"a.png", "wide.png"}) {
-    WritePicture(place / name, *name == 'a' ? Picture(200, 200, 3) : Picture(40000, 8, 3), {});
+    Picture picture = *name == 'a' ? Picture(200, 200, 3) : Picture(40000, 8, 3);
+    for (matrix& plane : picture.plane)
+      for (int32_t i = 0; i < plane.mn; ++i) plane.x[i] = static_cast<float>(i * 7919LL % 251);
+    WritePicture(place / name, std::move(picture), {});
     const std::string bytes = test::ReadBytes(place / name);
     test::WriteBytes(place / name, bytes.substr(0, bytes.size() / 2));
   }
