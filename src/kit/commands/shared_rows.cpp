@@ -72,7 +72,7 @@ Options WriteRows(WriteChoice& choice) {
        .unit = "N",
        .check = Between{0, 9},
        .help = "trouble taken to make a PNG small: 0 none, 9 all there is",
-       .byDefault = "4"},
+       .byDefault = "5"},
       {.name = "--strip", .target = &choice.encoding.strip, .help = "leave out all metadata but the colour profile"},
       OverwriteRow(choice.overwrite)};
 }

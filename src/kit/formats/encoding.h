@@ -13,7 +13,7 @@ struct EncodingChoice {
   int32_t threads = 0;       // that work on it, which nothing shows of; 0: as many as the process may use processors
   bool strip = false;        // of metadata only the colour profile
 
-  int32_t Compression() const { return compression >= 0 ? compression : 4; }
+  int32_t Compression() const { return compression >= 0 ? compression : 5; }
   int32_t Quality() const { return quality != 0 ? quality : 95; }
 };
 
