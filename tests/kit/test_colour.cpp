@@ -111,16 +111,17 @@ TEST_CASE("an opaque picture comes out as the one without alpha") {
 
 TEST_CASE("colours come back from what scaling left of them and of alpha") {
   // Networks leave a little more or less than 255 of it, and there nothing is divided.
-  const float alpha[] = {255.2f, 254.8f, 254, 51, 0.6f, 0.4f, 0.001f, -3, 270},
-              colour[] = {300, -7, 127, 40, 90, 30, 30, 2, 135};
-  for (const int32_t bits : {8, 16}) {
-    Picture picture(9, 1, 2, bits);
-    std::copy_n(colour, 9, picture.plane[0].x);
-    std::copy_n(alpha, 9, picture.Alpha().x);
+  const float alpha[] = {255.2f, 254.8f, 254, 51, 0.6f, 0.4f, 0.001f, -3, 270, 51},
+              colour[] = {300, -7, 127, 40, 90, 30, 30, 2, 135, 80};
+  for (const int32_t bits : {8, 16, 32}) {
+    Picture picture(10, 1, 2, bits);
+    std::copy_n(colour, 10, picture.plane[0].x);
+    std::copy_n(alpha, 10, picture.Alpha().x);
     Unpremultiply(picture);
-    const float divided[] = {300, -7, 127.5f, 200, 255, bits == 16 ? 255.0f : 0.0f, 0, 0, 127.5f};
-    const float clamped[] = {255, 255, 254, 51, 0.6f, 0.4f, 0.001f, 0, 255};
-    for (int i = 0; i < 9; ++i) {
+    const float divided[] = {
+        300, -7, 127.5f, 200, 255, bits == 8 ? 0.0f : 255.0f, 0, 0, 127.5f, bits == 32 ? 400.0f : 255.0f};
+    const float clamped[] = {255, 255, 254, 51, 0.6f, 0.4f, 0.001f, 0, 255, 51};
+    for (int i = 0; i < 10; ++i) {
       CHECK(picture.plane[0].x[i] == doctest::Approx(divided[i]));
       CHECK(picture.Alpha().x[i] == clamped[i]);
     }

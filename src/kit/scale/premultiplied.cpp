@@ -10,6 +10,8 @@ namespace {
 
 // How far from 255 a plane of 255 may be after scaling: networks leave the most.
 constexpr float kOpaqueWithin = 0.25f;
+// Alpha below which a quotient says more of rounding than of colour.
+constexpr float kSeen = 8;
 
 }  // namespace
 
@@ -32,9 +34,10 @@ void Unpremultiply(Picture& picture) {
       alpha[i] = 255;
     } else {
       const double share = alpha[i] < clear ? 0 : 255.0 / alpha[i];
+      const bool beyond = picture.bits == 32 && alpha[i] >= kSeen;
       for (int32_t k = 0; k < picture.Colours(); ++k) {
-        float& colour = picture.plane[k].x[i];
-        colour = static_cast<float>(std::clamp(colour * share, 0.0, 255.0));
+        const double colour = picture.plane[k].x[i] * share;
+        picture.plane[k].x[i] = static_cast<float>(beyond ? colour : std::clamp(colour, 0.0, 255.0));
       }
     }
     alpha[i] = std::clamp(alpha[i], 0.0f, 255.0f);
