@@ -6,6 +6,7 @@
 #include <png.h>
 #include <string>
 #include <tiffio.h>
+#include <utility>
 #include <vector>
 
 #include "kit/pictures/picture.h"
@@ -297,6 +298,19 @@ TEST_CASE("dithering keeps in the mean of a few pixels what eight bits cannot ho
       }
   }
   // The same wherever the work is cut.
+  WriteChoice choice;
+  choice.bits = 8;
+  choice.dither = true;
+  WritePicture(folder / "whole.png", shade, choice);
+  const PictureSource rows = HeldPicture(shade);
+  const PictureSink parts = CreatePicture(folder / "parts.png", shade.Shape(), choice);
+  for (int i = 0; i < 2; ++i) {
+    Picture part(128, 48, 1, 16);
+    rows.read(part, 0, 48);
+    parts.write(std::move(part));
+  }
+  parts.finish();
+  CHECK(test::ReadBytes(folder / "whole.png") == test::ReadBytes(folder / "parts.png"));
   REQUIRE(KitIn(folder, "new-net net.net --start lanczos").exitCode == 0);
   const auto bytes = [&](const std::string& more) {
     REQUIRE(
