@@ -51,9 +51,9 @@ class PngReader {
     RequirePossible(width, height);
     shape = {static_cast<int32_t>(width), static_cast<int32_t>(height), png_get_channels(png, info),
              png_get_bit_depth(png, info)};
-    // Deflate makes at most so much of a byte.
-    constexpr size_t kMostOfByte = 1032;
-    if (rowBytes * height / kMostOfByte > static_cast<uint64_t>(source.size)) Fail("PNG: the file ends early");
+    // Deflate makes at most so much of a byte. What little a small file lacks is found out when it is read.
+    constexpr size_t kMostOfByte = 1032, kSmall = 4096;
+    if (rowBytes * height / kMostOfByte > static_cast<uint64_t>(source.size) + kSmall) Fail("PNG: the file ends early");
     shape.pages = FramesOf(source);
     shape.metadata = ReadPngMetadata(source);
     shape.turn = TurnOfOrientationTag(shape.metadata->orientation);
