@@ -115,6 +115,9 @@ TEST_CASE("what is read is written over only when it is given up, by whatever na
     CHECK(test::ReadBytes(place / file) != bytes);
     CHECK(test::ReadBytes(place / ("hard" + std::string(kind))) == bytes);
   }
+  // The longest name there is.
+  CHECK(KitIn(place.folder, "noise a.png " + std::string(251, 'n') + ".png").exitCode == 0);
+  CHECK(KitIn(place.folder, "noise a.png " + std::string(252, 'n') + ".png").exitCode == 1);
   // The tool's own input is laid down again and again.
   for (int run = 0; run < 2; ++run) CHECK(KitIn(place.folder, "import a.png input.fdib").exitCode == 0);
 }

@@ -92,8 +92,9 @@ Destination::Destination(const std::string& path, const PictureShape& shape, con
         "standard output is a terminal, which shows no pictures: send it into a file or a program, norvkit ... > FILE");
   WarnOfName(path, choice, in.format);
   if (in.shape.channels < shape.channels)
-    Warn(HasImageName(path) ? "%s has no place for the alpha plane, which is left out"
-                            : "%s has no place for the alpha plane: the picture is laid on white",
+    Warn(KindOfExtension(FormatWord(path, choice))
+             ? "%s has no place for the alpha plane, which is left out"
+             : "%s has no place for the alpha plane: the picture is laid on white",
          in.format);
   if (choice.bits == 0 && in.shape.bits < shape.bits && !choice.dither)
     Warn("%s holds %d bits a sample: the picture's %d are rounded", in.format, in.shape.bits, shape.bits);

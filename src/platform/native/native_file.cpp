@@ -15,7 +15,11 @@ constexpr char kTemporarySuffix[] = ".norv-tmp";
 
 std::string TemporaryName(const std::string& destination) {
   static std::atomic<unsigned> counter{0};
-  return destination + "." + std::to_string(ProcessId()) + "-" + std::to_string(counter++) + kTemporarySuffix;
+  // A name may be as long as the system allows, and there is more to come.
+  constexpr size_t kLongest = 200;
+  const size_t length = ToNative(destination).filename().u8string().size();
+  return destination.substr(0, destination.size() - (length > kLongest ? length - kLongest : 0)) + "." +
+         std::to_string(ProcessId()) + "-" + std::to_string(counter++) + kTemporarySuffix;
 }
 
 void RemoveAbandonedFiles(const std::string& destination) {
