@@ -140,6 +140,7 @@ TEST_CASE("words are known again although they are misspelt") {
   CHECK(NearestWord("ifno", words) == "info");
   CHECK(NearestWord("restroe", words) == "restore");
   CHECK(NearestWord("potato", words) == "");
+  CHECK(Kit({std::string(100000, 'x')}).exitCode == 2);
   CHECK(Wrapped("one two", 4, 95) == "one\n    two");
   CHECK(Wrapped("one\ntwo", 2, 0) == "one\n  two");
 }

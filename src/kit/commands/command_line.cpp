@@ -70,6 +70,11 @@ bool IsPicture(const std::string& word) {
   return std::filesystem::is_regular_file(word, error) || HasPictureName(word) || HasImageName(word);
 }
 
+bool IsFolder(const std::string& word) {
+  std::error_code error;
+  return std::filesystem::is_directory(word, error);
+}
+
 bool AsksForHelp(const std::string& word) { return word == "--help" || word == "-h"; }
 
 std::optional<Command> Helped(const std::vector<std::string>& words) {
@@ -96,7 +101,7 @@ std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
     throw WrongUsage(words[0] + " stands behind a command or a picture: norvkit enlarge PICTURE OUT " + words[0]);
   std::optional<Command> command = FindCommand(words[0]);
   const bool alone = !command && IsPicture(words[0]);
-  if (!command && std::filesystem::is_directory(words[0]))
+  if (!command && IsFolder(words[0]))
     throw WrongUsage(words[0] + " is a folder; one picture at a time: norvkit enlarge PICTURE OUT", "enlarge");
   if (!command && !alone) RefuseCommand(words[0]);
   if (alone) command = PictureCommand();

@@ -100,7 +100,7 @@ Command TrainCommand() {
   return MakeCommand<Settings>(
       {.name = "train",
        .purpose = "From a folder of pictures to a network that enlarges",
-       .examples = "norvkit train photographs trained --layout 48 --factor 2 --hidden 64,64 --shrink 3 --epochs 20\n"
+       .examples = "norvkit train photographs trained --inputs 48 --factor 2 --hidden 64,64 --shrink 3 --epochs 20\n"
                    "norvkit train photographs trained --shrink 3 --epochs 30 --resume"},
       Rows, Run);
 }

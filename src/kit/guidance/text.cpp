@@ -63,6 +63,7 @@ std::string NearestWord(const std::string& word, std::span<const std::string> ca
   size_t least = std::max<size_t>(word.size() / 3, 1) + 1;
   std::string nearest;
   for (const std::string& candidate : candidates) {
+    if (std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size()) >= least) continue;
     const size_t edits = EditsBetween(word, candidate);
     if (edits >= least) continue;
     least = edits;
