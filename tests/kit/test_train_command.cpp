@@ -126,7 +126,7 @@ TEST_CASE("a network for JPEG files learns from and is measured on pictures comp
         const float levels = set.Record(n)[i] * 255;
         whole += std::abs(levels - std::round(levels)) < 1e-3f;
       }
-    return static_cast<double>(whole) / (int64_t{set.N} * set.Nin);
+    return static_cast<double>(whole) / (double{1} * set.N * set.Nin);
   };
   CHECK(wholeLevels("poor") == 1);
   CHECK(wholeLevels("plain") < 0.6);
