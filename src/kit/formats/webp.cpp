@@ -73,6 +73,7 @@ Samples DecodeWebp(const ByteSource& source, const ReadChoice& choice) {
   if (WebPGetFeatures(bytes.data(), bytes.size(), &features) != VP8_STATUS_OK) Fail(kDamaged);
   const PictureShape shape = ShapeOf(features, bytes);
   RequireLikely(shape, source.size);
+  RequireMemory(int64_t{2} * 4 * shape.width * shape.height);  // of the library's own, beside the samples
   if (features.has_animation) return DecodeFrame(bytes, shape, choice.Page());
   Samples samples(shape);
   const auto decode = features.has_alpha ? WebPDecodeRGBAInto : WebPDecodeRGBInto;
