@@ -26,6 +26,8 @@ using Handle =
     std::unique_ptr<heif_image_handle, Release<[](heif_image_handle* handle) { heif_image_handle_release(handle); }>>;
 using Image = std::unique_ptr<heif_image, Release<[](heif_image* image) { heif_image_release(image); }>>;
 
+using Codes = std::unique_ptr<heif_color_profile_nclx, Release<heif_nclx_color_profile_free>>;
+
 // A brand of four letters that the file says it is of, or also of.
 bool HasBrand(std::span<const uint8_t> start, std::initializer_list<const char*> brands) {
   if (start.size() < 12 || std::memcmp(start.data() + 4, "ftyp", 4) != 0) return false;
@@ -81,11 +83,12 @@ void ReadProfile(const char* name, const heif_image_handle* handle, Metadata& me
     metadata.icc.resize(size);
     if (size > 0) Require(name, heif_image_handle_get_raw_color_profile(handle, metadata.icc.data()));
   } else if (type == heif_color_profile_type_nclx) {
-    heif_color_profile_nclx* codes = nullptr;
-    if (heif_image_handle_get_nclx_color_profile(handle, &codes).code != heif_error_Ok || !codes) return;
+    heif_color_profile_nclx* raw = nullptr;
+    const bool known = heif_image_handle_get_nclx_color_profile(handle, &raw).code == heif_error_Ok;
+    const Codes codes(raw);  // that may be there when it failed, too
+    if (!known || !codes) return;
     const auto primaries = static_cast<uint8_t>(codes->color_primaries),
                transfer = static_cast<uint8_t>(codes->transfer_characteristics);
-    heif_nclx_color_profile_free(codes);
     constexpr uint8_t kUnknown = 2, kSrgbPrimaries = 1, kSrgbTransfer = 13;
     // What is handed on is RGB over all values.
     const bool said = primaries != kUnknown && transfer != kUnknown;
