@@ -3,13 +3,17 @@
 #ifdef NORV_HEIF
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <libheif/heif.h>
 #include <memory>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
 #include "kit/metadata/containers.h"
+#include "platform/team.h"
 
 namespace norv {
 namespace {
@@ -127,6 +131,42 @@ Samples GreyWhereItIs(Samples samples) {
   return grey;
 }
 
+// While it lives, the process gets so much more address space and no more: the decoders below the library take what
+// the coded pictures claim, whatever size the file itself says. Without an effect under sanitizers, whose own memory is
+// beyond any limit.
+class AddressLimit {
+ public:
+  explicit AddressLimit(int64_t more) {
+#ifndef NORV_SANITIZED
+    long long pages = 0;
+    FILE* file = std::fopen("/proc/self/statm", "r");
+    const bool known = file && std::fscanf(file, "%lld", &pages) == 1 && getrlimit(RLIMIT_AS, &before_) == 0;
+    if (file) std::fclose(file);
+    if (!known) return;
+    rlimit limit = before_;
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE) + more));
+    set_ = setrlimit(RLIMIT_AS, &limit) == 0;
+#else
+    static_cast<void>(more);
+#endif
+  }
+  ~AddressLimit() {
+    if (set_) setrlimit(RLIMIT_AS, &before_);
+  }
+  AddressLimit(const AddressLimit&) = delete;
+  AddressLimit& operator=(const AddressLimit&) = delete;
+
+ private:
+  rlimit before_ = {};
+  bool set_ = false;
+};
+
+// Beside the pixels: for the decoder's tables, and what a thread reserves without using it.
+int64_t RoomOfDecoder(const PictureShape& shape) {
+  constexpr int64_t kTables = int64_t{256} << 20, kThread = int64_t{160} << 20;
+  return 8 * static_cast<int64_t>(shape.RowBytes()) * shape.height + kTables + kThread * ProcessorCount();
+}
+
 class HeifReader {
  public:
   HeifReader(const char* name, const ByteSource& source)
@@ -179,9 +219,8 @@ class HeifReader {
     const heif_chroma chroma = shape.bits == 16
                                    ? (alpha ? heif_chroma_interleaved_RRGGBBAA_LE : heif_chroma_interleaved_RRGGBB_LE)
                                    : (alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB);
-    heif_image* decoded = nullptr;
-    Require(name_, heif_decode_image(handle_.get(), &decoded, heif_colorspace_RGB, chroma, nullptr));
-    const Image image(decoded);
+    const Image image = DecodeAs(chroma, shape);
+    heif_image* decoded = image.get();
     int stride = 0;
     const uint8_t* rows = heif_image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
     if (!rows || heif_image_get_width(decoded, heif_channel_interleaved) != shape.width ||
@@ -197,6 +236,17 @@ class HeifReader {
                                                                                 : bits,
                                                               multiplied, samples, samples.Row(r));
     return samples;
+  }
+
+  Image DecodeAs(heif_chroma chroma, const PictureShape& shape) const {
+    const AddressLimit limit(RoomOfDecoder(shape));
+    heif_image* decoded = nullptr;
+    try {
+      Require(name_, heif_decode_image(handle_.get(), &decoded, heif_colorspace_RGB, chroma, nullptr));
+    } catch (const std::bad_alloc&) {
+      Fail("%s: the coded picture asks for too much memory", name_);
+    }
+    return Image(decoded);
   }
 
   const char* name_;
