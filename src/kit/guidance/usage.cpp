@@ -83,7 +83,7 @@ std::string CommandMeantBy(const std::string& word) {
     }
   std::vector<std::string> names;
   for (const CommandRow& row : CommandTable()) names.push_back(row.make().name);
-  if (const std::string name = NearestWord(word, names); !name.empty()) return name;
+  if (std::string name = NearestWord(word, names); !name.empty()) return name;
   const std::string nearest = NearestWord(word, known);
   for (const Synonyms& row : kSynonyms)
     for (const std::string& synonym : SplitAt(',', row.words))

@@ -179,7 +179,8 @@ bool HasImageName(const std::string& path) { return FormatOf(KindOfName(path)); 
 Picture LoadImage(const std::string& path, const ReadChoice& choice) { return AllRows(OpenImage(path, choice)); }
 
 int64_t SaveImage(const std::string& path, Picture picture, const WriteChoice& choice) {
-  return Destination(path, picture.Shape(), choice).Save(std::move(picture));
+  const Destination out(path, picture.Shape(), choice);
+  return out.Save(std::move(picture));
 }
 
 FloatImage LoadFloatImage(const std::string& path) {

@@ -37,7 +37,7 @@ QualityRange ReadQualityRange(const std::string& words) {
 
 void CompressLuminance(matrix& plane, int32_t quality) {
   int64_t moved = 0;
-  const Samples samples = ToSamples(GreyPicture(std::move(plane)), 8, moved);
+  const Samples samples = ToSamples(GreyPicture(matrix(plane)), 8, moved);
   Picture seen = ToPicture(kJpeg.Decode(kJpeg.Encode(samples, {.quality = quality})));
   plane.swap(seen.plane[0]);
 }

@@ -61,9 +61,9 @@ class RunReader {
   }
   // Up to whole words of 16 bits.
   bool Literal(int count) {
-    const int bytes = nibbles_ ? (count + 1) / 2 : count;
+    const size_t bytes = static_cast<size_t>(nibbles_ ? (count + 1) / 2 : count);
     uint8_t values[256];
-    if (!cursor_.Take(values, static_cast<size_t>(bytes + bytes % 2))) return false;
+    if (!cursor_.Take(values, bytes + bytes % 2)) return false;
     for (int i = 0; i < count; ++i) Put(!nibbles_ ? values[i] : i % 2 ? values[i / 2] & 15 : values[i / 2] >> 4);
     return true;
   }
