@@ -57,8 +57,8 @@ void WriteTiff(const std::string& path, const Tiff& kind, const Pixels& pixels) 
 }
 
 // 8 rows of 8 equal pixels of inks as the library stores them.
-void WriteJpeg(const std::string& path, J_COLOR_SPACE stored, const std::vector<uint8_t>& inks,
-               const std::string& profile) {
+[[maybe_unused]] void WriteJpeg(const std::string& path, J_COLOR_SPACE stored, const std::vector<uint8_t>& inks,
+                                const std::string& profile) {
   jpeg_compress_struct jpeg;
   jpeg_error_mgr errors;
   jpeg.err = jpeg_std_error(&errors);
