@@ -306,7 +306,7 @@ TEST_CASE("what a format cannot hold is left out with a word") {
         std::string::npos);
 }
 
-TEST_CASE("long packets are cut for JPEG and joined for others, in the words of their specification") {
+TEST_CASE("long packets are cut for JPEG and joined for others, marked as readers expect") {
   const test::ScratchFolder folder;
   const auto packet = [](const std::string& attributes, const std::string& inside) {
     return "<rdf:RDF><rdf:Description" + attributes + ">" + inside + "</rdf:Description></rdf:RDF>";
