@@ -120,13 +120,13 @@ TEST_CASE("a network for JPEG files learns from and is measured on pictures comp
   const auto wholeLevels = [&](const std::string& out) {
     TrainingSet set;
     LoadTrainingSet(set, gallery.results / out + "/test.dat", Folder::asGiven);
-    int64_t whole = 0;
+    double whole = 0;
     for (int32_t n = 0; n < set.N; ++n)
       for (int32_t i = 0; i < set.Nin; ++i) {
         const float levels = set.Record(n)[i] * 255;
         whole += std::abs(levels - std::round(levels)) < 1e-3f;
       }
-    return static_cast<double>(whole) / (double{1} * set.N * set.Nin);
+    return whole / (double{1} * set.N * set.Nin);
   };
   CHECK(wholeLevels("poor") == 1);
   CHECK(wholeLevels("plain") < 0.6);

@@ -87,14 +87,18 @@ bool Refining(const Settings& settings) {
 
 // What was said and does nothing in the way that was chosen.
 void RefuseIdleOptions(const Settings& settings) {
-  const std::pair<const char*, bool> ofNetworks[] = {{"--net", !settings.net.empty()},
-                                                     {"--model", !settings.model.empty()},
-                                                     {"--quick", settings.quick},
-                                                     {"--average", settings.how.average},
-                                                     {"--luminance-only", settings.how.shortcut},
-                                                     {"--preset", !settings.preset.empty()}};
-  for (const auto& [option, said] : ofNetworks)
-    if (said && (ByFilter(settings) || (option == std::string("--preset") && !Refining(settings))))
+  struct Said {
+    const char* option;
+    bool said, idle;
+  };
+  const bool byFilter = ByFilter(settings);
+  for (const auto& [option, said, idle] : {Said{"--net", !settings.net.empty(), byFilter},
+                                           {"--model", !settings.model.empty(), byFilter},
+                                           {"--quick", settings.quick, byFilter},
+                                           {"--average", settings.how.average, byFilter},
+                                           {"--luminance-only", settings.how.shortcut, byFilter},
+                                           {"--preset", !settings.preset.empty(), !Refining(settings)}})
+    if (said && idle)
       throw WrongUsage(std::string(option) + " does nothing with --method " + settings.method +
                        ": leave one of them out");
 }
@@ -125,8 +129,7 @@ std::string NameOf(const Settings& settings, const PictureSize& size) {
 // the others are better, and what they take for detail is smoothed.
 std::string PresetFor(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape) {
   if (!settings.preset.empty()) return settings.preset;
-  const bool forCompressed = plan.passes[0].facts.madeFor.starts_with("jpeg");
-  if (forCompressed && settings.method != "both") return "";
+  if (plan.passes[0].facts.ForCompressed() && settings.method != "both") return "";
   return shape.jpegQuality > 0 ? "compressed" : "clean";
 }
 

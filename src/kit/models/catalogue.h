@@ -23,6 +23,8 @@ struct ModelFacts {
   bool best = false, quick = false;
   std::optional<double> plain, averaged;  // dB
 
+  // Made for JPEG files in the first place.
+  bool ForCompressed() const { return madeFor.starts_with("jpeg:"); }
   bool Takes(NetworkWay way) const { return way == NetworkWay::best ? best : quick; }
   std::optional<double> Decibels(NetworkWay way) const { return way == NetworkWay::best ? averaged : plain; }
   // The purpose among those it is made for that fits the picture best; empty when none fits.

@@ -19,11 +19,6 @@
 namespace norv {
 namespace {
 
-void PlaceRows(const Picture& from, Picture& to, int32_t at) {
-  for (int32_t k = 0; k < to.channels; ++k)
-    std::copy_n(from.plane[k].x, from.plane[k].mn, to.plane[k].x + int64_t{to.Width()} * at);
-}
-
 // An image without pixels has no sizes either.
 PictureShape ShapeOf(int32_t width, int32_t height, int32_t channels) {
   if (width == 0 || height == 0) return {0, 0, channels};
@@ -41,7 +36,7 @@ PictureSource OpenFloatImage(const std::string& path) {
             if (count == 0) return;
             FloatImage part(image.shape.width, count, image.shape.format);
             image.read(part, 0, count);
-            PlaceRows(ToPicture(std::move(part)), rows, at);
+            CopyPart(ToPicture(std::move(part)), 0, count, rows, at);
           }};
 }
 
@@ -60,7 +55,7 @@ PictureSource OpenBitImage(const std::string& path) {
   return {ShapeOf(header.width, header.height, 3), [file](Picture& rows, int32_t at, int32_t count) {
             BitImage image(rows.Width(), count);
             file->Array(image.pixels.get(), static_cast<size_t>(image.size));
-            PlaceRows(ToPicture(image), rows, at);
+            CopyPart(ToPicture(image), 0, count, rows, at);
           }};
 }
 

@@ -34,4 +34,8 @@ struct Picture {
   const matrix& Colour(int32_t k) const { return plane[IsGrey() ? 0 : k]; }
 };
 
+// Copies `rows` rows of a picture, from row first on, into rows at, at + 1, ... of another of the same width and
+// channels.
+void CopyPart(const Picture& from, int32_t first, int32_t rows, Picture& to, int32_t at);
+
 }  // namespace norv

@@ -56,9 +56,7 @@ PictureSource HeldPicture(Picture picture) {
   };
   const auto held = std::make_shared<Held>(Held{std::move(picture)});
   return {held->picture.Shape(), [held](Picture& rows, int32_t at, int32_t count) {
-            const int64_t width = rows.Width();
-            for (int32_t k = 0; k < rows.channels; ++k)
-              std::copy_n(held->picture.plane[k].x + width * held->next, width * count, rows.plane[k].x + width * at);
+            CopyPart(held->picture, held->next, count, rows, at);
             held->next += count;
           }};
 }

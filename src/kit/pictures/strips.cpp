@@ -10,13 +10,6 @@
 namespace norv {
 namespace {
 
-// Rows from `first` on of one picture into rows at, at + 1, ... of another of the same width and channels.
-void CopyPart(const Picture& from, int32_t first, int32_t rows, Picture& to, int32_t at) {
-  const int64_t width = to.Width();
-  for (int32_t k = 0; k < to.channels; ++k)
-    std::copy_n(from.plane[k].x + width * first, width * rows, to.plane[k].x + width * at);
-}
-
 Picture RoomFor(const PictureShape& shape, int32_t rows) {
   return Picture(shape.width, rows, shape.channels, shape.bits);
 }

@@ -42,16 +42,9 @@ class PassedLuminance {
 
 namespace {
 
-// Rows first, first + 1, ... of a picture into rows at, at + 1, ... of another.
-void CopyRowsInto(const Picture& from, int32_t first, Picture& to, int32_t at, int32_t count) {
-  const int64_t width = from.Width();
-  for (int32_t k = 0; k < to.channels; ++k)
-    std::copy_n(from.plane[k].x + width * first, width * count, to.plane[k].x + width * at);
-}
-
 Picture RowsOf(const Picture& from, int32_t first, int32_t count) {
   Picture rows(from.Width(), count, from.channels, from.bits);
-  CopyRowsInto(from, first, rows, 0, count);
+  CopyPart(from, first, count, rows, 0);
   return rows;
 }
 
@@ -86,7 +79,7 @@ class Refiner {
       const int32_t n = std::min(count, ready_ - given_);
       Picture part = RowsOf(held_, given_ - heldFirst_, n);
       Unpremultiply(part);
-      CopyRowsInto(part, 0, rows, at, n);
+      CopyPart(part, 0, n, rows, at);
       given_ += n;
       at += n;
       count -= n;
@@ -102,11 +95,11 @@ class Refiner {
     const PictureShape& shape = large_.shape;
     Picture window(shape.width, end - first, shape.channels, shape.bits);
     const int32_t known = heldEnd_ - first;
-    if (known > 0) CopyRowsInto(held_, first - heldFirst_, window, 0, known);
+    if (known > 0) CopyPart(held_, first - heldFirst_, known, window, 0);
     Picture fresh(shape.width, end - heldEnd_, shape.channels, shape.bits);
     large_.read(fresh, 0, fresh.Height());
     Premultiply(fresh);
-    CopyRowsInto(fresh, 0, window, known, fresh.Height());
+    CopyPart(fresh, 0, fresh.Height(), window, known);
     held_ = std::move(window);
     heldFirst_ = first;
     heldEnd_ = end;
