@@ -3,10 +3,21 @@
 #include <cstdio>
 
 namespace norv {
+namespace {
+
+// EXIF and texts are read by ourselves; the library would ask for the memory that an EXIF chunk's length claims before
+// it looks whether the file has as much.
+void PassOverMetadata(png_structp png) {
+  static constexpr png_byte kChunks[] = "eXIf\0tEXt\0zTXt\0iTXt";
+  png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, kChunks, sizeof kChunks / 5);
+}
+
+}  // namespace
 
 PngSession::PngSession(const ByteSource& from) : reading_(true), source_(from) {
   png = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning);
   if (!png) return;
+  PassOverMetadata(png);
   png_set_read_fn(png, this, OnRead);
   info = png_create_info_struct(png);
 }
