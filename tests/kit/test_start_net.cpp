@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 
 #include "kit/training/start_net.h"
+#include "net/enlarge.h"
 #include "net/forward.h"
 #include "net/layouts.h"
 #include "support/random_plane.h"
@@ -85,6 +86,25 @@ TEST_CASE("layouts that cannot hold an interpolation, and plans that contradict 
        {PlanOf(50, 2, {}, 14), PlanOf(49, 2, {}, 14), PlanOf(48, 3, {}, 14), PlanOf(48, 2, {0}, 14),
         PlanOf(48, 2, {}, 18), PlanOf(48, 2, std::vector<int32_t>(16, 4), 14)})
     CHECK(WhyNoNet(plan) != "");
+}
+
+TEST_CASE("a widened network answers as before, and is only made of one whose layers fit") {
+  const NetPlan narrow = PlanOf(24, 2, {5, 4}, kSlopedRampKind);
+  NeuralNet net = RandomNet(narrow);
+  net.layers[1].units[3].b = 0.25f;
+  NetPlan plan = LayersOf(net, {8, 6});
+  CHECK((plan.inputs == 24 && plan.factor == 2 && plan.kinds == narrow.kinds));
+  CHECK(LayersOf(net, {}).hidden == narrow.hidden);
+  REQUIRE(WhyNotWider(net, plan) == "");
+  NeuralNet wide = Widened(net, plan);
+  const matrix plane = test::RandomPlane(9, 7, 3);
+  matrix before, after;
+  NetEnlargeChannel(net, plane, before);
+  NetEnlargeChannel(wide, plane, after);
+  CHECK(std::equal(before.x, before.x + before.mn, after.x));
+  CHECK(wide.layers[0].units[7].W.x[0] != 0);  // else it would never learn
+  CHECK(WhyNotWider(net, LayersOf(net, {8, 3})) != "");
+  CHECK(WhyNotWider(net, LayersOf(net, {8})) != "");
 }
 
 TEST_CASE("random weights depend on the seed alone, fill their range and keep the variance of ramps") {

@@ -184,6 +184,23 @@ TEST_CASE("a training in two parts is the whole one when the rate does not fall,
   CHECK(test::ReadBytes(parts + "/log.csv") == log);
 }
 
+TEST_CASE("a training goes on from another network, as far as the layers fit") {
+  const Gallery gallery;
+  const std::string first = gallery.results / "first", net = first + "/last.net";
+  const test::Outcome trained = gallery.Train(first, "--valid v.png --epochs 1");
+  REQUIRE(trained.exitCode == 0);
+  const auto from = [&](const char* out, const std::string& more) {
+    return Kit(test::Words("train " + gallery.folder.Path() + " " + (gallery.results / out) +
+                           " --valid v.png --epochs 1 --rate 0 --final-rate 0 --from " + net + more));
+  };
+  const auto psnr = [](const test::Outcome& outcome) { return outcome.output.substr(outcome.output.find("PSNR")); };
+  // At rate 0 nothing is learned.
+  CHECK(psnr(from("same", "")) == psnr(trained));
+  CHECK(psnr(from("wide", " --hidden 9")) == psnr(trained));
+  CHECK(Contains(from("narrow", " --hidden 4").errors, "has 6 units already"));
+  CHECK(from("other", " --inputs 24").exitCode == 2);
+}
+
 TEST_CASE("an interrupt keeps the network and says how to go on") {
   const Gallery gallery;
   const std::string out = gallery.results / "out";

@@ -2,6 +2,7 @@
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/training/training_run.h"
+#include "net/net_file.h"
 #include "raster/filters.h"
 
 namespace norv {
@@ -69,6 +70,12 @@ Options LearningRows(Settings& settings) {
            .unit = "N",
            .check = OneOf{TeamSizes(",", ",")},
            .help = TeamSizes(", ", " or ") + ": the same network"},
+          {.name = "--from",
+           .target = &settings.plan.from,
+           .unit = "NET",
+           .help = "start from this .net file; --hidden may add units to its layers",
+           .byDefault = "random weights",
+           .excludes = "--inputs,--factor,--kinds"},
           {.name = "--resume", .target = &settings.plan.resume, .help = "go on with the training that OUT_DIR holds"}};
 }
 
@@ -81,10 +88,23 @@ Options Rows(Settings& settings) {
                  LearningRows(settings)});
 }
 
+// The layers that --from's file has, and --hidden widens.
+NetPlan PlanFrom(const TrainingPlan& asked) {
+  NeuralNet net;
+  LoadNet(net, asked.from, Folder::asGiven);
+  if (net.layers.empty()) Fail("%s: an empty network", asked.from.c_str());
+  NetPlan plan = LayersOf(net, asked.net.hidden);
+  plan.seed = asked.net.seed;
+  if (const std::string reason = WhyNotWider(net, plan); !reason.empty())
+    Fail("%s: %s", asked.from.c_str(), reason.c_str());
+  return plan;
+}
+
 void Run(const Settings& settings) {
   TrainingPlan plan = settings.plan;
-  if (plan.net.hidden.empty()) plan.net.hidden = {64, 64};
-  ChooseKinds(plan.net, kSlopedRampKind);
+  if (plan.from.empty() && plan.net.hidden.empty()) plan.net.hidden = {64, 64};
+  if (plan.from.empty()) ChooseKinds(plan.net, kSlopedRampKind);
+  if (!plan.from.empty()) plan.net = PlanFrom(plan);
   if (const std::string reason = WhyNoNet(plan.net); !reason.empty()) throw WrongUsage(reason);
   if (!FilterOfShrinkOrder(plan.pictures.shrinkOrder)) throw WrongUsage("--order: there is no such filter");
   if (!settings.jpeg.empty()) plan.pictures.jpeg = ReadQualityRange(settings.jpeg);

@@ -116,6 +116,44 @@ NeuralNet RandomNet(const NetPlan& plan) {
   return net;
 }
 
+NetPlan LayersOf(const NeuralNet& net, const std::vector<int32_t>& hidden) {
+  NetPlan plan;
+  plan.inputs = net.N0;
+  plan.factor = net.LastNi() == 16 ? 4 : 2;
+  plan.hidden = hidden;
+  for (size_t layer = 0; layer < net.layers.size(); ++layer) {
+    plan.kinds.push_back(net.layers[layer].units[0].ActivationKind);
+    if (hidden.empty() && layer + 1 < net.layers.size()) plan.hidden.push_back(net.layers[layer].Ni);
+  }
+  return plan;
+}
+
+std::string WhyNotWider(const NeuralNet& net, const NetPlan& plan) {
+  if (!FindEnlargement(net.N0, net.LastNi())) return "it has no layout that enlarges";
+  if (plan.hidden.size() + 1 != net.layers.size())
+    return "it has " + std::to_string(net.layers.size() - 1) + " hidden layers, which stay";
+  for (size_t layer = 0; layer < plan.hidden.size(); ++layer)
+    if (plan.hidden[layer] < net.layers[layer].Ni)
+      return "its hidden layer " + std::to_string(layer + 1) + " has " + std::to_string(net.layers[layer].Ni) +
+             " units already";
+  return "";
+}
+
+NeuralNet Widened(const NeuralNet& net, const NetPlan& plan) {
+  NeuralNet wide = RandomNet(plan);
+  for (size_t layer = 0; layer < net.layers.size(); ++layer)
+    for (int32_t i = 0; i < net.layers[layer].Ni; ++i) {
+      const NetUnit& from = net.layers[layer].units[i];
+      NetUnit& to = wide.layers[layer].units[i];
+      to.W.fill(0);
+      std::copy_n(from.W.x, from.Nin, to.W.x);
+      to.b = from.b;
+      to.ActivationKind = from.ActivationKind;
+      BindActivation(to);
+    }
+  return wide;
+}
+
 std::string WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation) {
   const InputLayout& layout = *FindLayout(plan.inputs);
   if (layout.form == ValueForm::difference) return "differences along diagonals do not add up to an interpolation";

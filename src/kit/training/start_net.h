@@ -32,6 +32,17 @@ std::string WhyNoNet(const NetPlan& plan);
 // machine.
 NeuralNet RandomNet(const NetPlan& plan);
 
+// The layers of a network that has been trained, to go on from; `hidden` with more units where it is not empty.
+NetPlan LayersOf(const NeuralNet& net, const std::vector<int32_t>& hidden);
+
+// Empty when the network can be widened to the plan: the same number of layers, none with fewer units; otherwise the
+// reason.
+std::string WhyNotWider(const NeuralNet& net, const NetPlan& plan);
+
+// The network with further units in its hidden layers, whose answer they do not change yet: they start random, and
+// nothing looks at them (Chen, Goodfellow and Shlens 2016 start theirs as copies instead).
+NeuralNet Widened(const NeuralNet& net, const NetPlan& plan);
+
 // Empty when the layout can hold this interpolation exactly; otherwise the reason.
 std::string WhyNoInterpolation(const NetPlan& plan, Interpolation interpolation);
 

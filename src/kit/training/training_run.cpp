@@ -82,6 +82,11 @@ void TrainingRun::PrepareFolder() {
 
 void TrainingRun::LoadOrStart() {
   net_ = RandomNet(plan_.net);
+  if (!plan_.from.empty()) {
+    NeuralNet trained;
+    LoadNet(trained, plan_.from, Folder::asGiven);
+    net_ = Widened(trained, plan_.net);
+  }
   if (!std::filesystem::exists(Path(kLast))) return;
   NeuralNet last;
   LoadNet(last, Path(kLast), Folder::asGiven);

@@ -17,6 +17,7 @@ struct TrainingPlan {
   PicturePlan pictures;
   std::string folder;  // of the results
   NetPlan net;         // to start from
+  std::string from;    // the .net file whose units it has from the start; empty: all are random
   TrainingOptions options{.iters = 10};
   bool resume = false;  // go on with what the folder holds; pairs and epochs that are there are not made again
 };
