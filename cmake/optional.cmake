@@ -14,6 +14,12 @@ if(NOT WIN32)
     target_link_libraries(norv_kit PUBLIC norv_core PNG::PNG ZLIB::ZLIB JPEG::JPEG TIFF::TIFF PRIVATE CLI11::CLI11)
     set_source_files_properties(src/kit/commands/command_line.cpp PROPERTIES
       COMPILE_DEFINITIONS NORV_VERSION="${PROJECT_VERSION}")
+    # The standard headers that most of its files include cost half of compiling one. Compiler caches know no
+    # precompiled headers, and builds with one show that every file includes what it needs.
+    if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+      target_precompile_headers(norv_kit PRIVATE
+        <algorithm> <array> <cmath> <filesystem> <functional> <memory> <optional> <span> <string> <utility> <vector>)
+    endif()
     # What norvkit does without, each behind its NORV_ define: NAME header package library...
     function(kit_may_use name header package)
       find_path(${name}_INCLUDE_DIR ${header})

@@ -4,7 +4,6 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/file_kind.h"
-#include "kit/pictures/picture.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/refine.h"
 #include "kit/scale/restore_presets.h"
