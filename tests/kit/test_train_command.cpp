@@ -155,6 +155,25 @@ TEST_CASE("the best network is that of the best epoch, whatever came after it") 
   CHECK(log.back().cubic == doctest::Approx(pictures.Validation()[0].cubic).epsilon(1e-5));
 }
 
+TEST_CASE("a training without gain ends when patience does, and stays ended") {
+  const Gallery gallery;
+  const std::string out = gallery.results / "out", line = "--final-rate 0.4 --valid v.png --epochs 12 --patience 2";
+  const test::Outcome first = gallery.Train(out, line);
+  REQUIRE(first.exitCode == 0);
+  const TrainingLog log = ReadTrainingLog(out + "/log.csv");
+  const int32_t best = BestEpoch(log);
+  REQUIRE(log.size() < 12);
+  CHECK(static_cast<int32_t>(log.size()) == best + 2);
+  CHECK(Contains(first.output, "stopped: no epoch of the last 2 was better than epoch " + std::to_string(best)));
+  const std::string kept = test::ReadBytes(out + "/best.net"), last = test::ReadBytes(out + "/last.net");
+  CHECK(kept != last);
+  const test::Outcome again = gallery.Train(out, line + " --resume");
+  CHECK(again.exitCode == 0);
+  CHECK(Contains(again.output, "stopped"));
+  CHECK((test::ReadBytes(out + "/best.net") == kept && test::ReadBytes(out + "/last.net") == last));
+  CHECK(gallery.Train(gallery.results / "none", "--epochs 3 --valid 0 --patience 2").exitCode == 2);
+}
+
 TEST_CASE("a training in two parts is the whole one when the rate does not fall, and what fails leaves it as it is") {
   const Gallery gallery;
   const std::string whole = gallery.results / "whole", parts = gallery.results / "parts";

@@ -65,6 +65,12 @@ Options LearningRows(Settings& settings) {
            .unit = "N",
            .check = Between{0, 2},
            .help = "pairs forward (0), forward and backward in turn (1), backward (2)"},
+          {.name = "--patience",
+           .target = &settings.plan.patience,
+           .unit = "N",
+           .check = Between{1, 1000000},
+           .help = "stop after N epochs without a better PSNR of the held-out pictures",
+           .byDefault = "never"},
           {.name = "--threads",
            .target = &training.threads,
            .unit = "N",
@@ -108,6 +114,9 @@ void Run(const Settings& settings) {
   if (const std::string reason = WhyNoNet(plan.net); !reason.empty()) throw WrongUsage(reason);
   if (!FilterOfShrinkOrder(plan.pictures.shrinkOrder)) throw WrongUsage("--order: there is no such filter");
   if (!settings.jpeg.empty()) plan.pictures.jpeg = ReadQualityRange(settings.jpeg);
+  if (plan.patience > 0 && !plan.pictures.valid.empty() &&
+      plan.pictures.valid.find_first_not_of('0') == std::string::npos)
+    throw WrongUsage("--patience needs held-out pictures: leave out --valid 0");
   plan.pictures.factor = plan.net.factor;
   plan.options.nu0 = static_cast<float>(settings.rate);
   plan.options.nuf = static_cast<float>(settings.finalRate);

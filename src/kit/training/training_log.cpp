@@ -57,6 +57,13 @@ TrainingLog ReadTrainingLog(const std::string& path) {
   return log;
 }
 
+int32_t BestEpoch(const TrainingLog& log) {
+  int32_t best = 0;
+  for (const EpochRecord& record : log)
+    if (best == 0 || record.psnr > log[best - 1].psnr) best = record.epoch;
+  return best;
+}
+
 void WriteTrainingLog(const std::string& path, const TrainingLog& log) {
   std::string text = std::string(kHeading) + "\n";
   for (const EpochRecord& record : log) text += Line(record);

@@ -19,6 +19,9 @@ using TrainingLog = std::vector<EpochRecord>;
 // Throws a Failure that names the file, and the line that makes no sense. Epochs count up from 1.
 TrainingLog ReadTrainingLog(const std::string& path);
 
+// The epoch with the best PSNR, the earlier of equals; 0 for an empty log.
+int32_t BestEpoch(const TrainingLog& log);
+
 // Replaces the file as a whole; throws when that failed, the old file still there.
 void WriteTrainingLog(const std::string& path, const TrainingLog& log);
 

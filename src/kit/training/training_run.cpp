@@ -49,13 +49,6 @@ double MeanOf(const std::vector<HeldOut>& pictures) {
   return sum / static_cast<double>(pictures.size());
 }
 
-// Whether the last epoch of the log is better than all before it.
-bool LastIsBest(const TrainingLog& log) {
-  for (size_t i = 0; i + 1 < log.size(); ++i)
-    if (log[i].psnr >= log.back().psnr) return false;
-  return true;
-}
-
 }  // namespace
 
 TrainingRun::TrainingRun(const TrainingPlan& plan) : plan_(plan), pictures_(plan.pictures) {
@@ -65,7 +58,16 @@ TrainingRun::TrainingRun(const TrainingPlan& plan) : plan_(plan), pictures_(plan
 }
 
 void TrainingRun::Run() {
-  for (int32_t epoch = static_cast<int32_t>(log_.size()); epoch < plan_.options.iters; ++epoch) RunEpoch(epoch);
+  for (int32_t epoch = static_cast<int32_t>(log_.size()); epoch < plan_.options.iters; ++epoch) {
+    if (NothingIsGained())
+      return Say("stopped: no epoch of the last %d was better than epoch %d, which %s holds\n", plan_.patience,
+                 BestEpoch(log_), Path(kBest).c_str());
+    RunEpoch(epoch);
+  }
+}
+
+bool TrainingRun::NothingIsGained() const {
+  return plan_.patience > 0 && static_cast<int32_t>(log_.size()) - BestEpoch(log_) >= plan_.patience;
 }
 
 std::string TrainingRun::Path(const char* name) const { return PathInFolder(plan_.folder, name); }
@@ -130,7 +132,7 @@ void TrainingRun::MakePairs() const {
 }
 
 void TrainingRun::LoadPairs() {
-  if (static_cast<int32_t>(log_.size()) >= plan_.options.iters) return;
+  if (static_cast<int32_t>(log_.size()) >= plan_.options.iters || NothingIsGained()) return;
   if (!std::filesystem::exists(Path(kPairs))) MakePairs();
   LoadTrainingSet(set_, Path(kPairs), Folder::asGiven);
   if (set_.Nin != net_.N0 || set_.Ny != net_.LastNi() || set_.N == 0)
@@ -172,7 +174,7 @@ void TrainingRun::Keep(EpochRecord record) {
   record.cubic = MeanOf<&HeldOut::cubic>(validation);
   record.lanczos = MeanOf<&HeldOut::lanczos>(validation);
   log_.push_back(record);
-  if (LastIsBest(log_)) SaveNet(net_, Path(kBest), Folder::asGiven);
+  if (BestEpoch(log_) == record.epoch) SaveNet(net_, Path(kBest), Folder::asGiven);
   WriteTrainingLog(Path(kLog), log_);
   const std::string drawing = DrawLearningCurve(log_);
   WriteBytes(Path(kCurve), {drawing.begin(), drawing.end()});

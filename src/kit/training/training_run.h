@@ -19,7 +19,8 @@ struct TrainingPlan {
   NetPlan net;         // to start from
   std::string from;    // the .net file whose units it has from the start; empty: all are random
   TrainingOptions options{.iters = 10};
-  bool resume = false;  // go on with what the folder holds; pairs and epochs that are there are not made again
+  int32_t patience = 0;  // stop after so many epochs without a better PSNR of the held-out pictures; 0: never
+  bool resume = false;   // go on with what the folder holds; pairs and epochs that are there are not made again
 };
 
 class TrainingRun {
@@ -28,8 +29,8 @@ class TrainingRun {
   // not go together: a training without resume, another network or other held-out pictures.
   explicit TrainingRun(const TrainingPlan& plan);
 
-  // The epochs that the log lacks, each reported on standard output and complete on the disk before the next begins.
-  // Throws Interrupted when it was stopped, what was learned so far being in last.net.
+  // The epochs that the log lacks, as far as the plan's patience goes, each reported on standard output and complete on
+  // the disk before the next begins. Throws Interrupted when it was stopped, what was learned so far being in last.net.
   void Run();
 
  private:
@@ -39,6 +40,7 @@ class TrainingRun {
   void RequireSamePictures(const EpochRecord& logged) const;
   void MakePairs() const;
   void LoadPairs();
+  bool NothingIsGained() const;
   void RunEpoch(int32_t epoch);
   void Keep(EpochRecord record);
 
