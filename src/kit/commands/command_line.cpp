@@ -25,6 +25,7 @@ CLI::Option& AddParser(CLI::App& parser, const Option& row, Value& target) {
     CLI::Option& option = *parser.add_option(name, target);
     if constexpr (std::is_same_v<Value, std::vector<int32_t>>) option.delimiter(',');
     if (!row.TakesSeveral()) option.take_last();
+    if (!row.HasPlace()) option.allow_extra_args(false);  // what is behind its value is no value of its own
     return option;
   }
 }

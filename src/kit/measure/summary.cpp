@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "platform/console.h"
 
@@ -25,14 +26,12 @@ void Summary::Add(const float* values, size_t n) {
 
 double Summary::Deviation() const { return count_ ? std::sqrt(squares_ / static_cast<double>(count_)) : 0; }
 
-void Summary::Print(const char* what) const {
-  Say("%-12s", what);
+std::string Summary::Text() const {
+  char text[160] = "no finite values", more[64] = "";
   if (count_)
-    Say(" %.6g .. %.6g, mean %.6g, deviation %.6g", min_, max_, mean_, Deviation());
-  else
-    Say(" no finite values");
-  if (notFinite_) Say(", %lld not finite", static_cast<long long>(notFinite_));
-  Say("\n");
+    std::snprintf(text, sizeof text, "%.6g .. %.6g, mean %.6g, deviation %.6g", min_, max_, mean_, Deviation());
+  if (notFinite_) std::snprintf(more, sizeof more, ", %lld not finite", static_cast<long long>(notFinite_));
+  return std::string(text) + more;
 }
 
 void Histogram::Add(const float* values, size_t n) {

@@ -128,6 +128,13 @@ void PutRight(Metadata& metadata, const PictureShape& shape) {
   if (metadata.orientation != 0) metadata.orientation = 1;
 }
 
+}  // namespace
+
+size_t MostCarriedBytes() {
+  constexpr size_t kMost = size_t{64} << 20;
+  return std::min(kMost, AvailableMemory() / 4);
+}
+
 std::string TextOf(const Resolution& resolution) {
   const double scale = resolution.unit == ResolutionUnit::metre ? 0.01 : 1;
   const char* unit = resolution.unit == ResolutionUnit::inch ? "dpi" : scale != 1 ? "pixels/cm" : "pixels' shape";
@@ -137,13 +144,6 @@ std::string TextOf(const Resolution& resolution) {
   else
     std::snprintf(text, sizeof text, "%.6g x %.6g %s", resolution.x * scale, resolution.y * scale, unit);
   return text;
-}
-
-}  // namespace
-
-size_t MostCarriedBytes() {
-  constexpr size_t kMost = size_t{64} << 20;
-  return std::min(kMost, AvailableMemory() / 4);
 }
 
 std::optional<Resolution> ResolutionOf(const Metadata& metadata) {
@@ -174,23 +174,6 @@ std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t 
   LeaveOut(metadata, carries, format);
   if (metadata == Metadata()) return nullptr;
   return std::make_shared<const Metadata>(std::move(metadata));
-}
-
-std::string ContentsOf(const Metadata& metadata) {
-  std::string line;
-  const auto add = [&](const std::string& what) { AddLine(line, what, ", "); };
-  const auto addBytes = [&](const char* name, size_t bytes) {
-    if (bytes > 0) add(std::string(name) + " " + std::to_string(bytes) + " bytes");
-  };
-  addBytes("colour profile", metadata.icc.size());
-  addBytes("EXIF", metadata.exif.size());
-  addBytes("XMP", metadata.xmp.size() + metadata.xmpMore.size());
-  addBytes("IPTC", metadata.iptc.size());
-  if (!metadata.text.empty()) add("texts " + std::to_string(metadata.text.size()));
-  if (const auto resolution = ResolutionOf(metadata)) add(TextOf(*resolution));
-  if (metadata.orientation > 1) add("orientation " + std::to_string(metadata.orientation));
-  if (metadata.gamma) add("gamma " + std::to_string(*metadata.gamma).substr(0, 7));
-  return line;
 }
 
 }  // namespace norv

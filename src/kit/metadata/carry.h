@@ -28,7 +28,7 @@ enum Carries : uint32_t {
 std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t carries, const char* format,
                                             bool strip);
 
-// In a line: "colour profile 560 bytes, EXIF 1234 bytes, 300 dpi"; empty when there is nothing.
-std::string ContentsOf(const Metadata& metadata);
+// "300 dpi".
+std::string TextOf(const Resolution& resolution);
 
 }  // namespace norv
