@@ -5,6 +5,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/measure/certificate.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
@@ -20,7 +21,7 @@ namespace {
 struct Settings {
   std::string picture, out, method, net, model, preset;
   WantedSize size;
-  bool quick = false, denoise = false;
+  bool quick = false, denoise = false, certificate = false;
   NetEnlargement how;
   ReadChoice read;
   WriteChoice choice;
@@ -65,7 +66,8 @@ Options RowsBeside(Settings& settings) {
                    .help = "of the restoration: clean, compressed (JPEG), noisy or drawn",
                    .byDefault = "by the picture"}},
                  NetworkRows(settings),
-                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise), PageRow(settings.read)},
+                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise), PageRow(settings.read),
+                  CertificateRow(settings.certificate)},
                  WriteRows(settings.choice)});
 }
 
@@ -203,8 +205,14 @@ void Run(const Settings& asked) {
   large.height = way.size.height;
   const Destination out(name, large, settings.choice, settings.picture);
   SayWay(settings, way, picture.shape, name);
+  std::optional<Certifier> certifier;
+  if (settings.certificate) certifier.emplace(picture.shape, way.size, -1, out.RoundingOf(large));
+  if (certifier) picture = certifier->Input(std::move(picture));
   if (settings.denoise) picture = Denoised(picture, settings.how.threads);
-  CopyRows(Enlarged(std::move(picture), way), out.Create(large), "Enlarging");
+  PictureSource result = Enlarged(std::move(picture), way);
+  if (certifier) result = certifier->Result(std::move(result));
+  CopyRows(std::move(result), out.Create(large), "Enlarging");
+  if (certifier) std::fprintf(stderr, "%s\n", InWords(certifier->Made()).c_str());
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
+#include <cstdio>
 #include <optional>
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/measure/certificate.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
@@ -16,7 +18,7 @@ namespace {
 struct Settings {
   std::string picture, out, preset = "clean";
   int32_t factor = 2, bands = 0, threads = 1;
-  bool overBytes = false, denoise = false;
+  bool overBytes = false, denoise = false, certificate = false;
   Times sharper, smoother;
   std::optional<double> deblur;
   std::vector<std::optional<double>> knobs;
@@ -93,7 +95,7 @@ Options Rows(Settings& settings) {
                    .aliases = "--bits-road"},
                   DenoiseFirstRow(settings.denoise)},
                  KnobRows(settings),
-                 {PageRow(settings.read)},
+                 {PageRow(settings.read), CertificateRow(settings.certificate)},
                  WriteRows(settings.choice)});
 }
 
@@ -125,17 +127,26 @@ void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& paramete
 void Run(const Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
   RefuseIdleKnobs(settings, parameters);
-  const PictureSource source = OpenImage(settings.picture, settings.read);
+  PictureSource source = OpenImage(settings.picture, settings.read);
   RequireRoom(source.shape, settings.factor);
   PictureShape large = source.shape;
   large.width *= settings.factor;
   large.height *= settings.factor;
   const Destination out(settings.out, large, settings.choice, settings.picture);
-  Picture picture = AllRows(source);
+  std::optional<Certifier> certifier;
+  if (settings.certificate)
+    certifier.emplace(source.shape, PictureSize{large.width, large.height}, parameters.kernelCode,
+                      out.RoundingOf(large));
+  Picture picture = AllRows(certifier ? certifier->Input(std::move(source)) : std::move(source));
   if (settings.denoise) DenoisePicture(picture, {.threads = settings.threads});
   const int32_t bands = settings.bands > 0 ? settings.bands : settings.threads > 1 ? settings.threads : 0;
-  out.Save(settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
-                              : RestorePicture(std::move(picture), parameters, bands, settings.threads));
+  PictureSource result = HeldPicture(
+      settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
+                         : RestorePicture(std::move(picture), parameters, bands, settings.threads));
+  if (certifier) result = certifier->Result(std::move(result));
+  const PictureShape shape = result.shape;
+  CopyRows(std::move(result), out.Create(shape));
+  if (certifier) std::fprintf(stderr, "%s\n", InWords(certifier->Made()).c_str());
 }
 
 }  // namespace

@@ -120,6 +120,12 @@ Option DenoiseFirstRow(bool& target) {
   return {.name = "--denoise", .target = &target, .help = "remove noise first, as norvkit denoise does"};
 }
 
+Option CertificateRow(bool& target) {
+  return {.name = "--certificate",
+          .target = &target,
+          .help = "say how far the result, reduced again, is from the picture: nothing is invented"};
+}
+
 std::string TeamSizes(const char* between, const char* last) {
   std::string list;
   for (const int32_t& size : kTeamSizes) {

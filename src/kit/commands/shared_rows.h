@@ -39,6 +39,9 @@ Option ThreadsRow(int32_t& threads);
 // --denoise of commands that may do so first.
 Option DenoiseFirstRow(bool& target);
 
+// --certificate of commands whose result can be reduced again.
+Option CertificateRow(bool& target);
+
 // The thread counts that a network is worked with, one after another.
 std::string TeamSizes(const char* between, const char* last);
 

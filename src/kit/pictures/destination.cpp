@@ -100,6 +100,10 @@ Destination::Destination(const std::string& path, const PictureShape& shape, con
     Warn("%s holds %d bits a sample: the picture's %d are rounded", in.format, in.shape.bits, shape.bits);
 }
 
+Rounding Destination::RoundingOf(const PictureShape& shape) const {
+  return {ImageInFile(path_, shape, choice_).shape.bits, choice_.dither};
+}
+
 PictureSink Destination::Create(const PictureShape& shape) const {
   const PictureSink file = ReplaceImage(path_, shape, choice_);
   const auto finiteness = std::make_shared<Finiteness>();

@@ -14,6 +14,12 @@ namespace norv {
 // a folder. Behind a symbolic link the file that it points to counts. `input`: what is read meanwhile, for the reason.
 void RequireFree(const std::string& path, bool overwrite, const std::string& input = "");
 
+// What a file does to a picture's samples: to the nearest step, inside 0..255.
+struct Rounding {
+  int32_t bits = 8;  // 8 or 16; 32: floats, nothing
+  bool dither = false;
+};
+
 // A picture's. Commands that work for long make theirs first and save at the end; CreateImage() and SaveImage() make
 // one on the way.
 class Destination {
@@ -22,6 +28,9 @@ class Destination {
   // hold it; warns, once, of what the format loses: alpha, bits.
   Destination(const std::string& path, const PictureShape& shape, const WriteChoice& choice,
               const std::string& input = "");
+
+  // What the file does to the samples of such a picture.
+  Rounding RoundingOf(const PictureShape& shape) const;
 
   // A picture without a single finite value is a Failure instead of a file, one with some is warned of.
   PictureSink Create(const PictureShape& shape) const;

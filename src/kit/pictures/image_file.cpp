@@ -153,7 +153,7 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
     throw WrongUsage("--compression is for PNG and does nothing in a file of ours: leave it out");
   InFile in{format->name, shape};
   if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
-  in.shape.bits = std::min(shape.bits, format->mostBits);
+  in.shape.bits = format->mostBits;
   return in;
 }
 
