@@ -2,6 +2,9 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <new>
+
+#include "platform/console.h"
 
 namespace norv {
 
@@ -14,6 +17,24 @@ void Fail(const char* format, ...) {
   std::vsnprintf(text.data(), text.size() + 1, format, again);
   va_end(again);
   throw Failure(text);
+}
+
+std::string FailureInWords() {
+  try {
+    throw;
+  } catch (const SaidFailure&) {
+    return LastComplaint();
+  } catch (const Interrupted&) {
+    return "interrupted";
+  } catch (const char* message) {
+    return message;
+  } catch (const std::bad_alloc&) {
+    return "out of memory";
+  } catch (const std::exception& error) {
+    return error.what();
+  } catch (...) {
+    return "something unknown went wrong";
+  }
 }
 
 }  // namespace norv

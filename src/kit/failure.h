@@ -31,6 +31,12 @@ class WrongUsage : public std::runtime_error {
 // Ends the command with exit code 1 where the reason is on standard error already.
 struct SaidFailure {};
 
+// The same where many were tried: what failed is said, for people and programs.
+struct SomeFailed {};
+
+// The reason of what is being caught, for a line on standard error; of a SaidFailure what was said last.
+std::string FailureInWords();
+
 // Ends the command with exit code 130 after it was stopped; what it has is kept and said already.
 struct Interrupted {};
 

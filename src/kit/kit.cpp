@@ -1,10 +1,11 @@
 #include "kit/kit.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "kit/commands/command_line.h"
 #include "kit/failure.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "platform/console.h"
 #include "simd/levels.h"
 
@@ -22,6 +23,7 @@ std::string WhyRefused(const std::vector<std::string>& words) {
 }
 
 void RunCommand(const Command& command) {
+  KeepQuiet(RunManner().quiet);
   try {
     command.run();
   } catch (const WrongUsage& wrong) {
@@ -29,23 +31,29 @@ void RunCommand(const Command& command) {
   }
 }
 
+// A row for programs, unless one has said it; the words for people.
+void SayError(const std::string& reason) {
+  if (RunManner().json && !ErrorWasSaid()) SayRow(JsonObject().Text("error", reason), true);
+}
+
 int Run(const std::vector<std::string>& words) {
   try {
     if (const std::optional<Command> command = ReadCommandLine(words)) RunCommand(*command);
     return kGood;
   } catch (const WrongUsage& wrong) {
+    SayError(wrong.what());
     const std::string about = wrong.About().empty() ? "" : wrong.About() + " ";
     Complain("%s\nnorvkit %s--help says more", wrong.what(), about.c_str());
     return kWrongUsage;
   } catch (const Interrupted&) {
     return kStopped;
+  } catch (const SomeFailed&) {
   } catch (const SaidFailure&) {
-  } catch (const char* message) {
-    Complain("%s", message);
-  } catch (const std::bad_alloc&) {
-    Complain("out of memory");
-  } catch (const std::exception& error) {
-    Complain("%s", error.what());
+    SayError(FailureInWords());
+  } catch (...) {
+    const std::string reason = FailureInWords();
+    SayError(reason);
+    Complain("%s", reason.c_str());
   }
   return kFailed;
 }

@@ -1,5 +1,6 @@
 #include "platform/console.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -12,15 +13,27 @@ const char* programName = "norv";
 
 int outputError = 0;  // the first one of standard output
 
+std::atomic<bool> keptQuiet{false};
+
+thread_local std::string lastComplaint;
+
+std::string Formatted(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, format, again)), 0);
+  va_end(again);
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
 void FlushOutput() {
   if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
 }
 
-void PrintLine(const char* prefix, const char* format, va_list arguments) {
+// In one call, so that lines of several threads stay whole.
+void PrintLine(const std::string& line) {
   FlushOutput();
-  std::fprintf(stderr, "%s: %s", programName, prefix);
-  std::vfprintf(stderr, format, arguments);
-  std::fputc('\n', stderr);
+  std::fprintf(stderr, "%s\n", line.c_str());
   std::fflush(stderr);
 }
 
@@ -50,19 +63,35 @@ std::string WhyOutputIsLost(bool& gone) {
   return std::ferror(stdout) ? "it cannot be written" : "";
 }
 
-void Warn(const char* format, ...) {
+void KeepQuiet(bool quiet) { keptQuiet = quiet; }
+
+void Tell(const char* format, ...) {
+  if (keptQuiet) return;
   va_list arguments;
   va_start(arguments, format);
-  PrintLine("warning: ", format, arguments);
+  PrintLine(Formatted(format, arguments));
+  va_end(arguments);
+}
+
+void Warn(const char* format, ...) {
+  if (keptQuiet) return;
+  va_list arguments;
+  va_start(arguments, format);
+  PrintLine(std::string(programName) + ": warning: " + Formatted(format, arguments));
   va_end(arguments);
 }
 
 void Complain(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  PrintLine("", format, arguments);
+  lastComplaint = Formatted(format, arguments);
   va_end(arguments);
+  PrintLine(std::string(programName) + ": " + lastComplaint);
 }
+
+std::string LastComplaint() { return lastComplaint; }
+
+bool IsQuiet() { return keptQuiet; }
 
 double Printable(double value) { return std::isnan(value) ? std::abs(value) : value; }
 

@@ -24,11 +24,21 @@ bool SendOutput(const void* bytes, size_t size);
 // system's reason why not; a reader that has gone away needs none and is said by `gone`.
 std::string WhyOutputIsLost(bool& gone);
 
+// From now on warnings, what is told and progress are left out; complaints are not.
+void KeepQuiet(bool quiet);
+bool IsQuiet();
+
+// A line on standard error as it stands: what a run chose, what it has come to.
+[[gnu::format(gnu_printf, 1, 2)]] void Tell(const char* format, ...);
+
 // A line on standard error, behind the program's name and "warning: ".
 [[gnu::format(gnu_printf, 1, 2)]] void Warn(const char* format, ...);
 
 // A line on standard error, behind the program's name only: the reason why something failed.
 [[gnu::format(gnu_printf, 1, 2)]] void Complain(const char* format, ...);
+
+// The last of this thread's complaints, without the program's name; empty: none.
+std::string LastComplaint();
 
 // The value as it should be printed: a NaN without its sign, which is no part of any result.
 double Printable(double value);

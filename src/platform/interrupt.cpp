@@ -14,7 +14,7 @@ std::atomic<int> requests{0};
 
 std::atomic<const char*> lastWords{nullptr};
 
-constexpr int kSlots = 8, kLongestPath = 4096;
+constexpr int kSlots = 64, kLongestPath = 4096;
 
 // Fixed memory and atomic states, for a handler may look at any instant.
 struct Slot {

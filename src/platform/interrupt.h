@@ -22,7 +22,7 @@ class InterruptWatch {
 };
 
 // A file that must not outlive the run: while this lives, every end that a process can see coming (signals, an exit, an
-// abort; on Windows the console's events) removes it first. What a kill leaves, later runs remove. Eight at a time, any
+// abort; on Windows the console's events) removes it first. What a kill leaves, later runs remove. 64 at a time, any
 // further ones and paths of more than 4095 bytes are not guarded.
 class ScratchGuard {
  public:

@@ -21,6 +21,10 @@ void FreeAligned(void* memory);
 // process belongs to, and the limit on its own address space leave, whichever is least.
 size_t AvailableMemory();
 
+// The most bytes of the machine's memory that the process has held since it began or since ForgetPeakMemory().
+uint64_t PeakMemory();
+void ForgetPeakMemory();  // where the system can
+
 struct AlignedDelete {
   void operator()(void* memory) const { FreeAligned(memory); }
 };

@@ -11,14 +11,19 @@ namespace {
 constexpr double kFirstDraw = 0.5;  // seconds; short runs draw nothing
 constexpr double kInterval = 0.2;
 
+std::atomic<int> covered{0};  // by how many that stand for the whole
+
 }  // namespace
 
 Progress::Progress(const char* what, int64_t total)
     : what_(what),
       total_(total),
       start_(Seconds()),
-      visible_(total > 0 && ProgressIsVisible()),
+      visible_(total > 0 && covered == 0 && !IsQuiet() && ProgressIsVisible()),
       nextDraw_(start_ + kFirstDraw) {}
+
+ProgressCover::ProgressCover() { ++covered; }
+ProgressCover::~ProgressCover() { --covered; }
 
 Progress::~Progress() {
   if (drawn_) std::fputs("\r\033[K", stderr);

@@ -29,4 +29,13 @@ class Progress {
   bool drawn_ = false;
 };
 
+// While it lives, progress that begins is not drawn: that of the whole, begun before, stands for all parts.
+class ProgressCover {
+ public:
+  ProgressCover();
+  ~ProgressCover();
+  ProgressCover(const ProgressCover&) = delete;
+  ProgressCover& operator=(const ProgressCover&) = delete;
+};
+
 }  // namespace norv

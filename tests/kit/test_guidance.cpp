@@ -27,7 +27,7 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"upscale a.png b.png", "type: norvkit enlarge PICTURE OUT", "norvkit enlarge --help"},
         Line{"resize", "type: norvkit enlarge PICTURE OUT", "norvkit enlarge --help"},
         Line{"enlrage a.png b.png", "type: norvkit enlarge PICTURE OUT", "norvkit enlarge --help"},
-        Line{"convert a.png b.png", "type: norvkit export FILE PICTURE", "norvkit export --help"},
+        Line{"save a.png b.png", "type: norvkit convert PICTURE OUT", "norvkit convert --help"},
         Line{"sharpen", "type: norvkit restore PICTURE OUT", "norvkit restore --help"},
         Line{"infos a.png", "type: norvkit info FILE...", "norvkit info --help"},
         Line{"no-such-thing", "nor a picture of that name", "norvkit --help"},

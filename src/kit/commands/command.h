@@ -42,6 +42,8 @@ struct Option {
   const char* aliases = "";    // older names, shown behind the help, with commas between
   const char* excludes = "";   // options that it cannot stand beside, with commas between
   const char* heading = "";    // that it stands under in the help, "Options" where empty
+  bool aside = false;          // no setting of a result: where it goes, how the run goes about it, what is said
+  bool lastOfSeveral = false;  // a place that the one before, which takes several, holds the word of
 
   bool HasPlace() const { return name[0] != '-'; }
   bool TakesValue() const { return !std::holds_alternative<bool*>(target) && !std::holds_alternative<Times*>(target); }
@@ -62,11 +64,14 @@ struct Command : CommandText {
   std::function<void()> run;
 };
 
+// The rows and those that every command has.
+Options WithMannerRows(Options rows);
+
 // Settings is a plain struct of what the command line sets; rows point into it, run is called with it.
 template <typename Settings>
 Command MakeCommand(CommandText text, Options (*rows)(Settings&), void (*run)(const Settings&)) {
   const auto settings = std::make_shared<Settings>();
-  return {text, rows(*settings), [settings, run] { run(*settings); }};
+  return {text, WithMannerRows(rows(*settings)), [settings, run] { run(*settings); }};
 }
 
 // A command of the table, every time with settings of its own.

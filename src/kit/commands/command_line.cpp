@@ -6,7 +6,9 @@
 
 #include "kit/failure.h"
 #include "kit/formats/encoding.h"
+#include "kit/guidance/config.h"
 #include "kit/guidance/help.h"
+#include "kit/guidance/manner.h"
 #include "kit/guidance/usage.h"
 #include "kit/pictures/image_file.h"
 #include "platform/console.h"
@@ -34,6 +36,8 @@ CLI::Option& AddParser(CLI::App& parser, const Option& row, Value& target) {
 void RequireFormat(const Command& command) {
   const std::string *last = nullptr, *format = nullptr;
   for (const Option& row : command.options) {
+    if (const auto several = std::get_if<std::vector<std::string>*>(&row.target); several && (*several)->size() > 1)
+      last = &(*several)->back();
     if (!std::holds_alternative<std::string*>(row.target)) continue;
     if (row.HasPlace()) last = std::get<std::string*>(row.target);
     if (std::string_view(row.name) == "--to") format = std::get<std::string*>(row.target);
@@ -44,15 +48,39 @@ void RequireFormat(const Command& command) {
     throw std::runtime_error("standard output has no name that says the format: add --to png, or another one");
 }
 
+// The file that the words name is read as the library reads TOML; what it says stands in words before theirs.
+std::vector<std::string> WithConfig(const Command& command, const std::vector<std::string>& words,
+                                    const std::vector<const Option*>& said) {
+  std::string path;
+  for (size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--config" && i + 1 < words.size()) path = words[i + 1];
+    if (words[i].starts_with("--config=")) path = words[i].substr(words[i].find('=') + 1);
+  }
+  if (path.empty()) return words;
+  try {
+    std::vector<ConfigItem> items;
+    for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_file(path))
+      if (item.name != "++" && item.name != "--")  // where a section begins and ends
+        items.push_back({CLI::detail::join(item.parents, "."), item.name, item.inputs});
+    std::vector<std::string> all = ConfigWords(command, items, said);
+    all.insert(all.end(), words.begin(), words.end());
+    RequireUsable(command, all);
+    return all;
+  } catch (const std::exception& error) {
+    throw std::runtime_error(path + ": " + error.what());
+  }
+}
+
 // Reads the words into the command's settings. They are looked at before (RequireUsable), so that no complaint of the
 // library's own is ever to be seen.
 void Read(const Command& command, const std::vector<std::string>& words) {
   CLI::App parser;
   for (const Option& row : command.options)
-    std::visit([&](auto* target) { AddParser(parser, row, *target).required(row.HasPlace()); }, row.target);
+    if (!row.lastOfSeveral)
+      std::visit([&](auto* target) { AddParser(parser, row, *target).required(row.HasPlace()); }, row.target);
   try {
-    RequireUsable(command, words);
-    parser.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    const std::vector<std::string> all = WithConfig(command, words, RequireUsable(command, words));
+    parser.parse(std::vector<std::string>(all.rbegin(), all.rend()));
     RequireFormat(command);
   } catch (const std::runtime_error& error) {
     throw WrongUsage(error.what(), command.name);
@@ -92,6 +120,8 @@ std::optional<Command> Helped(const std::vector<std::string>& words) {
 }  // namespace
 
 std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
+  RunManner() = Manner();
+  RunManner().json = std::ranges::count(words, "--json") > 0;  // as far as it can be known of a line that fails
   if (words.empty()) throw WrongUsage("what is to be done? norvkit enlarge PICTURE OUT makes a picture larger");
   if (AsksForHelp(words[0]) || words[0] == "help") return Helped({words.begin() + 1, words.end()});
   if (words[0] == "--version") {

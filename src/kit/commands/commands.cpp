@@ -7,6 +7,7 @@ namespace norv {
 
 Command ImportCommand();
 Command ExportCommand();
+Command ConvertCommand();
 Command InfoCommand();
 Command CompareCommand();
 Command TestCardCommand();
@@ -29,10 +30,10 @@ constexpr char kLook[] = "Look and measure";
 constexpr char kNetworks[] = "Networks";
 
 constexpr CommandRow kCommands[] = {
-    {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, TestCardCommand}, {kScale, ShrinkCommand},
-    {kScale, EnlargeCommand},   {kScale, RestoreCommand},   {kNoise, DenoiseCommand},     {kNoise, NoiseCommand},
-    {kLook, InfoCommand},       {kLook, CompareCommand},    {kNetworks, NewNetCommand},   {kNetworks, TrainCommand},
-    {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
+    {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand}, {kInAndOut, TestCardCommand},
+    {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},    {kNoise, DenoiseCommand},
+    {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kNetworks, NewNetCommand},
+    {kNetworks, TrainCommand},  {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
 };
 
 }  // namespace

@@ -1,27 +1,24 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
-#include "kit/pictures/destination.h"
-#include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
+#include "kit/work/run_work.h"
 
 namespace norv {
 namespace {
 
 struct Settings {
-  std::string picture, out;
   bool fast = false;
   DenoiseChoice how;
-  ReadChoice read;
-  WriteChoice choice;
+  WorkChoice choice;
 };
 
 Options Rows(Settings& settings) {
-  return Joined({{PictureRow(settings.picture),
-                  OutRow(settings.out, "the cleaner one"),
-                  {.name = "--fast",
+  return Joined({PlaceRows(settings.choice.places, "the cleaner one"),
+                 {{.name = "--fast",
                    .target = &settings.fast,
-                   .help = "principal components of patches, as norv 6 (unless --best)"},
+                   .help = "principal components of patches, as norv 6 (unless --best)",
+                   .aside = true},
                   {.name = "--best",
                    .target = &settings.how.best,
                    .help = "low-rank groups of similar patches, as norv 7: much slower",
@@ -31,32 +28,34 @@ Options Rows(Settings& settings) {
                    .unit = "N",
                    .check = Between{0, 255},
                    .help = "its standard deviation in grey levels",
-                   .byDefault = "estimated"},
-                  {.name = "--threads",
-                   .target = &settings.how.threads,
-                   .unit = "N",
-                   .check = Between{1, 1024},
-                   .help = "the result does not depend on it; --best: 1 or all processors"}},
-                 {PageRow(settings.read)},
-                 WriteRows(settings.choice)});
+                   .byDefault = "estimated"}},
+                 WorkRows(settings.choice)});
 }
 
-void Run(const Settings& settings) {
-  const PictureSource source = OpenImage(settings.picture, settings.read);
-  const Destination out(settings.out, source.shape, settings.choice, settings.picture);
-  Picture picture = AllRows(source);
-  DenoisePicture(picture, settings.how);
-  out.Save(std::move(picture));
+WorkPlan PlanOf(const DenoiseChoice& how, const PictureShape& shape) {
+  const char* method = how.best ? "denoised by groups of patches" : "denoised by components of patches";
+  return {shape, method, 1, [how](PictureSource source, int32_t threads) {
+            DenoiseChoice inTeam = how;
+            inTeam.threads = threads;
+            Picture picture = AllRows(source);
+            source = {};
+            DenoisePicture(picture, inTeam);
+            return HeldPicture(std::move(picture));
+          }};
+}
+
+PictureWork WorkOf(Settings& settings) {
+  return {[how = settings.how](const PictureShape& shape) { return PlanOf(how, shape); }};
 }
 
 }  // namespace
 
 Command DenoiseCommand() {
-  return MakeCommand<Settings>({.name = "denoise",
-                                .purpose = "Remove noise and compression grain from a picture",
-                                .examples = "norvkit denoise noisy.png clean.png --threads 2\n"
-                                            "norvkit denoise noisy.png clean.png --best --noise 20"},
-                               Rows, Run);
+  return MakeWorkCommand<Settings>({.name = "denoise",
+                                    .purpose = "Remove noise and compression grain from a picture",
+                                    .examples = "norvkit denoise noisy.png clean.png --threads 2\n"
+                                                "norvkit denoise noisy.png clean.png --best --noise 20"},
+                                   Rows, WorkOf);
 }
 
 }  // namespace norv

@@ -1,30 +1,25 @@
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/measure/certificate.h"
-#include "kit/pictures/destination.h"
-#include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
+#include "kit/work/run_work.h"
 #include "platform/console.h"
-#include "platform/team.h"
 
 namespace norv {
 namespace {
 
 struct Settings {
-  std::string picture, out, method, net, model, preset;
+  std::string method, net, model, preset;
   WantedSize size;
-  bool quick = false, denoise = false, certificate = false;
+  bool quick = false, denoise = false;
   NetEnlargement how;
-  ReadChoice read;
-  WriteChoice choice;
+  WorkChoice choice;
 };
 
 Options NetworkRows(Settings& settings) {
@@ -49,9 +44,8 @@ Options NetworkRows(Settings& settings) {
            .aliases = "--shortcut"}};
 }
 
-// All but the file to write.
-Options RowsBeside(Settings& settings) {
-  return Joined({{PictureRow(settings.picture)},
+Options Rows(Settings& settings) {
+  return Joined({PlaceRows(settings.choice.places, "the larger one"),
                  SizeRows(settings.size, "larger", "2, or what --net does"),
                  {{.name = "--method",
                    .target = &settings.method,
@@ -66,15 +60,8 @@ Options RowsBeside(Settings& settings) {
                    .help = "of the restoration: clean, compressed (JPEG), noisy or drawn",
                    .byDefault = "by the picture"}},
                  NetworkRows(settings),
-                 {ThreadsRow(settings.how.threads), DenoiseFirstRow(settings.denoise), PageRow(settings.read),
-                  CertificateRow(settings.certificate)},
-                 WriteRows(settings.choice)});
-}
-
-Options Rows(Settings& settings) {
-  Options rows = RowsBeside(settings);
-  rows.insert(rows.begin() + 1, OutRow(settings.out, "the larger one"));
-  return rows;
+                 {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
+                 WorkRows(settings.choice)});
 }
 
 bool ByFilter(const Settings& settings) {
@@ -115,18 +102,6 @@ PictureSize WantedOf(const Settings& settings, const PictureShape& shape) {
   return SizeOf(shape, settings.size.Said() ? settings.size : WantedSize{.by = 2}, Direction::larger);
 }
 
-// photo_2x.png or photo_640x480.png beside photo.jpg where no name was given.
-std::string NameOf(const Settings& settings, const PictureSize& size) {
-  if (!settings.out.empty()) return settings.out;
-  const std::filesystem::path picture = settings.picture;
-  char ending[64];
-  if (settings.size.by > 0 || !settings.size.Said())
-    std::snprintf(ending, sizeof ending, "_%.4gx.png", settings.size.Said() ? settings.size.by : 2.0);
-  else
-    std::snprintf(ending, sizeof ending, "_%dx%d.png", size.width, size.height);
-  return (picture.parent_path() / picture.stem()).string() + ending;
-}
-
 // Networks that have learned what compression leaves know more of it than a restoration. For pictures of good files
 // the others are better, and what they take for detail is smoothed.
 std::string PresetFor(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape) {
@@ -144,7 +119,7 @@ EnlargeWay WayOfFile(const Settings& settings, const PictureShape& shape) {
          factor);
   EnlargeWay way{size, NetworkPlan{{{"", settings.net, factor, {}}}, ""}, settings.how};
   if (Refining(settings)) {
-    way.how = {.average = !settings.quick, .shortcut = true, .threads = settings.how.threads};
+    way.how = {.average = !settings.quick, .shortcut = true};
     way.preset = PresetFor(settings, *way.plan, shape);
   }
   return way;
@@ -181,54 +156,70 @@ EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
                                        : ResizeFilter::lanczos};
 }
 
-// "x2, network x2-48, 2 threads", and why; only of what was chosen here. Then the name where that was.
-void SayWay(const Settings& settings, const EnlargeWay& way, const PictureShape& shape, const std::string& name) {
-  const int32_t threads = way.how.threads;
-  if (way.plan && settings.net.empty())
-    std::fprintf(stderr, "%s, network %s, %d %s%s (%s%s)\n", RatioInWords(shape, way.size).c_str(),
-                 way.plan->Names().c_str(), threads, threads == 1 ? "thread" : "threads",
-                 way.preset.empty() ? "" : (", then restored as " + way.preset).c_str(),
-                 settings.quick ? "plain, " : "", way.plan->why.c_str());
-  if (settings.out.empty()) std::fprintf(stderr, "%s\n", name.c_str());
+// "network x2-48, averaged, then restored as clean".
+std::string MethodOf(const Settings& settings, const EnlargeWay& way) {
+  std::string method = settings.denoise ? "denoised, then " : "";
+  if (!way.plan)
+    return method += way.filter == ResizeFilter::nearest ? "nearest"
+                     : way.filter == ResizeFilter::cubic ? "cubic"
+                                                         : "Lanczos-3";
+  const std::string own = settings.net.substr(settings.net.rfind('/') + 1);
+  method +=
+      "network " + (settings.net.empty() ? way.plan->Names() : own) + (way.how.average ? ", averaged" : ", plain");
+  return way.preset.empty() ? method : method + ", then restored as " + way.preset;
 }
 
-void Run(const Settings& asked) {
-  RefuseIdleOptions(asked);
-  Settings settings = asked;
-  if (settings.how.threads == 0) settings.how.threads = ProcessorCount();
-  settings.choice.encoding.threads = settings.how.threads;
-  PictureSource picture = OpenImage(settings.picture, settings.read);
-  const EnlargeWay way = WayOf(settings, picture.shape);
-  const std::string name = NameOf(settings, way.size);
-  PictureShape large = picture.shape;
-  large.width = way.size.width;
-  large.height = way.size.height;
-  const Destination out(name, large, settings.choice, settings.picture);
-  SayWay(settings, way, picture.shape, name);
-  std::optional<Certifier> certifier;
-  if (settings.certificate) certifier.emplace(picture.shape, way.size, -1, out.RoundingOf(large));
-  if (certifier) picture = certifier->Input(std::move(picture));
-  if (settings.denoise) picture = Denoised(picture, settings.how.threads);
-  PictureSource result = Enlarged(std::move(picture), way);
-  if (certifier) result = certifier->Result(std::move(result));
-  CopyRows(std::move(result), out.Create(large), "Enlarging");
-  if (certifier) std::fprintf(stderr, "%s\n", InWords(certifier->Made()).c_str());
+// "x2, network x2-48, 2 threads", and why.
+std::string ChosenWay(const Settings& settings, const EnlargeWay& way, const PictureShape& shape, int32_t threads) {
+  return RatioInWords(shape, way.size) + ", network " + way.plan->Names() + ", " + std::to_string(threads) +
+         (threads == 1 ? " thread" : " threads") + (way.preset.empty() ? "" : ", then restored as " + way.preset) +
+         " (" + (settings.quick ? "plain, " : "") + way.plan->why + ")";
+}
+
+WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
+  const EnlargeWay way = WayOf(settings, shape);
+  WorkPlan plan{shape, MethodOf(settings, way), FactorBetween(shape, way.size), nullptr};
+  plan.result.width = way.size.width;
+  plan.result.height = way.size.height;
+  plan.make = [way, denoise = settings.denoise](PictureSource picture, int32_t threads) {
+    EnlargeWay inTeam = way;
+    inTeam.how.threads = threads;
+    if (denoise) picture = Denoised(picture, threads);
+    return Enlarged(std::move(picture), inTeam);
+  };
+  if (way.plan && settings.net.empty())
+    plan.chosen = [settings, way, shape](int32_t threads) { return ChosenWay(settings, way, shape, threads); };
+  return plan;
+}
+
+PictureWork WorkOf(Settings& settings) {
+  RefuseIdleOptions(settings);
+  const bool byFactor = settings.size.by > 0 || !settings.size.Said();
+  settings.choice.ownName = byFactor ? "{stem}_{factor}x" : "{stem}_{width}x{height}";
+  return {[settings](const PictureShape& shape) { return PlanOf(settings, shape); }, "Enlarging"};
+}
+
+// A picture alone.
+PictureWork WorkBeside(Settings& settings) {
+  settings.choice.mayLeaveOut = true;
+  return WorkOf(settings);
 }
 
 }  // namespace
 
 Command EnlargeCommand() {
-  return MakeCommand<Settings>({.name = "enlarge",
-                                .purpose = "Make a picture larger: by the best network there is, or by interpolation",
-                                .examples = "norvkit enlarge photo.jpg large.jpg\n"
-                                            "norvkit enlarge photo.jpg large.png --width 3000\n"
-                                            "norvkit enlarge photo.jpg large.png --by 4 --quick\n"
-                                            "norvkit enlarge small.png large.png --net test.net --average"},
-                               Rows, Run);
+  return MakeWorkCommand<Settings>(
+      {.name = "enlarge",
+       .purpose = "Make a picture larger: by the best network there is, or by interpolation",
+       .examples = "norvkit enlarge photo.jpg large.jpg\n"
+                   "norvkit enlarge photo.jpg large.png --width 3000\n"
+                   "norvkit enlarge photo.jpg large.png --by 4 --quick\n"
+                   "norvkit enlarge small.png large.png --net test.net --average"},
+      Rows, WorkOf);
 }
 
 Command PictureCommand() {
-  return MakeCommand<Settings>({.name = "enlarge", .purpose = "", .examples = ""}, RowsBeside, Run);
+  return MakeWorkCommand<Settings>({.name = "enlarge", .purpose = "", .examples = ""}, Rows, WorkBeside);
 }
 
 }  // namespace norv

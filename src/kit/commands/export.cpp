@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "platform/console.h"
@@ -12,7 +13,6 @@ struct Settings {
   std::string file, picture;
   ReadChoice read;
   WriteChoice choice;
-  bool verbose = false;
 };
 
 Options Rows(Settings& settings) {
@@ -20,8 +20,7 @@ Options Rows(Settings& settings) {
       {{{.name = "FILE", .target = &settings.file, .help = ".fdib of any colour model, .mat (as grey) or .bit"},
         {.name = "PICTURE", .target = &settings.picture, .help = "the picture to write: " + WrittenExtensions("or")}},
        {PageRow(settings.read)},
-       WriteRows(settings.choice),
-       {{.name = "--verbose", .target = &settings.verbose, .help = "say how many samples were outside 0..255"}}});
+       WriteRows(settings.choice)});
 }
 
 void Run(const Settings& settings) {
@@ -30,7 +29,7 @@ void Run(const Settings& settings) {
   const PictureSource image = OpenImage(settings.file, settings.read);
   const Destination out(settings.picture, image.shape, settings.choice, settings.file);
   const int64_t moved = CopyRows(image, out.Create(image.shape));
-  if (settings.verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
+  if (RunManner().verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }
 
 }  // namespace

@@ -1,29 +1,26 @@
-#include <cstdio>
+#include <algorithm>
 #include <optional>
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/measure/certificate.h"
-#include "kit/pictures/destination.h"
-#include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
 #include "kit/scale/scale.h"
+#include "kit/work/run_work.h"
 
 namespace norv {
 namespace {
 
 struct Settings {
-  std::string picture, out, preset = "clean";
-  int32_t factor = 2, bands = 0, threads = 1;
-  bool overBytes = false, denoise = false, certificate = false;
+  std::string preset = "clean";
+  int32_t factor = 2, bands = 0;
+  bool overBytes = false, denoise = false;
   Times sharper, smoother;
   std::optional<double> deblur;
   std::vector<std::optional<double>> knobs;
-  ReadChoice read;
-  WriteChoice choice;
+  WorkChoice choice;
 };
 
 // Every parameter that a preset chooses can be given instead.
@@ -59,24 +56,18 @@ Options PeopleRows(Settings& settings) {
            .excludes = "--filter"}};
 }
 
-Options BandRows(Settings& settings) {
-  return {{.name = "--threads",
-           .target = &settings.threads,
-           .unit = "N",
-           .check = Between{1, 1024},
-           .help = "as many bands at the same time"},
-          {.name = "--bands",
-           .target = &settings.bands,
-           .unit = "N",
-           .check = Between{1, 1024},
-           .help = "cut into so many bands, of which as many as threads are in memory",
-           .byDefault = "one a thread, one thread: not cut"}};
+Option BandsRow(int32_t& bands) {
+  return {.name = "--bands",
+          .target = &bands,
+          .unit = "N",
+          .check = Between{1, 1024},
+          .help = "cut into so many bands, of which as many as threads are in memory",
+          .byDefault = "one a thread of --threads; else not cut"};
 }
 
 Options Rows(Settings& settings) {
-  return Joined({{PictureRow(settings.picture),
-                  OutRow(settings.out, "the restored one"),
-                  {.name = "--by",
+  return Joined({PlaceRows(settings.choice.places, "the restored one"),
+                 {{.name = "--by",
                    .target = &settings.factor,
                    .unit = "N",
                    .check = Between{1, 64},
@@ -88,15 +79,15 @@ Options Rows(Settings& settings) {
                    .check = OneOf{Listed(RestorePresetNames())},
                    .help = "clean, compressed (JPEG), noisy or drawn"}},
                  PeopleRows(settings),
-                 BandRows(settings),
-                 {{.name = "--as-bytes",
+                 {BandsRow(settings.bands),
+                  {.name = "--as-bytes",
                    .target = &settings.overBytes,
                    .help = "8 bits a sample in and out, as norv 4 does",
                    .aliases = "--bits-road"},
-                  DenoiseFirstRow(settings.denoise)},
+                  DenoiseFirstRow(settings.denoise),
+                  CertificateRow(settings.choice.certificate)},
                  KnobRows(settings),
-                 {PageRow(settings.read), CertificateRow(settings.certificate)},
-                 WriteRows(settings.choice)});
+                 WorkRows(settings.choice)});
 }
 
 RestoreParameters Parameters(const Settings& settings) {
@@ -124,41 +115,46 @@ void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& paramete
                        std::to_string(knobs[i].onlyOfType) + ": leave it out, or add that");
 }
 
-void Run(const Settings& settings) {
+Picture Restored(Picture picture, const Settings& settings, const RestoreParameters& parameters, int32_t threads) {
+  if (settings.denoise) DenoisePicture(picture, {.threads = threads});
+  return settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(settings.bands, 1), threads)
+                            : RestorePicture(std::move(picture), parameters, settings.bands, threads);
+}
+
+WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, const PictureShape& shape) {
+  RequireRoom(shape, settings.factor);
+  WorkPlan plan{shape, std::string(settings.denoise ? "denoised, then " : "") + "restored as " + settings.preset,
+                static_cast<double>(settings.factor), nullptr};
+  plan.result.width *= settings.factor;
+  plan.result.height *= settings.factor;
+  plan.make = [settings, parameters](PictureSource source, int32_t threads) {
+    Picture picture = AllRows(source);
+    source = {};
+    return HeldPicture(Restored(std::move(picture), settings, parameters, threads));
+  };
+  plan.reduction = parameters.kernelCode;
+  plan.teams = settings.bands > 1;
+  return plan;
+}
+
+PictureWork WorkOf(Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
   RefuseIdleKnobs(settings, parameters);
-  PictureSource source = OpenImage(settings.picture, settings.read);
-  RequireRoom(source.shape, settings.factor);
-  PictureShape large = source.shape;
-  large.width *= settings.factor;
-  large.height *= settings.factor;
-  const Destination out(settings.out, large, settings.choice, settings.picture);
-  std::optional<Certifier> certifier;
-  if (settings.certificate)
-    certifier.emplace(source.shape, PictureSize{large.width, large.height}, parameters.kernelCode,
-                      out.RoundingOf(large));
-  Picture picture = AllRows(certifier ? certifier->Input(std::move(source)) : std::move(source));
-  if (settings.denoise) DenoisePicture(picture, {.threads = settings.threads});
-  const int32_t bands = settings.bands > 0 ? settings.bands : settings.threads > 1 ? settings.threads : 0;
-  PictureSource result = HeldPicture(
-      settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(bands, 1), settings.threads)
-                         : RestorePicture(std::move(picture), parameters, bands, settings.threads));
-  if (certifier) result = certifier->Result(std::move(result));
-  const PictureShape shape = result.shape;
-  CopyRows(std::move(result), out.Create(shape));
-  if (certifier) std::fprintf(stderr, "%s\n", InWords(certifier->Made()).c_str());
+  if (settings.bands == 0 && settings.choice.threads > 1) settings.bands = settings.choice.threads;
+  if (settings.factor > 1) settings.choice.ownName = "{stem}_{factor}x";
+  return {[settings, parameters](const PictureShape& shape) { return PlanOf(settings, parameters, shape); }};
 }
 
 }  // namespace
 
 Command RestoreCommand() {
-  return MakeCommand<Settings>(
+  return MakeWorkCommand<Settings>(
       {.name = "restore",
        .purpose = "Make a picture larger and sharper by edge-preserving restoration",
        .examples = "norvkit restore small.png large.png --by 2\n"
                    "norvkit restore soft.jpg sharp.png --by 1 --deblur 1.0 --preset compressed\n"
                    "norvkit restore small.jpg large.png --by 4 --preset compressed --lambda 0.2"},
-      Rows, Run);
+      Rows, WorkOf);
 }
 
 }  // namespace norv

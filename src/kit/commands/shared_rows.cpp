@@ -3,6 +3,7 @@
 #include "kit/formats/encoding.h"
 #include "kit/scale/wanted_size.h"
 #include "kit/training/start_net.h"
+#include "kit/work/picture_work.h"
 #include "net/layouts.h"
 #include "net/team_size.h"
 
@@ -24,12 +25,21 @@ Option PictureRow(std::string& target) {
   return {.name = "PICTURE", .target = &target, .help = "a picture, .fdib, .mat or .bit"};
 }
 
+Options PlaceRows(std::vector<std::string>& places, const char* what) {
+  Option picture = {.name = "PICTURE", .target = &places, .help = "a picture, .fdib, .mat or .bit"};
+  Option out = {.name = "OUT",
+                .target = &places,
+                .help = std::string(what) + ", in the format that its name says",
+                .lastOfSeveral = true};
+  return {std::move(picture), std::move(out)};
+}
+
 Option OutRow(std::string& target, const char* what) {
   return {.name = "OUT", .target = &target, .help = std::string(what) + ", in the format that its name says"};
 }
 
 Option OverwriteRow(bool& target) {
-  return {.name = "--overwrite", .target = &target, .help = "replace a file that is there already"};
+  return {.name = "--overwrite", .target = &target, .help = "replace a file that is there already", .aside = true};
 }
 
 Option PageRow(ReadChoice& choice) {
@@ -77,6 +87,10 @@ Options WriteRows(WriteChoice& choice) {
       OverwriteRow(choice.overwrite)};
 }
 
+Options WorkRows(WorkChoice& choice) {
+  return Joined({{ThreadsRow(choice.threads), PageRow(choice.read)}, WriteRows(choice.write)});
+}
+
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {
   constexpr Between kPixels{1, 1000000};
   return {{.name = "--by",
@@ -113,7 +127,8 @@ Option ThreadsRow(int32_t& threads) {
           .unit = "N",
           .check = Between{1, 1024},
           .help = "at the same time; the result does not depend on it",
-          .byDefault = "all cores"};
+          .byDefault = "all cores",
+          .aside = true};
 }
 
 Option DenoiseFirstRow(bool& target) {
@@ -123,7 +138,8 @@ Option DenoiseFirstRow(bool& target) {
 Option CertificateRow(bool& target) {
   return {.name = "--certificate",
           .target = &target,
-          .help = "say how far the result, reduced again, is from the picture: nothing is invented"};
+          .help = "say how far the result, reduced again, is from the picture: nothing is invented",
+          .aside = true};
 }
 
 std::string TeamSizes(const char* between, const char* last) {

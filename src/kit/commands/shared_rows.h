@@ -9,6 +9,7 @@ struct ReadChoice;
 struct WriteChoice;
 struct NetPlan;
 struct WantedSize;
+struct WorkChoice;
 
 // Made of several lists.
 Options Joined(std::initializer_list<Options> lists);
@@ -18,6 +19,8 @@ std::string Listed(std::span<const std::string> words);
 
 // Any picture or image of ours to read.
 Option PictureRow(std::string& target);
+// PICTURE and OUT of commands that make pictures of pictures; `what` is in the result.
+Options PlaceRows(std::vector<std::string>& places, const char* what);
 // The file to write, whose name says its format; `what` is in it.
 Option OutRow(std::string& target, const char* what);
 
@@ -29,6 +32,9 @@ Option PageRow(ReadChoice& choice);
 
 // --to, --bits, --quality, --overwrite and the like of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
+
+// --threads, --page and the rows of what is written, of commands that make pictures of pictures.
+Options WorkRows(WorkChoice& choice);
 
 // --by, --width, --height and --longest of commands that make a picture larger or smaller.
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault);

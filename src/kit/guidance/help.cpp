@@ -1,5 +1,6 @@
 #include "kit/guidance/help.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 
@@ -84,10 +85,18 @@ std::string OptionsOf(const Command& command) {
 
 }  // namespace
 
+namespace {
+
+bool HasLast(const Command& command) {
+  return std::ranges::any_of(command.options, [](const Option& row) { return row.lastOfSeveral; });
+}
+
+}  // namespace
+
 std::string UsageOf(const Command& command) {
   std::string usage = std::string("norvkit ") + command.name;
   for (const Option& row : command.options)
-    if (row.HasPlace()) usage += std::string(" ") + row.name + (row.TakesSeveral() ? "..." : "");
+    if (row.HasPlace()) usage += std::string(" ") + row.name + (row.TakesSeveral() && !HasLast(command) ? "..." : "");
   return usage;
 }
 

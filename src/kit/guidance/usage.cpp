@@ -15,6 +15,8 @@ std::vector<std::string> NamesOf(const Option& row) {
   return names;
 }
 
+}  // namespace
+
 const Option& RowNamed(const Command& command, const std::string& name) {
   std::vector<std::string> known;
   for (const Option& row : command.options)
@@ -26,6 +28,8 @@ const Option& RowNamed(const Command& command, const std::string& name) {
   throw WrongUsage(std::string(command.name) + " has no option " + name +
                    (nearest.empty() ? "" : "; did you mean " + nearest + "?"));
 }
+
+namespace {
 
 // Option and value in one word or two; returns how many words more.
 size_t RequireOption(const Option& row, const std::vector<std::string>& words, size_t at) {
@@ -46,7 +50,7 @@ void RequirePlaces(const Command& command, const std::vector<std::string>& place
   std::vector<const Option*> places;
   bool anyNumber = false;
   for (const Option& row : command.options)
-    if (row.HasPlace()) {
+    if (row.HasPlace() && !row.lastOfSeveral) {
       places.push_back(&row);
       anyNumber |= row.TakesSeveral();
     }
@@ -66,7 +70,7 @@ constexpr Synonyms kSynonyms[] = {
     {"shrink", "downscale,downsize,downsample,reduce,smaller,thumbnail"},
     {"restore", "sharpen,deblur,unblur,enhance,sharper"},
     {"denoise", "clean,despeckle,degrain,dejpeg,deblock"},
-    {"export", "convert,save,transform"},
+    {"convert", "save,transform,reformat"},
     {"compare", "diff,cmp,psnr,ssim"},
     {"info", "identify,show,stat,file"},
     {"models", "list,networks,nets,model"},
@@ -93,7 +97,11 @@ std::string CommandMeantBy(const std::string& word) {
 
 }  // namespace
 
-void RequireUsable(const Command& command, const std::vector<std::string>& words) {
+bool Excludes(const Option& row, const Option& other) {
+  return std::ranges::count(SplitAt(',', row.excludes), other.name) > 0;
+}
+
+std::vector<const Option*> RequireUsable(const Command& command, const std::vector<std::string>& words) {
   std::vector<std::string> placed;
   std::vector<const Option*> said;
   for (size_t i = 0; i < words.size(); ++i) {
@@ -106,9 +114,10 @@ void RequireUsable(const Command& command, const std::vector<std::string>& words
   }
   for (const Option* row : said)
     for (const Option* other : said)
-      if (std::ranges::count(SplitAt(',', row->excludes), other->name) > 0)
+      if (Excludes(*row, *other))
         throw WrongUsage(std::string(row->name) + " and " + other->name + " exclude each other: leave one of them out");
   RequirePlaces(command, placed);
+  return said;
 }
 
 void RefuseCommand(const std::string& word) {

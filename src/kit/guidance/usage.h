@@ -9,8 +9,14 @@
 namespace norv {
 
 // Throws a WrongUsage where the words behind a command are none that its rows accept: unknown options, values that are
-// missing or not of the kind, too few or too many words with a place.
-void RequireUsable(const Command& command, const std::vector<std::string>& words);
+// missing or not of the kind, too few or too many words with a place. Returns the rows that were said.
+std::vector<const Option*> RequireUsable(const Command& command, const std::vector<std::string>& words);
+
+// The row of that name, or of one that it also goes by. Throws a WrongUsage where there is none.
+const Option& RowNamed(const Command& command, const std::string& name);
+
+// Whether a row says that it cannot stand beside the other one.
+bool Excludes(const Option& row, const Option& other);
 
 // Why a row does not accept this value: "--by takes a number from 1.01 to 64, not 70"; empty when it does.
 std::string WhyNotValue(const Option& row, const std::string& text);

@@ -62,6 +62,12 @@ PictureSize SizeOf(const PictureShape& shape, const WantedSize& wanted, Directio
   return size;
 }
 
+double FactorBetween(const PictureShape& shape, const PictureSize& size) {
+  const double ratio = shape.width >= shape.height ? static_cast<double>(size.width) / shape.width
+                                                   : static_cast<double>(size.height) / shape.height;
+  return std::max(ratio, 1 / ratio);
+}
+
 std::string RatioInWords(const PictureShape& shape, const PictureSize& size) {
   const double ratio = shape.width >= shape.height ? static_cast<double>(size.width) / shape.width
                                                    : static_cast<double>(size.height) / shape.height;

@@ -30,6 +30,8 @@ enum class Direction { larger, smaller };
 // one in the other direction.
 PictureSize SizeOf(const PictureShape& shape, const WantedSize& wanted, Direction direction);
 
+// How many times longer or shorter the longer side becomes, at least 1.
+double FactorBetween(const PictureShape& shape, const PictureSize& size);
 // "x1.5": how many times longer or shorter the longer side becomes.
 std::string RatioInWords(const PictureShape& shape, const PictureSize& size);
 

@@ -94,6 +94,21 @@ size_t AvailableMemory() {
   return std::min({machine, LeftByGroups(), LeftByAddressSpace()});
 }
 
+uint64_t PeakMemory() {
+  const size_t kilobytes = ReadNumber("/proc/self/status", "VmHWM:");
+  if (kilobytes != SIZE_MAX) return uint64_t{kilobytes} * 1024;
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<uint64_t>(usage.ru_maxrss) * 1024;
+}
+
+void ForgetPeakMemory() {
+  FILE* file = std::fopen("/proc/self/clear_refs", "w");
+  if (!file) return;
+  std::fputs("5", file);  // proc(5): the peak begins again at what is held now
+  std::fclose(file);
+}
+
 void* TakeBlock(size_t size) {
   ReturnLargeBlocks();
   return std::aligned_alloc(kAlignment, size);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <malloc.h>
+#include <psapi.h>
 #include <windows.h>
 
 #include "platform/memory.h"
@@ -15,6 +16,13 @@ size_t AvailableMemory() {
   // What the system still promises, and what this process can still address, may be less than what is free.
   return static_cast<size_t>(std::min({status.ullAvailPhys, status.ullAvailPageFile, status.ullAvailVirtual}));
 }
+
+uint64_t PeakMemory() {
+  PROCESS_MEMORY_COUNTERS counters = {};
+  return K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) ? counters.PeakWorkingSetSize : 0;
+}
+
+void ForgetPeakMemory() {}
 
 void* TakeBlock(size_t size) { return _aligned_malloc(size, kAlignment); }
 

@@ -1,0 +1,25 @@
+// How a run speaks: options that every command has, and rows of figures for programs.
+#pragma once
+
+#include <string>
+
+namespace norv {
+
+class JsonObject;
+
+struct Manner {
+  bool json = false;     // rows of figures on standard output, and nothing else there
+  bool quiet = false;    // no progress, no word but errors
+  bool verbose = false;  // more of what was chosen, and of how long its parts took
+  std::string config;    // the file that settings come from
+};
+
+// Of this run. A command that prints figures looks at `json` and gives rows instead of text.
+Manner& RunManner();
+
+// A line on standard output, from any thread. `isError`: it says why something failed.
+void SayRow(const JsonObject& row, bool isError = false);
+// Whether a row has said so already.
+bool ErrorWasSaid();
+
+}  // namespace norv

@@ -1,0 +1,88 @@
+#include "kit/work/make_picture.h"
+
+#include <memory>
+#include <utility>
+
+#include "kit/guidance/manner.h"
+#include "kit/pictures/destination.h"
+#include "kit/pictures/image_file.h"
+#include "kit/pictures/picture.h"
+#include "platform/clock.h"
+#include "platform/console.h"
+#include "platform/memory.h"
+
+namespace norv {
+namespace {
+
+// Where the time went.
+struct Stages {
+  double reading = 0, writing = 0;  // seconds
+};
+
+template <typename Action>
+auto Timed(double& seconds, const Action& action) {
+  struct Clock {
+    double& sum;
+    double begun = Seconds();
+    ~Clock() { sum += Seconds() - begun; }
+  } clock{seconds};
+  return action();
+}
+
+PictureSource TimedSource(PictureSource source, const std::shared_ptr<Stages>& stages) {
+  const PictureShape shape = source.shape;
+  return {shape, [source = std::move(source), stages](Picture& rows, int32_t at, int32_t count) {
+            Timed(stages->reading, [&] { source.read(rows, at, count); });
+          }};
+}
+
+PictureSink TimedSink(const PictureSink& sink, const std::shared_ptr<Stages>& stages) {
+  const auto write = [sink, stages](Picture rows) { Timed(stages->writing, [&] { sink.write(std::move(rows)); }); };
+  return {write, [sink, stages] { return Timed(stages->writing, sink.finish); }};
+}
+
+void TellStages(const Made& made, const Stages& stages) {
+  Tell("%s: %d x %d pixels in %.2f s: reading %.2f, making %.2f, writing %.2f", made.output.c_str(), made.width,
+       made.height, made.seconds, stages.reading, made.seconds - stages.reading - stages.writing, stages.writing);
+}
+
+}  // namespace
+
+OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input) {
+  const double since = Seconds();
+  PictureSource source = OpenImage(input, order.choice.read);
+  WorkPlan plan = order.work.plan(source.shape);
+  return {input, std::move(source), std::move(plan), since};
+}
+
+Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::string& output, int32_t threads) {
+  const WorkPlan& plan = picture.plan;
+  WriteChoice choice = order.choice.write;
+  choice.encoding.threads = threads;
+  const Destination out(output, plan.result, choice, picture.input);
+  if (plan.chosen && (picture.alone || RunManner().verbose)) Tell("%s", plan.chosen(threads).c_str());
+  const auto stages = std::make_shared<Stages>();
+  std::optional<Certifier> certifier;
+  if (order.choice.certificate) {
+    const PictureShape &from = picture.source.shape, &to = plan.result;
+    certifier.emplace(from, PictureSize{to.width, to.height}, plan.reduction, out.RoundingOf(to));
+    picture.source = certifier->Input(std::move(picture.source));
+  }
+  PictureSource made = plan.make(TimedSource(std::move(picture.source), stages), threads);
+  if (certifier) made = certifier->Result(std::move(made));
+  Made record{.input = picture.input,
+              .output = output,
+              .width = made.shape.width,
+              .height = made.shape.height,
+              .method = plan.method};
+  const PictureSink file = TimedSink(out.Create(made.shape), stages);
+  CopyRows(std::move(made), file, order.work.doing);
+  record.seconds = Seconds() - picture.since;
+  record.memory = PeakMemory();
+  if (certifier) record.certificate = certifier->Made();
+  if (certifier) Tell("%s", InWords(*record.certificate).c_str());
+  if (RunManner().verbose) TellStages(record, *stages);
+  return record;
+}
+
+}  // namespace norv

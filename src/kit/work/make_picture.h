@@ -1,0 +1,25 @@
+// One picture made of another, in two steps, so that whoever runs many can look at the plan before.
+#pragma once
+
+#include "kit/work/made.h"
+#include "kit/work/picture_work.h"
+
+namespace norv {
+
+// A picture that is open, nothing of it read but what says its shape.
+struct OpenedPicture {
+  std::string input;
+  PictureSource source;
+  WorkPlan plan;
+  double since = 0;    // when it was opened: Seconds() of platform/clock.h
+  bool alone = false;  // the run's only one: what was chosen for it is told
+};
+
+// Throws what opening and planning throw.
+OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input);
+
+// Checks the destination, makes the picture, writes it and measures. Returns what was made; throws where it was not,
+// and leaves nothing half-written then.
+Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::string& output, int32_t threads);
+
+}  // namespace norv

@@ -1,0 +1,51 @@
+// What makes a picture of a picture, as data: the commands that do so (enlarge, restore, denoise, shrink, convert) each
+// give one, and one runner (run_work.h) opens, checks, makes, writes and measures for all of them.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "kit/formats/encoding.h"
+#include "kit/pictures/picture_rows.h"
+
+namespace norv {
+
+// What is to be done with one picture, known from its shape alone.
+struct WorkPlan {
+  PictureShape result;  // its width and height; bits and channels as the input's
+  std::string method;   // in words, such as "network x2-48, averaged, then restored as clean"
+  double factor = 1;    // how many times larger or smaller the longer side becomes, at least 1
+  // The result, row by row as it is asked for or made as a whole at once: its bits depend on nothing but the rows and
+  // the settings, never on the threads. Throws what its making throws.
+  std::function<PictureSource(PictureSource picture, int32_t threads)> make;
+  // A line for people of what was chosen without being told; null: nothing was.
+  std::function<std::string(int32_t threads)> chosen = nullptr;
+  int32_t reduction = -1;  // the filter that a certificate reduces the result by (FilterOfKernelCode)
+  bool teams = true;       // whether several threads make it faster
+};
+
+struct PictureWork {
+  std::function<WorkPlan(const PictureShape& shape)> plan;  // throws a Failure for a picture that cannot be worked on
+  const char* doing = nullptr;                              // "Enlarging": of work whose rows come as they are made
+};
+
+// Which pictures, where to, and how the run goes about it.
+struct WorkChoice {
+  std::vector<std::string> places;  // PICTURE OUT
+  std::string ownName = "{stem}";   // of results that are not named, without ending (result_name.h)
+  bool mayLeaveOut = false;         // OUT, where there is one picture: the result then stands beside it, as PNG
+  int32_t threads = 0;              // 0: as many as the process may use processors
+  bool certificate = false;         // whether the result is compared with its input
+  ReadChoice read;
+  WriteChoice write;
+};
+
+// A command line that makes pictures of pictures.
+struct WorkOrder {
+  PictureWork work;
+  WorkChoice choice;
+  std::vector<std::string> settings;  // the words that do the same again: "enlarge", "--by", "3" (settings_text.h)
+};
+
+}  // namespace norv
