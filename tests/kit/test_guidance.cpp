@@ -47,6 +47,8 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"enlarge a.png b.png --method lanczos --quick", "does nothing with --method lanczos", "enlarge --help"},
         Line{"enlarge a.png b.png --method cubic --net n.net", "does nothing with --method cubic", "enlarge --help"},
         Line{"enlarge a.png b.png --method net --preset drawn", "does nothing with --method net", "enlarge --help"},
+        Line{"enlarge a.png b.png --quick --lambda-cross 1 --method net", "--lambda-cross does nothing",
+             "enlarge --help"},
         Line{"enlarge a.png b.png --by 2 --width 90", "--by and --width", "enlarge --help"},
         Line{"shrink a.png b.png --by 2.5 --order -1", "--filter goes with whole factors", "norvkit shrink --help"}}) {
     const test::Outcome outcome = KitIn(folder, line.words);

@@ -113,4 +113,8 @@ TEST_CASE("enlarge refines what the network for such a picture answers") {
     CHECK(best > likeness(line + " --method net").first);
   }
   CHECK(test::KitIn(folder, "enlarge small.png new.tif --method cubic --preset drawn").exitCode == 2);
+  // Values instead of the preset's, also where no restoration would follow by itself.
+  const double clean = likeness("small.png out.tif").first;
+  CHECK(likeness("small.png out.tif --lambda 2 --lambda-cross 2").first < clean - 0.5);
+  CHECK(test::Contains(likeness("poor.jpg out.tif --lambda 0.1").second, "then restored as compressed ("));
 }

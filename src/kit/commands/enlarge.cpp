@@ -19,6 +19,7 @@ struct Settings {
   WantedSize size;
   bool quick = false, denoise = false;
   NetEnlargement how;
+  KnobValues knobs;
   WorkChoice choice;
 };
 
@@ -61,6 +62,7 @@ Options Rows(Settings& settings) {
                    .byDefault = "by the picture"}},
                  NetworkRows(settings),
                  {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
+                 KnobRows(settings.knobs, true),
                  WorkRows(settings.choice)});
 }
 
@@ -71,8 +73,11 @@ bool ByFilter(const Settings& settings) {
 // Whether restoration follows the networks, as far as the command line decides it.
 bool Refining(const Settings& settings) {
   if (!settings.method.empty()) return settings.method == "both";
-  return (settings.net.empty() && !settings.quick) || !settings.preset.empty();
+  return (settings.net.empty() && !settings.quick) || !settings.preset.empty() || FirstSaid(settings.knobs);
 }
+
+// In its own size.
+bool Sharpening(const Settings& settings) { return settings.size.by == 1; }
 
 // What was said and does nothing in the way that was chosen.
 void RefuseIdleOptions(const Settings& settings) {
@@ -80,16 +85,20 @@ void RefuseIdleOptions(const Settings& settings) {
     const char* option;
     bool said, idle;
   };
-  const bool byFilter = ByFilter(settings);
-  for (const auto& [option, said, idle] : {Said{"--net", !settings.net.empty(), byFilter},
-                                           {"--model", !settings.model.empty(), byFilter},
-                                           {"--quick", settings.quick, byFilter},
-                                           {"--average", settings.how.average, byFilter},
-                                           {"--luminance-only", settings.how.shortcut, byFilter},
-                                           {"--preset", !settings.preset.empty(), !Refining(settings)}})
+  const char* knob = FirstSaid(settings.knobs);
+  const bool noNetwork = ByFilter(settings) || Sharpening(settings);
+  const std::string chosen = Sharpening(settings) ? "--by 1" : "--method " + settings.method;
+  for (const auto& [option, said, idle] :
+       {Said{"--net", !settings.net.empty(), noNetwork},
+        {"--model", !settings.model.empty(), noNetwork},
+        {"--quick", settings.quick, noNetwork},
+        {"--average", settings.how.average, noNetwork},
+        {"--luminance-only", settings.how.shortcut, noNetwork},
+        {"--preset", !settings.preset.empty(), !Refining(settings)},
+        {knob, knob != nullptr, !Refining(settings)},
+        {"--method", !settings.method.empty() && settings.method != "both", Sharpening(settings)}})
     if (said && idle)
-      throw WrongUsage(std::string(option) + " does nothing with --method " + settings.method +
-                       ": leave one of them out");
+      throw WrongUsage(std::string(option) + " does nothing with " + chosen + ": leave one of them out");
 }
 
 PictureSource Denoised(const PictureSource& picture, int32_t threads) {
@@ -106,7 +115,8 @@ PictureSize WantedOf(const Settings& settings, const PictureShape& shape) {
 // the others are better, and what they take for detail is smoothed.
 std::string PresetFor(const Settings& settings, const NetworkPlan& plan, const PictureShape& shape) {
   if (!settings.preset.empty()) return settings.preset;
-  if (plan.passes[0].facts.ForCompressed() && settings.method != "both") return "";
+  const bool asked = settings.method == "both" || FirstSaid(settings.knobs);
+  if (plan.passes[0].facts.ForCompressed() && !asked) return "";
   return shape.jpegQuality > 0 ? "compressed" : "clean";
 }
 
@@ -145,7 +155,14 @@ EnlargeWay WayByName(const Settings& settings, const PictureShape& shape) {
   return way;
 }
 
-EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
+EnlargeWay WayInOwnSize(const Settings& settings, const PictureShape& shape) {
+  EnlargeWay way{WantedOf(settings, shape), {}, settings.how};
+  way.preset = !settings.preset.empty() ? settings.preset : shape.jpegQuality > 0 ? "compressed" : "clean";
+  return way;
+}
+
+EnlargeWay WayWithoutKnobs(const Settings& settings, const PictureShape& shape) {
+  if (Sharpening(settings)) return WayInOwnSize(settings, shape);
   if (!settings.net.empty()) return WayOfFile(settings, shape);
   if (!ByFilter(settings)) return WayByName(settings, shape);
   return {WantedOf(settings, shape),
@@ -156,9 +173,16 @@ EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
                                        : ResizeFilter::lanczos};
 }
 
+EnlargeWay WayOf(const Settings& settings, const PictureShape& shape) {
+  EnlargeWay way = WayWithoutKnobs(settings, shape);
+  way.knobs = settings.knobs;
+  return way;
+}
+
 // "network x2-48, averaged, then restored as clean".
 std::string MethodOf(const Settings& settings, const EnlargeWay& way) {
   std::string method = settings.denoise ? "denoised, then " : "";
+  if (!way.plan && !way.preset.empty()) return method + "restored as " + way.preset;
   if (!way.plan)
     return method += way.filter == ResizeFilter::nearest ? "nearest"
                      : way.filter == ResizeFilter::cubic ? "cubic"

@@ -1,6 +1,7 @@
 #include "kit/commands/shared_rows.h"
 
 #include "kit/formats/encoding.h"
+#include "kit/scale/restore_presets.h"
 #include "kit/scale/wanted_size.h"
 #include "kit/training/start_net.h"
 #include "kit/work/picture_work.h"
@@ -96,7 +97,7 @@ Options SizeRows(WantedSize& size, const char* direction, const char* byDefault)
   return {{.name = "--by",
            .target = &size.by,
            .unit = "X",
-           .check = Between{1.01, 64},
+           .check = Between{direction == std::string_view("larger") ? 1 : 1.01, 64},
            .help = std::string("how many times ") + direction + ", such as 1.5 or 3",
            .byDefault = byDefault,
            .aliases = "--factor",
@@ -140,6 +141,24 @@ Option CertificateRow(bool& target) {
           .target = &target,
           .help = "say how far the result, reduced again, is from the picture: nothing is invented",
           .aside = true};
+}
+
+Options KnobRows(KnobValues& values, bool refining) {
+  const std::span<const RestoreKnob> knobs = RestoreKnobs();
+  values.resize(knobs.size());
+  Options rows;
+  for (size_t i = 0; i < knobs.size(); ++i) {
+    if (refining && !knobs[i].refines) continue;
+    const bool whole = std::holds_alternative<int32_t RestoreParameters::*>(knobs[i].field);
+    rows.push_back({.name = knobs[i].option,
+                    .target = &values[i],
+                    .unit = whole ? "N" : "X",
+                    .check = Between{knobs[i].low, knobs[i].high, whole},
+                    .help = knobs[i].meaning,
+                    .aliases = knobs[i].aliases,
+                    .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});
+  }
+  return rows;
 }
 
 std::string TeamSizes(const char* between, const char* last) {

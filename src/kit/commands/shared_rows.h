@@ -48,6 +48,9 @@ Option DenoiseFirstRow(bool& target);
 // --certificate of commands whose result can be reduced again.
 Option CertificateRow(bool& target);
 
+// Every parameter that a preset chooses; of a restoration from a network's answer those that it looks at.
+Options KnobRows(std::vector<std::optional<double>>& values, bool refining);
+
 // The thread counts that a network is worked with, one after another.
 std::string TeamSizes(const char* between, const char* last);
 

@@ -44,8 +44,18 @@ int32_t FactorOfNetwork(const std::string& path) {
   return net.LastNi() == 4 ? 2 : 4;
 }
 
+// No larger: what blurred it is taken back along its edges.
+PictureSource Sharpened(PictureSource picture, const EnlargeWay& way) {
+  std::shared_ptr<PassedLuminance> passed;
+  picture = KeepingLuminance(std::move(picture), passed);
+  RestoreParameters parameters = RestorePreset(way.preset, 1);
+  TurnKnobs(parameters, way.knobs);
+  return RefinedRows(std::move(picture), passed, parameters, way.how.threads);
+}
+
 PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   const int32_t threads = way.how.threads, factor = WholeFactor(picture.shape, way.size);
+  if (!way.plan && !way.preset.empty()) return Sharpened(std::move(picture), way);
   if (!way.plan && factor > 0 && way.filter != ResizeFilter::nearest)
     return ByWholeFactor(std::move(picture), way.filter, factor, threads);
   if (!way.plan) return Resized(std::move(picture), way.size, way.filter, threads);
@@ -55,7 +65,8 @@ PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   for (const Model& pass : way.plan->passes)
     picture = EnlargedByNet(std::move(picture), LoadNetwork(pass.path), way.how);
   if (passed) {
-    const RestoreParameters parameters = RefinementPreset(way.preset, picture.shape.width / width);
+    RestoreParameters parameters = RefinementPreset(way.preset, picture.shape.width / width);
+    TurnKnobs(parameters, way.knobs);
     picture = RefinedRows(std::move(picture), passed, parameters, threads);
   }
   if (SizeOf(picture.shape) == way.size) return picture;

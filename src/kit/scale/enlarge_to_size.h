@@ -8,6 +8,7 @@
 #include "kit/models/network_plan.h"
 #include "kit/scale/enlarge_picture.h"
 #include "kit/scale/resize.h"
+#include "kit/scale/restore_presets.h"
 
 namespace norv {
 
@@ -22,7 +23,9 @@ struct EnlargeWay {
   std::optional<NetworkPlan> plan;  // the networks, one after another; none: by the filter alone
   NetEnlargement how;               // of networks; its threads of all
   ResizeFilter filter = ResizeFilter::lanczos;
-  std::string preset = "";  // of the restoration from the networks' answer; empty: none
+  std::string preset = "";  // of the restoration from the networks' answer, or of the picture in its own size without
+                            // networks; empty: none
+  KnobValues knobs = {};    // instead of the preset's
 };
 
 // The picture in that size, row by row as it is asked for. What networks make too large is reduced by Lanczos-3.

@@ -54,19 +54,20 @@ constexpr RestoreKnob kKnobs[] = {
      "how the picture was made small: -1 to -5 cubic, 0 box, 1 tent, 2 to 5 and 15 Lanczos, -11 to -22 "
      "and -31 to -35 Gaussian",
      &P::kernelCode, -35, 15, "--kernel"},
-    {"--lambda-cross", "smoothing along edges", &P::lambdaCross, -1, 10000},
-    {"--lambda", "smoothing in every direction", &P::lambda, -1, 10000},
-    {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross, 0, 10000},
-    {"--delta", "grey levels above which a difference counts as an edge", &P::delta, 0, 10000},
+    {"--lambda-cross", "smoothing along edges", &P::lambdaCross, -1, 10000, "", 0, true},
+    {"--lambda", "smoothing in every direction", &P::lambda, -1, 10000, "", 0, true},
+    {"--delta-cross", "grey levels above which a difference along an edge counts as detail", &P::deltaCross, 0, 10000,
+     "", 0, true},
+    {"--delta", "grey levels above which a difference counts as an edge", &P::delta, 0, 10000, "", 0, true},
     {"--shape-cross", "type 6: how much large differences along edges are punished, below 1 less", &P::shapeCross, -10,
      10, "", 6},
     {"--shape-dot", "type 6: how much large differences across edges are punished, below 1 less", &P::shapeDot, -10, 10,
      "", 6},
-    {"--steps", "inner steps of every iteration", &P::steps, 0, 10000},
-    {"--iterations", "iterations of each pass", &P::iterations, 0, 10000},
+    {"--steps", "inner steps of every iteration", &P::steps, 0, 10000, "", 0, true},
+    {"--iterations", "iterations of each pass", &P::iterations, 0, 10000, "", 0, true},
     {"--orientation-scale", "smoothing of the edges' directions, in pixels of the picture", &P::orientationScale, 0,
-     1000},
-    {"--emphasis", "sharpening between the passes; 0: one pass only", &P::emphasis, 0, 100},
+     1000, "", 0, true},
+    {"--emphasis", "sharpening between the passes; 0: one pass only", &P::emphasis, 0, 100, "", 0, true},
     {"--representation", "what is restored: 0 every plane, 1 to 3 luminance, 4 every plane, 5 decorrelated colours",
      &P::representation, 0, 5},
     {"--type", "of the regulariser, -1 to 7", &P::type, -1, 7},
@@ -115,6 +116,22 @@ RestoreParameters RefinementPreset(const std::string& name, int32_t factor) {
 }
 
 std::span<const RestoreKnob> RestoreKnobs() { return kKnobs; }
+
+const char* FirstSaid(const KnobValues& values) {
+  for (size_t i = 0; i < values.size(); ++i)
+    if (values[i]) return kKnobs[i].option;
+  return nullptr;
+}
+
+void TurnKnobs(RestoreParameters& parameters, const KnobValues& values) {
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (!values[i]) continue;
+    const auto turn = [&](auto field) {
+      parameters.*field = static_cast<std::decay_t<decltype(parameters.*field)>>(*values[i]);
+    };
+    std::visit(turn, kKnobs[i].field);
+  }
+}
 
 void MakeSharper(RestoreParameters& parameters) {
   parameters.lambda /= 2;

@@ -1,6 +1,7 @@
 // Restoration settings to start from, by what is wrong with a picture and how many times it is enlarged.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -27,9 +28,18 @@ struct RestoreKnob {
   double low, high;          // what makes sense, both included
   const char* aliases = "";  // older names of the option
   int32_t onlyOfType = 0;    // the type of regulariser that looks at it; 0: several
+  bool refines = false;      // turns a restoration from a network's answer too
 };
 
 std::span<const RestoreKnob> RestoreKnobs();
+
+// Values that stand instead of a preset's, one a knob of the table.
+using KnobValues = std::vector<std::optional<double>>;
+
+// The option of the first that was said; null where none was.
+const char* FirstSaid(const KnobValues& values);
+// Sets what was said; no values at all are none said.
+void TurnKnobs(RestoreParameters& parameters, const KnobValues& values);
 
 // A step that can be seen, at the price of 0.1 to 0.2 dB where the preset was right.
 void MakeSharper(RestoreParameters& parameters);

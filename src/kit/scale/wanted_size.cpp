@@ -53,6 +53,7 @@ PictureSize SizeOf(const PictureShape& shape, const WantedSize& wanted, Directio
   if (shape.width < 1 || shape.height < 1) Fail("the picture has no pixels");
   const PictureSize size = Sides(shape, wanted, direction);
   const bool larger = direction == Direction::larger;
+  if (wanted.by == 1 && larger) return size;
   if (size == PictureSize{shape.width, shape.height})
     Fail("the picture has %d x %d pixels already", size.width, size.height);
   if (larger ? size.width < shape.width || size.height < shape.height
