@@ -17,8 +17,7 @@ struct Reduction {
   int64_t offset;
   const matrix& taps;
 
-  Reduction(int32_t large, int32_t small, const matrix& filter)
-      : f(large / small), offset((filter.mn - large / small) / 2), taps(filter) {}
+  Reduction(int64_t factor, const matrix& filter) : f(factor), offset((filter.mn - factor) / 2), taps(filter) {}
 
   int64_t Source(int64_t i, int64_t tap, int64_t large) const { return MirrorIndex(f * i - offset + tap, large); }
 };
@@ -44,28 +43,42 @@ class PhaseLine {
   AlignedArray<float> phases_;
 };
 
-void ReduceRows(matrix& result, const matrix& high, const Reduction& axis) {
-  PhaseLine line(axis, result.m);
-  std::vector<const float*> pixels;
-  for (int32_t i = 0; i < axis.taps.mn; ++i) pixels.push_back(line.Tap(i));
-  for (int32_t r = 0; r < high.n; ++r) {
-    line.Fill(high.z[r], high.m);
-    ActiveResampleKernels().combineRows(result.z[r], pixels.data(), axis.taps.x, axis.taps.mn, result.m);
-  }
-}
-
 }  // namespace
 
 void ShrinkMatrix(matrix& low, const matrix& high, const matrix& taps) {
   if (low.mn == 0) return;
-  const Reduction across(high.m, low.m, taps), down(high.n, low.n, taps);
   matrix narrow(low.m, high.n);
-  ReduceRows(narrow, high, across);
+  ShrinkAlongRows(narrow, high, high.m / low.m, taps);
+  ShrinkAlongColumns(low, narrow, high.n / low.n, taps, 0);
+}
+
+void ShrinkAlongRows(matrix& narrow, const matrix& high, int32_t f, const matrix& taps) {
+  const Reduction axis(f, taps);
+  PhaseLine line(axis, narrow.m);
+  std::vector<const float*> pixels;
+  for (int32_t i = 0; i < taps.mn; ++i) pixels.push_back(line.Tap(i));
+  for (int32_t r = 0; r < high.n; ++r) {
+    line.Fill(high.z[r], axis.f * narrow.m);
+    ActiveResampleKernels().combineRows(narrow.z[r], pixels.data(), taps.x, taps.mn, narrow.m);
+  }
+}
+
+void ShrinkAlongColumns(matrix& low, const PlaneWindow& narrow, int32_t f, const matrix& taps, int32_t first) {
+  const Reduction axis(f, taps);
   std::vector<const float*> rows(static_cast<size_t>(taps.mn));
   for (int32_t r = 0; r < low.n; ++r) {
-    for (int32_t i = 0; i < taps.mn; ++i) rows[i] = narrow.z[down.Source(r, i, high.n)];
+    for (int32_t i = 0; i < taps.mn; ++i) rows[i] = narrow.Row(axis.Source(first + r, i, narrow.height));
     ActiveResampleKernels().combineRows(low.z[r], rows.data(), taps.x, taps.mn, low.m);
   }
+}
+
+AxisPart ShrinkSource(int32_t f, const matrix& taps, int32_t length, AxisPart output) {
+  const Reduction axis(f, taps);
+  const int64_t first = axis.f * output.first - axis.offset;
+  const int64_t last = axis.f * (int64_t{output.first} + output.count - 1) - axis.offset + taps.mn - 1;
+  // Filters are symmetric, so that what is mirrored at an end lies between these two.
+  const int64_t inside = std::max<int64_t>(first, 0), end = std::min<int64_t>(last + 1, length);
+  return {static_cast<int32_t>(inside), static_cast<int32_t>(end - inside)};
 }
 
 // ------------------------------------------------------------------------------------------------- resampling

@@ -14,6 +14,19 @@ namespace norv {
 // repeating the edge, as often as needed on short planes.
 void ShrinkMatrix(matrix& low, const matrix& high, const matrix& taps);
 
+// Its two passes by themselves, for planes that pass by, the same bits: every row along its length, of which as many
+// pixels count as f makes of the result's width; and rows first, first + 1, ... of the small plane, for which the
+// window has those that ShrinkSource() says. Results are dimensioned by the caller.
+void ShrinkAlongRows(matrix& narrow, const matrix& high, int32_t f, const matrix& taps);
+void ShrinkAlongColumns(matrix& low, const PlaneWindow& narrow, int32_t f, const matrix& taps, int32_t first);
+
+// Positions of an axis, `count` from `first` on.
+struct AxisPart {
+  int32_t first, count;
+};
+// Those of an axis of `length` pixels that hold all that these output positions are made of. Ascends with them.
+AxisPart ShrinkSource(int32_t f, const matrix& taps, int32_t length, AxisPart output);
+
 // Which source pixels an output position is made of.
 struct ResampleTable {
   int32_t taps = 0;
@@ -46,11 +59,7 @@ void ResampleAlongRows(const matrix& plane, matrix& result, const ResampleTable&
 void ResampleAlongColumns(const PlaneWindow& plane, matrix& result, const ResampleTable& vertical, int32_t first,
                           int32_t count);
 
-// Positions of an axis, `count` from `first` on.
-struct AxisPart {
-  int32_t first, count;
-};
-// Those of an axis of `length` pixels that hold all that these output positions are made of. Ascends with them.
+// As ShrinkSource() says it.
 AxisPart SourceOf(const ResampleTable& table, int32_t length, AxisPart output);
 
 }  // namespace norv

@@ -9,6 +9,9 @@
 #include "kit/scale/premultiplied.h"
 #include "kit/scale/resize.h"
 #include "net/enlarge.h"
+#include "raster/filters.h"
+#include "simd/levels.h"
+#include "support/kit.h"
 #include "support/nets.h"
 
 using namespace norv;
@@ -112,4 +115,50 @@ TEST_CASE("resampled strips are the whole planes resampled, for every number of 
         for (const int32_t threads : kThreads)
           CheckSame(AllRows(Resized(HeldPicture(picture), {size.newWidth, size.newHeight}, filter, threads)), whole);
       }
+}
+
+TEST_CASE("shrunk strips are the whole planes shrunk, cropped, for every number of threads") {
+  struct Sizes {
+    int32_t width, height, factor, order;
+  };
+  for (const Sizes size : {Sizes{3, 2, 2, -1}, {67, 1401, 2, -1}, {31, 500, 3, 3}, {20, 300, 7, -11}, {40, 90, 2, 64}})
+    for (const int32_t channels : {1, 4}) {
+      const Picture picture = Sample(size.width, size.height, channels);
+      const int32_t width = size.width / size.factor, height = size.height / size.factor;
+      Picture source(width * size.factor, height * size.factor, channels, 16), whole(width, height, channels, 16);
+      for (int32_t k = 0; k < channels; ++k)
+        for (int32_t r = 0; r < source.Height(); ++r)
+          std::copy_n(picture.plane[k].z[r], source.Width(), source.plane[k].z[r]);
+      Premultiply(source);
+      matrix taps;
+      ShrinkKernel(taps, size.factor, size.order);
+      for (int32_t k = 0; k < channels; ++k) ShrinkMatrix(whole.plane[k], source.plane[k], taps);
+      Unpremultiply(whole);
+      for (const int32_t threads : kThreads)
+        CheckSame(AllRows(Shrunk(HeldPicture(picture), size.factor, size.order, threads)), whole);
+    }
+}
+
+TEST_CASE("every command makes the same bytes at every vector level") {
+  const test::ScratchFolder folder;
+  REQUIRE(test::KitIn(folder, "testcard card.png --size 61x53").exitCode == 0);
+  REQUIRE(test::KitIn(folder, "noise card.png a.png --sigma 4").exitCode == 0);
+  for (const std::string line : {"enlarge a.png o.png", "enlarge a.png o.png --model x4-48 --by 3 --method net",
+                                 "enlarge a.png o.png --method lanczos --by 1.5", "restore a.png o.png --by 1",
+                                 "denoise a.png o.png --best", "shrink a.png o.png", "noise a.png o.png"}) {
+    CAPTURE(line);
+    std::string first;
+    for (int level = 0; level <= static_cast<int>(MachineLevel()); ++level) {
+      const std::string name = NameOf(static_cast<VectorLevel>(level));
+      const test::Outcome outcome = test::Run({.arguments = test::Words(line + " --overwrite"),
+                                               .environment = {"NORV_SIMD=" + name},
+                                               .executable = test::NorvkitExecutable(),
+                                               .directory = folder.Path()});
+      CAPTURE(outcome.errors);
+      REQUIRE(outcome.exitCode == 0);
+      const std::string made = test::ReadBytes(folder / "o.png");
+      if (level == 0) first = made;
+      CHECK((made == first));
+    }
+  }
 }

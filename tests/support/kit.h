@@ -11,6 +11,12 @@
 
 namespace norv::test {
 
+#ifdef NORV_WEBP
+inline constexpr bool kHasWebp = true;
+#else
+inline constexpr bool kHasWebp = false;
+#endif
+
 // For pictures that a test writes again.
 inline WriteChoice Over() {
   WriteChoice choice;

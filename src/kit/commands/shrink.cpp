@@ -3,9 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/picture.h"
 #include "kit/scale/resize.h"
-#include "kit/scale/scale.h"
 #include "kit/work/run_work.h"
 
 namespace norv {
@@ -40,10 +38,9 @@ WorkPlan PlanOfWhole(const PictureShape& shape, int32_t factor, int32_t order) {
   WorkPlan plan{shape, "shrunk by " + std::to_string(factor), static_cast<double>(factor), nullptr};
   plan.result.width /= factor;
   plan.result.height /= factor;
-  plan.make = [factor, order](const PictureSource& picture, int32_t) {
-    return HeldPicture(ShrinkPicture(AllRows(picture), factor, order));
+  plan.make = [factor, order](PictureSource picture, int32_t threads) {
+    return Shrunk(std::move(picture), factor, order, threads);
   };
-  plan.teams = false;
   return plan;
 }
 

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
 #include <utility>
 
+#include "kit/failure.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/strips.h"
 #include "kit/scale/interpolation.h"
@@ -40,6 +42,41 @@ Picture EmptyLike(const Picture& rows) {
   return picture;
 }
 
+// What is done to planes: their rows along their length, then columns. Results are dimensioned there.
+struct TwoPasses {
+  std::function<void(const matrix& rows, matrix& made)> alongRows;
+  std::function<AxisPart(AxisPart made)> needs;  // which rows of the first pass rows of the second are made of
+  std::function<void(const matrix& held, int32_t heldFrom, matrix& made, AxisPart which)> alongColumns;
+};
+
+// Along rows first, in strips of their own, so that no row is worked on twice.
+PictureSource InTwoPasses(PictureSource picture, const PictureSize& size, bool multiplied, TwoPasses work,
+                          int32_t threads) {
+  const auto passes = std::make_shared<const TwoPasses>(std::move(work));
+  PictureShape shape = picture.shape;
+  const auto alongRows = [passes, multiplied](Picture rows) {
+    if (multiplied) Premultiply(rows);
+    Picture made = EmptyLike(rows);
+    for (int32_t k = 0; k < rows.channels; ++k) passes->alongRows(rows.plane[k], made.plane[k]);
+    return made;
+  };
+  shape.width = size.width;
+  PictureSource wide = ChangedRows(std::move(picture), shape, alongRows, threads);
+  const auto needs = [passes](RowRange made) {
+    const AxisPart part = passes->needs({made.first, made.rows});
+    return RowRange{part.first, part.count};
+  };
+  const auto alongColumns = [passes, multiplied](const Picture& held, RowRange which, RowRange made) {
+    Picture rows = EmptyLike(held);
+    for (int32_t k = 0; k < held.channels; ++k)
+      passes->alongColumns(held.plane[k], which.first, rows.plane[k], {made.first, made.rows});
+    if (multiplied) Unpremultiply(rows);
+    return rows;
+  };
+  shape.height = size.height;
+  return InStrips(std::move(wide), shape, {needs, alongColumns}, threads);
+}
+
 }  // namespace
 
 ResampleTable ResizeTable(int32_t from, int32_t to, ResizeFilter filter) {
@@ -73,34 +110,38 @@ PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilt
                    threads);
 }
 
-// Along rows first, in strips of their own, so that no row is worked on twice.
 PictureSource Resampled(PictureSource picture, ResampleTable horizontal, ResampleTable vertical, bool multiplied,
                         int32_t threads) {
   const auto across = std::make_shared<const ResampleTable>(std::move(horizontal));
   const auto down = std::make_shared<const ResampleTable>(std::move(vertical));
-  PictureShape shape = picture.shape;
-  const int32_t height = shape.height;
-  const auto alongRows = [across, multiplied](Picture rows) {
-    if (multiplied) Premultiply(rows);
-    Picture made = EmptyLike(rows);
-    for (int32_t k = 0; k < rows.channels; ++k) ResampleAlongRows(rows.plane[k], made.plane[k], *across);
-    return made;
-  };
-  shape.width = across->Length();
-  PictureSource wide = ChangedRows(std::move(picture), shape, alongRows, threads);
-  const auto needs = [down, height](RowRange made) {
-    const AxisPart part = SourceOf(*down, height, {made.first, made.rows});
-    return RowRange{part.first, part.count};
-  };
-  const auto alongColumns = [down, height, multiplied](const Picture& held, RowRange which, RowRange made) {
-    Picture rows = EmptyLike(held);
-    for (int32_t k = 0; k < held.channels; ++k)
-      ResampleAlongColumns({held.plane[k], which.first, height}, rows.plane[k], *down, made.first, made.rows);
-    if (multiplied) Unpremultiply(rows);
-    return rows;
-  };
-  shape.height = down->Length();
-  return InStrips(std::move(wide), shape, {needs, alongColumns}, threads);
+  const int32_t height = picture.shape.height;
+  return InTwoPasses(std::move(picture), {across->Length(), down->Length()}, multiplied,
+                     {[across](const matrix& rows, matrix& made) { ResampleAlongRows(rows, made, *across); },
+                      [down, height](AxisPart made) { return SourceOf(*down, height, made); },
+                      [down, height](const matrix& held, int32_t heldFrom, matrix& made, AxisPart which) {
+                        ResampleAlongColumns({held, heldFrom, height}, made, *down, which.first, which.count);
+                      }},
+                     threads);
+}
+
+PictureSource Shrunk(PictureSource picture, int32_t factor, int32_t shrinkOrder, int32_t threads) {
+  const PictureSize size = {picture.shape.width / factor, picture.shape.height / factor};
+  if (size.width == 0 || size.height == 0) Fail("the picture is smaller than the factor");
+  const auto taps = std::make_shared<matrix>();
+  ShrinkKernel(*taps, factor, shrinkOrder);
+  if (taps->mn == 0) Fail("there is no filter of order %d", shrinkOrder);
+  const int32_t height = size.height * factor;
+  return InTwoPasses(std::move(picture), size, true,
+                     {[taps, factor, size](const matrix& rows, matrix& made) {
+                        made.dim(size.width, rows.n);
+                        ShrinkAlongRows(made, rows, factor, *taps);
+                      },
+                      [taps, factor, height](AxisPart made) { return ShrinkSource(factor, *taps, height, made); },
+                      [taps, factor, height, size](const matrix& held, int32_t heldFrom, matrix& made, AxisPart which) {
+                        made.dim(size.width, which.count);
+                        ShrinkAlongColumns(made, {held, heldFrom, height}, factor, *taps, which.first);
+                      }},
+                     threads);
 }
 
 }  // namespace norv

@@ -22,4 +22,9 @@ PictureSource Resized(PictureSource picture, const PictureSize& size, ResizeFilt
 PictureSource Resampled(PictureSource picture, ResampleTable horizontal, ResampleTable vertical, bool multiplied,
                         int32_t threads);
 
+// The picture smaller by a whole factor in the same way, with the reduction filter of a ShrinkOrder, cropped at the
+// right and below to a multiple of the factor. Throws a Failure for an unknown order and for a picture smaller than the
+// factor.
+PictureSource Shrunk(PictureSource picture, int32_t factor, int32_t shrinkOrder, int32_t threads);
+
 }  // namespace norv

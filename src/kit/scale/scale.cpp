@@ -1,10 +1,12 @@
 #include "kit/scale/scale.h"
 
+#include <utility>
+
 #include "kit/failure.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/premultiplied.h"
-#include "raster/filters.h"
+#include "kit/scale/resize.h"
 #include "raster/separable.h"
 
 namespace norv {
@@ -32,13 +34,6 @@ Picture PerPlaneMultiplied(const Picture& picture, const PlaneFunction& function
   return result;
 }
 
-matrix TopLeft(const matrix& plane, int32_t width, int32_t height) {
-  matrix part(width, height);
-  for (int32_t r = 0; r < height; ++r)
-    for (int32_t x = 0; x < width; ++x) part.z[r][x] = plane.z[r][x];
-  return part;
-}
-
 }  // namespace
 
 void RequireRoom(const PictureShape& shape, int32_t factor) {
@@ -47,16 +42,8 @@ void RequireRoom(const PictureShape& shape, int32_t factor) {
     Fail("the enlarged picture would be too large");
 }
 
-Picture ShrinkPicture(const Picture& picture, int32_t factor, int32_t shrinkOrder) {
-  const int32_t width = picture.Width() / factor, height = picture.Height() / factor;
-  if (width == 0 || height == 0) Fail("the picture is smaller than the factor");
-  matrix kernel;
-  ShrinkKernel(kernel, factor, shrinkOrder);
-  if (kernel.mn == 0) Fail("there is no filter of order %d", shrinkOrder);
-  return PerPlaneMultiplied(picture, [&](const matrix& plane, matrix& small) {
-    small.dim(width, height);
-    ShrinkMatrix(small, TopLeft(plane, width * factor, height * factor), kernel);
-  });
+Picture ShrinkPicture(Picture picture, int32_t factor, int32_t shrinkOrder) {
+  return AllRows(Shrunk(HeldPicture(std::move(picture)), factor, shrinkOrder, 1));
 }
 
 Picture InterpolatePicture(const Picture& picture, int32_t factor, Interpolation interpolation) {

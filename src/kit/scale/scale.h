@@ -9,9 +9,8 @@ enum class Interpolation : int32_t;
 struct Picture;
 struct PictureShape;
 
-// By the integer factor with the reduction filter of a ShrinkOrder, cropped at the right and below to a multiple of the
-// factor first. Throws a Failure for an unknown order and for a picture smaller than the factor.
-Picture ShrinkPicture(const Picture& picture, int32_t factor, int32_t shrinkOrder);
+// Shrunk() (resize.h) of a picture in memory, on this thread.
+Picture ShrinkPicture(Picture picture, int32_t factor, int32_t shrinkOrder);
 
 // Throws a Failure when the sides of a picture enlarged by the factor would exceed 32 bits; what the sides multiply to
 // is checked where memory is taken.
