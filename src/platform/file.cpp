@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/console.h"
+#include "platform/native/before_rename.h"
 #include "platform/native/native_file.h"
 
 namespace norv {
@@ -114,6 +116,15 @@ void FileIn::WarnEndsEarly() const { Warn("%s ends early; what is missing is rea
 
 // ---------------------------------------------------------------------------------------------------- writing
 
+namespace {
+
+thread_local const BeforeRename::Note* noteOfThread = nullptr;
+
+}  // namespace
+
+BeforeRename::BeforeRename(Note note) : note_(std::move(note)) { noteOfThread = &note_; }
+BeforeRename::~BeforeRename() { noteOfThread = nullptr; }
+
 struct FileOut::State {
   std::string destination;
   std::string temporary;  // empty: the destination is written directly
@@ -188,6 +199,7 @@ bool FileOut::Commit() {
   s.Flush();
   const bool durable = s.durability == Durability::durable;
   if (s.failure.empty() && durable && !s.temporary.empty() && !s.file.Flush()) s.Fail();
+  if (s.failure.empty() && !s.temporary.empty() && noteOfThread) (*noteOfThread)(s.temporary, s.destination);
   if (s.failure.empty()) {
     const bool moved = s.temporary.empty() ? s.file.Close() : s.file.Rename(s.temporary, s.destination, durable);
     if (!moved) s.Fail();

@@ -133,7 +133,7 @@ std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
   std::optional<Command> command = FindCommand(words[0]);
   const bool alone = !command && IsPicture(words[0]);
   if (!command && IsFolder(words[0]))
-    throw WrongUsage(words[0] + " is a folder; one picture at a time: norvkit enlarge PICTURE OUT", "enlarge");
+    throw WrongUsage(words[0] + " is a folder; type: norvkit enlarge " + words[0] + " --out DIR", "enlarge");
   if (!command && !alone) RefuseCommand(words[0]);
   if (alone) command = PictureCommand();
   if (alone && words.size() > 1 && !words[1].starts_with("-"))

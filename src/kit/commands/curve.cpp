@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/formats/bytes.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/training/learning_curve.h"
 
@@ -22,6 +23,7 @@ void Run(const Settings& settings) {
   RequireFree(settings.out, settings.overwrite, settings.log);
   const std::string drawing = DrawLearningCurve(ReadTrainingLog(settings.log));
   WriteBytes(settings.out, {drawing.begin(), drawing.end()});
+  SayWritten(settings.log, settings.out);
 }
 
 }  // namespace

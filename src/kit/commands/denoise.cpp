@@ -34,14 +34,16 @@ Options Rows(Settings& settings) {
 
 WorkPlan PlanOf(const DenoiseChoice& how, const PictureShape& shape) {
   const char* method = how.best ? "denoised by groups of patches" : "denoised by components of patches";
-  return {shape, method, 1, [how](PictureSource source, int32_t threads) {
-            DenoiseChoice inTeam = how;
-            inTeam.threads = threads;
-            Picture picture = AllRows(source);
-            source = {};
-            DenoisePicture(picture, inTeam);
-            return HeldPicture(std::move(picture));
-          }};
+  WorkPlan plan{shape, method, 1, [how](PictureSource source, int32_t threads) {
+                  DenoiseChoice inTeam = how;
+                  inTeam.threads = threads;
+                  Picture picture = AllRows(source);
+                  source = {};
+                  DenoisePicture(picture, inTeam);
+                  return HeldPicture(std::move(picture));
+                }};
+  plan.cost = CostOfDenoising(shape, how.best);
+  return plan;
 }
 
 PictureWork WorkOf(Settings& settings) {

@@ -9,6 +9,7 @@
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
 #include "kit/work/run_work.h"
+#include "net/neural_net.h"
 #include "platform/console.h"
 
 namespace norv {
@@ -200,9 +201,32 @@ std::string ChosenWay(const Settings& settings, const EnlargeWay& way, const Pic
          " (" + (settings.quick ? "plain, " : "") + way.plan->why + ")";
 }
 
+double FactorOf(const Settings& settings, const PictureShape& shape, const PictureSize& size) {
+  return settings.choice.factor > 0 ? settings.choice.factor : FactorBetween(shape, size);
+}
+
+// Of the networks one after another, of what follows them, and of reducing what they make too large.
+Cost CostOf(const EnlargeWay& way, PictureShape shape, const PictureShape& result, bool denoise) {
+  Cost cost = denoise ? CostOfDenoising(shape, false) : Cost();
+  if (!way.plan && way.preset.empty()) return cost + CostOfResampling(shape, result);
+  const int32_t width = shape.width;
+  for (const Model& pass : way.plan ? way.plan->passes : std::vector<Model>()) {
+    cost = cost + CostOfNetwork(shape, LoadNetwork(pass.path), way.how.average, way.how.shortcut);
+    shape.width *= pass.factor;
+    shape.height *= pass.factor;
+  }
+  if (!way.preset.empty()) {
+    RestoreParameters parameters =
+        way.plan ? RefinementPreset(way.preset, shape.width / width) : RestorePreset(way.preset, 1);
+    TurnKnobs(parameters, way.knobs);
+    cost = cost + CostOfRefinement(shape, parameters);
+  }
+  return shape.width == result.width ? cost : cost + CostOfResampling(shape, result);
+}
+
 WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
   const EnlargeWay way = WayOf(settings, shape);
-  WorkPlan plan{shape, MethodOf(settings, way), FactorBetween(shape, way.size), nullptr};
+  WorkPlan plan{shape, MethodOf(settings, way), FactorOf(settings, shape, way.size), nullptr};
   plan.result.width = way.size.width;
   plan.result.height = way.size.height;
   plan.make = [way, denoise = settings.denoise](PictureSource picture, int32_t threads) {
@@ -211,6 +235,7 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
     if (denoise) picture = Denoised(picture, threads);
     return Enlarged(std::move(picture), inTeam);
   };
+  plan.cost = CostOf(way, shape, plan.result, settings.denoise);
   if (way.plan && settings.net.empty())
     plan.chosen = [settings, way, shape](int32_t threads) { return ChosenWay(settings, way, shape, threads); };
   return plan;
@@ -218,8 +243,11 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
 
 PictureWork WorkOf(Settings& settings) {
   RefuseIdleOptions(settings);
-  const bool byFactor = settings.size.by > 0 || !settings.size.Said();
-  settings.choice.ownName = byFactor ? "{stem}_{factor}x" : "{stem}_{width}x{height}";
+  if (settings.size.by > 0 || !settings.size.Said()) {
+    const int32_t ofNet = settings.net.empty() ? 2 : FactorOfNetwork(settings.net);
+    settings.choice.factor = settings.size.by > 0 ? settings.size.by : ofNet;
+  }
+  settings.choice.ownName = settings.choice.factor > 0 ? "{stem}_{factor}x" : "{stem}_{width}x{height}";
   return {[settings](const PictureShape& shape) { return PlanOf(settings, shape); }, "Enlarging"};
 }
 

@@ -27,8 +27,10 @@ void Run(const Settings& settings) {
   if (settings.choice.to.empty() && !HasPictureName(settings.picture))
     Fail("%s has to be named as a picture: %s", settings.picture.c_str(), WrittenExtensions("or").c_str());
   const PictureSource image = OpenImage(settings.file, settings.read);
+  RefuseRowsBesidePicture(settings.picture);
   const Destination out(settings.picture, image.shape, settings.choice, settings.file);
   const int64_t moved = CopyRows(image, out.Create(image.shape));
+  SayWritten(settings.file, settings.picture, image.shape.width, image.shape.height);
   if (RunManner().verbose) Complain("%lld samples were outside 0..255", static_cast<long long>(moved));
 }
 

@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "platform/file.h"
@@ -30,6 +31,7 @@ void Run(const Settings& settings) {
   choice.overwrite = settings.overwrite || !IsSameFile(settings.picture, settings.file);
   const Destination out(settings.file, picture.shape, choice, settings.picture);
   CopyRows(picture, out.Create(picture.shape));
+  SayWritten(settings.picture, settings.file, picture.shape.width, picture.shape.height);
 }
 
 }  // namespace

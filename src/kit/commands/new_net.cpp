@@ -1,6 +1,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/training/start_net.h"
 #include "net/net_file.h"
@@ -25,6 +26,13 @@ Options Rows(Settings& settings) {
                   OverwriteRow(settings.overwrite)}});
 }
 
+NeuralNet NetOf(const NetPlan& plan, const std::string& start) {
+  if (start == "random") return RandomNet(plan);
+  const Interpolation interpolation = start == "cubic" ? Interpolation::cubic : Interpolation::lanczos;
+  if (const std::string reason = WhyNoInterpolation(plan, interpolation); !reason.empty()) throw Failure(reason);
+  return InterpolationNet(plan, interpolation);
+}
+
 void Run(const Settings& settings) {
   NetPlan plan = settings.plan;
   const bool random = settings.start == "random";
@@ -34,10 +42,8 @@ void Run(const Settings& settings) {
     throw WrongUsage("--seed does nothing with --start " + settings.start + ": leave one of them out");
   if (const std::string reason = WhyNoNet(plan); !reason.empty()) throw WrongUsage(reason);
   RequireFree(settings.file, settings.overwrite);
-  if (random) return SaveNet(RandomNet(plan), settings.file, Folder::asGiven);
-  const Interpolation interpolation = settings.start == "cubic" ? Interpolation::cubic : Interpolation::lanczos;
-  if (const std::string reason = WhyNoInterpolation(plan, interpolation); !reason.empty()) throw Failure(reason);
-  SaveNet(InterpolationNet(plan, interpolation), settings.file, Folder::asGiven);
+  SaveNet(NetOf(plan, settings.start), settings.file, Folder::asGiven);
+  SayWritten("", settings.file);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
@@ -42,11 +43,13 @@ void AddNoise(matrix& plane, float sigma, std::mt19937& generator) {
 
 void Run(const Settings& settings) {
   const PictureSource source = OpenImage(settings.picture, settings.read);
+  RefuseRowsBesidePicture(settings.out);
   const Destination out(settings.out, source.shape, settings.choice, settings.picture);
   Picture picture = AllRows(source);
   std::mt19937 generator(settings.seed);
   for (int32_t k = 0; k < picture.Colours(); ++k) AddNoise(picture.plane[k], settings.sigma, generator);
   out.Save(std::move(picture));
+  SayWritten(settings.picture, settings.out, source.shape.width, source.shape.height);
 }
 
 }  // namespace

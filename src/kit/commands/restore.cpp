@@ -132,6 +132,8 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
     source = {};
     return HeldPicture(Restored(std::move(picture), settings, parameters, threads));
   };
+  plan.cost = CostOfRestoration(shape, parameters, settings.overBytes ? std::max(settings.bands, 1) : settings.bands);
+  if (settings.denoise) plan.cost = plan.cost + CostOfDenoising(shape, false);
   plan.reduction = parameters.kernelCode;
   plan.teams = settings.bands > 1;
   return plan;
@@ -140,7 +142,10 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
 PictureWork WorkOf(Settings& settings) {
   const RestoreParameters parameters = Parameters(settings);
   RefuseIdleKnobs(settings, parameters);
-  if (settings.bands == 0 && settings.choice.threads > 1) settings.bands = settings.choice.threads;
+  // Of one picture; many are worked on side by side.
+  if (settings.bands == 0 && settings.choice.folder.empty() && settings.choice.threads > 1)
+    settings.bands = settings.choice.threads;
+  settings.choice.factor = settings.factor;
   if (settings.factor > 1) settings.choice.ownName = "{stem}_{factor}x";
   return {[settings, parameters](const PictureShape& shape) { return PlanOf(settings, parameters, shape); }};
 }

@@ -88,8 +88,45 @@ Options WriteRows(WriteChoice& choice) {
       OverwriteRow(choice.overwrite)};
 }
 
+Options ManyRows(WorkChoice& choice) {
+  constexpr static char kHeading[] = "Many pictures";
+  return {
+      {.name = "--out",
+       .target = &choice.folder,
+       .unit = "DIR",
+       .help = "every PICTURE is one to read, or a folder of them; results go into this folder, and a second run "
+               "makes only what is missing or has changed",
+       .heading = kHeading,
+       .aside = true},
+      {.name = "--name",
+       .target = &choice.name,
+       .unit = "PATTERN",
+       .help = "of results: {stem} and {ext} of the picture, {factor}, {width}, {height} and {method} of the result",
+       .byDefault = "{stem}{ext}; of what is larger {stem}_{factor}x{ext}",
+       .heading = kHeading,
+       .aside = true},
+      {.name = "--recursive",
+       .target = &choice.recursive,
+       .help = "folders in folders too, the tree is kept",
+       .aliases = "-r",
+       .heading = kHeading,
+       .aside = true},
+      {.name = "--dry-run",
+       .target = &choice.dryRun,
+       .help = "only say what would be done, and by estimate how long it would take and how much memory",
+       .heading = kHeading,
+       .aside = true},
+      {.name = "--memory",
+       .target = &choice.memory,
+       .unit = "SIZE",
+       .help = "hold at most so much (2G, 500M) by fewer pictures at a time; what does not fit alone is refused",
+       .byDefault = "what there is",
+       .heading = kHeading,
+       .aside = true}};
+}
+
 Options WorkRows(WorkChoice& choice) {
-  return Joined({{ThreadsRow(choice.threads), PageRow(choice.read)}, WriteRows(choice.write)});
+  return Joined({ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read)}, WriteRows(choice.write)});
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {

@@ -33,7 +33,8 @@ Option PageRow(ReadChoice& choice);
 // --to, --bits, --quality, --overwrite and the like of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
 
-// --threads, --page and the rows of what is written, of commands that make pictures of pictures.
+// --out, --name, --recursive, --dry-run, --memory, --threads, --page and the rows of what is written, of commands that
+// make pictures of pictures.
 Options WorkRows(WorkChoice& choice);
 
 // --by, --width, --height and --longest of commands that make a picture larger or smaller.

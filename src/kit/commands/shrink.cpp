@@ -41,6 +41,7 @@ WorkPlan PlanOfWhole(const PictureShape& shape, int32_t factor, int32_t order) {
   plan.make = [factor, order](PictureSource picture, int32_t threads) {
     return Shrunk(std::move(picture), factor, order, threads);
   };
+  plan.cost = CostOfResampling(shape, plan.result);
   return plan;
 }
 
@@ -51,6 +52,7 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
   WorkPlan plan{shape, "shrunk by Lanczos-3", FactorBetween(shape, size), nullptr};
   plan.result.width = size.width;
   plan.result.height = size.height;
+  plan.cost = CostOfResampling(shape, plan.result);
   plan.make = [size](PictureSource picture, int32_t threads) {
     return Resized(std::move(picture), size, ResizeFilter::lanczos, threads);
   };
@@ -60,6 +62,7 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
 PictureWork WorkOf(Settings& settings) {
   if (settings.order && !WholeFactor(settings.size))
     throw WrongUsage("--filter goes with whole factors: leave it out, or --by 2");
+  settings.choice.factor = settings.size.by > 0 ? settings.size.by : settings.size.Said() ? 0 : 2;
   return {[settings](const PictureShape& shape) { return PlanOf(settings, shape); }};
 }
 

@@ -3,6 +3,7 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/test_card.h"
 
@@ -34,7 +35,9 @@ void Run(const Settings& settings) {
       width > kLargest || height > kLargest)
     throw WrongUsage("--size has to be WIDTHxHEIGHT, each 48 to 20000: " + settings.size);
   const PictureSource card = DrawTestCard(width, height);
+  RefuseRowsBesidePicture(settings.picture);
   CopyRows(card, CreateImage(settings.picture, card.shape, settings.choice));
+  SayWritten("", settings.picture, width, height);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <atomic>
 
 #include "kit/commands/command.h"
+#include "kit/failure.h"
+#include "kit/formats/streams.h"
 #include "kit/guidance/json.h"
 #include "platform/console.h"
 
@@ -51,6 +53,25 @@ Options WithMannerRows(Options rows) {
 void SayRow(const JsonObject& row, bool isError) {
   if (isError) errorWasSaid = true;
   Say("%s\n", row.Line().c_str());
+}
+
+void RefuseRowsBesidePicture(const std::string& output) {
+  if (RunManner().json && IsStandard(output))
+    throw WrongUsage("--json and a picture cannot both go to standard output: name a file");
+}
+
+void SayWritten(const std::string& input, const std::string& output) {
+  if (!RunManner().json) return;
+  JsonObject row;
+  if (!input.empty()) row.Text("input", input);
+  SayRow(row.Text("output", output));
+}
+
+void SayWritten(const std::string& input, const std::string& output, int32_t width, int32_t height) {
+  if (!RunManner().json) return;
+  JsonObject row;
+  if (!input.empty()) row.Text("input", input);
+  SayRow(row.Text("output", output).Whole("width", width).Whole("height", height));
 }
 
 bool ErrorWasSaid() { return errorWasSaid; }

@@ -1,6 +1,7 @@
 // How a run speaks: options that every command has, and rows of figures for programs.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace norv {
@@ -19,6 +20,12 @@ Manner& RunManner();
 
 // A line on standard output, from any thread. `isError`: it says why something failed.
 void SayRow(const JsonObject& row, bool isError = false);
+// Throws a WrongUsage where both rows and a picture would go to standard output.
+void RefuseRowsBesidePicture(const std::string& output);
+// With --json: the file that a command has written, of that one; empty: of none. Otherwise nothing.
+void SayWritten(const std::string& input, const std::string& output);
+// The same of a picture.
+void SayWritten(const std::string& input, const std::string& output, int32_t width, int32_t height);
 // Whether a row has said so already.
 bool ErrorWasSaid();
 

@@ -40,18 +40,18 @@ class PassedLuminance {
   int32_t first_ = 0;  // row of the picture that rows_ begins with
 };
 
+// So many that a strip stays of moderate size, and its margins are not most of it.
+int32_t RefinedRowsOf(int32_t width) {
+  constexpr int32_t kStripPixels = 1 << 21;
+  return std::clamp(kStripPixels / std::max(width, 1), kRefinedRows / 3, kRefinedRows);
+}
+
 namespace {
 
 Picture RowsOf(const Picture& from, int32_t first, int32_t count) {
   Picture rows(from.Width(), count, from.channels, from.bits);
   CopyPart(from, first, count, rows, 0);
   return rows;
-}
-
-// So many that a strip stays of moderate size, and its margins are not most of it.
-int32_t EnlargedRowsOfStrip(int32_t width) {
-  constexpr int32_t kStripPixels = 1 << 21;
-  return std::clamp(kStripPixels / std::max(width, 1), kRefinedRows / 3, kRefinedRows);
 }
 
 class Refiner {
@@ -62,7 +62,7 @@ class Refiner {
         passed_(std::move(passed)),
         parameters_(parameters),
         height_(large_.shape.height / parameters.factor),
-        stripRows_(std::max(EnlargedRowsOfStrip(large_.shape.width) / parameters.factor, 1)),
+        stripRows_(std::max(RefinedRowsOf(large_.shape.width) / parameters.factor, 1)),
         margin_(std::max(kRefineMargin / parameters.factor, 1)),
         progress_("Refining", PlaneWork(parameters) * ((height_ + stripRows_ - 1) / stripRows_)) {
     const int32_t rows = std::min(height_, stripRows_ + 2 * margin_), width = large_.shape.width / Factor();

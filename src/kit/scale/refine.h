@@ -13,6 +13,9 @@ namespace norv {
 // of its neighbours. The cut depends on the picture's size alone, so that neither threads nor memory change the result.
 inline constexpr int32_t kRefinedRows = 384, kRefineMargin = 48;
 
+// Enlarged rows of a strip of a picture that is enlarged to this width.
+int32_t RefinedRowsOf(int32_t width);
+
 // The luminance, multiplied by alpha, of rows that have passed by, for as long as somebody needs them.
 class PassedLuminance;
 

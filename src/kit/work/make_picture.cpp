@@ -36,8 +36,13 @@ PictureSource TimedSource(PictureSource source, const std::shared_ptr<Stages>& s
           }};
 }
 
-PictureSink TimedSink(const PictureSink& sink, const std::shared_ptr<Stages>& stages) {
-  const auto write = [sink, stages](Picture rows) { Timed(stages->writing, [&] { sink.write(std::move(rows)); }); };
+PictureSink TimedSink(const PictureSink& sink, const std::shared_ptr<Stages>& stages,
+                      const std::function<void(int32_t rows)>& advanced) {
+  const auto write = [sink, stages, advanced](Picture rows) {
+    const int32_t count = rows.Height();
+    Timed(stages->writing, [&] { sink.write(std::move(rows)); });
+    advanced(count);
+  };
   return {write, [sink, stages] { return Timed(stages->writing, sink.finish); }};
 }
 
@@ -46,12 +51,20 @@ void TellStages(const Made& made, const Stages& stages) {
        made.height, made.seconds, stages.reading, made.seconds - stages.reading - stages.writing, stages.writing);
 }
 
+// Formats whose libraries give all or nothing; in others only odd kinds are held.
+bool IsReadAsAWhole(const std::string& path) {
+  const std::string ending = ExtensionOf(path);
+  return ending == "webp" || ending == "jxl" || ending == "heic" || ending == "avif";
+}
+
 }  // namespace
 
 OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input) {
   const double since = Seconds();
   PictureSource source = OpenImage(input, order.choice.read);
   WorkPlan plan = order.work.plan(source.shape);
+  plan.cost = plan.cost + CostOfFiles(source.shape, plan.result);
+  if (IsReadAsAWhole(input)) plan.cost = plan.cost + CostOfHolding(source.shape, source.shape.bits / 8.0);
   return {input, std::move(source), std::move(plan), since};
 }
 
@@ -59,8 +72,10 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   const WorkPlan& plan = picture.plan;
   WriteChoice choice = order.choice.write;
   choice.encoding.threads = threads;
+  choice.overwrite |= picture.replace;
   const Destination out(output, plan.result, choice, picture.input);
-  if (plan.chosen && (picture.alone || RunManner().verbose)) Tell("%s", plan.chosen(threads).c_str());
+  if (plan.chosen && (picture.alone || RunManner().verbose))
+    Tell("%s%s", picture.alone ? "" : (picture.input + ": ").c_str(), plan.chosen(threads).c_str());
   const auto stages = std::make_shared<Stages>();
   std::optional<Certifier> certifier;
   if (order.choice.certificate) {
@@ -75,12 +90,16 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
               .width = made.shape.width,
               .height = made.shape.height,
               .method = plan.method};
-  const PictureSink file = TimedSink(out.Create(made.shape), stages);
+  const auto advanced = [told = picture.advanced, height = made.shape.height](int32_t rows) {
+    if (told) told(rows, height);
+  };
+  const PictureSink file = TimedSink(out.Create(made.shape), stages, advanced);
   CopyRows(std::move(made), file, order.work.doing);
   record.seconds = Seconds() - picture.since;
   record.memory = PeakMemory();
   if (certifier) record.certificate = certifier->Made();
-  if (certifier) Tell("%s", InWords(*record.certificate).c_str());
+  const std::string name = picture.alone ? "" : output + ": ";
+  if (certifier) Tell("%s%s", name.c_str(), InWords(*record.certificate).c_str());
   if (RunManner().verbose) TellStages(record, *stages);
   return record;
 }

@@ -11,8 +11,10 @@ struct OpenedPicture {
   std::string input;
   PictureSource source;
   WorkPlan plan;
-  double since = 0;    // when it was opened: Seconds() of platform/clock.h
-  bool alone = false;  // the run's only one: what was chosen for it is told
+  double since = 0;      // when it was opened: Seconds() of platform/clock.h
+  bool alone = false;    // the run's only one: what was chosen for it is told
+  bool replace = false;  // what stands at the output is given up
+  std::function<void(int32_t rows, int32_t height)> advanced = nullptr;  // told of rows that were written, and of all
 };
 
 // Throws what opening and planning throw.

@@ -8,6 +8,7 @@
 
 #include "kit/formats/encoding.h"
 #include "kit/pictures/picture_rows.h"
+#include "kit/work/cost.h"
 
 namespace norv {
 
@@ -23,6 +24,7 @@ struct WorkPlan {
   std::function<std::string(int32_t threads)> chosen = nullptr;
   int32_t reduction = -1;  // the filter that a certificate reduces the result by (FilterOfKernelCode)
   bool teams = true;       // whether several threads make it faster
+  Cost cost = {};          // by estimate, without that of the files
 };
 
 struct PictureWork {
@@ -32,7 +34,13 @@ struct PictureWork {
 
 // Which pictures, where to, and how the run goes about it.
 struct WorkChoice {
-  std::vector<std::string> places;  // PICTURE OUT
+  std::vector<std::string> places;  // PICTURE OUT, or with a folder any number of pictures and folders
+  std::string folder;               // that results go into, in the tree that the pictures stand in; empty: PICTURE OUT
+  std::string name;                 // of results in the folder (result_name.h); empty: ownName and the ending
+  std::string memory;               // the most that may be held ("2G"); empty: what there is
+  bool recursive = false;           // whether folders in folders count
+  bool dryRun = false;              // nothing is made, what would be is said
+  double factor = 0;                // that all results have; 0: known of each picture only
   std::string ownName = "{stem}";   // of results that are not named, without ending (result_name.h)
   bool mayLeaveOut = false;         // OUT, where there is one picture: the result then stands beside it, as PNG
   int32_t threads = 0;              // 0: as many as the process may use processors

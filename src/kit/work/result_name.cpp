@@ -68,10 +68,10 @@ std::string WhyNoPattern(const std::string& pattern) {
   return reason;
 }
 
-bool NeedsPlan(const std::string& pattern) {
+bool NeedsPlan(const std::string& pattern, bool knowsFactor) {
   bool needs = false;
   Replaced(pattern, [&](std::string_view field) {
-    needs |= field != "stem" && field != "ext";
+    needs |= field != "stem" && field != "ext" && !(knowsFactor && field == "factor");
     return std::string();
   });
   return needs;

@@ -15,7 +15,7 @@ std::string ResultName(const std::string& pattern, const std::string& stem, cons
 // Why the pattern is none: a field that is unknown, a brace that does not end, a folder in it; empty when it is one.
 std::string WhyNoPattern(const std::string& pattern);
 
-// Whether a field is in it whose value only the picture says.
-bool NeedsPlan(const std::string& pattern);
+// Whether a field is in it whose value only the picture says; knowsFactor: that one is known.
+bool NeedsPlan(const std::string& pattern, bool knowsFactor);
 
 }  // namespace norv

@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <malloc.h>
+// clang-format off: the one needs the other before it
 #include <psapi.h>
 #include <windows.h>
+// clang-format on
 
 #include "platform/memory.h"
 #include "platform/native/block.h"

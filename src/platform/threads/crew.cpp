@@ -108,4 +108,26 @@ void Crew::Finish(const std::shared_ptr<Task>& task) {
   if (task->failure) std::rethrow_exception(task->failure);
 }
 
+void SideBySide(int32_t threads, const std::function<void()>& body) {
+  std::mutex mutex;
+  std::exception_ptr failure;
+  const auto guarded = [&] {
+    try {
+      body();
+    } catch (...) {
+      const std::lock_guard lock(mutex);
+      if (!failure) failure = std::current_exception();
+    }
+  };
+  std::vector<std::thread> others;
+  try {
+    for (int32_t i = 1; i < threads; ++i) others.emplace_back(guarded);
+  } catch (const std::system_error&) {
+    // Those that there are do the whole work.
+  }
+  guarded();
+  for (std::thread& other : others) other.join();
+  if (failure) std::rethrow_exception(failure);
+}
+
 }  // namespace norv

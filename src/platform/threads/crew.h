@@ -39,6 +39,10 @@ class Crew {
   std::unique_ptr<Yard> yard_;
 };
 
+// The body on so many threads at once, this one among them; fewer where the system refuses them. Returns when all have
+// ended; the first exception that one threw is thrown again then. For bodies that wait for each other or for crews.
+void SideBySide(int32_t threads, const std::function<void()>& body);
+
 // Results that are made ahead, as many at a time as keep a crew busy, and taken in order.
 template <typename Result>
 class Ahead {

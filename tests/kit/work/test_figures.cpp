@@ -84,6 +84,24 @@ TEST_CASE("with --json standard output is rows alone, of what was made and of wh
   CHECK((unknown.exitCode == 2 && AreRows(unknown.output, "error")));
 }
 
+TEST_CASE("every other command gives rows too, and no word beside them") {
+  const Place kit;
+  for (const auto& [line, keys] : {std::pair{"testcard card.png --size 50x48", "output width height"},
+                                   {"noise a.png noisy.png", "input output width height"},
+                                   {"import a.png a.fdib", "input output width height"},
+                                   {"export a.fdib b.tif", "input output width height"},
+                                   {"new-net a.net --inputs 8 --hidden 2", "output"}}) {
+    const test::Outcome made = kit(std::string(line) + " --json");
+    CAPTURE(std::string(line));
+    CHECK(made.exitCode == 0);
+    CHECK(AreRows(made.output, keys));
+  }
+  CHECK(kit("noise a.png - --to png --json").exitCode == 2);
+  test::WriteBytes(kit.folder / "log.csv",
+                   "epoch,rate,cost,samples_per_second,seconds,psnr,cubic,lanczos\n1,1,1,1,1,30,29,28\n");
+  CHECK(AreRows(kit("curve log.csv curve.svg --json").output, "input output"));
+}
+
 TEST_CASE("quiet says nothing but errors, verbose where the time went") {
   const Place kit;
   CHECK(kit("enlarge a.png b.png --quiet").errors == "");

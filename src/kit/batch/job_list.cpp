@@ -1,0 +1,119 @@
+#include "kit/batch/job_list.h"
+
+#include <filesystem>
+#include <map>
+
+#include "kit/batch/inputs.h"
+#include "kit/failure.h"
+#include "kit/formats/codec.h"
+#include "kit/formats/streams.h"
+#include "kit/pictures/image_file.h"
+#include "kit/work/make_picture.h"
+#include "kit/work/result_name.h"
+#include "kit/work/settings_text.h"
+
+namespace norv {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The ending that the result gets: what --to says, else the picture's own where that can be written.
+std::string EndingOf(const std::string& input, const WriteChoice& choice) {
+  const std::string word = FormatWord(input, choice);
+  const Codec* codec = CodecOfWord(word);
+  if (!choice.to.empty()) return "." + (codec ? codec->extensions[0] : word);
+  const bool written = codec ? codec->create != nullptr : HasImageName(input);
+  return written ? fs::path(input).extension().string() : ".png";
+}
+
+std::string NameOf(const WorkOrder& order, const std::string& input) {
+  const WorkChoice& choice = order.choice;
+  const std::string pattern = choice.name.empty() ? choice.ownName + "{ext}" : choice.name;
+  WorkPlan plan;
+  plan.factor = choice.factor;
+  if (NeedsPlan(pattern, choice.factor > 0)) plan = OpenForWork(order, input).plan;
+  return ResultName(pattern, fs::path(input).stem().string(), EndingOf(input, choice.write), plan);
+}
+
+// Where a result stands already.
+void LookAtOutput(const WorkOrder& order, const Journal& journal, Job& job) {
+  std::error_code error;
+  const fs::file_status status = fs::status(job.output, error);
+  if (!fs::exists(status)) return;
+  const JournalEntry* entry = journal.Find(job.name);
+  job.replace = entry && entry->ofOutput.IsFile() && entry->ofOutput == MarkOf(job.output);
+  if (job.replace && *entry == EntryOf(order, job)) {
+    job.state = Job::State::skipped;
+  } else if (!job.replace && !order.choice.write.overwrite) {
+    job.state = Job::State::failed;
+    job.error =
+        job.output + " exists already" + (entry ? ", changed since it was made" : "") + ": --overwrite replaces it";
+  }
+}
+
+Job JobOf(const WorkOrder& order, const Journal& journal, const Input& input) {
+  Job job{.input = input.path};
+  try {
+    if (!input.error.empty()) Fail("%s: %s", input.path.c_str(), input.error.c_str());
+    job.name = (fs::path(input.folder) / NameOf(order, input.path)).string();
+    job.output = (fs::path(order.choice.folder) / job.name).string();
+    job.bytes = std::max<int64_t>(MarkOf(input.path).size, 0);
+    LookAtOutput(order, journal, job);
+  } catch (...) {
+    job.state = Job::State::failed;
+    job.error = FailureInWords();
+  }
+  return job;
+}
+
+std::string InFull(const std::string& path) {
+  std::error_code error;
+  const fs::path full = fs::weakly_canonical(path, error);
+  return (error ? fs::path(path).lexically_normal() : full).string();
+}
+
+// Two of one name, and what would stand where another picture is read, fail before anything is written.
+void RefuseClashes(std::vector<Job>& jobs) {
+  std::map<std::string, const Job*> inputs;
+  std::map<std::string, std::vector<Job*>> outputs;
+  for (Job& job : jobs) {
+    inputs[InFull(job.input)] = &job;
+    if (!job.output.empty()) outputs[InFull(job.output)].push_back(&job);
+  }
+  for (const auto& [output, makers] : outputs) {
+    const auto read = inputs.find(output);
+    for (Job* job : makers) {
+      const Job* other = makers.size() > 1 ? makers[job == makers[0]] : nullptr;
+      const bool clashes = other || (read != inputs.end() && read->second != job);
+      if (!clashes) continue;
+      job->state = Job::State::failed;
+      job->error = other ? "it would get the same name as " + other->input + ", " + job->output + ": --name tells apart"
+                         : job->output + " is one of the pictures that are read";
+    }
+  }
+}
+
+}  // namespace
+
+JournalEntry EntryOf(const WorkOrder& order, const Job& job) {
+  return {fs::path(job.input).filename().string(), MarkOf(job.input), MarkOf(job.output), LineOfWords(order.settings)};
+}
+
+JobList ListJobs(const WorkOrder& order, const Journal& journal) {
+  const WorkChoice& choice = order.choice;
+  for (const std::string& place : choice.places)
+    if (IsStandard(place)) throw WrongUsage("- is one picture: with --out every place is a file or a folder");
+  const Inputs inputs = FindInputs(choice.places, choice.recursive, choice.folder);
+  JobList list{.notPictures = inputs.notPictures};
+  for (const Input& input : inputs.pictures) {
+    std::error_code error;
+    const std::string inFolder = fs::relative(input.path, choice.folder, error).string();
+    const JournalEntry* made = error ? nullptr : journal.Find(inFolder);
+    if (made && WordsOfLine(made->settings)[0] == order.settings[0]) continue;  // a result of this command's own
+    list.jobs.push_back(JobOf(order, journal, input));
+  }
+  RefuseClashes(list.jobs);
+  return list;
+}
+
+}  // namespace norv

@@ -1,0 +1,101 @@
+#include "kit/work/cost.h"
+
+#include "kit/formats/picture_shape.h"
+#include "kit/pictures/conversions.h"
+#include "kit/scale/refine.h"
+#include "net/neural_net.h"
+#include "raster/bands.h"
+#include "restore/memory_need.h"
+#include "restore/restore_image.h"
+#include "restore/restore_plane.h"
+
+namespace norv {
+namespace {
+
+constexpr double kMegabyte = 1 << 20;
+
+// Measured at one thread on a machine of 2020 with AVX2, seconds.
+constexpr double kReadPixel = 1.5e-8, kWritePixel = 5e-8, kResampledPixel = 3e-8;
+constexpr double kProduct = 4e-11;         // of a network, with its input rows and activations
+constexpr double kRestoredPixel = 1.7e-8;  // a step of the solver
+constexpr double kDenoisedSample = 5e-8, kGroupedSample = 4e-5;
+
+double Pixels(const PictureShape& shape) { return static_cast<double>(shape.width) * shape.height; }
+double Samples(const PictureShape& shape) { return Pixels(shape) * shape.channels; }
+
+// What strips.h keeps under way: one strip and its window alone, half as many more as threads otherwise.
+Cost InStripsOf(double bytes) { return {.held = 1.5 * bytes, .aThread = 1.5 * bytes}; }
+
+double ProductsOf(const NeuralNet& net) {
+  double products = 0, inputs = net.N0;
+  for (const NetLayer& layer : net.layers) {
+    products += inputs * layer.Ni;
+    inputs = layer.Ni;
+  }
+  return products;
+}
+
+}  // namespace
+
+Cost operator+(const Cost& a, const Cost& b) {
+  return {a.seconds + b.seconds, a.held + b.held, a.aThread + b.aThread, std::min(a.threads, b.threads)};
+}
+
+Cost CostOfFiles(const PictureShape& from, const PictureShape& result) {
+  const double rows = 4.0 * 128 * (from.width * from.channels + result.width * result.channels);
+  return {.seconds = kReadPixel * Pixels(from) + kWritePixel * Pixels(result),
+          .held = 13 * kMegabyte + rows,
+          .aThread = kMegabyte};
+}
+
+Cost CostOfHolding(const PictureShape& shape, double bytesASample) { return {.held = bytesASample * Samples(shape)}; }
+
+Cost CostOfResampling(const PictureShape& from, const PictureShape& result) {
+  Cost cost = InStripsOf(2.2 * kMegabyte * result.channels);
+  cost.seconds = kResampledPixel * (Pixels(from) + Pixels(result));
+  return cost;
+}
+
+Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance) {
+  Cost cost = InStripsOf(1.6 * kMegabyte * from.channels);
+  const double planes = luminance ? 1.0 : from.channels, passes = averaged ? 8 : 1;
+  cost.seconds = kProduct * ProductsOf(net) * Pixels(from) * planes * passes;
+  return cost;
+}
+
+Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& parameters) {
+  const int32_t f = parameters.factor, height = result.height / f, width = result.width / f;
+  const int32_t strip = std::max(RefinedRowsOf(result.width) / f, 1), margin = std::max(kRefineMargin / f, 1);
+  const int32_t rows = std::min(height, strip + 2 * margin);
+  const double row = 4.0 * result.width * f;  // bytes of the enlarged rows of a small one, a plane
+  const double strips = std::max(height / strip, 1), planes = 2.0 * result.channels + 3;
+  return {.seconds = kRestoredPixel * Pixels(result) * static_cast<double>(PlaneWork(parameters)),
+          .held = row * 2 * std::min(margin, height) * planes,
+          .aThread = static_cast<double>(RestorationMemory(parameters, width, rows, kLuminance)) +
+                     row * std::min(strip, height) * planes,
+          .threads = strips};
+}
+
+Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parameters, int32_t bands) {
+  const int32_t format = FloatFormatOf(from), planes = from.HasAlpha() ? 4 : 3;
+  const double large = Pixels(from) * parameters.factor * parameters.factor, small = 4 * planes * Pixels(from);
+  Cost cost{.seconds = kRestoredPixel * large * static_cast<double>(RestorationWork(parameters, format))};
+  if (bands <= 0) {
+    cost.held = small + static_cast<double>(RestorationMemory(parameters, from.width, from.height, format));
+    return cost;
+  }
+  const int32_t rows = PlanBands(from.height, bands).height;
+  cost.held = small + 4 * planes * large;
+  cost.aThread = static_cast<double>(BandsMemory(parameters, from.width, rows, format, 1));
+  cost.threads = PlanBands(from.height, bands).bands;
+  return cost;
+}
+
+Cost CostOfDenoising(const PictureShape& from, bool best) {
+  const double samples = Samples(from), planes = 12 * Pixels(from);
+  return {.seconds = (best ? kGroupedSample : kDenoisedSample) * samples,
+          .held = planes + (best ? 12 * Pixels(from) : 3 * kMegabyte + 2 * Pixels(from)),
+          .aThread = 2 * kMegabyte};
+}
+
+}  // namespace norv
