@@ -10,6 +10,7 @@ Command ExportCommand();
 Command ConvertCommand();
 Command InfoCommand();
 Command CompareCommand();
+Command VerifyCommand();
 Command TestCardCommand();
 Command ShrinkCommand();
 Command EnlargeCommand();
@@ -32,8 +33,8 @@ constexpr char kNetworks[] = "Networks";
 constexpr CommandRow kCommands[] = {
     {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand}, {kInAndOut, TestCardCommand},
     {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},    {kNoise, DenoiseCommand},
-    {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kNetworks, NewNetCommand},
-    {kNetworks, TrainCommand},  {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
+    {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kLook, VerifyCommand},
+    {kNetworks, NewNetCommand}, {kNetworks, TrainCommand},  {kNetworks, CurveCommand},   {kNetworks, ModelsCommand},
 };
 
 }  // namespace

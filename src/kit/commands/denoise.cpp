@@ -29,6 +29,7 @@ Options Rows(Settings& settings) {
                    .check = Between{0, 255},
                    .help = "its standard deviation in grey levels",
                    .byDefault = "estimated"}},
+                 ReceiptRows(settings.choice.receipt),
                  WorkRows(settings.choice)});
 }
 

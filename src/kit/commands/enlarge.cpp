@@ -64,6 +64,7 @@ Options Rows(Settings& settings) {
                  NetworkRows(settings),
                  {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
                  KnobRows(settings.knobs, true),
+                 ReceiptRows(settings.choice.receipt),
                  WorkRows(settings.choice)});
 }
 
@@ -236,6 +237,9 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
     return Enlarged(std::move(picture), inTeam);
   };
   plan.cost = CostOf(way, shape, plan.result, settings.denoise);
+  if (way.plan)
+    for (const Model& pass : way.plan->passes)
+      if (std::ranges::count(plan.networks, pass.path) == 0) plan.networks.push_back(pass.path);
   if (way.plan && settings.net.empty())
     plan.chosen = [settings, way, shape](int32_t threads) { return ChosenWay(settings, way, shape, threads); };
   return plan;

@@ -87,6 +87,7 @@ Options Rows(Settings& settings) {
                   DenoiseFirstRow(settings.denoise),
                   CertificateRow(settings.choice.certificate)},
                  KnobRows(settings),
+                 ReceiptRows(settings.choice.receipt),
                  WorkRows(settings.choice)});
 }
 

@@ -126,7 +126,12 @@ Options ManyRows(WorkChoice& choice) {
 }
 
 Options WorkRows(WorkChoice& choice) {
-  return Joined({ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read)}, WriteRows(choice.write)});
+  const Option report = {.name = "--report",
+                         .target = &choice.report,
+                         .unit = "FILE.html",
+                         .help = "a page that shows what was done, before and after",
+                         .aside = true};
+  return Joined({ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read), report}, WriteRows(choice.write)});
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {
@@ -171,6 +176,19 @@ Option ThreadsRow(int32_t& threads) {
 
 Option DenoiseFirstRow(bool& target) {
   return {.name = "--denoise", .target = &target, .help = "remove noise first, as norvkit denoise does"};
+}
+
+Options ReceiptRows(ReceiptChoice& choice) {
+  choice.offered = true;
+  return {{.name = "--receipt",
+           .target = &choice.beside,
+           .help = "beside results that are no PNG, which carry theirs: a file that says how they were made",
+           .aside = true},
+          {.name = "--no-receipt",
+           .target = &choice.none,
+           .help = "a PNG without what norvkit verify makes it again from",
+           .excludes = "--receipt",
+           .aside = true}};
 }
 
 Option CertificateRow(bool& target) {

@@ -6,6 +6,7 @@
 namespace norv {
 
 struct ReadChoice;
+struct ReceiptChoice;
 struct WriteChoice;
 struct NetPlan;
 struct WantedSize;
@@ -45,6 +46,9 @@ Option ThreadsRow(int32_t& threads);
 
 // --denoise of commands that may do so first.
 Option DenoiseFirstRow(bool& target);
+
+// --receipt and --no-receipt of commands whose results say how they were made.
+Options ReceiptRows(ReceiptChoice& choice);
 
 // --certificate of commands whose result can be reduced again.
 Option CertificateRow(bool& target);

@@ -164,6 +164,7 @@ std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t 
     metadata.icc = shape.metadata->icc;
     metadata.lossless = shape.metadata->lossless;
   }
+  std::erase_if(metadata.text, [](const TextEntry& entry) { return entry.keyword == kReceiptKeyword; });
   RequireFittingProfile(metadata, shape);
   PutRight(metadata, shape);
   if (!(carries & kCarriesXmpParts)) {

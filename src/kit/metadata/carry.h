@@ -20,11 +20,13 @@ enum Carries : uint32_t {
   kCarriesResolution = 64,
   kCarriesGamma = 128,
   kCarriesChromaticities = 256,
+  kCarriesReceipt = 512,  // a text of its own
 };
 
 // Of a picture that is about to be stored upright with this shape: sizes, orientation and thumbnail put right; what the
 // format has no place of its own for in EXIF, where that has one; what cannot be carried left out with a warning.
-// strip: all but the colour profile goes. Null when nothing is left.
+// strip: all but the colour profile goes; the receipt of the picture that it comes from always. Null when nothing is
+// left.
 std::shared_ptr<const Metadata> CarriedInto(const PictureShape& shape, uint32_t carries, const char* format,
                                             bool strip);
 

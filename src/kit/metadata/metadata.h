@@ -9,6 +9,10 @@
 
 namespace norv {
 
+// The keyword of the text that says how the picture beside it was made (proof/receipt.h): of no other picture, so that
+// it is never carried on.
+inline constexpr char kReceiptKeyword[] = "norv receipt";
+
 // A comment or a named text.
 struct TextEntry {
   std::string keyword, text;             // UTF-8

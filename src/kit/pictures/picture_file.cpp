@@ -8,6 +8,7 @@
 #include "kit/formats/codec.h"
 #include "kit/formats/streams.h"
 #include "kit/metadata/carry.h"
+#include "kit/metadata/containers.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
@@ -45,6 +46,15 @@ SampleSource OpenUpright(const std::string& path, const ByteSource& bytes, const
          codec->several ? "; --page N takes another" : "");
   if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
   return samples;
+}
+
+// The same with the receipt that was chosen.
+SharedMetadata WithReceipt(SharedMetadata metadata, const Codec& codec, const std::string& receipt) {
+  if (receipt.empty() || !(codec.carries & kCarriesReceipt)) return metadata;
+  Metadata with = metadata ? *metadata : Metadata();
+  const bool latin = std::ranges::all_of(receipt, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  with.text.push_back({kReceiptKeyword, receipt, latin});
+  return std::make_shared<const Metadata>(std::move(with));
 }
 
 // A picture file that is being written, a row at a time.
@@ -147,10 +157,16 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   return {codec->name, written};
 }
 
+bool HoldsReceipt(const std::string& path, const WriteChoice& choice) {
+  const Codec* codec = CodecOfWord(FormatWord(path, choice));
+  return codec && (codec->carries & kCarriesReceipt) && !choice.encoding.strip;
+}
+
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
   InFile in = PictureInFile(path, shape, choice);
   const Codec& codec = *CodecOfWord(FormatWord(path, choice));
-  in.shape.metadata = CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip);
+  in.shape.metadata = WithReceipt(CarriedInto(in.shape, codec.carries, codec.name, choice.encoding.strip), codec,
+                                  choice.encoding.receipt);
   const auto file = std::make_shared<PictureFile>(path, codec, in.shape, choice);
   const bool onWhite = shape.HasAlpha() && !in.shape.HasAlpha();
   const auto write = [file, onWhite](Picture rows) {

@@ -22,6 +22,9 @@ struct InFile {
 // In the format that the name asks for. Throws a Failure for a name, size or precision that there is no format for.
 InFile PictureInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 
+// Whether such a file carries a receipt when one is chosen (EncodingChoice::receipt).
+bool HoldsReceipt(const std::string& path, const WriteChoice& choice);
+
 // To that format, over what is there. Throws as PictureInFile() does.
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 // Returns what the sink's finish() returns.

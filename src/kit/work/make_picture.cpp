@@ -7,6 +7,8 @@
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
+#include "kit/work/receipts.h"
+#include "kit/work/reported.h"
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/memory.h"
@@ -73,13 +75,16 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   WriteChoice choice = order.choice.write;
   choice.encoding.threads = threads;
   choice.overwrite |= picture.replace;
+  RequireShowable(order, picture.input, output);
+  const IssuedReceipt receipt(order, choice, plan, picture.input, output);
+  choice.encoding.receipt = receipt.Inside();
   const Destination out(output, plan.result, choice, picture.input);
   if (plan.chosen && (picture.alone || RunManner().verbose))
     Tell("%s%s", picture.alone ? "" : (picture.input + ": ").c_str(), plan.chosen(threads).c_str());
   const auto stages = std::make_shared<Stages>();
   std::optional<Certifier> certifier;
-  if (order.choice.certificate) {
-    const PictureShape &from = picture.source.shape, &to = plan.result;
+  const PictureShape from = picture.source.shape, to = plan.result;
+  if (order.choice.certificate || (order.page && to.width >= from.width && to.height >= from.height)) {
     certifier.emplace(from, PictureSize{to.width, to.height}, plan.reduction, out.RoundingOf(to));
     picture.source = certifier->Input(std::move(picture.source));
   }
@@ -95,12 +100,14 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   };
   const PictureSink file = TimedSink(out.Create(made.shape), stages, advanced);
   CopyRows(std::move(made), file, order.work.doing);
+  receipt.LayBeside();
   record.seconds = Seconds() - picture.since;
   record.memory = PeakMemory();
   if (certifier) record.certificate = certifier->Made();
   const std::string name = picture.alone ? "" : output + ": ";
-  if (certifier) Tell("%s%s", name.c_str(), InWords(*record.certificate).c_str());
+  if (order.choice.certificate) Tell("%s%s", name.c_str(), InWords(*record.certificate).c_str());
   if (RunManner().verbose) TellStages(record, *stages);
+  ReportPicture(order, record, certifier ? certifier->Map() : matrix());
   return record;
 }
 

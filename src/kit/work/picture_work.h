@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,8 @@
 #include "kit/work/cost.h"
 
 namespace norv {
+
+class Report;
 
 // What is to be done with one picture, known from its shape alone.
 struct WorkPlan {
@@ -22,14 +25,22 @@ struct WorkPlan {
   std::function<PictureSource(PictureSource picture, int32_t threads)> make;
   // A line for people of what was chosen without being told; null: nothing was.
   std::function<std::string(int32_t threads)> chosen = nullptr;
-  int32_t reduction = -1;  // the filter that a certificate reduces the result by (FilterOfKernelCode)
-  bool teams = true;       // whether several threads make it faster
-  Cost cost = {};          // by estimate, without that of the files
+  int32_t reduction = -1;                  // the filter that a certificate reduces the result by (FilterOfKernelCode)
+  std::vector<std::string> networks = {};  // files of those that work on it, each once
+  bool teams = true;                       // whether several threads make it faster
+  Cost cost = {};                          // by estimate, without that of the files
 };
 
 struct PictureWork {
   std::function<WorkPlan(const PictureShape& shape)> plan;  // throws a Failure for a picture that cannot be worked on
   const char* doing = nullptr;                              // "Enlarging": of work whose rows come as they are made
+};
+
+// Whether a picture says how it was made.
+struct ReceiptChoice {
+  bool offered = false;  // the command's results do, in the formats that carry a receipt
+  bool none = false;     // not even there
+  bool beside = false;   // in a file beside it where the format carries none
 };
 
 // Which pictures, where to, and how the run goes about it.
@@ -45,6 +56,8 @@ struct WorkChoice {
   bool mayLeaveOut = false;         // OUT, where there is one picture: the result then stands beside it, as PNG
   int32_t threads = 0;              // 0: as many as the process may use processors
   bool certificate = false;         // whether the result is compared with its input
+  ReceiptChoice receipt;
+  std::string report;  // the page that shows what was done; empty: none
   ReadChoice read;
   WriteChoice write;
 };
@@ -53,7 +66,8 @@ struct WorkChoice {
 struct WorkOrder {
   PictureWork work;
   WorkChoice choice;
-  std::vector<std::string> settings;  // the words that do the same again: "enlarge", "--by", "3" (settings_text.h)
+  std::vector<std::string> settings;       // the words that do the same again: "enlarge", "--by", "3" (settings_text.h)
+  std::shared_ptr<Report> page = nullptr;  // of the run
 };
 
 }  // namespace norv

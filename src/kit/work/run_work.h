@@ -3,6 +3,7 @@
 
 #include "kit/commands/command.h"
 #include "kit/work/picture_work.h"
+#include "kit/work/reported.h"
 #include "kit/work/settings_text.h"
 
 namespace norv {
@@ -20,7 +21,7 @@ Command MakeWorkCommand(const CommandText& text, Options (*rows)(Settings&), Pic
     Settings untouched;
     const std::vector<std::string> words = SettingsWords(rows(*settings), rows(untouched));
     order.settings.insert(order.settings.end(), words.begin(), words.end());
-    RunWork(order);
+    RunReported(std::move(order));
   };
   return {text, WithMannerRows(rows(*settings)), run};
 }

@@ -18,7 +18,7 @@ const Codec kPng = {.name = "PNG",
                     .alpha = true,
                     .compression = true,
                     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesText |
-                               kCarriesResolution | kCarriesGamma | kCarriesChromaticities,
+                               kCarriesReceipt | kCarriesResolution | kCarriesGamma | kCarriesChromaticities,
                     .recognise = IsPng,
                     .open = OpenPng,
                     .create = CreatePng};
