@@ -44,7 +44,7 @@ void NameProgram(const char* name) { programName = name; }
 void Say(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  std::vprintf(format, arguments);
+  if (std::vprintf(format, arguments) < 0 && outputError == 0) outputError = errno;
   va_end(arguments);
   FlushOutput();
 }

@@ -131,7 +131,8 @@ Options WorkRows(WorkChoice& choice) {
                          .unit = "FILE.html",
                          .help = "a page that shows what was done, before and after",
                          .aside = true};
-  return Joined({ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read), report}, WriteRows(choice.write)});
+  return Joined(
+      {ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read), report}, WriteRows(choice.write)});
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {

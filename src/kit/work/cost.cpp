@@ -77,6 +77,7 @@ Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& param
 }
 
 Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parameters, int32_t bands) {
+  CheckRestoration(parameters, from.width, from.height, FloatFormatOf(from));
   const int32_t format = FloatFormatOf(from), planes = from.HasAlpha() ? 4 : 3;
   const double large = Pixels(from) * parameters.factor * parameters.factor, small = 4 * planes * Pixels(from);
   Cost cost{.seconds = kRestoredPixel * large * static_cast<double>(RestorationWork(parameters, format))};

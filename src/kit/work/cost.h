@@ -34,7 +34,8 @@ Cost CostOfResampling(const PictureShape& from, const PictureShape& result);
 Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance);
 // Of the restoration of the luminance that follows networks; `result` is the enlarged picture.
 Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& parameters);
-// Of a restoration as a whole (bands: 0) or in bands, the picture held before and behind it.
+// Of a restoration as a whole (bands: 0) or in bands, the picture held before and behind it. Throws as
+// CheckRestoration().
 Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parameters, int32_t bands);
 // Of denoising, the picture held.
 Cost CostOfDenoising(const PictureShape& from, bool best);
