@@ -11,7 +11,7 @@ namespace {
 
 const char* programName = "norv";
 
-int outputError = 0;  // the first one of standard output
+std::atomic<int> outputError{0};  // the first one of standard output
 
 std::atomic<bool> keptQuiet{false};
 

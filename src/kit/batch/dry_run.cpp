@@ -14,8 +14,15 @@ namespace {
 
 struct Estimate {
   int64_t pictures = 0, skipped = 0, failing = 0;
-  double seconds = 0;              // of one thread, all together
-  std::vector<uint64_t> memories;  // of each alone on one thread
+  double alone = 0;                // seconds of those that work alone,
+  double beside = 0;               // and of one core of those that work side by side
+  uint64_t most = 0;               // bytes of the largest that works alone
+  std::vector<uint64_t> memories;  // of each of the others
+
+  double Seconds(int32_t threads) const {
+    const double cores = std::min<double>(threads, static_cast<double>(memories.size()));
+    return alone + beside / std::max(cores, 1.0);
+  }
 };
 
 std::string InWords(double seconds) {
@@ -30,17 +37,35 @@ void SayJob(const char* format, const std::string& a, const std::string& b) {
   if (!RunManner().json) Say("%s", (a + format + b + "\n").c_str());
 }
 
-void Add(const WorkOrder& order, const Job& job, bool bounded, uint64_t bound, Estimate& all) {
+// How the machine is shared, and what a picture that works then takes of it.
+struct Machine {
+  int32_t threads;
+  uint64_t bound;
+  bool bounded;  // by people
+  bool single;   // there is one picture only
+
+  int32_t ThreadsFor(const WorkPlan& plan) const {
+    const int32_t wanted = single || WorksAlone(plan, threads) ? threads : 1;
+    return bounded ? ThreadsWithin(plan, wanted, bound) : wanted;
+  }
+};
+
+void Add(const WorkOrder& order, const Job& job, const Machine& machine, Estimate& all) {
   const WorkPlan plan = OpenForWork(order, job.input).plan;
-  if (bounded) ThreadsWithin(plan, 1, bound);
-  const uint64_t memory = plan.cost.Memory(1);
+  const int32_t threads = machine.ThreadsFor(plan);
+  const uint64_t memory = plan.cost.Memory(threads);
+  const double seconds = plan.cost.seconds / (plan.teams ? threads : 1);
   ++all.pictures;
-  all.seconds += plan.cost.seconds;
-  all.memories.push_back(memory);
+  if (machine.single || threads > 1) {
+    all.alone += seconds;
+    all.most = std::max(all.most, memory);
+  } else {
+    all.beside += seconds;
+    all.memories.push_back(memory);
+  }
   SayJob(" -> ", job.input,
          job.output + ": " + std::to_string(plan.result.width) + " x " + std::to_string(plan.result.height) +
-             " pixels, " + plan.method + ", about " + InWords(plan.cost.seconds) + " of one core, " +
-             BytesInWords(memory));
+             " pixels, " + plan.method + ", about " + InWords(seconds) + ", " + BytesInWords(memory));
 }
 
 // The largest that may meet, as far as the bound lets them.
@@ -56,6 +81,7 @@ uint64_t PeakOf(std::vector<uint64_t> memories, int32_t threads, uint64_t bound)
 
 void SayWhatWouldBeDone(const WorkOrder& order, const JobList& list, int32_t threads, uint64_t bound) {
   Estimate all;
+  const Machine machine{threads, bound, !order.choice.memory.empty(), order.choice.folder.empty()};
   for (const Job& job : list.jobs) {
     if (job.state == Job::State::skipped) {
       ++all.skipped;
@@ -63,14 +89,14 @@ void SayWhatWouldBeDone(const WorkOrder& order, const JobList& list, int32_t thr
     }
     try {
       if (job.state == Job::State::failed) throw Failure(job.error);
-      Add(order, job, !order.choice.memory.empty(), bound, all);
+      Add(order, job, machine, all);
     } catch (...) {
       ++all.failing;
       SayJob(" would fail: ", job.input, FailureInWords());
     }
   }
-  const double seconds = all.seconds / std::max(std::min<double>(threads, static_cast<double>(all.pictures)), 1.0);
-  const uint64_t peak = PeakOf(all.memories, threads, bound);
+  const double seconds = all.Seconds(threads);
+  const uint64_t peak = std::max(all.most, PeakOf(all.memories, threads, bound));
   if (RunManner().json)
     return SayRow(JsonObject()
                       .Flag("dryRun", true)

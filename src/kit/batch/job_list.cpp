@@ -1,5 +1,6 @@
 #include "kit/batch/job_list.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
@@ -40,14 +41,14 @@ void LookAtOutput(const WorkOrder& order, const Journal& journal, Job& job) {
   std::error_code error;
   const fs::file_status status = fs::status(job.output, error);
   if (!fs::exists(status)) return;
-  const JournalEntry* entry = journal.Find(job.name);
-  job.replace = entry && entry->ofOutput.IsFile() && entry->ofOutput == MarkOf(job.output);
-  if (job.replace && *entry == EntryOf(order, job)) {
+  const JournalEntry* entry = journal.Find(job.name, MarkOf(job.output));
+  job.replace = entry != nullptr;
+  if (entry && *entry == EntryOf(order, job)) {
     job.state = Job::State::skipped;
   } else if (!job.replace && !order.choice.write.overwrite) {
     job.state = Job::State::failed;
-    job.error =
-        job.output + " exists already" + (entry ? ", changed since it was made" : "") + ": --overwrite replaces it";
+    job.error = job.output + " exists already" +
+                (journal.Entries(job.name).empty() ? "" : ", changed since it was made") + ": --overwrite replaces it";
   }
 }
 
@@ -56,6 +57,7 @@ Job JobOf(const WorkOrder& order, const Journal& journal, const Input& input) {
   try {
     if (!input.error.empty()) Fail("%s: %s", input.path.c_str(), input.error.c_str());
     job.name = (fs::path(input.folder) / NameOf(order, input.path)).string();
+    if (fs::path(job.name).filename() == kJournalName) Fail("%s is the journal's name", kJournalName);
     job.output = (fs::path(order.choice.folder) / job.name).string();
     job.bytes = std::max<int64_t>(MarkOf(input.path).size, 0);
     LookAtOutput(order, journal, job);
@@ -95,6 +97,18 @@ void RefuseClashes(std::vector<Job>& jobs) {
 
 }  // namespace
 
+namespace {
+
+// Of this command, whatever its settings were: what another one has made is a picture like others.
+bool IsOwnResult(const WorkOrder& order, const std::vector<JournalEntry>& made) {
+  return std::ranges::any_of(made, [&](const JournalEntry& entry) {
+    const std::vector<std::string> words = WordsOfLine(entry.settings);
+    return !words.empty() && words[0] == order.settings[0];
+  });
+}
+
+}  // namespace
+
 JournalEntry EntryOf(const WorkOrder& order, const Job& job) {
   return {fs::path(job.input).filename().string(), MarkOf(job.input), MarkOf(job.output), LineOfWords(order.settings)};
 }
@@ -108,8 +122,7 @@ JobList ListJobs(const WorkOrder& order, const Journal& journal) {
   for (const Input& input : inputs.pictures) {
     std::error_code error;
     const std::string inFolder = fs::relative(input.path, choice.folder, error).string();
-    const JournalEntry* made = error ? nullptr : journal.Find(inFolder);
-    if (made && WordsOfLine(made->settings)[0] == order.settings[0]) continue;  // a result of this command's own
+    if (!error && IsOwnResult(order, journal.Entries(inFolder))) continue;
     list.jobs.push_back(JobOf(order, journal, input));
   }
   RefuseClashes(list.jobs);

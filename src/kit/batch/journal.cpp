@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
@@ -106,14 +105,21 @@ Journal::Journal(const std::string& folder) : path_((fs::path(folder) / kJournal
     const std::string_view line = text.substr(0, text.find('\n'));
     std::string output;
     JournalEntry entry;
-    if (Parse(line, output, entry)) entries_[output] = entry;
+    if (Parse(line, output, entry)) entries_[output].push_back(entry);
     text.remove_prefix(std::min(line.size() + 1, text.size()));
   }
 }
 
-const JournalEntry* Journal::Find(const std::string& output) const {
+const std::vector<JournalEntry>& Journal::Entries(const std::string& output) const {
+  static const std::vector<JournalEntry> none;
   const auto found = entries_.find(output);
-  return found == entries_.end() ? nullptr : &found->second;
+  return found == entries_.end() ? none : found->second;
+}
+
+const JournalEntry* Journal::Find(const std::string& output, const FileMark& mark) const {
+  const std::vector<JournalEntry>& entries = Entries(output);
+  const auto found = std::ranges::find(entries.rbegin(), entries.rend(), mark, &JournalEntry::ofOutput);
+  return found == entries.rend() || !mark.IsFile() ? nullptr : &*found;
 }
 
 void Journal::Add(const std::string& output, const JournalEntry& entry) const {

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace norv {
 
@@ -29,8 +29,9 @@ struct JournalEntry {
 
 inline constexpr char kJournalName[] = ".norvkit-journal";
 
-// The journal of a folder: a text of one line a result, the later of two counting, each with a sum of its own, so that
-// lines that are torn, or no lines of a journal, are passed over. It is data: what it names is only ever compared.
+// The journal of a folder: a text of one line a result, each with a sum of its own, so that lines that are torn, or no
+// lines of a journal, are passed over. A result may have several lines: the one that it was about to get when the run
+// was killed, and the one of the file that still stands. It is data: what it names is only ever compared.
 class Journal {
  public:
   // Reads what there is; a folder without a journal has an empty one. Throws a Failure for something of that name that
@@ -38,8 +39,10 @@ class Journal {
   explicit Journal(const std::string& folder);
 
   const std::string& Path() const { return path_; }
-  // Of a result by its name in the folder; null: it lists none.
-  const JournalEntry* Find(const std::string& output) const;
+  // Of a result by its name in the folder, in the order of the lines.
+  const std::vector<JournalEntry>& Entries(const std::string& output) const;
+  // The one that made the file that is marked so; null: none did.
+  const JournalEntry* Find(const std::string& output, const FileMark& mark) const;
 
   // Adds a line in one write, from any thread; it reaches the file before this returns, whatever ends the process then.
   // Throws a Failure where it cannot be written.
@@ -47,7 +50,7 @@ class Journal {
 
  private:
   std::string path_;
-  std::map<std::string, JournalEntry> entries_;
+  std::map<std::string, std::vector<JournalEntry>> entries_;
 };
 
 }  // namespace norv

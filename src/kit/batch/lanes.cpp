@@ -13,13 +13,13 @@ namespace {
 // and one large picture at a time takes less memory than several. Smaller ones are faster side by side.
 constexpr int64_t kLargePixels = int64_t{16} << 20;
 
-bool WorksAlone(const WorkPlan& plan, int32_t threads) {
-  return threads > 1 && plan.teams && int64_t{plan.result.width} * plan.result.height >= kLargePixels;
-}
-
 constexpr char kUnits[] = "KMGT";
 
 }  // namespace
+
+bool WorksAlone(const WorkPlan& plan, int32_t threads) {
+  return threads > 1 && plan.teams && int64_t{plan.result.width} * plan.result.height >= kLargePixels;
+}
 
 uint64_t BytesOf(const std::string& text) {
   double value = 0;

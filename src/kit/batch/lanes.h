@@ -18,6 +18,9 @@ std::string BytesInWords(uint64_t bytes);
 // needed, where one thread does not.
 int32_t ThreadsWithin(const WorkPlan& plan, int32_t threads, uint64_t bound);
 
+// Whether a picture works alone on all cores, instead of beside others on one.
+bool WorksAlone(const WorkPlan& plan, int32_t threads);
+
 // Pictures enter in the order of their turns, each when there is a core and memory for it, so that none waits for ever.
 // Which of them work side by side changes nothing of what they become.
 class Lanes {

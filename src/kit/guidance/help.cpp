@@ -20,7 +20,8 @@ constexpr char kFirstWords[] =
     "    norvkit enlarge photo.jpg large.jpg     twice as large, under a name of one's own\n"
     "    norvkit enlarge --help                  what else enlarge can do; every command has its own help\n";
 constexpr char kExitCodes[] =
-    "Exit codes: 0 done; 1 refused or failed, the reason is on standard error; 2 a command line that cannot be meant; "
+    "Exit codes: 0 done; 1 refused or failed (of many pictures any), the reason is on standard error; 2 a command line "
+    "that cannot be meant; "
     "130 interrupted.";
 
 // "  name       explanation", wrapped.

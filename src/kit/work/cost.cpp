@@ -23,9 +23,6 @@ constexpr double kDenoisedSample = 5e-8, kGroupedSample = 4e-5;
 double Pixels(const PictureShape& shape) { return static_cast<double>(shape.width) * shape.height; }
 double Samples(const PictureShape& shape) { return Pixels(shape) * shape.channels; }
 
-// What strips.h keeps under way: one strip and its window alone, half as many more as threads otherwise.
-Cost InStripsOf(double bytes) { return {.held = 1.5 * bytes, .aThread = 1.5 * bytes}; }
-
 double ProductsOf(const NeuralNet& net) {
   double products = 0, inputs = net.N0;
   for (const NetLayer& layer : net.layers) {
@@ -38,29 +35,27 @@ double ProductsOf(const NeuralNet& net) {
 }  // namespace
 
 Cost operator+(const Cost& a, const Cost& b) {
-  return {a.seconds + b.seconds, a.held + b.held, a.aThread + b.aThread, std::min(a.threads, b.threads)};
+  return {a.seconds + b.seconds, a.held + b.held, a.aThread + b.aThread, std::min(a.threads, b.threads),
+          a.strip + b.strip};
 }
 
 Cost CostOfFiles(const PictureShape& from, const PictureShape& result) {
   const double rows = 4.0 * 128 * (from.width * from.channels + result.width * result.channels);
   return {.seconds = kReadPixel * Pixels(from) + kWritePixel * Pixels(result),
-          .held = 13 * kMegabyte + rows,
+          .held = 12 * kMegabyte + rows,
           .aThread = kMegabyte};
 }
 
 Cost CostOfHolding(const PictureShape& shape, double bytesASample) { return {.held = bytesASample * Samples(shape)}; }
 
 Cost CostOfResampling(const PictureShape& from, const PictureShape& result) {
-  Cost cost = InStripsOf(2.2 * kMegabyte * result.channels);
-  cost.seconds = kResampledPixel * (Pixels(from) + Pixels(result));
-  return cost;
+  return {.seconds = kResampledPixel * (Pixels(from) + Pixels(result)), .strip = 3.4 * kMegabyte * result.channels};
 }
 
 Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance) {
-  Cost cost = InStripsOf(1.6 * kMegabyte * from.channels);
   const double planes = luminance ? 1.0 : from.channels, passes = averaged ? 8 : 1;
-  cost.seconds = kProduct * ProductsOf(net) * Pixels(from) * planes * passes;
-  return cost;
+  return {.seconds = kProduct * ProductsOf(net) * Pixels(from) * planes * passes,
+          .strip = 1.7 * kMegabyte * from.channels};
 }
 
 Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& parameters) {
@@ -68,7 +63,7 @@ Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& param
   const int32_t strip = std::max(RefinedRowsOf(result.width) / f, 1), margin = std::max(kRefineMargin / f, 1);
   const int32_t rows = std::min(height, strip + 2 * margin);
   const double row = 4.0 * result.width * f;  // bytes of the enlarged rows of a small one, a plane
-  const double strips = std::max(height / strip, 1), planes = 2.0 * result.channels + 3;
+  const double strips = std::max(height / strip, 1), planes = result.channels + 2.0;
   return {.seconds = kRestoredPixel * Pixels(result) * static_cast<double>(PlaneWork(parameters)),
           .held = row * 2 * std::min(margin, height) * planes,
           .aThread = static_cast<double>(RestorationMemory(parameters, width, rows, kLuminance)) +

@@ -16,8 +16,11 @@ struct Cost {
   double aThread = 0;    // bytes that every thread adds,
   double threads = 1e9;  // up to so many
 
+  double strip = 0;  // bytes of a strip (strips.h) on its way through all that is done to it
+
   uint64_t Memory(int32_t count) const {
-    return static_cast<uint64_t>(held + aThread * std::min<double>(count, threads));
+    const double strips = count == 1 ? 1 : 1.5 * count + 1;
+    return static_cast<uint64_t>(held + aThread * std::min<double>(count, threads) + strip * strips);
   }
 };
 
