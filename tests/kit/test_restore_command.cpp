@@ -157,7 +157,7 @@ TEST_CASE("restoration is turned by people's words") {
   CHECK(roughness("--sharper --sharper") > roughness("--sharper"));
   CHECK(roughness("--smoother") < plain);
   CHECK(roughness("--smoother --smoother") < roughness("--smoother"));
-  for (const char* line : {"--deblur auto", "--deblur 2", "--deblur 1 --filter -1", "--sharper --smoother",
+  for (const char* line : {"--deblur often", "--deblur 2", "--deblur 1 --filter -1", "--sharper --smoother",
                            "--shape-dot 1", "--type 5 --edge-threshold 9", "--quality 50"}) {
     const test::Outcome refused = KitIn(folder, std::string("restore sharp.png no.png ") + line);
     CAPTURE(refused.errors);

@@ -29,8 +29,12 @@ struct Between {
 struct OneOf {
   std::string words;  // with commas between
 };
+struct BetweenOr {  // a number or a word, kept as text
+  double low, high;
+  std::string word;
+};
 struct Anything {};  // finite numbers only
-using Check = std::variant<Anything, Between, OneOf>;
+using Check = std::variant<Anything, Between, OneOf, BetweenOr>;
 
 struct Option {
   const char* name;       // "--factor"; one that has to be given, by its place, is named in capitals: "PICTURE"
@@ -43,6 +47,7 @@ struct Option {
   const char* excludes = "";   // options that it cannot stand beside, with commas between
   const char* heading = "";    // that it stands under in the help, "Options" where empty
   bool aside = false;          // no setting of a result: where it goes, how the run goes about it, what is said
+  bool mayBeLeftOut = false;   // of the last place
   bool lastOfSeveral = false;  // a place that the one before, which takes several, holds the word of
 
   bool HasPlace() const { return name[0] != '-'; }

@@ -77,7 +77,8 @@ void Read(const Command& command, const std::vector<std::string>& words) {
   CLI::App parser;
   for (const Option& row : command.options)
     if (!row.lastOfSeveral)
-      std::visit([&](auto* target) { AddParser(parser, row, *target).required(row.HasPlace()); }, row.target);
+      std::visit([&](auto* target) { AddParser(parser, row, *target).required(row.HasPlace() && !row.mayBeLeftOut); },
+                 row.target);
   try {
     const std::vector<std::string> all = WithConfig(command, words, RequireUsable(command, words));
     parser.parse(std::vector<std::string>(all.rbegin(), all.rend()));

@@ -20,6 +20,7 @@ Command NoiseCommand();
 Command NewNetCommand();
 Command TrainCommand();
 Command CurveCommand();
+Command FilterCommand();
 Command ModelsCommand();
 
 namespace {
@@ -34,7 +35,8 @@ constexpr CommandRow kCommands[] = {
     {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand}, {kInAndOut, TestCardCommand},
     {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},    {kNoise, DenoiseCommand},
     {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kLook, VerifyCommand},
-    {kNetworks, NewNetCommand}, {kNetworks, TrainCommand},  {kNetworks, CurveCommand},   {kNetworks, ModelsCommand},
+    {kLook, FilterCommand},     {kNetworks, NewNetCommand}, {kNetworks, TrainCommand},   {kNetworks, CurveCommand},
+    {kNetworks, ModelsCommand},
 };
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 
 #include "kit/commands/command.h"
@@ -8,17 +9,21 @@
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
 #include "kit/scale/scale.h"
+#include "kit/search/blur_estimate.h"
 #include "kit/work/run_work.h"
+#include "platform/console.h"
 
 namespace norv {
 namespace {
 
+constexpr double kLeastBlur = 0.1, kMostBlur = 1.5;  // pixels
+constexpr char kAuto[] = "auto";
+
 struct Settings {
-  std::string preset = "clean";
+  std::string preset = "clean", deblur;
   int32_t factor = 2, bands = 0;
   bool overBytes = false, denoise = false;
   Times sharper, smoother;
-  std::optional<double> deblur;
   std::vector<std::optional<double>> knobs;
   WorkChoice choice;
 };
@@ -51,8 +56,8 @@ Options PeopleRows(Settings& settings) {
           {.name = "--deblur",
            .target = &settings.deblur,
            .unit = "SIGMA",
-           .check = Between{0.1, 1.5},
-           .help = "take back a blur (Gaussian) of so many pixels of the picture, 0.1 to 1.5",
+           .check = BetweenOr{kLeastBlur, kMostBlur, kAuto},
+           .help = "take back a blur (Gaussian) of so many pixels of the picture, 0.1 to 1.5; auto finds it",
            .excludes = "--filter"}};
 }
 
@@ -91,11 +96,20 @@ Options Rows(Settings& settings) {
                  WorkRows(settings.choice)});
 }
 
-RestoreParameters Parameters(const Settings& settings) {
+// Those to start from, with the blur to take back in pixels, 0: none. Where one was looked for and none is there, a
+// picture that is not to become larger stays as it is, but for what the other presets are meant to remove.
+RestoreParameters StartOf(const Settings& settings, double blur) {
+  if (blur > 0) return DeblurringPreset(settings.preset, settings.factor, blur);
   RestoreParameters parameters = RestorePreset(settings.preset, settings.factor);
+  const bool good = settings.preset == "clean" || settings.preset == "drawn";
+  if (settings.deblur == kAuto && settings.factor == 1 && good) parameters.iterations = 0;
+  return parameters;
+}
+
+RestoreParameters Parameters(const Settings& settings, double blur) {
+  RestoreParameters parameters = StartOf(settings, blur);
   for (int32_t i = 0; i < settings.sharper.count; ++i) MakeSharper(parameters);
   for (int32_t i = 0; i < settings.smoother.count; ++i) MakeSmoother(parameters);
-  if (settings.deblur) parameters.kernelCode = FilterOfBlur(*settings.deblur, settings.factor);
   const std::span<const RestoreKnob> knobs = RestoreKnobs();
   for (size_t i = 0; i < knobs.size(); ++i) {
     if (!settings.knobs[i]) continue;
@@ -140,14 +154,35 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
   return plan;
 }
 
+// As it is in the picture, as much of it as can be taken back, and a line about it; 0: none.
+double FindBlur(const Picture& picture) {
+  const BlurEstimate blur = EstimateBlur(picture);
+  if (!blur.Found())
+    Tell("no blur found");
+  else
+    Tell("blur: Gaussian of %.2f pixels%s", blur.sigma, blur.sigma > kMostBlur ? ", of which 1.5 are taken back" : "");
+  return std::min(blur.sigma, kMostBlur);
+}
+
+WorkPlan PlanAfterLook(const Settings& settings, const PictureShape& shape) {
+  WorkPlan plan = PlanOf(settings, Parameters(settings, 0), shape);
+  plan.look = [settings, shape](const Picture& picture) {
+    return PlanOf(settings, Parameters(settings, FindBlur(picture)), shape);
+  };
+  return plan;
+}
+
 PictureWork WorkOf(Settings& settings) {
-  const RestoreParameters parameters = Parameters(settings);
+  const bool finding = settings.deblur == kAuto;
+  const double given = finding || settings.deblur.empty() ? 0 : std::strtod(settings.deblur.c_str(), nullptr);
+  const RestoreParameters parameters = Parameters(settings, given);
   RefuseIdleKnobs(settings, parameters);
   // Of one picture; many are worked on side by side.
   if (settings.bands == 0 && settings.choice.folder.empty() && settings.choice.threads > 1)
     settings.bands = settings.choice.threads;
   settings.choice.factor = settings.factor;
   if (settings.factor > 1) settings.choice.ownName = "{stem}_{factor}x";
+  if (finding) return {[settings](const PictureShape& shape) { return PlanAfterLook(settings, shape); }};
   return {[settings, parameters](const PictureShape& shape) { return PlanOf(settings, parameters, shape); }};
 }
 
@@ -158,7 +193,7 @@ Command RestoreCommand() {
       {.name = "restore",
        .purpose = "Make a picture larger and sharper by edge-preserving restoration",
        .examples = "norvkit restore small.png large.png --by 2\n"
-                   "norvkit restore soft.jpg sharp.png --by 1 --deblur 1.0 --preset compressed\n"
+                   "norvkit restore soft.jpg sharp.png --by 1 --deblur auto\n"
                    "norvkit restore small.jpg large.png --by 4 --preset compressed --lambda 0.2"},
       Rows, WorkOf);
 }

@@ -97,7 +97,10 @@ bool HasLast(const Command& command) {
 std::string UsageOf(const Command& command) {
   std::string usage = std::string("norvkit ") + command.name;
   for (const Option& row : command.options)
-    if (row.HasPlace()) usage += std::string(" ") + row.name + (row.TakesSeveral() && !HasLast(command) ? "..." : "");
+    if (row.HasPlace() && row.mayBeLeftOut)
+      usage += std::string(" [") + row.name + "]";
+    else if (row.HasPlace())
+      usage += std::string(" ") + row.name + (row.TakesSeveral() && !HasLast(command) ? "..." : "");
   return usage;
 }
 

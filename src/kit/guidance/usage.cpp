@@ -54,7 +54,7 @@ void RequirePlaces(const Command& command, const std::vector<std::string>& place
       places.push_back(&row);
       anyNumber |= row.TakesSeveral();
     }
-  if (placed.size() < places.size())
+  if (placed.size() < places.size() && !places[placed.size()]->mayBeLeftOut)
     throw WrongUsage(std::string(places[placed.size()]->name) + " is missing: " + UsageOf(command));
   if (placed.size() > places.size() && !anyNumber)
     throw WrongUsage(placed[places.size()] + " is one word too many: " + UsageOf(command));

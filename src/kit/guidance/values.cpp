@@ -83,6 +83,12 @@ std::string WhyNotValue(const Option& row, const std::string& text) {
     const std::vector<std::string> words = SplitAt(',', choice->words);
     return IsAmong(words, text) ? "" : name + " takes " + Enumerated(words) + ", not " + text;
   }
+  if (const BetweenOr* choice = std::get_if<BetweenOr>(&row.check)) {
+    const Numbers range{false, choice->low, choice->high};
+    return text == choice->word || IsAmong(range, text)
+               ? ""
+               : name + " takes " + InWords(range) + ", or " + choice->word + ", not " + text;
+  }
   const std::optional<Numbers> numbers = NumbersOf(row);
   if (!numbers) return "";
   const bool several = std::holds_alternative<std::vector<int32_t>*>(row.target);

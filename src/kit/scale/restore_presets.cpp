@@ -17,7 +17,10 @@ struct PresetRow {
   float orientationScale, emphasis;
 };
 
+// Taking back a blur at factor 1 wants much less smoothing than making a picture larger.
 constexpr PresetRow kPresets[] = {
+    {"clean", 1, 0.02f, 0.01f, 5, 3, 17, 2, 0.7f, 0.75f},
+    {"drawn", 1, 0.02f, 0.01f, 5, 3, 17, 2, 0.7f, 0.75f},
     {"clean", 2, 0.06f, 0.035f, 5, 3, 17, 2, 0.7f, 0.25f},
     {"clean", 3, 0.06f, 0.035f, 2, 1.5f, 17, 5, 0.4f, 0.4f},
     {"clean", 4, 0.06f, 0.035f, 1, 1, 17, 9, 0.3f, 0.5f},
@@ -74,10 +77,14 @@ constexpr RestoreKnob kKnobs[] = {
     {"--edge-threshold", "type 3: grey levels from which on a pixel is an edge", &P::edgeThreshold, 0, 10000, "", 3},
 };
 
-const PresetRow& RowOf(std::span<const PresetRow> rows, const std::string& name, int32_t factor) {
-  const int32_t nearest = std::clamp(factor, 2, 4);
+const PresetRow* FindRow(std::span<const PresetRow> rows, const std::string& name, int32_t factor) {
   for (const PresetRow& row : rows)
-    if (row.name == name && row.factor == nearest) return row;
+    if (row.name == name && row.factor == factor) return &row;
+  return nullptr;
+}
+
+const PresetRow& RowOf(std::span<const PresetRow> rows, const std::string& name, int32_t factor) {
+  if (const PresetRow* row = FindRow(rows, name, std::clamp(factor, 2, 4))) return *row;
   Fail("there is no preset %s", name.c_str());
 }
 
@@ -109,6 +116,13 @@ const std::vector<std::string>& RestorePresetNames() {
 
 RestoreParameters RestorePreset(const std::string& name, int32_t factor) {
   return ParametersOf(RowOf(kPresets, name, factor), factor);
+}
+
+RestoreParameters DeblurringPreset(const std::string& name, int32_t factor, double sigma) {
+  const PresetRow* row = FindRow(kPresets, name, factor);
+  RestoreParameters parameters = row ? ParametersOf(*row, factor) : RestorePreset(name, factor);
+  parameters.kernelCode = FilterOfBlur(sigma, factor);
+  return parameters;
 }
 
 RestoreParameters RefinementPreset(const std::string& name, int32_t factor) {

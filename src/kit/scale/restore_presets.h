@@ -17,6 +17,8 @@ const std::vector<std::string>& RestorePresetNames();
 // The preset's parameters for this factor; factors below 2 take those of 2, factors above 4 those of 4. Throws a
 // Failure for an unknown name.
 RestoreParameters RestorePreset(const std::string& name, int32_t factor);
+// The same for a picture under a Gaussian blur of so many of its pixels (as in FilterOfBlur).
+RestoreParameters DeblurringPreset(const std::string& name, int32_t factor, double sigma);
 // The same for a restoration that starts from a network's answer.
 RestoreParameters RefinementPreset(const std::string& name, int32_t factor);
 

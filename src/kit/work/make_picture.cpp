@@ -59,6 +59,13 @@ bool IsReadAsAWhole(const std::string& path) {
   return ending == "webp" || ending == "jxl" || ending == "heic" || ending == "avif";
 }
 
+// Reads the picture and takes the plan that follows from it.
+void LookAt(OpenedPicture& picture) {
+  Picture whole = AllRows(picture.source);
+  picture.plan = WorkPlan(picture.plan.look(whole));
+  picture.source = HeldPicture(std::move(whole));
+}
+
 }  // namespace
 
 OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input) {
@@ -81,6 +88,7 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   const Destination out(output, plan.result, choice, picture.input);
   if (plan.chosen && (picture.alone || RunManner().verbose))
     Tell("%s%s", picture.alone ? "" : (picture.input + ": ").c_str(), plan.chosen(threads).c_str());
+  if (plan.look) LookAt(picture);
   const auto stages = std::make_shared<Stages>();
   std::optional<Certifier> certifier;
   const PictureShape from = picture.source.shape, to = plan.result;

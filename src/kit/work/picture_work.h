@@ -25,6 +25,8 @@ struct WorkPlan {
   std::function<PictureSource(PictureSource picture, int32_t threads)> make;
   // A line for people of what was chosen without being told; null: nothing was.
   std::function<std::string(int32_t threads)> chosen = nullptr;
+  // The plan that holds once the picture was looked at, of the same shape; null: this one. The picture is held whole.
+  std::function<WorkPlan(const Picture& picture)> look = nullptr;
   int32_t reduction = -1;                  // the filter that a certificate reduces the result by (FilterOfKernelCode)
   std::vector<std::string> networks = {};  // files of those that work on it, each once
   bool teams = true;                       // whether several threads make it faster

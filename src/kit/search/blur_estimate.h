@@ -1,0 +1,20 @@
+// The blur of a picture, found in the picture alone.
+#pragma once
+
+namespace norv {
+
+struct Picture;
+
+struct BlurEstimate {
+  double sigma = 0;      // of the Gaussian that was laid over the picture, in its pixels, 0 to 2; 0: none was found
+  double deviation = 0;  // of sigma, as far as the picture says
+
+  bool Found() const { return sigma > 0; }
+};
+
+// The Gaussian that explains best how the luminance's spectrum departs from those of pictures as they are
+// (power_law.h). Photographs are a little soft by themselves, which is left in them: what is below about 0.5 pixels
+// counts as none. Alpha is laid on white. Throws as PowerInCells().
+BlurEstimate EstimateBlur(const Picture& picture);
+
+}  // namespace norv
