@@ -21,6 +21,7 @@ Command NewNetCommand();
 Command TrainCommand();
 Command CurveCommand();
 Command FilterCommand();
+Command RankCommand();
 Command ModelsCommand();
 
 namespace {
@@ -35,8 +36,8 @@ constexpr CommandRow kCommands[] = {
     {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand}, {kInAndOut, TestCardCommand},
     {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},    {kNoise, DenoiseCommand},
     {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kLook, VerifyCommand},
-    {kLook, FilterCommand},     {kNetworks, NewNetCommand}, {kNetworks, TrainCommand},   {kNetworks, CurveCommand},
-    {kNetworks, ModelsCommand},
+    {kLook, FilterCommand},     {kLook, RankCommand},       {kNetworks, NewNetCommand},  {kNetworks, TrainCommand},
+    {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
 };
 
 }  // namespace

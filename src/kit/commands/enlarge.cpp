@@ -8,6 +8,7 @@
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
+#include "kit/search/stored_presets.h"
 #include "kit/work/run_work.h"
 #include "net/neural_net.h"
 #include "platform/console.h"
@@ -47,34 +48,36 @@ Options NetworkRows(Settings& settings) {
 }
 
 Options Rows(Settings& settings) {
-  return Joined({PlaceRows(settings.choice.places, "the larger one"),
-                 SizeRows(settings.size, "larger", "2, or what --net does"),
-                 {{.name = "--method",
-                   .target = &settings.method,
-                   .unit = "WAY",
-                   .check = OneOf{"nearest,cubic,lanczos,net,both"},
-                   .help = "nearest, cubic, lanczos, net or both: a network, then restoration from its answer",
-                   .byDefault = "both; net with --net or --quick"},
-                  {.name = "--preset",
-                   .target = &settings.preset,
-                   .unit = "NAME",
-                   .check = OneOf{Listed(RestorePresetNames())},
-                   .help = "of the restoration: clean, compressed (JPEG), noisy or drawn",
-                   .byDefault = "by the picture"}},
-                 NetworkRows(settings),
-                 {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
-                 KnobRows(settings.knobs, true),
-                 ReceiptRows(settings.choice.receipt),
-                 WorkRows(settings.choice)});
+  return Joined(
+      {PlaceRows(settings.choice.places, "the larger one"),
+       SizeRows(settings.size, "larger", "2, or what --net does"),
+       {{.name = "--method",
+         .target = &settings.method,
+         .unit = "WAY",
+         .check = OneOf{"nearest,cubic,lanczos,net,both,restore"},
+         .help = "nearest, cubic, lanczos, net, both: a network, then restoration from its answer; or restore, alone",
+         .byDefault = "both; net with --net or --quick"},
+        {.name = "--preset",
+         .target = &settings.preset,
+         .unit = "NAME",
+         .help = "of the restoration: clean, compressed (JPEG), noisy or drawn; or what norvkit rank keeps",
+         .byDefault = "by the picture"}},
+       NetworkRows(settings),
+       {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
+       KnobRows(settings.knobs, true),
+       WorkRows(settings.choice)});
 }
 
+// By restoration alone.
+bool Restoring(const Settings& settings) { return settings.method == "restore"; }
+
 bool ByFilter(const Settings& settings) {
-  return !settings.method.empty() && settings.method != "net" && settings.method != "both";
+  return !settings.method.empty() && settings.method != "net" && settings.method != "both" && !Restoring(settings);
 }
 
 // Whether restoration follows the networks, as far as the command line decides it.
 bool Refining(const Settings& settings) {
-  if (!settings.method.empty()) return settings.method == "both";
+  if (!settings.method.empty()) return settings.method == "both" || Restoring(settings);
   return (settings.net.empty() && !settings.quick) || !settings.preset.empty() || FirstSaid(settings.knobs);
 }
 
@@ -88,17 +91,17 @@ void RefuseIdleOptions(const Settings& settings) {
     bool said, idle;
   };
   const char* knob = FirstSaid(settings.knobs);
-  const bool noNetwork = ByFilter(settings) || Sharpening(settings);
+  const bool noNetwork = ByFilter(settings) || Restoring(settings) || Sharpening(settings);
   const std::string chosen = Sharpening(settings) ? "--by 1" : "--method " + settings.method;
-  for (const auto& [option, said, idle] :
-       {Said{"--net", !settings.net.empty(), noNetwork},
-        {"--model", !settings.model.empty(), noNetwork},
-        {"--quick", settings.quick, noNetwork},
-        {"--average", settings.how.average, noNetwork},
-        {"--luminance-only", settings.how.shortcut, noNetwork},
-        {"--preset", !settings.preset.empty(), !Refining(settings)},
-        {knob, knob != nullptr, !Refining(settings)},
-        {"--method", !settings.method.empty() && settings.method != "both", Sharpening(settings)}})
+  for (const auto& [option, said, idle] : {Said{"--net", !settings.net.empty(), noNetwork},
+                                           {"--model", !settings.model.empty(), noNetwork},
+                                           {"--quick", settings.quick, noNetwork},
+                                           {"--average", settings.how.average, noNetwork},
+                                           {"--luminance-only", settings.how.shortcut, noNetwork},
+                                           {"--preset", !settings.preset.empty(), !Refining(settings)},
+                                           {knob, knob != nullptr, !Refining(settings)},
+                                           {"--method", !settings.method.empty(),
+                                            Sharpening(settings) && (ByFilter(settings) || settings.method == "net")}})
     if (said && idle)
       throw WrongUsage(std::string(option) + " does nothing with " + chosen + ": leave one of them out");
 }
@@ -157,14 +160,14 @@ EnlargeWay WayByName(const Settings& settings, const PictureShape& shape) {
   return way;
 }
 
-EnlargeWay WayInOwnSize(const Settings& settings, const PictureShape& shape) {
+EnlargeWay WayOfRestoration(const Settings& settings, const PictureShape& shape) {
   EnlargeWay way{WantedOf(settings, shape), {}, settings.how};
   way.preset = !settings.preset.empty() ? settings.preset : shape.jpegQuality > 0 ? "compressed" : "clean";
   return way;
 }
 
 EnlargeWay WayWithoutKnobs(const Settings& settings, const PictureShape& shape) {
-  if (Sharpening(settings)) return WayInOwnSize(settings, shape);
+  if (Sharpening(settings) || Restoring(settings)) return WayOfRestoration(settings, shape);
   if (!settings.net.empty()) return WayOfFile(settings, shape);
   if (!ByFilter(settings)) return WayByName(settings, shape);
   return {WantedOf(settings, shape),
@@ -245,7 +248,21 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
   return plan;
 }
 
+// A way that somebody keeps under the name of a preset stands for the options that it is made of.
+void TakeKept(Settings& settings) {
+  if (settings.preset.empty() || IsOwnPreset(settings.preset)) return;
+  const KeptWay kept = FindKept(settings.preset);
+  if (!settings.method.empty() || !settings.model.empty() || !settings.net.empty() || settings.quick)
+    throw WrongUsage("the preset " + settings.preset + " says the way itself (" + kept.InWords() +
+                     "): leave out --method, --model, --net and --quick");
+  settings.method = kept.method;
+  settings.model = kept.model;
+  settings.quick = kept.quick;
+  settings.preset = kept.preset;
+}
+
 PictureWork WorkOf(Settings& settings) {
+  TakeKept(settings);
   RefuseIdleOptions(settings);
   if (settings.size.by > 0 || !settings.size.Said()) {
     const int32_t ofNet = settings.net.empty() ? 2 : FactorOfNetwork(settings.net);

@@ -2,6 +2,8 @@
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
 #include "kit/search/filter_estimate.h"
@@ -38,6 +40,23 @@ std::string InWords(const FilterMatch& match) {
   return words;
 }
 
+// A row for programs; probability or decibels, whichever was found.
+JsonObject RowOf(int32_t order, const std::string& name, const char* key, double value) {
+  return JsonObject().Whole("filter", order).Text("name", name).Number(key, value);
+}
+
+void PrintRows(const FilterRanking& ranking) {
+  for (const FilterMatch& match : ranking.matches)
+    SayRow(RowOf(match.orders[0], FilterInWords(match.orders[0]), "psnr", match.decibels)
+               .Whole("factor", ranking.factor)
+               .Flag("sure", &match == &ranking.matches[0] && ranking.IsSure()));
+}
+
+void PrintRows(const std::vector<FilterFamily>& families) {
+  for (const FilterFamily& family : families)
+    SayRow(RowOf(family.orders[0], family.name, "probability", family.probability));
+}
+
 void PrintRanking(const FilterRanking& ranking, bool all) {
   Say("%8s  %8s  filter\n", "dB", "--filter");
   for (size_t i = 0; i < ranking.matches.size() && (all || i < kShown); ++i) {
@@ -68,10 +87,14 @@ void PrintEstimate(const std::vector<FilterFamily>& families, bool all) {
 
 void Run(const Settings& settings) {
   const Picture small = LoadImage(settings.small, settings.read);
-  if (settings.large.empty())
-    PrintEstimate(EstimateFilter(small), settings.all);
-  else
-    PrintRanking(RankFilters(small, LoadImage(settings.large)), settings.all);
+  const bool json = RunManner().json;
+  if (settings.large.empty()) {
+    const std::vector<FilterFamily> families = EstimateFilter(small);
+    json ? PrintRows(families) : PrintEstimate(families, settings.all);
+  } else {
+    const FilterRanking ranking = RankFilters(small, LoadImage(settings.large));
+    json ? PrintRows(ranking) : PrintRanking(ranking, settings.all);
+  }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "kit/scale/restore_presets.h"
 #include "kit/scale/scale.h"
 #include "kit/search/blur_estimate.h"
+#include "kit/search/stored_presets.h"
 #include "kit/work/run_work.h"
 #include "platform/console.h"
 
@@ -24,27 +25,9 @@ struct Settings {
   int32_t factor = 2, bands = 0;
   bool overBytes = false, denoise = false;
   Times sharper, smoother;
-  std::vector<std::optional<double>> knobs;
+  KnobValues knobs;
   WorkChoice choice;
 };
-
-// Every parameter that a preset chooses can be given instead.
-Options KnobRows(Settings& settings) {
-  const std::span<const RestoreKnob> knobs = RestoreKnobs();
-  settings.knobs.resize(knobs.size());
-  Options rows;
-  for (size_t i = 0; i < knobs.size(); ++i) {
-    const bool whole = std::holds_alternative<int32_t RestoreParameters::*>(knobs[i].field);
-    rows.push_back({.name = knobs[i].option,
-                    .target = &settings.knobs[i],
-                    .unit = whole ? "N" : "X",
-                    .check = Between{knobs[i].low, knobs[i].high, whole},
-                    .help = knobs[i].meaning,
-                    .aliases = knobs[i].aliases,
-                    .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});
-  }
-  return rows;
-}
 
 // What people see, instead of what a restoration counts.
 Options PeopleRows(Settings& settings) {
@@ -81,8 +64,7 @@ Options Rows(Settings& settings) {
                   {.name = "--preset",
                    .target = &settings.preset,
                    .unit = "NAME",
-                   .check = OneOf{Listed(RestorePresetNames())},
-                   .help = "clean, compressed (JPEG), noisy or drawn"}},
+                   .help = "clean, compressed (JPEG), noisy or drawn; or a restoration that norvkit rank keeps"}},
                  PeopleRows(settings),
                  {BandsRow(settings.bands),
                   {.name = "--as-bytes",
@@ -91,7 +73,7 @@ Options Rows(Settings& settings) {
                    .aliases = "--bits-road"},
                   DenoiseFirstRow(settings.denoise),
                   CertificateRow(settings.choice.certificate)},
-                 KnobRows(settings),
+                 KnobRows(settings.knobs, false),
                  ReceiptRows(settings.choice.receipt),
                  WorkRows(settings.choice)});
 }
@@ -110,14 +92,7 @@ RestoreParameters Parameters(const Settings& settings, double blur) {
   RestoreParameters parameters = StartOf(settings, blur);
   for (int32_t i = 0; i < settings.sharper.count; ++i) MakeSharper(parameters);
   for (int32_t i = 0; i < settings.smoother.count; ++i) MakeSmoother(parameters);
-  const std::span<const RestoreKnob> knobs = RestoreKnobs();
-  for (size_t i = 0; i < knobs.size(); ++i) {
-    if (!settings.knobs[i]) continue;
-    const auto turn = [&](auto field) {
-      parameters.*field = static_cast<std::decay_t<decltype(parameters.*field)>>(*settings.knobs[i]);
-    };
-    std::visit(turn, knobs[i].field);
-  }
+  TurnKnobs(parameters, settings.knobs);
   return parameters;
 }
 
@@ -172,7 +147,18 @@ WorkPlan PlanAfterLook(const Settings& settings, const PictureShape& shape) {
   return plan;
 }
 
+// What somebody keeps under the name of a preset.
+void TakeKept(std::string& preset) {
+  if (IsOwnPreset(preset)) return;
+  const KeptWay kept = FindKept(preset);
+  if (kept.method != "restore")
+    throw WrongUsage("the preset " + preset + " is more than a restoration (" + kept.InWords() +
+                     "): norvkit enlarge takes it");
+  preset = kept.preset;
+}
+
 PictureWork WorkOf(Settings& settings) {
+  TakeKept(settings.preset);
   const bool finding = settings.deblur == kAuto;
   const double given = finding || settings.deblur.empty() ? 0 : std::strtod(settings.deblur.c_str(), nullptr);
   const RestoreParameters parameters = Parameters(settings, given);

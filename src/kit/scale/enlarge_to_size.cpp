@@ -1,5 +1,7 @@
 #include "kit/scale/enlarge_to_size.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "kit/failure.h"
@@ -44,18 +46,25 @@ int32_t FactorOfNetwork(const std::string& path) {
   return net.LastNi() == 4 ? 2 : 4;
 }
 
-// No larger: what blurred it is taken back along its edges.
-PictureSource Sharpened(PictureSource picture, const EnlargeWay& way) {
+// By restoration alone: from a Lanczos-3 enlargement or, no larger, from the picture as it is.
+PictureSource Restored(PictureSource picture, const EnlargeWay& way) {
+  constexpr double kNearEnough = 1.02;  // where so little is missing, resampling adds it
+  const double scale = std::max(static_cast<double>(way.size.width) / picture.shape.width,
+                                static_cast<double>(way.size.height) / picture.shape.height);
+  const int32_t factor = std::max(static_cast<int32_t>(std::ceil(scale / kNearEnough)), 1), threads = way.how.threads;
   std::shared_ptr<PassedLuminance> passed;
   picture = KeepingLuminance(std::move(picture), passed);
-  RestoreParameters parameters = RestorePreset(way.preset, 1);
+  if (factor > 1) picture = ByWholeFactor(std::move(picture), ResizeFilter::lanczos, factor, threads);
+  RestoreParameters parameters = RestorePreset(way.preset, factor);
   TurnKnobs(parameters, way.knobs);
-  return RefinedRows(std::move(picture), passed, parameters, way.how.threads);
+  picture = RefinedRows(std::move(picture), passed, parameters, threads);
+  if (SizeOf(picture.shape) == way.size) return picture;
+  return Resized(std::move(picture), way.size, ResizeFilter::lanczos, threads);
 }
 
 PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   const int32_t threads = way.how.threads, factor = WholeFactor(picture.shape, way.size);
-  if (!way.plan && !way.preset.empty()) return Sharpened(std::move(picture), way);
+  if (!way.plan && !way.preset.empty()) return Restored(std::move(picture), way);
   if (!way.plan && factor > 0 && way.filter != ResizeFilter::nearest)
     return ByWholeFactor(std::move(picture), way.filter, factor, threads);
   if (!way.plan) return Resized(std::move(picture), way.size, way.filter, threads);

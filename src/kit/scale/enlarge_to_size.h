@@ -23,8 +23,8 @@ struct EnlargeWay {
   std::optional<NetworkPlan> plan;  // the networks, one after another; none: by the filter alone
   NetEnlargement how;               // of networks; its threads of all
   ResizeFilter filter = ResizeFilter::lanczos;
-  std::string preset = "";  // of the restoration from the networks' answer, or of the picture in its own size without
-                            // networks; empty: none
+  std::string preset = "";  // of the restoration: from the networks' answer, without them from Lanczos-3's, or of the
+                            // picture in its own size; empty: none
   KnobValues knobs = {};    // instead of the preset's
 };
 

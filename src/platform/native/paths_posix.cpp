@@ -23,6 +23,12 @@ std::string EnvironmentVariable(const std::string& name) {
   return value ? value : "";
 }
 
+std::string ConfigurationFolder() {
+  const std::string folder = EnvironmentVariable("XDG_CONFIG_HOME"), home = EnvironmentVariable("HOME");
+  if (folder.starts_with('/')) return folder;
+  return home.empty() ? "" : home + "/.config";
+}
+
 std::vector<std::string> CommandLine(int argc, char** argv) { return {argv, argv + argc}; }
 
 }  // namespace norv

@@ -64,6 +64,8 @@ std::string EnvironmentVariable(const std::string& name) {
   return value ? Utf8(value) : "";
 }
 
+std::string ConfigurationFolder() { return EnvironmentVariable("APPDATA"); }
+
 std::vector<std::string> CommandLine(int, char**) {
   int count = 0;
   wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
