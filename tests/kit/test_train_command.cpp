@@ -170,6 +170,8 @@ TEST_CASE("a training without gain ends when patience does, and stays ended") {
   const test::Outcome again = gallery.Train(out, line + " --resume");
   CHECK(again.exitCode == 0);
   CHECK(Contains(again.output, "stopped"));
+  CHECK(gallery.Train(out, line + " --resume --json").output ==
+        "{\"stopped\": true, \"best_epoch\": " + std::to_string(best) + "}\n");
   CHECK((test::ReadBytes(out + "/best.net") == kept && test::ReadBytes(out + "/last.net") == last));
   CHECK(gallery.Train(gallery.results / "none", "--epochs 3 --valid 0 --patience 2").exitCode == 2);
 }

@@ -4,6 +4,8 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "kit/measure/difference_map.h"
 #include "kit/measure/quality.h"
 #include "kit/pictures/conversions.h"
@@ -69,8 +71,14 @@ matrix StudioLuminanceOf(const Picture& picture) {
   return luminance;
 }
 
-void Report(const char* what, const matrix& a, const matrix& b, bool withSimilarity) {
+// In a line of text, or in the row for programs, where equal planes have no number.
+void Report(const char* what, const matrix& a, const matrix& b, bool withSimilarity, JsonObject& row) {
   const double ratio = Psnr(a, b), similarity = withSimilarity ? Ssim(a, b) : NAN;
+  JsonObject figures;
+  figures.Number("psnr", ratio);
+  if (withSimilarity) figures.Number("ssim", similarity);
+  row.Object(what, figures);
+  if (RunManner().json) return;
   if (std::isinf(ratio) && ratio > 0)
     Say("%-10s  PSNR identical", what);
   else
@@ -95,11 +103,19 @@ void SaveMap(const matrix& differences, const Settings& settings) {
 }
 
 // Of the whole pictures, border and all.
-void ReportLargest(const matrix& differences) {
+void ReportLargest(const matrix& differences, JsonObject& row) {
   const DifferenceFigures figures = FiguresOf(differences);
+  const double share = static_cast<double>(figures.differing) / differences.mn;
+  row.Object("difference", JsonObject()
+                               .Number("largest", figures.largest)
+                               .Whole("column", figures.column)
+                               .Whole("row", figures.row)
+                               .Number("share", share));
+  row.Flag("identical", figures.differing == 0);
+  if (RunManner().json) return;
   if (figures.differing == 0) return Say("difference  none in any pixel\n");
   Say("difference  at most %.6g of 255, first at column %d, row %d; in %.4g %% of the pixels\n", figures.largest,
-      figures.column, figures.row, 100.0 * static_cast<double>(figures.differing) / differences.mn);
+      figures.column, figures.row, 100 * share);
 }
 
 void Run(const Settings& settings) {
@@ -109,8 +125,10 @@ void Run(const Settings& settings) {
   RequireComparable(a, b, settings.border);
   const matrix differences = LargestDifferences(a, b);
   if (!settings.map.empty()) SaveMap(differences, settings);
+  JsonObject row;
+  row.Text("a", settings.a).Text("b", settings.b);
   const auto report = [&](const char* what, const matrix& ofA, const matrix& ofB, bool withSimilarity) {
-    Report(what, WithoutBorder(ofA, settings.border), WithoutBorder(ofB, settings.border), withSimilarity);
+    Report(what, WithoutBorder(ofA, settings.border), WithoutBorder(ofB, settings.border), withSimilarity, row);
   };
   report("luminance", LuminanceOf(a), LuminanceOf(b), true);
   report("studio Y", StudioLuminanceOf(a), StudioLuminanceOf(b), true);
@@ -118,8 +136,9 @@ void Run(const Settings& settings) {
   if (!a.IsGrey() || !b.IsGrey())
     for (int k = 0; k < 3; ++k) report(kNames[k], a.Colour(k), b.Colour(k), false);
   if (a.HasAlpha() && b.HasAlpha()) report("alpha", a.Alpha(), b.Alpha(), false);
-  ReportLargest(differences);
+  ReportLargest(differences, row);
   if (a.HasAlpha() != b.HasAlpha()) Warn("only one of them has an alpha plane, which is left out");
+  if (RunManner().json) SayRow(row);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "kit/look/file_facts.h"
 #include "kit/look/safe_text.h"
 #include "kit/look/weight_sheet.h"
@@ -89,17 +91,30 @@ Look LookAt(FileKind kind, const std::string& path, const Settings& settings) {
   return LookAtTrainingSet(path);
 }
 
-void ShowFile(const std::string& path, const Settings& settings) {
-  const FileFacts file = RecogniseFile(path);
-  Say("%s: %s, %lld bytes\n", SafeText(path, SIZE_MAX).c_str(), NameOf(file.kind), static_cast<long long>(file.size));
-  RecogniseWholeFile(path);
+void Print(const FileFacts& file, const Look& look) {
   if (file.size > file.expected)
     Say("%lld bytes behind the contents\n", static_cast<long long>(file.size - file.expected));
+  look.facts.Print();
+  if (look.histogram) look.histogram->Print();
+}
+
+void SayRowOf(const std::string& path, const FileFacts& file, const Look& look) {
+  JsonObject row;
+  row.Text("file", path).Text("kind", NameOf(file.kind)).Whole("bytes", file.size);
+  if (file.size > file.expected) row.Whole("bytes behind the contents", file.size - file.expected);
+  look.facts.AddTo(row);
+  SayRow(row);
+}
+
+void ShowFile(const std::string& path, const Settings& settings) {
+  const FileFacts file = RecogniseFile(path);
+  if (!RunManner().json)
+    Say("%s: %s, %lld bytes\n", SafeText(path, SIZE_MAX).c_str(), NameOf(file.kind), static_cast<long long>(file.size));
+  RecogniseWholeFile(path);
   if (file.kind != FileKind::net && (!settings.sheet.empty() || !settings.on.empty()))
     Fail("%s is a %s: --sheet and --on are for networks", path.c_str(), NameOf(file.kind));
   const Look look = LookAt(file.kind, path, settings);
-  look.facts.Print();
-  if (look.histogram) look.histogram->Print();
+  RunManner().json ? SayRowOf(path, file, look) : Print(file, look);
 }
 
 void Run(const Settings& settings) {

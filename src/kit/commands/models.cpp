@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "kit/commands/command.h"
 #include "kit/failure.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "kit/models/catalogue.h"
 #include "platform/console.h"
 
@@ -19,9 +22,21 @@ std::string InDecibels(const std::optional<double>& value) {
   return text;
 }
 
+void SayRows(const std::vector<Model>& models) {
+  for (const Model& model : models)
+    SayRow(JsonObject()
+               .Text("name", model.name)
+               .Whole("factor", model.factor)
+               .Text("made for", model.facts.madeFor)
+               .Number("averaged", model.facts.averaged.value_or(NAN))
+               .Number("plain", model.facts.plain.value_or(NAN))
+               .Text("path", model.path));
+}
+
 void Run(const Settings&) {
   const std::vector<Model> models = FindModels();
   if (models.empty()) Fail("%s", NoNetworks().c_str());
+  if (RunManner().json) return SayRows(models);
   size_t name = 4, madeFor = 8;
   for (const Model& model : models) {
     name = std::max(name, model.name.size());

@@ -31,7 +31,7 @@ class PlaneLook {
     }
   }
   void Finish(const char* const* names, int32_t count, Look& look) const {
-    for (int32_t k = 0; k < count; ++k) look.facts.Add(names[k], summaries_[k].Text());
+    for (int32_t k = 0; k < count; ++k) look.facts.AddSummary(names[k], summaries_[k]);
     look.histogram = histogram_;
   }
 
@@ -40,18 +40,10 @@ class PlaneLook {
   Histogram histogram_{0, 255};
 };
 
-std::string ListOf(const std::vector<int32_t>& units) {
-  constexpr size_t kMost = 16;
-  if (units.empty()) return "0";
-  std::string text = std::to_string(units.size()) + (units.size() == 1 ? " (unit" : " (units");
-  for (size_t i = 0; i < std::min(units.size(), kMost); ++i) text += Printed(i ? ", %d" : " %d", units[i]);
-  return text + (units.size() > kMost ? " ...)" : ")");
-}
-
 void AddHealth(const NetHealth& health, size_t k, const std::string& name, Facts& facts) {
-  facts.Add(name + " dead", ListOf(health.layers[k].dead));
-  facts.Add(name + " saturated", ListOf(health.layers[k].saturated));
-  facts.Add(name + " not finite", ListOf(health.layers[k].notFinite));
+  facts.AddUnits(name + " dead", health.layers[k].dead);
+  facts.AddUnits(name + " saturated", health.layers[k].saturated);
+  facts.AddUnits(name + " not finite", health.layers[k].notFinite);
 }
 
 void AddLayer(const NetLayer& layer, const std::string& name, Facts& facts) {
@@ -65,8 +57,8 @@ void AddLayer(const NetLayer& layer, const std::string& name, Facts& facts) {
   std::string words = Printed("%d units of %d inputs, kind", layer.Ni, layer.units.empty() ? 0 : layer.units[0].Nin);
   for (const int32_t kind : kinds) words += Printed(" %d", kind);
   facts.Add(name, words);
-  facts.Add(name + " weights", weights.Text());
-  facts.Add(name + " biases", biases.Text());
+  facts.AddSummary(name + " weights", weights);
+  facts.AddSummary(name + " biases", biases);
 }
 
 void AddVerdict(const NetHealth& health, Facts& facts) {
@@ -101,7 +93,7 @@ Look LookAtMatrix(const std::string& path) {
                  Printed("m = %d, n = %d (as a plane: %d x %d pixels)", values.m, values.n, values.m, values.n));
   Summary summary;
   summary.Add(values.x, values.mn);
-  look.facts.Add("values", summary.Text());
+  look.facts.AddSummary("values", summary);
   look.histogram.emplace(summary.Min(), summary.Max()).Add(values.x, values.mn);
   return look;
 }
@@ -148,8 +140,8 @@ Look LookAtTrainingSet(const std::string& path) {
     histogram.Add(record.data() + header.Nin, header.Ny);
   }
   if (!in.Complete()) Fail("%s cannot be read to its end", path.c_str());
-  look.facts.Add("inputs", ofInputs.Text());
-  look.facts.Add("outputs", ofOutputs.Text());
+  look.facts.AddSummary("inputs", ofInputs);
+  look.facts.AddSummary("outputs", ofOutputs);
   return look;
 }
 

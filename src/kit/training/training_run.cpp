@@ -5,6 +5,8 @@
 
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
+#include "kit/guidance/json.h"
+#include "kit/guidance/manner.h"
 #include "kit/training/learning_curve.h"
 #include "kit/training/picture_folder.h"
 #include "net/net_file.h"
@@ -38,6 +40,17 @@ bool IsSameShape(const NeuralNet& a, const NeuralNet& b) {
 }
 
 void SayEpochRecord(const EpochRecord& r, int32_t epochs) {
+  if (RunManner().json)
+    return SayRow(JsonObject()
+                      .Whole("epoch", r.epoch)
+                      .Whole("epochs", epochs)
+                      .Number("rate", r.rate)
+                      .Number("cost", r.cost)
+                      .Number("samples_per_second", r.samplesPerSecond)
+                      .Number("seconds", r.seconds)
+                      .Number("psnr", r.psnr)
+                      .Number("cubic", r.cubic)
+                      .Number("lanczos", r.lanczos));
   Say("epoch %d of %d  rate %g  cost %.6g  %.0f samples/s  PSNR %.3f dB (cubic %.3f, Lanczos %.3f)\n", r.epoch, epochs,
       r.rate, r.cost, r.samplesPerSecond, r.psnr, r.cubic, r.lanczos);
 }
@@ -59,11 +72,16 @@ TrainingRun::TrainingRun(const TrainingPlan& plan) : plan_(plan), pictures_(plan
 
 void TrainingRun::Run() {
   for (int32_t epoch = static_cast<int32_t>(log_.size()); epoch < plan_.options.iters; ++epoch) {
-    if (NothingIsGained())
-      return Say("stopped: no epoch of the last %d was better than epoch %d, which %s holds\n", plan_.patience,
-                 BestEpoch(log_), Path(kBest).c_str());
+    if (NothingIsGained()) return SayStopped();
     RunEpoch(epoch);
   }
+}
+
+void TrainingRun::SayStopped() const {
+  const int32_t best = BestEpoch(log_);
+  if (RunManner().json) return SayRow(JsonObject().Flag("stopped", true).Whole("best_epoch", best));
+  Say("stopped: no epoch of the last %d was better than epoch %d, which %s holds\n", plan_.patience, best,
+      Path(kBest).c_str());
 }
 
 bool TrainingRun::NothingIsGained() const {
@@ -138,7 +156,11 @@ void TrainingRun::LoadPairs() {
   if (set_.Nin != net_.N0 || set_.Ny != net_.LastNi() || set_.N == 0)
     Fail("%s holds %d pairs of %d inputs and %d outputs, which do not fit the network", Path(kPairs).c_str(), set_.N,
          set_.Nin, set_.Ny);
-  Say("pairs: %d, pictures held out: %zu\n", set_.N, pictures_.Validation().size());
+  const size_t heldOut = pictures_.Validation().size();
+  if (RunManner().json)
+    SayRow(JsonObject().Whole("pairs", set_.N).Whole("held_out", static_cast<int64_t>(heldOut)));
+  else
+    Say("pairs: %d, pictures held out: %zu\n", set_.N, heldOut);
 }
 
 void TrainingRun::RunEpoch(int32_t epoch) {

@@ -41,6 +41,7 @@ class TrainingRun {
   void MakePairs() const;
   void LoadPairs();
   bool NothingIsGained() const;
+  void SayStopped() const;
   void RunEpoch(int32_t epoch);
   void Keep(EpochRecord record);
 

@@ -105,6 +105,12 @@ TEST_CASE("info tells of pictures and networks, and writes a sheet where none is
   CHECK(Contains(drawn.output, "layer 1 dead: "));
   CHECK(Contains(test::ReadBytes(folder / "s.svg"), "</svg>"));
 
+  const std::string rows = KitIn(folder, "info p.png a.net --json").output;
+  CHECK(Count(rows, "\n") == 2);
+  for (const char* member : {R"("format": "PNG")", R"("width": 20,)", R"("blue": {"least": 80, "greatest": 80)",
+                             R"("layer 1 dead": [)", R"("kind": "network")"})
+    CHECK_MESSAGE(Contains(rows, member), member);
+
   struct Refused {
     const char* line;
     int exitCode;
@@ -137,6 +143,10 @@ TEST_CASE("a map of differences has the colours that are said, and replaces noth
   CHECK(outcome.exitCode == 0);
   CHECK(Contains(outcome.output, "difference  at most 255 of 255, first at column 5, row 3; in 2.5 % of the pixels"));
   const Picture map = ReadPicture(folder / "m.png");
+  const std::string row = KitIn(folder, "compare a.png b.png --json").output;
+  CHECK(Contains(row, R"("difference": {"largest": 255, "column": 5, "row": 3, "share": 0.025}, "identical": false})"));
+  CHECK(Count(row, "\n") == 1);
+  CHECK(Contains(KitIn(folder, "compare a.png a.png --json").output, R"("red": {"psnr": null})"));
   const float kColours[][3] = {{0, 0, 0},      {30, 20, 110},   {130, 30, 130}, {230, 90, 40},
                                {255, 220, 70}, {255, 255, 255}, {243, 155, 55}};
   for (int i = 0; i < 7; ++i)
