@@ -41,7 +41,7 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"enlarge a.png b.png c.png", "enlarge a.png b.png c.png --out DIR", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --by", "--by needs a value: --by X", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --quick=2", "--quick takes no value", "norvkit enlarge --help"},
-        Line{"enlarge a.png b.png --method bicubic", "nearest, cubic, lanczos, net or both, not bicubic",
+        Line{"enlarge a.png b.png --method bicubic", "nearest, cubic, lanczos, net, both or restore, not bicubic",
              "enlarge --help"},
         Line{"enlarge a.png b.png --average --quick", "exclude each other", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --method lanczos --quick", "does nothing with --method lanczos", "enlarge --help"},
