@@ -24,7 +24,7 @@ double Misfit(std::span<const double> measured, std::span<const double> expected
               const PictureVariety& variety);
 
 // Neighbouring cells err together, so that misfits of this many times the difference are as telling as independent
-// ones: found on photographs (docs/search.md says how).
+// ones: found on photographs shrunk by known filters.
 inline constexpr double kMisfitTemper = 4;
 
 // exp(-misfit / 2) in proportion to the best, tempered, so that sums of them compare.
