@@ -8,6 +8,7 @@
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"
 #include "kit/work/make_picture.h"
+#include "kit/work/reported.h"
 #include "platform/memory.h"
 #include "platform/native/before_rename.h"
 #include "platform/native/native_file.h"
@@ -88,6 +89,7 @@ class Batch {
     } catch (...) {
       Made failed{.input = job.input, .output = job.output, .error = FailureInWords()};
       if (!entered) lanes_.Pass(turn);
+      ReportPicture(order_, failed, matrix());
       return failed;
     }
   }

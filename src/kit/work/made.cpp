@@ -5,13 +5,20 @@
 namespace norv {
 namespace {
 
+// Of a Certificate and of the Closeness of its colours.
+template <typename Figures>
+JsonObject& AddFigures(JsonObject& row, const Figures& figures) {
+  return row.Number("largest", figures.largest)
+      .Number("rms", figures.rms)
+      .Number("largestRounded", figures.largestRounded)
+      .Number("rmsRounded", figures.rmsRounded);
+}
+
 JsonObject RowOf(const Certificate& certificate) {
-  return JsonObject()
-      .Text("filter", certificate.filter)
-      .Number("largest", certificate.largest)
-      .Number("rms", certificate.rms)
-      .Number("largestRounded", certificate.largestRounded)
-      .Number("rmsRounded", certificate.rmsRounded);
+  JsonObject row, colours;
+  AddFigures(row.Text("filter", certificate.filter), certificate);
+  if (certificate.colours) row.Object("colours", AddFigures(colours, *certificate.colours));
+  return row;
 }
 
 }  // namespace
