@@ -9,6 +9,7 @@
 #include "kit/guidance/manner.h"
 #include "kit/work/make_picture.h"
 #include "kit/work/reported.h"
+#include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "platform/native/before_rename.h"
 #include "platform/native/native_file.h"

@@ -54,8 +54,10 @@ constexpr char kFailure[] = "1 failed: in/b.jpg: JPEG: Premature end of input fi
 
 TEST_CASE("a batch goes on after a bad file, says what failed, and makes nothing twice") {
   const Place kit;
-  const test::Outcome first = kit(kLine);
+  const test::Outcome first = kit(std::string(kLine) + " --report page.html");
   CHECK(first.exitCode == 1);
+  const std::string page = test::ReadBytes(kit / "page.html");
+  CHECK((Contains(page, "2 made, 1 failed") && Contains(page, "in/b.jpg")));
   CHECK(first.errors == std::string("2 done, ") + kFailure + "\n");
   CHECK(kit.Results() == 2);
   CHECK(OpenImage(kit / "out/sub/c_2x.png").shape.width == 120);
