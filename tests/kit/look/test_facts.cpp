@@ -154,6 +154,15 @@ TEST_CASE("how a picture stands in its file is read from the file's headers") {
   CHECK(FormOf("PPM", Encoded(kPpm, 3)).facts.Find("largest value") == "255");
 }
 
+TEST_CASE("a BMP says pixels a metre, whatever the unit they came in") {
+  Samples samples(PictureShape{40, 24, 3});
+  auto metadata = std::make_shared<Metadata>();
+  metadata->resolution = {300, 150, ResolutionUnit::inch};
+  samples.metadata = metadata;
+  const auto read = kBmp.open(FromMemory(kBmp.Encode(samples, {})), {}).shape.metadata->resolution;
+  CHECK((read == Resolution{11811, 5906, ResolutionUnit::metre}));
+}
+
 TEST_CASE("files cut or damaged anywhere tell what is whole") {
   const std::pair<const char*, Bytes> kFiles[] = {{"PNG", Encoded(kPng, 4)},   {"JPEG", Encoded(kJpeg, 3, 30)},
                                                   {"TIFF", Encoded(kTiff, 3)}, {"BMP", Encoded(kBmp, 3)},

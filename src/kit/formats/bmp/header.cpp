@@ -65,7 +65,7 @@ void BmpHeader::ReadSizes(std::span<const uint8_t> info) {
   height = static_cast<int32_t>(std::abs(signedHeight));
   bits = static_cast<int32_t>(Short(info, 14));
   const auto x = static_cast<int32_t>(Long(info, 24)), y = static_cast<int32_t>(Long(info, 28));
-  if (x > 0 && y > 0) resolution = Resolution{static_cast<double>(x), static_cast<double>(y)};
+  if (x > 0 && y > 0) resolution = {static_cast<double>(x), static_cast<double>(y), ResolutionUnit::metre};
 }
 
 void BmpHeader::ReadPacking(uint32_t compression, std::span<const uint8_t> info) {

@@ -68,9 +68,12 @@ class BmpWriter {
     const auto whole = [](double value) {
       return value >= 0.5 && value < INT32_MAX ? static_cast<uint32_t>(std::lround(value)) : 0;
     };
-    const bool known = shape_.metadata && shape_.metadata->resolution;
-    Add(known ? whole(shape_.metadata->resolution->x) : 0, 4);
-    Add(known ? whole(shape_.metadata->resolution->y) : 0, 4);
+    constexpr double kInch = 0.0254;
+    const auto resolution = shape_.metadata ? shape_.metadata->resolution : std::nullopt;
+    const bool known = resolution && resolution->unit != ResolutionUnit::none;
+    const double scale = known && resolution->unit == ResolutionUnit::inch ? 1 / kInch : 1;
+    Add(known ? whole(resolution->x * scale) : 0, 4);
+    Add(known ? whole(resolution->y * scale) : 0, 4);
   }
   void Put(int64_t place, const Bytes& bytes) {
     if (!sink_(place, bytes.data(), bytes.size())) Fail("BMP: cannot be written");
