@@ -30,8 +30,9 @@ TEST_CASE("pipes carry the bytes that files have, in every format") {
     CAPTURE(ending);
     REQUIRE(KitIn(folder, "shrink a.png " + small).exitCode == 0);
     REQUIRE(KitIn(folder, "enlarge --no-receipt --method cubic " + small + " " + large).exitCode == 0);
-    const test::Outcome piped = Bash(folder, "cat a.png | $k shrink - - --to " + ending +
-                                                 " | $k enlarge --no-receipt --method cubic - - --to '" + codec->name + "'");
+    const test::Outcome piped =
+        Bash(folder, "cat a.png | $k shrink - - --to " + ending +
+                         " | $k enlarge --no-receipt --method cubic - - --to '" + codec->name + "'");
     CAPTURE(piped.errors);
     CHECK(piped.exitCode == 0);
     CHECK(piped.output == test::ReadBytes(folder / large));

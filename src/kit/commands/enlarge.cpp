@@ -65,6 +65,7 @@ Options Rows(Settings& settings) {
        NetworkRows(settings),
        {DenoiseFirstRow(settings.denoise), CertificateRow(settings.choice.certificate)},
        KnobRows(settings.knobs, true),
+       ReceiptRows(settings.choice.receipt),
        WorkRows(settings.choice)});
 }
 
