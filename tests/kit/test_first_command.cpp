@@ -43,10 +43,10 @@ TEST_CASE("the first command takes the best network, says so, and beats interpol
   struct Way {
     const char *by, *network, *quick;
   };
-  for (const Way& way : {Way{"2", "x2, network x2-48, ", "x2, network x2-48, "},
-                         Way{"3", "x3, network x2-48 twice, ", "x3, network x4-48, "},
-                         Way{"4", "x4, network x2-48 twice, ", "x4, network x4-48, "},
-                         Way{"1.5", "x1.5, network x2-48, ", "x1.5, network x2-48, "}}) {
+  for (const Way& way : {Way{"2", "x2, network x2-48-best, ", "x2, network x2-48-wide, "},
+                         Way{"3", "x3, network x2-48-best twice, ", "x3, network x4-48, "},
+                         Way{"4", "x4, network x2-48-best twice, ", "x4, network x4-48, "},
+                         Way{"1.5", "x1.5, network x2-48-best, ", "x1.5, network x2-48-wide, "}}) {
     CAPTURE(std::string(way.by));
     const std::string by = std::string(" --by ") + way.by;
     REQUIRE(KitIn(folder, "shrink card.png small.png --overwrite" + by).exitCode == 0);
@@ -62,7 +62,7 @@ TEST_CASE("the first command takes the best network, says so, and beats interpol
   }
   // Which is what the words of the network's own file and options say, too.
   REQUIRE(KitIn(folder, "enlarge small.png a.fdib --method net").exitCode == 0);
-  const std::string file = test::SourceFolder() + "/models/x2-48.net";
+  const std::string file = test::SourceFolder() + "/models/x2-48-best.net";
   for (const std::string shortcut : {"--shortcut", "--luminance-only"}) {
     REQUIRE(KitIn(folder, "enlarge small.png b.fdib --overwrite --average " + shortcut + " --net " + file).exitCode ==
             0);
@@ -148,7 +148,7 @@ TEST_CASE("networks are found by name, one's own among them, and chosen by what 
   const std::string models = test::SourceFolder() + "/models";
   SaveImage(folder / "a.png", AllRows(DrawTestCard(60, 50)), {});
   const test::Outcome list = KitIn(folder, "models");
-  for (const char* row : {"x2-48 ", "x2-8 ", "x4-48       x4      photographs  30.27  30.16  "})
+  for (const char* row : {"x2-48 ", "x2-8 ", "x4-48            x4      photographs  30.27  30.16  "})
     CHECK(Contains(list.output, row));
   CHECK((list.exitCode == 0 && list.errors == ""));
   std::filesystem::create_directory(folder / "mine");
@@ -165,7 +165,10 @@ TEST_CASE("networks are found by name, one's own among them, and chosen by what 
   CHECK((test::ReadBytes(folder / "d.fdib") == test::ReadBytes(folder / "lanczos.fdib")));
   CHECK(KitWithModels(folder, "models", "nowhere").exitCode == 1);
   const test::Outcome unknown = KitIn(folder, "enlarge a.png e.png --model x2-49");
-  CHECK((unknown.exitCode == 1 && Contains(unknown.errors, "there are x2-24, x2-48, x2-48-jpeg, x2-8, x4-48")));
+  CHECK((unknown.exitCode == 1 &&
+         Contains(
+             unknown.errors,
+             "there are x2-24, x2-48, x2-48-best, x2-48-drawn, x2-48-jpeg, x2-48-jpeg-fine, x2-48-wide, x2-8, x4-48")));
 
   const auto model = [](const char* name, int32_t factor, const char* madeFor, double averaged) {
     return Model{name, name, factor, {madeFor, true, false, {}, averaged}};

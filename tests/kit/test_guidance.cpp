@@ -119,7 +119,7 @@ TEST_CASE("a picture alone is enlarged beside itself, never over anything") {
     return Kit(more);
   };
   const test::Outcome first = kit({});
-  CHECK((first.exitCode == 0 && Contains(first.errors, "x2, network x2-48, ")));
+  CHECK((first.exitCode == 0 && Contains(first.errors, "x2, network x2-48-best, ")));
   const std::string made = test::ReadBytes(folder / "my pictures/a b_2x.png");
   CHECK(OpenImage(folder / "my pictures/a b_2x.png").shape.width == 120);
   test::WriteBytes(folder / "my pictures/a b_2x.png", "somebody's own");

@@ -92,10 +92,11 @@ TEST_CASE("enlarge refines what the network for such a picture answers") {
   struct Case {
     const char *small, *more, *says;
   };
-  for (const Case& c : {Case{"small.png", "", "x2, network x2-48, 2 threads, then restored as clean ("},
-                        Case{"small.png", " --preset drawn", "then restored as drawn ("},
-                        Case{"good.jpg", "", "network x2-48, 2 threads, then restored as compressed ("},
-                        Case{"poor.jpg", "", "network x2-48-jpeg, 2 threads ("}}) {
+  for (const Case& c :
+       {Case{"small.png", "", "x2, network x2-48-best, 2 threads, then restored as clean ("},
+        Case{"small.png", " --preset drawn", "network x2-48-drawn, 2 threads, then restored as drawn ("},
+        Case{"good.jpg", "", "network x2-48-best, 2 threads, then restored as compressed ("},
+        Case{"poor.jpg", "", "network x2-48-jpeg, 2 threads ("}}) {
     CAPTURE(std::string(c.small) + c.more);
     const bool jpeg = c.small[5] != '.';
     REQUIRE(test::KitIn(folder, std::string("shrink card.png ") + c.small + " --overwrite" +

@@ -32,8 +32,10 @@ double GainOverLanczos(const NeuralNet& net, int32_t factor) {
 }  // namespace
 
 TEST_CASE("shipped networks fit their names and beat Lanczos") {
-  for (const Shipped& shipped : {Shipped{"x2-8.net", 8, 2, 1.9}, Shipped{"x2-24.net", 24, 2, 2.5},
-                                 Shipped{"x2-48.net", 48, 2, 2.8}, Shipped{"x4-48.net", 48, 4, 0.3}}) {
+  for (const Shipped& shipped :
+       {Shipped{"x2-8.net", 8, 2, 1.9}, Shipped{"x2-24.net", 24, 2, 2.5}, Shipped{"x2-48.net", 48, 2, 2.8},
+        Shipped{"x2-48-wide.net", 48, 2, 2.65}, Shipped{"x2-48-best.net", 48, 2, 2.7},
+        Shipped{"x2-48-drawn.net", 48, 2, 1.9}, Shipped{"x4-48.net", 48, 4, 0.3}}) {
     CAPTURE(std::string(shipped.name));
     NeuralNet net;
     LoadNet(net, test::SourceFolder() + "/models/" + shipped.name, Folder::asGiven);

@@ -8,6 +8,7 @@
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
+#include "kit/search/blur_estimate.h"
 #include "kit/search/stored_presets.h"
 #include "kit/work/run_work.h"
 #include "net/neural_net.h"
@@ -229,8 +230,7 @@ Cost CostOf(const EnlargeWay& way, PictureShape shape, const PictureShape& resul
   return shape.width == result.width ? cost : cost + CostOfResampling(shape, result);
 }
 
-WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
-  const EnlargeWay way = WayOf(settings, shape);
+WorkPlan PlanOfWay(const Settings& settings, const EnlargeWay& way, const PictureShape& shape) {
   WorkPlan plan{shape, MethodOf(settings, way), FactorOf(settings, shape, way.size), nullptr};
   plan.result.width = way.size.width;
   plan.result.height = way.size.height;
@@ -240,12 +240,25 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
     if (denoise) picture = Denoised(picture, threads);
     return Enlarged(std::move(picture), inTeam);
   };
+  if (way.blur > 0) plan.reduction = FilterOfBlur(way.blur, 1);
   plan.cost = CostOf(way, shape, plan.result, settings.denoise);
   if (way.plan)
     for (const Model& pass : way.plan->passes)
       if (std::ranges::count(plan.networks, pass.path) == 0) plan.networks.push_back(pass.path);
   if (way.plan && settings.net.empty())
     plan.chosen = [settings, way, shape](int32_t threads) { return ChosenWay(settings, way, shape, threads); };
+  return plan;
+}
+
+WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
+  const EnlargeWay way = WayOf(settings, shape);
+  WorkPlan plan = PlanOfWay(settings, way, shape);
+  if (Sharpening(settings))
+    plan.look = [settings, way, shape](const Picture& picture) {
+      EnlargeWay sharper = way;
+      sharper.blur = BlurToTakeBack(picture);
+      return PlanOfWay(settings, sharper, shape);
+    };
   return plan;
 }
 

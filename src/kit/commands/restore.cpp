@@ -17,7 +17,6 @@
 namespace norv {
 namespace {
 
-constexpr double kLeastBlur = 0.1, kMostBlur = 1.5;  // pixels
 constexpr char kAuto[] = "auto";
 
 struct Settings {
@@ -129,20 +128,10 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
   return plan;
 }
 
-// As it is in the picture, as much of it as can be taken back, and a line about it; 0: none.
-double FindBlur(const Picture& picture) {
-  const BlurEstimate blur = EstimateBlur(picture);
-  if (!blur.Found())
-    Tell("no blur found");
-  else
-    Tell("blur: Gaussian of %.2f pixels%s", blur.sigma, blur.sigma > kMostBlur ? ", of which 1.5 are taken back" : "");
-  return std::min(blur.sigma, kMostBlur);
-}
-
 WorkPlan PlanAfterLook(const Settings& settings, const PictureShape& shape) {
   WorkPlan plan = PlanOf(settings, Parameters(settings, 0), shape);
   plan.look = [settings, shape](const Picture& picture) {
-    return PlanOf(settings, Parameters(settings, FindBlur(picture)), shape);
+    return PlanOf(settings, Parameters(settings, BlurToTakeBack(picture)), shape);
   };
   return plan;
 }

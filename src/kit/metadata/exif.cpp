@@ -5,6 +5,7 @@
 
 #include "kit/metadata/text.h"
 #include "kit/metadata/tiff_tags.h"
+#include "platform/console.h"
 
 namespace norv {
 namespace {
@@ -112,6 +113,18 @@ void Narrow(TiffFields& fields, bool bigEndian) {
   }
 }
 
+void SetInPlace(Bytes& exif, int32_t width, int32_t height) {
+  const auto structure = TiffStructure::Open(FromMemory(exif));
+  if (!structure || structure->Form().wide) return;
+  const TiffDirectory inner = Below(*structure, structure->Read(structure->First()), kTagExif);
+  SetNumbers(exif, structure->Form(), inner, {{kTagPixelXDimension, width}, {kTagPixelYDimension, height}});
+  const TiffDirectory first = structure->Read(structure->First());
+  SetNumbers(exif, structure->Form(), first,
+             {{kTagImageWidth, width}, {kTagImageLength, height}, {kTagOrientation, 1}});
+  const TiffDirectory gps = Below(*structure, first, kTagGps), interop = Below(*structure, inner, kTagInterop);
+  DropThumbnail(exif, *structure, first, EndOf({&first, &inner, &gps, &interop}));
+}
+
 }  // namespace
 
 bool IsExif(std::span<const uint8_t> bytes) {
@@ -160,15 +173,13 @@ TiffFields ResolutionFields(const Resolution& resolution, bool bigEndian) {
 }
 
 void PutExifRight(Bytes& exif, int32_t width, int32_t height) {
-  const auto structure = TiffStructure::Open(FromMemory(exif));
-  if (!structure || structure->Form().wide) return;
-  const TiffDirectory inner = Below(*structure, structure->Read(structure->First()), kTagExif);
-  SetNumbers(exif, structure->Form(), inner, {{kTagPixelXDimension, width}, {kTagPixelYDimension, height}});
-  const TiffDirectory first = structure->Read(structure->First());
-  SetNumbers(exif, structure->Form(), first,
-             {{kTagImageWidth, width}, {kTagImageLength, height}, {kTagOrientation, 1}});
-  const TiffDirectory gps = Below(*structure, first, kTagGps), interop = Below(*structure, inner, kTagInterop);
-  DropThumbnail(exif, *structure, first, EndOf({&first, &inner, &gps, &interop}));
+  SetInPlace(exif, width, height);
+  Bytes again = exif;
+  SetInPlace(again, width, height);
+  if (again == exif) return;
+  // Directories that lie over each other: what one says overwrites another.
+  Warn("the EXIF block is damaged and is left out");
+  exif.clear();
 }
 
 void AddToExif(Bytes& exif, const std::function<TiffFields(bool bigEndian)>& make) {

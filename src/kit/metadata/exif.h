@@ -23,7 +23,7 @@ std::string ExifComment(std::span<const uint8_t> exif);
 
 // Says in place what is true of a picture of this size that is stored upright: sizes where there are any, orientation
 // 1. The thumbnail, which shows another picture, goes. Nothing else moves, so that offsets in a maker's own format stay
-// valid.
+// valid. A block in which that cannot be is damaged: it becomes empty, with a warning.
 void PutExifRight(Bytes& exif, int32_t width, int32_t height);
 
 // Adds those fields that the first directory lacks, in the block's byte order as `make` gives them; an empty block

@@ -55,7 +55,8 @@ PictureSource Restored(PictureSource picture, const EnlargeWay& way) {
   std::shared_ptr<PassedLuminance> passed;
   picture = KeepingLuminance(std::move(picture), passed);
   if (factor > 1) picture = ByWholeFactor(std::move(picture), ResizeFilter::lanczos, factor, threads);
-  RestoreParameters parameters = RestorePreset(way.preset, factor);
+  RestoreParameters parameters =
+      way.blur > 0 ? DeblurringPreset(way.preset, factor, way.blur) : RestorePreset(way.preset, factor);
   TurnKnobs(parameters, way.knobs);
   picture = RefinedRows(std::move(picture), passed, parameters, threads);
   if (SizeOf(picture.shape) == way.size) return picture;

@@ -26,6 +26,7 @@ struct EnlargeWay {
   std::string preset = "";  // of the restoration: from the networks' answer, without them from Lanczos-3's, or of the
                             // picture in its own size; empty: none
   KnobValues knobs = {};    // instead of the preset's
+  double blur = 0;          // pixels of a Gaussian to take back from a picture in its own size
 };
 
 // The picture in that size, row by row as it is asked for. What networks make too large is reduced by Lanczos-3.

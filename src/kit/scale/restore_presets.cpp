@@ -35,20 +35,16 @@ constexpr PresetRow kPresets[] = {
     {"drawn", 4, 0.098f, 0.047f, 1, 1, 17, 14, 0.4f, 0},
 };
 
-// From a network's answer, which needs fewer iterations and no emphasis.
+// From a network's answer, which needs fewer iterations and no emphasis; networks enlarge by powers of 2.
 constexpr PresetRow kRefinements[] = {
     {"clean", 2, 0.054f, 0.035f, 2, 1, 37, 1, 0.46f, 0},
-    {"clean", 3, 0.06f, 0.042f, 1.4f, 0.7f, 37, 2, 0.45f, 0},
     {"clean", 4, 0.072f, 0.052f, 0.9f, 0.51f, 47, 3, 0.43f, 0},
     {"compressed", 2, 0.2f, 0.12f, 5, 3, 17, 1, 0.7f, 0},
-    {"compressed", 3, 0.6f, 0.3f, 2, 1.5f, 17, 2, 0.4f, 0},
     {"compressed", 4, 0.8f, 0.4f, 1, 1, 17, 3, 0.3f, 0},
     {"noisy", 2, 1, 0.5f, 5, 3, 17, 2, 0.7f, 0},
-    {"noisy", 3, 1, 0.5f, 2, 1.5f, 17, 3, 0.4f, 0},
     {"noisy", 4, 1, 0.5f, 1, 1, 17, 4, 0.3f, 0},
-    {"drawn", 2, 0.08f, 0.047f, 3.2f, 2.5f, 17, 3, 0.43f, 0},
-    {"drawn", 3, 0.08f, 0.047f, 2, 1.5f, 17, 4, 0.4f, 0},
-    {"drawn", 4, 0.08f, 0.047f, 1, 1, 17, 5, 0.4f, 0},
+    {"drawn", 2, 0.054f, 0.035f, 1, 0.5f, 37, 1, 0.46f, 0},
+    {"drawn", 4, 0.05f, 0.035f, 0.7f, 0.35f, 47, 2, 0.43f, 0},
 };
 
 using P = RestoreParameters;
@@ -126,7 +122,7 @@ RestoreParameters DeblurringPreset(const std::string& name, int32_t factor, doub
 }
 
 RestoreParameters RefinementPreset(const std::string& name, int32_t factor) {
-  return ParametersOf(RowOf(kRefinements, name, factor), factor);
+  return ParametersOf(RowOf(kRefinements, name, factor < 4 ? 2 : 4), factor);
 }
 
 std::span<const RestoreKnob> RestoreKnobs() { return kKnobs; }

@@ -47,6 +47,9 @@ void TurnKnobs(RestoreParameters& parameters, const KnobValues& values);
 void MakeSharper(RestoreParameters& parameters);
 void MakeSmoother(RestoreParameters& parameters);
 
+// Pixels of a Gaussian blur that can be taken back.
+inline constexpr double kLeastBlur = 0.1, kMostBlur = 1.5;
+
 // The kernel code for a picture that was blurred by a Gaussian of so many of its own pixels (0.1 to 1.5), after it had
 // been made small unless the factor is 1.
 int32_t FilterOfBlur(double sigma, int32_t factor);

@@ -8,8 +8,10 @@
 
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
+#include "kit/scale/restore_presets.h"
 #include "kit/search/power_law.h"
 #include "kit/search/power_spectrum.h"
+#include "platform/console.h"
 #include "simd/math/math.h"
 
 namespace norv {
@@ -59,6 +61,15 @@ BlurEstimate EstimateBlur(const Picture& picture) {
   if (mean < kLeast) return {};
   const double sigma = std::sqrt(mean - kOwnSoftness);
   return {sigma, std::sqrt(spread) / (2 * sigma)};
+}
+
+double BlurToTakeBack(const Picture& picture) {
+  const BlurEstimate blur = EstimateBlur(picture);
+  if (!blur.Found())
+    Tell("no blur found");
+  else
+    Tell("blur: Gaussian of %.2f pixels%s", blur.sigma, blur.sigma > kMostBlur ? ", of which 1.5 are taken back" : "");
+  return std::min(blur.sigma, kMostBlur);
 }
 
 }  // namespace norv

@@ -17,4 +17,7 @@ struct BlurEstimate {
 // counts as none. Alpha is laid on white. Throws as PowerInCells().
 BlurEstimate EstimateBlur(const Picture& picture);
 
+// As much of it as a restoration takes back, in pixels, and a line for people that says what was found; 0: none.
+double BlurToTakeBack(const Picture& picture);
+
 }  // namespace norv

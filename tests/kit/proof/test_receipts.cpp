@@ -184,7 +184,7 @@ TEST_CASE("verify says what differs or is missing") {
 
   Change(receipt, "\"5.6\"", "\"5.5\"");
   differs("norvkit 5.5");
-  Change(receipt, "x2-48", "x9-99");
+  Change(receipt, "x2-48-wide", "x9-99");
   differs("network x9-99.net is missing");
   Change(receipt, "\"networks\": [{",
          "\"networks\": [{\"name\": \"x2-48.net\", \"sha256\": \"" + SumOf("", 1) + "\"}, {");
