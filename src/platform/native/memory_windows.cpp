@@ -1,10 +1,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <malloc.h>
-// clang-format off: the one needs the other before it
-#include <psapi.h>
 #include <windows.h>
-// clang-format on
+
+#include <psapi.h>  // knows nothing without the other
 
 #include "platform/memory.h"
 #include "platform/native/block.h"
