@@ -52,7 +52,8 @@ TEST_CASE("an interrupt at any moment leaves nothing half-written, and ends with
                                                        {"", "compare a.png a.fdib"}};
   std::mt19937 random(7);
   int stopped = 0;
-  for (const auto& [out, line] : lines) {
+  for (const auto& row : lines) {
+    const char *const out = row.first, *const line = row.second;
     CAPTURE(line);
     const auto start = std::chrono::steady_clock::now();
     REQUIRE(test::Run(KitCommand(folder, line)).exitCode == 0);

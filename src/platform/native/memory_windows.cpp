@@ -1,9 +1,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <malloc.h>
+// The second needs the first before it.
+// clang-format off
 #include <windows.h>
-
-#include <psapi.h>  // knows nothing without the other
+#include <psapi.h>
+// clang-format on
 
 #include "platform/memory.h"
 #include "platform/native/block.h"

@@ -104,7 +104,7 @@ TEST_CASE("a camera's fields stand under their names, in either byte order") {
                                                              {"EXIF ExposureBiasValue", "-0.666667 EV"},
                                                              {"EXIF GPSLatitude", "33 51 36"},
                                                              {"EXIF position", "-33.860000, 151.200000"}};
-    for (const auto& [name, value] : kExpected) CHECK_MESSAGE(facts.Find(name) == value, name);
+    for (const auto& row : kExpected) CHECK_MESSAGE(facts.Find(row.first) == row.second, row.first);
   }
 }
 
@@ -168,7 +168,9 @@ TEST_CASE("files cut or damaged anywhere tell what is whole") {
                                                   {"TIFF", Encoded(kTiff, 3)}, {"BMP", Encoded(kBmp, 3)},
                                                   {"PPM", Encoded(kPpm, 3)},   {"EXIF", CameraBlock(true)},
                                                   {"ICC", Profile(true)}};
-  for (const auto& [format, whole] : kFiles) {
+  for (const auto& file : kFiles) {
+    const char* const format = file.first;
+    const Bytes& whole = file.second;
     CAPTURE(format);
     size_t most = 0;
     const auto look = [&](const Bytes& bytes) {

@@ -115,14 +115,14 @@ TEST_CASE("info tells of pictures and networks, and writes a sheet where none is
     const char* line;
     int exitCode;
   };
-  for (const auto& [line, exitCode] : {Refused{"info a.net --sheet s.svg", 1},
-                                       {"info a.net --sheet s.png", 2},
-                                       {"info a.net a.net --sheet t.svg", 2},
-                                       {"info p.png --sheet t.svg", 1},
-                                       {"info p.png --on p.jpg", 1},
-                                       {"info a.net --on missing.png", 1}}) {
-    CAPTURE(line);
-    CHECK(KitIn(folder, line).exitCode == exitCode);
+  for (const Refused& refused : {Refused{"info a.net --sheet s.svg", 1},
+                                 {"info a.net --sheet s.png", 2},
+                                 {"info a.net a.net --sheet t.svg", 2},
+                                 {"info p.png --sheet t.svg", 1},
+                                 {"info p.png --on p.jpg", 1},
+                                 {"info a.net --on missing.png", 1}}) {
+    CAPTURE(refused.line);
+    CHECK(KitIn(folder, refused.line).exitCode == refused.exitCode);
   }
   CHECK(KitIn(folder, "info a.net --sheet s.svg --overwrite").exitCode == 0);
   CHECK(!std::filesystem::exists(folder / "t.svg"));

@@ -72,9 +72,10 @@ TEST_CASE("a certificate made while rows pass is the whole pictures', for every 
   for (const int32_t channels : {1, 2, 3, 4})
     for (const auto& [factor, code, width, height] :
          {std::tuple{2, -1, 37, 29}, {3, -1, 21, 40}, {4, 0, 9, 7}, {1, -20, 30, 17}, {2, -33, 1, 3}, {5, 3, 3, 1}}) {
-      CAPTURE(channels);
-      CAPTURE(factor);
-      CAPTURE(code);
+      const std::tuple asked = {channels, factor, code};
+      CAPTURE(std::get<0>(asked));
+      CAPTURE(std::get<1>(asked));
+      CAPTURE(std::get<2>(asked));
       const Picture input = Card(width, height, channels);
       Picture result = Card(width * factor, height * factor, channels);
       for (int32_t i = 0; i < result.plane[0].mn; i += 5) result.plane[0].x[i] += 30.3f;  // beyond white too

@@ -92,7 +92,8 @@ TEST_CASE("every other command gives rows too, and no word beside them") {
                                    {"export a.fdib b.tif", "input output width height"},
                                    {"new-net a.net --inputs 8 --hidden 2", "output"}}) {
     const test::Outcome made = kit(std::string(line) + " --json");
-    CAPTURE(std::string(line));
+    const std::string said = line;
+    CAPTURE(said);
     CHECK(made.exitCode == 0);
     CHECK(AreRows(made.output, keys));
   }
