@@ -83,7 +83,7 @@ std::string ExposureOf(double seconds) {
 
 std::string WordOf(const FieldValue& value, const char* words) {
   const double number = value.IsBytes() && !value.All().empty() ? value.All()[0] : value.Number();
-  const std::string code = Printed("%.0f", number);
+  std::string code = Printed("%.0f", number);
   for (const std::string& row : SplitAt(',', words))
     if (row.starts_with(code + " ")) return row.substr(code.size() + 1);
   return code;

@@ -21,7 +21,7 @@ struct Cells {
 // The weighted sum's derivatives by the pixels, in units of kInputScale.
 Cells PixelWeights(const InputLayout& layout, const LayoutTaps& taps, const matrix& weights) {
   const int32_t radius = layout.radius, side = 2 * radius + 1;
-  Cells cells{side, side, std::vector<double>(static_cast<size_t>(side * side))};
+  Cells cells{side, side, std::vector<double>(static_cast<size_t>(side) * side)};
   const auto at = [&](const Tap& tap) -> double& {
     return cells.value[static_cast<size_t>((tap.dy + radius) * side + tap.dx + radius)];
   };

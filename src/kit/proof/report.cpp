@@ -75,11 +75,12 @@ std::string ViewerOf(const std::vector<ShownPair>& pairs) {
 }
 
 // Sixteen-fold, since there is little to be seen.
-std::string FigureOf(matrix map, const Made& made) {
+std::string FigureOf(const matrix& map, const Made& made) {
   constexpr float kTimes = 16;
-  for (int32_t i = 0; i < map.mn; ++i) map.x[i] *= kTimes;
+  matrix scaled(map);
+  for (int32_t i = 0; i < scaled.mn; ++i) scaled.x[i] *= kTimes;
   int64_t moved = 0;
-  const Samples samples = ToSamples(DifferenceMap(map), 8, moved);
+  const Samples samples = ToSamples(DifferenceMap(scaled), 8, moved);
   return Text("<figure><img alt=\"map of the differences\" style=\"aspect-ratio:%d/%d\" src=\"", made.width,
               made.height) +
          DataUri("image/png", kPng.Encode(samples, {})) +

@@ -24,7 +24,8 @@ std::string EnvironmentVariable(const std::string& name) {
 }
 
 std::string ConfigurationFolder() {
-  const std::string folder = EnvironmentVariable("XDG_CONFIG_HOME"), home = EnvironmentVariable("HOME");
+  std::string folder = EnvironmentVariable("XDG_CONFIG_HOME");
+  const std::string home = EnvironmentVariable("HOME");
   if (folder.starts_with('/')) return folder;
   return home.empty() ? "" : home + "/.config";
 }
