@@ -14,6 +14,9 @@ constexpr size_t kLittle = size_t{16} << 20;
 
 size_t AvailableMemory() { return kLittle; }
 
+uint64_t PeakMemory() { return 0; }
+void ForgetPeakMemory() {}
+
 void* AllocateAligned(size_t bytes) {
   if (bytes > kLittle) return nullptr;
   return std::aligned_alloc(kAlignment, bytes == 0 ? kAlignment : (bytes + kAlignment - 1) / kAlignment * kAlignment);

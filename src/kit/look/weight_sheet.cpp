@@ -23,7 +23,7 @@ Cells PixelWeights(const InputLayout& layout, const LayoutTaps& taps, const matr
   const int32_t radius = layout.radius, side = 2 * radius + 1;
   Cells cells{side, side, std::vector<double>(static_cast<size_t>(side) * side)};
   const auto at = [&](const Tap& tap) -> double& {
-    return cells.value[static_cast<size_t>((tap.dy + radius) * side + tap.dx + radius)];
+    return cells.value[static_cast<size_t>(tap.dy + radius) * side + static_cast<size_t>(tap.dx + radius)];
   };
   for (int32_t i = 0; i < layout.inputs; ++i) {
     const double weight = weights.x[i];
