@@ -1,10 +1,11 @@
 // Receipts: any text is refused in words or comes out as it went in, names nothing but files by their names, and says
 // no setting that its command would not take; a PNG with one is passed over or read.
+#include "kit/proof/receipt.h"
+
 #include "fuzz.h"
 #include "kit/failure.h"
 #include "kit/formats/byte_stream.h"
 #include "kit/proof/made_again.h"
-#include "kit/proof/receipt.h"
 #include "kit/proof/stored_receipt.h"
 
 using namespace norv;

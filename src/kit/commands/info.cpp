@@ -137,11 +137,10 @@ Command InfoCommand() {
        .notes =
            "Texts of a file are shown with control characters escaped and cut after 200 characters. The quality of a\n"
            "JPEG is estimated from its tables.\n"
-           "A unit of a network is dead if its output is the same wherever it looks, saturated if its slope is under "
-           "5\n"
-           "per cent of the steepest that its activation has at 99.9 per cent of the pixels or more (of a ramp: it is\n"
-           "never on). The sheet shows how\n"
-           "much a unit's sum grows (red) or falls (blue) with each pixel of the neighbourhood."},
+           "A unit of a network is dead if its output is the same wherever it looks, saturated if its slope is under\n"
+           "5 per cent of the steepest that its activation has at 99.9 per cent of the pixels or more (of a ramp: it\n"
+           "is never on). The sheet shows how much a unit's sum grows (red) or falls (blue) with each pixel of the\n"
+           "neighbourhood."},
       Rows, Run);
 }
 

@@ -58,7 +58,7 @@ Command ModelsCommand() {
        .examples = "norvkit models\nNORV_MODELS=my-networks norvkit models",
        .notes =
            "dB is the PSNR of the luminance as enlarge takes the network, averaged over eight orientations, and plain\n"
-           "that of --quick: means over six photographs (models/README.md).\n"
+           "that of --quick: means over held-out pictures (models/README.md).\n"
            "Networks are looked for in the folders that NORV_MODELS names, in models beside norvkit, and in\n"
            "../share/norv from there."},
       Rows, Run);

@@ -14,8 +14,8 @@ std::string ExecutablePath();
 // Empty when it is not set.
 std::string EnvironmentVariable(const std::string& name);
 
-// Where programs keep what their users have set: XDG_CONFIG_HOME or .config in the home folder (XDG Base Directory
-// Specification), on Windows APPDATA. Empty when the system names none.
+// Where programs keep what their users have set: XDG_CONFIG_HOME or .config in the home folder, on Windows APPDATA.
+// Empty when the system names none.
 std::string ConfigurationFolder();
 
 }  // namespace norv
