@@ -134,13 +134,12 @@ Command InfoCommand() {
        .purpose = "Show all that a file carries: sizes, format, camera, profile, texts; a network's health",
        .examples = "norvkit info photo.jpg\nnorvkit info x2-48.net --sheet units.svg\n"
                    "norvkit info output.fdib test.dat",
-       .notes =
-           "Texts of a file are shown with control characters escaped and cut after 200 characters. The quality of a\n"
-           "JPEG is estimated from its tables.\n"
-           "A unit of a network is dead if its output is the same wherever it looks, saturated if its slope is under\n"
-           "5 per cent of the steepest that its activation has at 99.9 per cent of the pixels or more (of a ramp: it\n"
-           "is never on). The sheet shows how much a unit's sum grows (red) or falls (blue) with each pixel of the\n"
-           "neighbourhood."},
+       .notes = "Texts of a file are shown with control characters escaped and cut after 200 characters. The quality "
+                "of a JPEG is estimated from its tables.\n"
+                "A unit of a network is dead if its output is the same wherever it looks, saturated if its slope is "
+                "under 5 per cent of the steepest that its activation has at 99.9 per cent of the pixels or more (of "
+                "a ramp: it is never on). The sheet shows how much a unit's sum grows (red) or falls (blue) with each "
+                "pixel of the neighbourhood."},
       Rows, Run);
 }
 

@@ -1,6 +1,8 @@
 #include "kit/guidance/text.h"
 
 #include <algorithm>
+#include <cstdarg>
+#include <cstdio>
 #include <sstream>
 
 namespace norv {
@@ -49,6 +51,15 @@ std::string Enumerated(std::span<const std::string> words, const char* lastWord)
   for (size_t i = 0; i < words.size(); ++i)
     list += (i == 0 ? "" : i + 1 == words.size() ? std::string(" ") + lastWord + " " : ", ") + words[i];
   return list;
+}
+
+std::string Printed(const char* format, ...) {
+  char text[512];
+  va_list values;
+  va_start(values, format);
+  std::vsnprintf(text, sizeof text, format, values);
+  va_end(values);
+  return text;
 }
 
 std::vector<std::string> SplitAt(char between, const std::string& text) {

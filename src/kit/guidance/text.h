@@ -16,6 +16,9 @@ std::string Wrapped(const std::string& text, size_t indent, size_t column);
 // "a, b or c".
 std::string Enumerated(std::span<const std::string> words, const char* lastWord = "or");
 
+// Put together as by printf; no longer than 511 bytes.
+[[gnu::format(gnu_printf, 1, 2)]] std::string Printed(const char* format, ...);
+
 std::vector<std::string> SplitAt(char between, const std::string& text);
 
 // The word that was probably meant: the nearest of the candidates by insertions, deletions, replacements and exchanges

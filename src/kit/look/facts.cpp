@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <map>
 
@@ -62,15 +61,6 @@ void Facts::AddTo(JsonObject& row) const {
     else
       row.Text(key, fact.value);
   }
-}
-
-std::string Printed(const char* format, ...) {
-  char text[400];
-  va_list values;
-  va_start(values, format);
-  std::vsnprintf(text, sizeof text, format, values);
-  va_end(values);
-  return text;
 }
 
 }  // namespace norv

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "kit/guidance/text.h"
 #include "kit/measure/summary.h"
 
 namespace norv {
@@ -44,8 +45,5 @@ class Facts {
  private:
   std::vector<Fact> all_;
 };
-
-// Put together as by printf; no longer than 400 bytes.
-[[gnu::format(gnu_printf, 1, 2)]] std::string Printed(const char* format, ...);
 
 }  // namespace norv

@@ -1,7 +1,6 @@
 #include "kit/proof/report.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 
@@ -9,6 +8,7 @@
 #include "kit/formats/bytes.h"
 #include "kit/formats/codec.h"
 #include "kit/formats/streams.h"
+#include "kit/guidance/text.h"
 #include "kit/measure/difference_map.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/picture.h"
@@ -24,20 +24,11 @@
 namespace norv {
 namespace {
 
-[[gnu::format(printf, 1, 2)]] std::string Text(const char* format, ...) {
-  char text[512];
-  va_list values;
-  va_start(values, format);
-  std::vsnprintf(text, sizeof text, format, values);
-  va_end(values);
-  return text;
-}
-
 std::string NameOf(const std::string& path) {
   return IsStandard(path) ? InputName(path) : std::filesystem::path(path).filename().string();
 }
 
-std::string Size(const Made& made) { return Text("%d × %d", made.width, made.height); }
+std::string Size(const Made& made) { return Printed("%d × %d", made.width, made.height); }
 
 std::string Button(const char* kind, const std::string& value, const std::string& name, bool pressed) {
   return std::string("<button type=button data-") + kind + "=\"" + value +
@@ -46,10 +37,11 @@ std::string Button(const char* kind, const std::string& value, const std::string
 
 std::string PaneOf(const ShownPair& pair, bool first) {
   const double scale = static_cast<double>(pair.shownWidth) / pair.width;
-  return Text("<div class=pane data-width=%d data-height=%.0f%s style=\"aspect-ratio:%d/%d\"><img alt=\"after\" src=\"",
-              pair.shownWidth, std::max(1.0, pair.height * scale), first ? "" : " hidden", pair.width, pair.height) +
+  return Printed(
+             "<div class=pane data-width=%d data-height=%.0f%s style=\"aspect-ratio:%d/%d\"><img alt=\"after\" src=\"",
+             pair.shownWidth, std::max(1.0, pair.height * scale), first ? "" : " hidden", pair.width, pair.height) +
          pair.after +
-         Text(
+         Printed(
              "\"><div class=clip><img alt=\"before\" style=\"left:%.4f%%;top:%.4f%%;width:%.4f%%;height:%.4f%%\" "
              "src=\"",
              100 * pair.left, 100 * pair.top, 100 * pair.across, 100 * pair.down) +
@@ -63,7 +55,7 @@ std::string ViewerOf(const std::vector<ShownPair>& pairs) {
       html += Button("part", std::to_string(i), i > 0 ? pairs[i].name : "whole, reduced", i == 0);
   html += "<span></span>";
   for (const int zoom : {0, 1, 2, 4, 8})
-    html += Button("zoom", std::to_string(zoom), zoom == 0 ? "fit" : Text("%d:1", zoom), zoom == 0);
+    html += Button("zoom", std::to_string(zoom), zoom == 0 ? "fit" : Printed("%d:1", zoom), zoom == 0);
   html +=
       "</div>\n<div class=stage><div class=view tabindex=0 role=group aria-label=\"the picture, before and after\">";
   for (const ShownPair& pair : pairs) html += PaneOf(pair, &pair == pairs.data());
@@ -81,11 +73,12 @@ std::string FigureOf(const matrix& map, const Made& made) {
   for (int32_t i = 0; i < scaled.mn; ++i) scaled.x[i] *= kTimes;
   int64_t moved = 0;
   const Samples samples = ToSamples(DifferenceMap(scaled), 8, moved);
-  return Text("<figure><img alt=\"map of the differences\" style=\"aspect-ratio:%d/%d\" src=\"", made.width,
-              made.height) +
+  return Printed("<figure><img alt=\"map of the differences\" style=\"aspect-ratio:%d/%d\" src=\"", made.width,
+                 made.height) +
          DataUri("image/png", kPng.Encode(samples, {})) +
          "\"><figcaption>Where the result, reduced again, is how far from the picture: black not at all, " +
-         Text("dark blue 0.06 grey levels, purple 0.25, orange 1, yellow 4; at most %.2g.", made.certificate->largest) +
+         Printed("dark blue 0.06 grey levels, purple 0.25, orange 1, yellow 4; at most %.2g.",
+                 made.certificate->largest) +
          "</figcaption></figure>";
 }
 
@@ -102,7 +95,8 @@ std::string Row(const char* name, const std::string& html) {
 std::string FactsOf(const Made& made, const std::vector<std::string>& again, const matrix& map) {
   std::string html = "<div class=facts><dl>\n";
   html += Row("Done", HtmlText(made.method)) + Row("Size", Size(made) + " pixels");
-  html += Row("Time", Text("%.2f s, at most %.0f MB of memory", made.seconds, static_cast<double>(made.memory) / 1e6));
+  html +=
+      Row("Time", Printed("%.2f s, at most %.0f MB of memory", made.seconds, static_cast<double>(made.memory) / 1e6));
   if (made.certificate) html += Row("Certificate", HtmlText(CertificateInWords(*made.certificate)));
   html += Row("Again", "<code>" + HtmlText(LineOfWords(again)) + "</code>") + "</dl>\n";
   if (made.certificate && map.mn > 0) html += FigureOf(map, made);
@@ -110,17 +104,17 @@ std::string FactsOf(const Made& made, const std::vector<std::string>& again, con
 }
 
 std::string HeadOf(const Made& made, size_t number) {
-  return Text("<article id=p%zu%s><h2>", number, made.Failed() ? " class=failed" : "") + HtmlText(NameOf(made.input)) +
-         "</h2>\n<p class=soft>" + HtmlText(made.input) + (made.output.empty() ? "" : " → " + HtmlText(made.output)) +
-         "</p>\n";
+  return Printed("<article id=p%zu%s><h2>", number, made.Failed() ? " class=failed" : "") +
+         HtmlText(NameOf(made.input)) + "</h2>\n<p class=soft>" + HtmlText(made.input) +
+         (made.output.empty() ? "" : " → " + HtmlText(made.output)) + "</p>\n";
 }
 
 std::string RowOf(const Made& made, size_t number) {
-  const std::string link = Text("<tr><td><a href=\"#p%zu\">", number) + HtmlText(NameOf(made.input)) + "</a></td>";
+  const std::string link = Printed("<tr><td><a href=\"#p%zu\">", number) + HtmlText(NameOf(made.input)) + "</a></td>";
   if (made.Failed()) return link + "<td colspan=4>" + HtmlText(made.error) + "</td></tr>\n";
-  const std::string far = made.certificate ? Text("%.2g", made.certificate->rms) : "";
+  const std::string far = made.certificate ? Printed("%.2g", made.certificate->rms) : "";
   return link + "<td>" + HtmlText(made.method) + "</td><td class=n>" + Size(made) + "</td><td class=n>" +
-         Text("%.2f s", made.seconds) + "</td><td class=n>" + far + "</td></tr>\n";
+         Printed("%.2f s", made.seconds) + "</td><td class=n>" + far + "</td></tr>\n";
 }
 
 std::string Sum(const char* text) {
@@ -147,7 +141,7 @@ std::string PageHead(const std::string& title) {
 std::string PageEnd() {
   return "</main>\n<footer><p>Made by norvkit " + OwnVersion() +
          ". This page is one file and asks for nothing from outside. " +
-         Text(
+         Printed(
              "Pictures of more than %d pixels a side are shown reduced, and in up to %d cutouts of %d × %d pixels as "
              "they are; beyond %zu MB of pictures, words alone are shown.",
              kShownSide, kShownParts, kPartSide, kPartSide, kPageBytes >> 20) +
@@ -185,11 +179,11 @@ void Report::Write() {
   size_t failed = 0;
   for (const Entry& entry : entries_) failed += entry.made.Failed();
   const bool one = entries_.size() == 1;
-  const std::string title = one ? NameOf(entries_[0].made.input) : Text("%zu pictures", entries_.size());
+  const std::string title = one ? NameOf(entries_[0].made.input) : Printed("%zu pictures", entries_.size());
   std::string html = PageHead(title + " – norvkit") + "<header><h1>" + (one ? "Before and after" : title) + "</h1>\n";
   html += "<p class=soft>" +
           (one ? HtmlText(entries_[0].made.method)
-               : Text("%zu made", entries_.size() - failed) + (failed > 0 ? Text(", %zu failed", failed) : "")) +
+               : Printed("%zu made", entries_.size() - failed) + (failed > 0 ? Printed(", %zu failed", failed) : "")) +
           "</p></header>\n<main>\n";
   if (!one) {
     html +=
