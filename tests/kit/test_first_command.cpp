@@ -6,8 +6,8 @@
 
 #include "kit/measure/quality.h"
 #include "kit/models/network_plan.h"
-#include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/test_card.h"
 #include "kit/scale/resize.h"

@@ -8,7 +8,7 @@
 #include <tuple>
 
 #include "kit/failure.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_file.h"
 #include "kit/pictures/test_card.h"

@@ -8,9 +8,9 @@
 #include "kit/guidance/manner.h"
 #include "kit/measure/difference_map.h"
 #include "kit/measure/quality.h"
-#include "kit/pictures/conversions.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "platform/console.h"
 

@@ -1,6 +1,5 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
-#include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/work/run_work.h"
 
@@ -38,10 +37,7 @@ WorkPlan PlanOf(const DenoiseChoice& how, const PictureShape& shape) {
   WorkPlan plan{shape, method, 1, [how](PictureSource source, int32_t threads) {
                   DenoiseChoice inTeam = how;
                   inTeam.threads = threads;
-                  Picture picture = AllRows(source);
-                  source = {};
-                  DenoisePicture(picture, inTeam);
-                  return HeldPicture(std::move(picture));
+                  return DenoisedRows(std::move(source), inTeam);
                 }};
   plan.cost = CostOfDenoising(shape, how.best);
   return plan;

@@ -4,7 +4,6 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
@@ -106,12 +105,6 @@ void RefuseIdleOptions(const Settings& settings) {
                                             Sharpening(settings) && (ByFilter(settings) || settings.method == "net")}})
     if (said && idle)
       throw WrongUsage(std::string(option) + " does nothing with " + chosen + ": leave one of them out");
-}
-
-PictureSource Denoised(const PictureSource& picture, int32_t threads) {
-  Picture whole = AllRows(picture);
-  DenoisePicture(whole, {.threads = threads});
-  return HeldPicture(std::move(whole));
 }
 
 PictureSize WantedOf(const Settings& settings, const PictureShape& shape) {
@@ -237,7 +230,7 @@ WorkPlan PlanOfWay(const Settings& settings, const EnlargeWay& way, const Pictur
   plan.make = [way, denoise = settings.denoise](PictureSource picture, int32_t threads) {
     EnlargeWay inTeam = way;
     inTeam.how.threads = threads;
-    if (denoise) picture = Denoised(picture, threads);
+    if (denoise) picture = DenoisedRows(std::move(picture), {.threads = threads});
     return Enlarged(std::move(picture), inTeam);
   };
   if (way.blur > 0) plan.reduction = FilterOfBlur(way.blur, 1);
@@ -254,7 +247,7 @@ WorkPlan PlanOf(const Settings& settings, const PictureShape& shape) {
   const EnlargeWay way = WayOf(settings, shape);
   WorkPlan plan = PlanOfWay(settings, way, shape);
   if (Sharpening(settings))
-    plan.look = [settings, way, shape](const Picture& picture) {
+    plan.look = [settings, way, shape](const SeenLuminance& picture) {
       EnlargeWay sharper = way;
       sharper.blur = BlurToTakeBack(picture);
       return PlanOfWay(settings, sharper, shape);

@@ -4,8 +4,7 @@
 #include "kit/commands/shared_rows.h"
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"
-#include "kit/pictures/image_file.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "kit/search/filter_estimate.h"
 #include "kit/search/filter_names.h"
 #include "kit/search/filter_ranking.h"
@@ -86,13 +85,13 @@ void PrintEstimate(const std::vector<FilterFamily>& families, bool all) {
 }
 
 void Run(const Settings& settings) {
-  const Picture small = LoadImage(settings.small, settings.read);
+  const SeenLuminance small = LoadOpaqueLuminance(settings.small, settings.read);
   const bool json = RunManner().json;
   if (settings.large.empty()) {
     const std::vector<FilterFamily> families = EstimateFilter(small);
     json ? PrintRows(families) : PrintEstimate(families, settings.all);
   } else {
-    const FilterRanking ranking = RankFilters(small, LoadImage(settings.large));
+    const FilterRanking ranking = RankFilters(small.plane, LoadOpaqueLuminance(settings.large).plane);
     json ? PrintRows(ranking) : PrintRanking(ranking, settings.all);
   }
 }

@@ -7,11 +7,10 @@
 #include "kit/look/file_facts.h"
 #include "kit/look/safe_text.h"
 #include "kit/look/weight_sheet.h"
-#include "kit/pictures/conversions.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/pictures/image_file.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "net/layouts.h"
 #include "net/net_file.h"
 #include "platform/console.h"
@@ -49,7 +48,7 @@ LookedAt PicturesToLookAt(const std::vector<std::string>& paths) {
   for (const std::string& path : paths) {
     if (!lookedAt.words.empty()) lookedAt.words += ", ";
     lookedAt.words += SafeText(path);
-    lookedAt.planes.push_back(LuminanceOf(LoadImage(path)));
+    lookedAt.planes.push_back(LoadLuminance(path));
   }
   return lookedAt;
 }

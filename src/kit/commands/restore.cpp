@@ -130,7 +130,7 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
 
 WorkPlan PlanAfterLook(const Settings& settings, const PictureShape& shape) {
   WorkPlan plan = PlanOf(settings, Parameters(settings, 0), shape);
-  plan.look = [settings, shape](const Picture& picture) {
+  plan.look = [settings, shape](const SeenLuminance& picture) {
     return PlanOf(settings, Parameters(settings, BlurToTakeBack(picture)), shape);
   };
   return plan;

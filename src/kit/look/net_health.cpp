@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit/pictures/conversions.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/test_card.h"
 #include "net/forward.h"
 #include "net/layouts.h"
@@ -139,7 +138,7 @@ bool NetHealth::IsGood() const {
 
 LookedAt TestCardToLookAt() {
   LookedAt card{"our test card of 240 x 160 pixels", {}};
-  card.planes.push_back(LuminanceOf(AllRows(DrawTestCard(240, 160))));
+  card.planes.push_back(LuminanceOf(DrawTestCard(240, 160)));
   return card;
 }
 

@@ -8,7 +8,7 @@
 
 #include "kit/failure.h"
 #include "kit/measure/reduced_rows.h"
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "kit/scale/premultiplied.h"

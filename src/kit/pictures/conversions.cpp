@@ -70,16 +70,4 @@ void LayOnWhite(Picture& picture) {
   --picture.channels;
 }
 
-matrix LuminanceOf(const Picture& picture) {
-  if (picture.IsGrey()) return picture.plane[0];
-  matrix luminance(picture.Width(), picture.Height());
-  const PixelFunction toLuminance = FindModel(kLuminance)->toModel;
-  for (int32_t i = 0; i < luminance.mn; ++i) {
-    const float display[3] = {picture.plane[0].x[i], picture.plane[1].x[i], picture.plane[2].x[i]};
-    float model[3];
-    luminance.x[i] = toLuminance(model, display)[0];
-  }
-  return luminance;
-}
-
 }  // namespace norv

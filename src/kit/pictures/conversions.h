@@ -28,7 +28,4 @@ Picture GreyPicture(matrix plane, matrix alpha = matrix());
 // Without its alpha: on white, as far as alpha lets it through.
 void LayOnWhite(Picture& picture);
 
-// 0.299 R + 0.587 G + 0.114 B on the 0..255 scale: the first value of the YCbCr model.
-matrix LuminanceOf(const Picture& picture);
-
 }  // namespace norv

@@ -13,6 +13,7 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/file_kind.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "linear/matrix_file.h"
 

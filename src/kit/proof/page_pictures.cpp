@@ -5,10 +5,12 @@
 #include <memory>
 
 #include "kit/formats/codec.h"
+#include "kit/measure/difference_map.h"
 #include "kit/measure/reduced_rows.h"
 #include "kit/metadata/metadata.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "kit/proof/html_text.h"
@@ -179,6 +181,12 @@ std::vector<ShownPair> ShownPairs(const std::string& input, const ReadChoice& re
                      b.height * y / a.height});
   }
   return pairs;
+}
+
+std::string MapUri(const matrix& differences, float times) {
+  matrix scaled(differences);
+  for (int32_t i = 0; i < scaled.mn; ++i) scaled.x[i] *= times;
+  return UriOf(DifferenceMap(scaled), {}, true);
 }
 
 }  // namespace norv

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kit/formats/encoding.h"
+#include "linear/matrix2.h"
 
 namespace norv {
 
@@ -25,5 +26,8 @@ struct ShownPair {
 
 // From the files. Throws what reading them throws.
 std::vector<ShownPair> ShownPairs(const std::string& input, const ReadChoice& read, const std::string& output);
+
+// The map of the differences, each so many times as large as it is: a data: URI.
+std::string MapUri(const matrix& differences, float times);
 
 }  // namespace norv

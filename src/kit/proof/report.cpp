@@ -9,9 +9,7 @@
 #include "kit/formats/codec.h"
 #include "kit/formats/streams.h"
 #include "kit/guidance/text.h"
-#include "kit/measure/difference_map.h"
 #include "kit/pictures/destination.h"
-#include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "kit/proof/html_text.h"
 #include "kit/proof/page_parts.h"
@@ -68,14 +66,9 @@ std::string ViewerOf(const std::vector<ShownPair>& pairs) {
 
 // Sixteen-fold, since there is little to be seen.
 std::string FigureOf(const matrix& map, const Made& made) {
-  constexpr float kTimes = 16;
-  matrix scaled(map);
-  for (int32_t i = 0; i < scaled.mn; ++i) scaled.x[i] *= kTimes;
-  int64_t moved = 0;
-  const Samples samples = ToSamples(DifferenceMap(scaled), 8, moved);
   return Printed("<figure><img alt=\"map of the differences\" style=\"aspect-ratio:%d/%d\" src=\"", made.width,
                  made.height) +
-         DataUri("image/png", kPng.Encode(samples, {})) +
+         MapUri(map, 16) +
          "\"><figcaption>Where the result, reduced again, is how far from the picture: black not at all, " +
          Printed("dark blue 0.06 grey levels, purple 0.25, orange 1, yellow 4; at most %.2g.",
                  made.certificate->largest) +

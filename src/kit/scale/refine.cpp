@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "kit/pictures/conversions.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/premultiplied.h"
 #include "platform/memory.h"

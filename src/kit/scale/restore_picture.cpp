@@ -95,4 +95,11 @@ void DenoisePicture(Picture& picture, const DenoiseChoice& choice) {
   for (int32_t k = 0; k < picture.Colours(); ++k) picture.plane[k].swap(image.plane[k]);
 }
 
+PictureSource DenoisedRows(PictureSource picture, const DenoiseChoice& choice) {
+  Picture whole = AllRows(picture);
+  picture = {};
+  DenoisePicture(whole, choice);
+  return HeldPicture(std::move(whole));
+}
+
 }  // namespace norv

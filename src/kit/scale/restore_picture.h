@@ -1,11 +1,10 @@
 // Restoration and denoising of pictures, by the code of the tool's own modes.
 #pragma once
 
+#include "kit/pictures/picture_rows.h"
 #include "restore/parameters.h"
 
 namespace norv {
-
-struct Picture;
 
 // The picture enlarged and sharpened in horizontal bands, `threads` of them at a time (1 and more); bands = 0: as a
 // whole. Each band is restored as a picture of its own, so that their number may change the result; a picture of too
@@ -24,5 +23,7 @@ struct DenoiseChoice {
 
 // Noise and compression grain removed from the colours of the picture; its alpha plane stays.
 void DenoisePicture(Picture& picture, const DenoiseChoice& choice);
+// The same of one that passes by: it is held whole.
+PictureSource DenoisedRows(PictureSource picture, const DenoiseChoice& choice);
 
 }  // namespace norv

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "linear/matrix2.h"
+
 namespace norv {
 
 enum class Interpolation : int32_t;
@@ -16,6 +18,8 @@ Picture ShrinkPicture(Picture picture, int32_t factor, int32_t shrinkOrder);
 // is checked where memory is taken.
 void RequireRoom(const PictureShape& shape, int32_t factor);
 
-Picture InterpolatePicture(const Picture& picture, int32_t factor, Interpolation interpolation);
+// The same of one plane.
+matrix ShrinkPlane(matrix plane, int32_t factor, int32_t shrinkOrder);
+matrix InterpolatePlane(const matrix& plane, int32_t factor, Interpolation interpolation);
 
 }  // namespace norv

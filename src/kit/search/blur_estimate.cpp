@@ -6,8 +6,7 @@
 #include <numbers>
 #include <vector>
 
-#include "kit/pictures/conversions.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "kit/scale/restore_presets.h"
 #include "kit/search/power_law.h"
 #include "kit/search/power_spectrum.h"
@@ -43,11 +42,9 @@ std::vector<double> ExpectedOf(double square) {
 
 }  // namespace
 
-BlurEstimate EstimateBlur(const Picture& picture) {
-  Picture opaque = picture;
-  LayOnWhite(opaque);
-  const std::vector<double> measured = PowerInCells(LuminanceOf(opaque));
-  const double rounding = RoundingNoise(picture.bits, picture.IsGrey());
+BlurEstimate EstimateBlur(const SeenLuminance& picture) {
+  const std::vector<double> measured = PowerInCells(picture.plane);
+  const double rounding = RoundingNoise(picture.bits, picture.grey);
   std::vector<double> squares, misfits;
   for (double square = kFirst; square <= kLast; square += kStep) {
     squares.push_back(square);
@@ -63,7 +60,7 @@ BlurEstimate EstimateBlur(const Picture& picture) {
   return {sigma, std::sqrt(spread) / (2 * sigma)};
 }
 
-double BlurToTakeBack(const Picture& picture) {
+double BlurToTakeBack(const SeenLuminance& picture) {
   const BlurEstimate blur = EstimateBlur(picture);
   if (!blur.Found())
     Tell("no blur found");

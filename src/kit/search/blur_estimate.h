@@ -3,7 +3,7 @@
 
 namespace norv {
 
-struct Picture;
+struct SeenLuminance;
 
 struct BlurEstimate {
   double sigma = 0;      // of the Gaussian that was laid over the picture, in its pixels, 0 to 2; 0: none was found
@@ -14,10 +14,10 @@ struct BlurEstimate {
 
 // The Gaussian that explains best how the luminance's spectrum departs from those of pictures as they are
 // (power_law.h). Photographs are a little soft by themselves, which is left in them: what is below about 0.5 pixels
-// counts as none. Alpha is laid on white. Throws as PowerInCells().
-BlurEstimate EstimateBlur(const Picture& picture);
+// counts as none. Throws as PowerInCells().
+BlurEstimate EstimateBlur(const SeenLuminance& picture);
 
 // As much of it as a restoration takes back, in pixels, and a line for people that says what was found; 0: none.
-double BlurToTakeBack(const Picture& picture);
+double BlurToTakeBack(const SeenLuminance& picture);
 
 }  // namespace norv

@@ -5,8 +5,7 @@
 #include <functional>
 #include <numbers>
 
-#include "kit/pictures/conversions.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "kit/search/power_law.h"
 #include "kit/search/power_spectrum.h"
 #include "raster/filters.h"
@@ -72,11 +71,9 @@ class FoldedPower {
 
 }  // namespace
 
-std::vector<FilterFamily> EstimateFilter(const Picture& small) {
-  Picture opaque = small;
-  LayOnWhite(opaque);
-  const std::vector<double> measured = PowerInCells(LuminanceOf(opaque));
-  const double noise = RoundingNoise(small.bits, small.IsGrey());
+std::vector<FilterFamily> EstimateFilter(const SeenLuminance& small) {
+  const std::vector<double> measured = PowerInCells(small.plane);
+  const double noise = RoundingNoise(small.bits, small.grey);
   std::vector<FilterFamily> families = Families();
   std::vector<double> misfits;
   for (const FilterFamily& family : families)

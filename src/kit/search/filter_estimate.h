@@ -7,7 +7,7 @@
 
 namespace norv {
 
-struct Picture;
+struct SeenLuminance;
 
 // Filters that a picture alone hardly tells apart.
 struct FilterFamily {
@@ -18,8 +18,7 @@ struct FilterFamily {
 
 // Every family with its probability, the likeliest first: how well each filter, at the factors 2 and 4, explains the
 // departure of the luminance's spectrum from those of natural pictures (power_law.h), all families being as likely
-// beforehand. A picture that no filter has made comes out as one of them too. Alpha is laid on white. Throws as
-// PowerInCells().
-std::vector<FilterFamily> EstimateFilter(const Picture& small);
+// beforehand. A picture that no filter has made comes out as one of them too. Throws as PowerInCells().
+std::vector<FilterFamily> EstimateFilter(const SeenLuminance& small);
 
 }  // namespace norv

@@ -6,8 +6,6 @@
 
 #include "kit/failure.h"
 #include "kit/measure/quality.h"
-#include "kit/pictures/conversions.h"
-#include "kit/pictures/picture.h"
 #include "kit/search/filter_names.h"
 #include "platform/team.h"
 #include "raster/filters.h"
@@ -21,12 +19,6 @@ namespace {
 constexpr int32_t kMostSide = 640, kBeside = 64, kEdge = 2;
 constexpr int32_t kPartsASide = 8, kLeastSide = 16;
 
-matrix OpaqueLuminance(const Picture& picture) {
-  Picture opaque = picture;
-  LayOnWhite(opaque);
-  return LuminanceOf(opaque);
-}
-
 matrix PartOf(const matrix& plane, int32_t x, int32_t y, int32_t width, int32_t height) {
   matrix part(width, height);
   for (int32_t r = 0; r < height; ++r) std::copy_n(plane.z[y + r] + x, width, part.z[r]);
@@ -39,16 +31,26 @@ struct Pair {
   int32_t factor, border;
 };
 
-Pair MakePair(const Picture& small, const Picture& large) {
-  const int32_t factor = FactorBetween(small, large);
-  const int32_t width = large.Width() / factor, height = large.Height() / factor;
+// The factor by which the small picture was made of the large one: what is left over at the right and below was
+// cropped, or became one more pixel.
+int32_t WholeFactorBetween(const matrix& small, const matrix& large) {
+  const auto fits = [](int32_t few, int32_t many, int32_t factor) {
+    return many / factor == few || (many + factor - 1) / factor == few;
+  };
+  for (int32_t factor = 2; factor <= 64; ++factor)
+    if (fits(small.m, large.m, factor) && fits(small.n, large.n, factor)) return factor;
+  Fail("no whole factor from 2 to 64 makes %d x %d pixels of %d x %d", small.m, small.n, large.m, large.n);
+}
+
+Pair MakePair(const matrix& small, const matrix& large) {
+  const int32_t factor = WholeFactorBetween(small, large);
+  const int32_t width = large.m / factor, height = large.n / factor;
   if (std::min(width, height) < kLeastSide)
     Fail("%d x %d pixels are too few to tell filters apart: it takes %d x %d", width, height, kLeastSide, kLeastSide);
   const int32_t w = std::min(width, kMostSide + 2 * kBeside), h = std::min(height, kMostSide + 2 * kBeside);
   const int32_t x = (width - w) / 2, y = (height - h) / 2;
   const bool whole = w == width && h == height;
-  return {PartOf(OpaqueLuminance(small), x, y, w, h),
-          PartOf(OpaqueLuminance(large), x * factor, y * factor, w * factor, h * factor), factor,
+  return {PartOf(small, x, y, w, h), PartOf(large, x * factor, y * factor, w * factor, h * factor), factor,
           whole ? kEdge : kBeside};
 }
 
@@ -146,17 +148,7 @@ bool FilterRanking::Explains() const {
   return matches[0].decibels >= kNearEnough;
 }
 
-int32_t FactorBetween(const Picture& small, const Picture& large) {
-  const auto fits = [](int32_t few, int32_t many, int32_t factor) {
-    return many / factor == few || (many + factor - 1) / factor == few;
-  };
-  for (int32_t factor = 2; factor <= 64; ++factor)
-    if (fits(small.Width(), large.Width(), factor) && fits(small.Height(), large.Height(), factor)) return factor;
-  Fail("no whole factor from 2 to 64 makes %d x %d pixels of %d x %d", small.Width(), small.Height(), large.Width(),
-       large.Height());
-}
-
-FilterRanking RankFilters(const Picture& small, const Picture& large) {
+FilterRanking RankFilters(const matrix& small, const matrix& large) {
   const Pair pair = MakePair(small, large);
   std::vector<Candidate> candidates = Candidates(pair.factor, FirstOrders());
   Compare(pair, candidates);

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace norv {
+#include "linear/matrix2.h"
 
-struct Picture;
+namespace norv {
 
 // A filter and how near it comes.
 struct FilterMatch {
@@ -28,12 +28,9 @@ struct FilterRanking {
   bool Explains() const;
 };
 
-// The factor by which the small picture was made of the large one, 2 to 64: what is left over at the right and below
-// was cropped, or became one more pixel. Throws a Failure for sizes that no whole factor joins.
-int32_t FactorBetween(const Picture& small, const Picture& large);
-
-// Every filter there is, compared over the picture, or the middle of a large one. Alpha is laid on white. Throws a
-// Failure as FactorBetween() and for pictures that are too small to compare.
-FilterRanking RankFilters(const Picture& small, const Picture& large);
+// Every filter there is, compared over the luminance of the picture, or of the middle of a large one; the factor, 2 to
+// 64, follows from the sizes. Throws a Failure for sizes that no whole factor joins and for pictures that are too small
+// to compare.
+FilterRanking RankFilters(const matrix& small, const matrix& large);
 
 }  // namespace norv

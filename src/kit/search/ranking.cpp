@@ -10,6 +10,7 @@
 #include "kit/models/catalogue.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/enlarge_to_size.h"
 #include "kit/scale/restore_presets.h"

@@ -6,9 +6,7 @@
 
 #include "kit/failure.h"
 #include "kit/measure/quality.h"
-#include "kit/pictures/conversions.h"
-#include "kit/pictures/image_file.h"
-#include "kit/pictures/picture.h"
+#include "kit/pictures/luminance.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/scale.h"
 #include "kit/training/name_hash.h"
@@ -49,15 +47,14 @@ HeldOut MakeHeldOut(matrix plane, int32_t factor, int32_t shrinkOrder, int32_t q
   HeldOut picture;
   CropToMultiple(plane, factor);
   picture.original = plane;
-  Picture low = ShrinkPicture(GreyPicture(std::move(plane)), factor, shrinkOrder);
-  RoundToLevels(low.plane[0]);
-  if (quality > 0) CompressLuminance(low.plane[0], quality);
+  picture.low = ShrinkPlane(std::move(plane), factor, shrinkOrder);
+  RoundToLevels(picture.low);
+  if (quality > 0) CompressLuminance(picture.low, quality);
   const auto psnr = [&](Interpolation interpolation) {
-    return PsnrInside(picture.original, InterpolatePicture(low, factor, interpolation).plane[0], 2 * factor);
+    return PsnrInside(picture.original, InterpolatePlane(picture.low, factor, interpolation), 2 * factor);
   };
   picture.cubic = psnr(Interpolation::cubic);
   picture.lanczos = psnr(Interpolation::lanczos);
-  picture.low.swap(low.plane[0]);
   return picture;
 }
 
@@ -75,9 +72,9 @@ TrainingPictures::TrainingPictures(const PicturePlan& plan) : plan_(plan), names
 
 matrix TrainingPictures::LoadOrWarn(const std::string& name) const {
   const std::string path = PathInFolder(plan_.folder, name);
-  Picture picture;
+  matrix plane;
   try {
-    picture = LoadImage(path);
+    plane = LoadLuminance(path);
   } catch (const Failure& failure) {
     Warn("%s; the picture is left out", failure.what());
     return {};
@@ -88,13 +85,11 @@ matrix TrainingPictures::LoadOrWarn(const std::string& name) const {
     return {};
   }
   const int32_t smallest = kSmallestSide * plan_.factor * plan_.reduce;
-  if (std::min(picture.Width(), picture.Height()) < smallest) {
-    Warn("%s is left out: %d x %d pixels, less than %d on a side", path.c_str(), picture.Width(), picture.Height(),
-         smallest);
+  if (std::min(plane.m, plane.n) < smallest) {
+    Warn("%s is left out: %d x %d pixels, less than %d on a side", path.c_str(), plane.m, plane.n, smallest);
     return {};
   }
-  matrix plane = LuminanceOf(picture);
-  if (plan_.reduce > 1) plane = ShrinkPicture(GreyPicture(std::move(plane)), plan_.reduce, kReduceOrder).plane[0];
+  if (plan_.reduce > 1) plane = ShrinkPlane(std::move(plane), plan_.reduce, kReduceOrder);
   Clamp(plane);
   return plane;
 }

@@ -6,6 +6,7 @@
 #include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/work/receipts.h"
 #include "kit/work/reported.h"
@@ -62,7 +63,7 @@ bool IsReadAsAWhole(const std::string& path) {
 // Reads the picture and takes the plan that follows from it.
 void LookAt(OpenedPicture& picture) {
   Picture whole = AllRows(picture.source);
-  picture.plan = WorkPlan(picture.plan.look(whole));
+  picture.plan = WorkPlan(picture.plan.look(OpaqueLuminance(whole)));
   picture.source = HeldPicture(std::move(whole));
 }
 

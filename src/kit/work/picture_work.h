@@ -14,6 +14,7 @@
 namespace norv {
 
 class Report;
+struct SeenLuminance;
 
 // What is to be done with one picture, known from its shape alone.
 struct WorkPlan {
@@ -26,7 +27,7 @@ struct WorkPlan {
   // A line for people of what was chosen without being told; null: nothing was.
   std::function<std::string(int32_t threads)> chosen = nullptr;
   // The plan that holds once the picture was looked at, of the same shape; null: this one. The picture is held whole.
-  std::function<WorkPlan(const Picture& picture)> look = nullptr;
+  std::function<WorkPlan(const SeenLuminance& picture)> look = nullptr;
   int32_t reduction = -1;                  // the filter that a certificate reduces the result by (FilterOfKernelCode)
   std::vector<std::string> networks = {};  // files of those that work on it, each once
   bool teams = true;                       // whether several threads make it faster

@@ -2,6 +2,7 @@
 #include "kit/measure/certificate.h"
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/picture_samples.h"
 #include "kit/pictures/test_card.h"

@@ -3,6 +3,7 @@
 
 #include "kit/measure/quality.h"
 #include "kit/pictures/image_file.h"
+#include "kit/pictures/luminance.h"
 #include "kit/search/blur_estimate.h"
 #include "kit/search/dead_leaves.h"
 #include "kit/search/filter_estimate.h"
@@ -33,7 +34,7 @@ TEST_CASE("the blur of a picture is found in it, and none where none is") {
     for (const double sigma : {0.0, 0.7, 1.0, 1.4}) {
       CAPTURE(seed);
       CAPTURE(sigma);
-      const BlurEstimate blur = EstimateBlur(GreyPicture(test::Blurred(sharp, sigma)));
+      const BlurEstimate blur = EstimateBlur({test::Blurred(sharp, sigma), 8, true});
       if (sigma > 0)
         CHECK(blur.sigma == doctest::Approx(sigma).epsilon(0.12));
       else
@@ -67,7 +68,8 @@ TEST_CASE("the filter that made a picture small is found with the large one") {
       CAPTURE(order);
       const std::string words = " --overwrite --by " + std::to_string(factor) + " --filter " + std::to_string(order);
       REQUIRE(KitIn(folder, "shrink large.png small.png" + words).exitCode == 0);
-      const FilterRanking ranking = RankFilters(LoadImage(folder / "small.png"), LoadImage(folder / "large.png"));
+      const FilterRanking ranking =
+          RankFilters(LoadLuminance(folder / "small.png"), LoadLuminance(folder / "large.png"));
       CHECK(ranking.factor == factor);
       CHECK(ranking.matches[0].orders[0] == order);
       CHECK(ranking.Margin() > 0.2);
@@ -78,9 +80,9 @@ TEST_CASE("the filter that made a picture small is found with the large one") {
   CHECK(said.exitCode == 0);
   CHECK(said.output.find("sure: Gaussian of 0.6 pixels, by 3") != std::string::npos);
   // Alone: the kind of filter, and a Gaussian by its width.
-  CHECK(EstimateFilter(LoadImage(folder / "small.png"))[0].orders[0] == -16);
+  CHECK(EstimateFilter(LoadOpaqueLuminance(folder / "small.png"))[0].orders[0] == -16);
   REQUIRE(KitIn(folder, "shrink large.png small.png --overwrite --filter -18").exitCode == 0);
-  const auto families = EstimateFilter(LoadImage(folder / "small.png"));
+  const auto families = EstimateFilter(LoadOpaqueLuminance(folder / "small.png"));
   CHECK(std::abs(families[0].orders[0] + 18) <= 1);
   double sum = 0;
   for (const FilterFamily& family : families) sum += family.probability;
