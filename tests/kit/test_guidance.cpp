@@ -135,6 +135,16 @@ TEST_CASE("a picture alone is enlarged beside itself, never over anything") {
   CHECK(Kit({folder / "missing.jpg"}).exitCode == 1);
 }
 
+TEST_CASE("behind -- every word is a name, even one that begins as options do") {
+  test::ScratchFolder folder;
+  REQUIRE(KitIn(folder, "testcard --size 60x50 -- -a.png").exitCode == 0);
+  CHECK(KitIn(folder, "shrink --by 2 -- -a.png --by.png").exitCode == 0);
+  CHECK(OpenImage(folder / "--by.png").shape.width == 30);
+  CHECK(KitIn(folder, "-- -a.png").exitCode == 0);
+  CHECK(OpenImage(folder / "-a_2x.png").shape.width == 120);
+  CHECK(KitIn(folder, "shrink -a.png b.png --by 2").exitCode == 2);
+}
+
 TEST_CASE("words are known again although they are misspelt") {
   const std::vector<std::string> words = {"enlarge", "restore", "info"};
   CHECK(NearestWord("enlrage", words) == "enlarge");

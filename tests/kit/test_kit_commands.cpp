@@ -197,6 +197,12 @@ TEST_CASE("comparing says identical, or how far apart") {
   const test::Outcome apart = KitIn(folder, "compare a.png b.png");
   CHECK(Contains(apart.output, "red         PSNR  48.13 dB"));
   CHECK(apart.exitCode == 0);
+  Picture green = Sample(30, 30, 3);
+  Keep(folder / "e.png", green, 8);
+  for (int32_t i = 0; i < green.plane[1].mn; ++i) green.plane[1].x[i] += green.plane[1].x[i] < 128 ? 2.0f : -2.0f;
+  Keep(folder / "f.png", green, 8);
+  // Four thirds of the squares of differences of 1.
+  CHECK(Contains(KitIn(folder, "compare e.png f.png").output, "colour      PSNR  46.88 dB"));
   // Every channel off by one the same way: the studio luminance by 219 / 255.
   Picture grey = Sample(30, 30, 1);
   grey.plane[0].fill(100);

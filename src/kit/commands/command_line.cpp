@@ -118,9 +118,20 @@ std::optional<Command> Helped(const std::vector<std::string>& words) {
   return {};
 }
 
+// Behind a -- all words are names of files, which a ./ before them says, too.
+std::vector<std::string> WithNamesApart(std::vector<std::string> words) {
+  const auto dashes = std::ranges::find(words, "--");
+  if (dashes == words.end()) return words;
+  for (auto word = dashes + 1; word != words.end(); ++word)
+    if (word->starts_with('-') && word->size() > 1) word->insert(0, "./");
+  words.erase(dashes);
+  return words;
+}
+
 }  // namespace
 
-std::optional<Command> ReadCommandLine(const std::vector<std::string>& words) {
+std::optional<Command> ReadCommandLine(const std::vector<std::string>& typed) {
+  const std::vector<std::string> words = WithNamesApart(typed);
   RunManner() = Manner();
   RunManner().json = std::ranges::count(words, "--json") > 0;  // as far as it can be known of a line that fails
   if (words.empty()) throw WrongUsage("what is to be done? norvkit enlarge PICTURE OUT makes a picture larger");

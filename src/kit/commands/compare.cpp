@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
@@ -72,19 +73,29 @@ matrix StudioLuminanceOf(const Picture& picture) {
 }
 
 // In a line of text, or in the row for programs, where equal planes have no number.
-void Report(const char* what, const matrix& a, const matrix& b, bool withSimilarity, JsonObject& row) {
-  const double ratio = Psnr(a, b), similarity = withSimilarity ? Ssim(a, b) : NAN;
+void Report(const char* what, double ratio, std::optional<double> similarity, JsonObject& row) {
   JsonObject figures;
   figures.Number("psnr", ratio);
-  if (withSimilarity) figures.Number("ssim", similarity);
+  if (similarity) figures.Number("ssim", *similarity);
   row.Object(what, figures);
   if (RunManner().json) return;
   if (std::isinf(ratio) && ratio > 0)
     Say("%-10s  PSNR identical", what);
   else
     Say("%-10s  PSNR %6.2f dB", what, Printable(ratio));
-  if (!std::isnan(similarity)) Say("  SSIM %.4f", similarity);
+  if (similarity && !std::isnan(*similarity)) Say("  SSIM %.4f", *similarity);
   Say("\n");
+}
+
+void ReportColours(const Picture& a, const Picture& b, int32_t border, JsonObject& row) {
+  constexpr const char* kNames[] = {"red", "green", "blue"};
+  double squares = 0;  // of errors, where the peak is 1
+  for (int k = 0; k < 3; ++k) {
+    const double ratio = Psnr(WithoutBorder(a.Colour(k), border), WithoutBorder(b.Colour(k), border));
+    Report(kNames[k], ratio, {}, row);
+    squares += std::pow(10, -ratio / 10);
+  }
+  Report("colour", -10 * std::log10(squares / 3), {}, row);
 }
 
 void RequireComparable(const Picture& a, const Picture& b, int32_t border) {
@@ -127,15 +138,14 @@ void Run(const Settings& settings) {
   if (!settings.map.empty()) SaveMap(differences, settings);
   JsonObject row;
   row.Text("a", settings.a).Text("b", settings.b);
-  const auto report = [&](const char* what, const matrix& ofA, const matrix& ofB, bool withSimilarity) {
-    Report(what, WithoutBorder(ofA, settings.border), WithoutBorder(ofB, settings.border), withSimilarity, row);
-  };
-  report("luminance", LuminanceOf(a), LuminanceOf(b), true);
-  report("studio Y", StudioLuminanceOf(a), StudioLuminanceOf(b), true);
-  constexpr const char* kNames[] = {"red", "green", "blue"};
-  if (!a.IsGrey() || !b.IsGrey())
-    for (int k = 0; k < 3; ++k) report(kNames[k], a.Colour(k), b.Colour(k), false);
-  if (a.HasAlpha() && b.HasAlpha()) report("alpha", a.Alpha(), b.Alpha(), false);
+  const auto inside = [&](const matrix& plane) { return WithoutBorder(plane, settings.border); };
+  for (const auto& [what, luminanceOf] : {std::pair<const char*, matrix (*)(const Picture&)>{"luminance", LuminanceOf},
+                                          {"studio Y", StudioLuminanceOf}}) {
+    const matrix ofA = inside(luminanceOf(a)), ofB = inside(luminanceOf(b));
+    Report(what, Psnr(ofA, ofB), Ssim(ofA, ofB), row);
+  }
+  if (!a.IsGrey() || !b.IsGrey()) ReportColours(a, b, settings.border, row);
+  if (a.HasAlpha() && b.HasAlpha()) Report("alpha", Psnr(inside(a.Alpha()), inside(b.Alpha())), {}, row);
   ReportLargest(differences, row);
   if (a.HasAlpha() != b.HasAlpha()) Warn("only one of them has an alpha plane, which is left out");
   if (RunManner().json) SayRow(row);
@@ -152,7 +162,8 @@ Command CompareCommand() {
        .notes =
            "luminance is 0.299 R + 0.587 G + 0.114 B on 0..255; studio Y is what papers on super-resolution "
            "measure (BT.601,\n16..235: its PSNR comes out 1.3 dB higher). Nothing is rounded before. SSIM: Wang et "
-           "al. 2004, 11 x 11 window. The last line and the map take all pixels, rows and columns counted from 0.\n"
+           "al. 2004, 11 x 11 window. colour is the PSNR over red, green and blue together (CPSNR). The last line and "
+           "the map take all pixels, rows and columns counted from 0.\n"
            "Colours of the map: 0 black, 1 dark blue, 4 purple, 16 orange, 64 yellow, 255 white, in between the\n"
            "mixture; green where a value is no number."},
       Rows, Run);
