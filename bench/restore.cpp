@@ -76,14 +76,15 @@ BENCHMARK(Bandwidth)->Arg(8)->Arg(256)->Unit(benchmark::kMillisecond);
 void Update(benchmark::State& state, int32_t factor) {
   Plane plane(factor);
   const RestoreParameters p = Parameters(4, factor, kSteps, 1);
-  FilterPair pair(*FilterOfKernelCode(p.kernelCode), factor, plane.observed.m, plane.observed.n);
-  SolverScratch scratch(pair);
-  IsotropicTerm term(plane.enlarged.m, plane.enlarged.n, {Rule::huber, p.lambda, p.delta});
-  term.Weigh(plane.enlarged);
+  const FilterPair pair(*FilterOfKernelCode(p.kernelCode), factor, plane.observed.m, plane.observed.n);
+  const RowRuns cut(plane.observed.n, factor);
+  SolverScratch scratch(pair, cut);
+  IsotropicTerm term(plane.enlarged.m, cut, {Rule::huber, p.lambda, p.delta});
+  term.Weigh(plane.enlarged, StandingTeam::Alone());
   DifferenceTerm* terms[] = {&term};
   for (auto _ : state) {
     matrix x = plane.enlarged;
-    StepTowardsMinimum(x, plane.observed, pair, terms, kSteps, scratch);
+    StepTowardsMinimum(x, plane.observed, pair, terms, kSteps, scratch, StandingTeam::Alone());
     benchmark::DoNotOptimize(x.x);
   }
   CountSteps(state, plane.enlarged.mn, kSteps);
@@ -187,7 +188,7 @@ class SeparatePasses {
 void UpdateInSeparatePasses(benchmark::State& state, int32_t factor) {
   Plane plane(factor);
   matrix weights;
-  WeighIsotropic(weights, plane.enlarged, {Rule::huber, 0.035f, 3});
+  WeighIsotropic(weights, plane.enlarged, {Rule::huber, 0.035f, 3}, StandingTeam::Alone());
   for (auto _ : state) {
     SeparatePasses solver(plane.observed, plane.enlarged, factor, weights);
     solver.Solve(kSteps);
@@ -218,7 +219,7 @@ void Orientation(benchmark::State& state) {
   const Plane plane(2);
   OrientationField field;
   for (auto _ : state) {
-    FindOrientation(field, plane.enlarged, 1.4);
+    FindOrientation(field, plane.enlarged, 1.4, StandingTeam::Alone());
     benchmark::DoNotOptimize(field.u1.x);
   }
   CountSteps(state, plane.enlarged.mn, 1);
@@ -228,10 +229,10 @@ BENCHMARK(Orientation)->Unit(benchmark::kMillisecond);
 void Weights(benchmark::State& state, Rule rule) {
   const Plane plane(2);
   OrientationField field;
-  FindOrientation(field, plane.enlarged, 1.4);
+  FindOrientation(field, plane.enlarged, 1.4, StandingTeam::Alone());
   matrix w;
   for (auto _ : state) {
-    WeighCross(w, plane.enlarged, field, {rule, 0.06f, 1, 0.8f});
+    WeighCross(w, plane.enlarged, field, {rule, 0.06f, 1, 0.8f}, StandingTeam::Alone());
     benchmark::DoNotOptimize(w.x);
   }
   CountSteps(state, plane.enlarged.mn, 1);

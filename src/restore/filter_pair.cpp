@@ -14,15 +14,20 @@ FilterPair::FilterPair(FilterChoice filter, int32_t f, int32_t w, int32_t h) : f
   phaseLength_ = w + (length_ - 1) / f + 1;
   // A line with its margins, and room for the last block of phases behind it.
   stride_ = f * phaseLength_ + 2 * margin_ + f;
-  line_ = Zeros<float>(stride_);
-  phases_ = Zeros<float>(f * phaseLength_);
-  padded_ = Zeros<float>(2 * phaseLength_ + w);
   for (int64_t p = 0; p < f; ++p)
     for (int64_t i = p; i < length_; i += f) phaseTaps_.push_back(taps_.x[i]);
   CollectShares();
   ringSize_ = RingSize();
-  ring_ = Zeros<float>(ringSize_ * stride_);
 }
+
+FilterLines::FilterLines(const FilterPair& pair)
+    : pair_(pair),
+      rows_(pair.mostRows_),
+      rowTaps_(pair.mostRows_),
+      line_(Zeros<float>(pair.stride_)),
+      phases_(Zeros<float>(pair.f_ * pair.phaseLength_)),
+      padded_(Zeros<float>(2 * pair.phaseLength_ + pair.w_)),
+      ring_(Zeros<float>(pair.ringSize_ * pair.stride_)) {}
 
 void FilterPair::CollectShares() {
   const int64_t large = int64_t{f_} * h_;
@@ -35,10 +40,9 @@ void FilterPair::CollectShares() {
   std::vector<int64_t> next(firstShare_.begin(), firstShare_.end() - 1);
   for (int32_t i = 0; i < h_; ++i)
     for (int64_t t = 0; t < length_; ++t) shares_[next[target(i, t)]++] = {i, taps_.x[t]};
-  size_t most = static_cast<size_t>(length_);
-  for (int64_t r = 0; r < large; ++r) most = std::max(most, static_cast<size_t>(firstShare_[r + 1] - firstShare_[r]));
-  rows_.resize(most);
-  rowTaps_.resize(most);
+  mostRows_ = static_cast<size_t>(length_);
+  for (int64_t r = 0; r < large; ++r)
+    mostRows_ = std::max(mostRows_, static_cast<size_t>(firstShare_[r + 1] - firstShare_[r]));
 }
 
 // How many small rows are needed at the same time while the large rows are made in order.
@@ -59,12 +63,24 @@ int32_t FilterPair::RingSize() const {
 
 // ---------------------------------------------------------------------------------------------------- reduction
 
-int32_t FilterPair::LastSource(int32_t i) const {
-  const int64_t large = int64_t{f_} * h_, first = int64_t{f_} * i - offset_;
-  if (first >= 0 && first + length_ <= large) return static_cast<int32_t>(first + length_ - 1);
-  int64_t last = 0;
-  for (int64_t t = 0; t < length_; ++t) last = std::max(last, MirrorIndex(first + t, large));
-  return static_cast<int32_t>(last);
+Range FilterPair::SourcesOf(int64_t i) const {
+  const int64_t large = int64_t{f_} * h_, first = f_ * i - offset_;
+  if (first >= 0 && first + length_ <= large) return {first, first + length_};
+  Range sources{large, 0};
+  for (int64_t t = 0; t < length_; ++t) {
+    const int64_t row = MirrorIndex(first + t, large);
+    sources = {std::min(sources.begin, row), std::max(sources.end, row + 1)};
+  }
+  return sources;
+}
+
+Range FilterPair::Sources(Range small) const {
+  Range all{int64_t{f_} * h_, 0};
+  for (int64_t i = small.begin; i < small.end; ++i) {
+    const Range sources = SourcesOf(i);
+    all = {std::min(all.begin, sources.begin), std::max(all.end, sources.end)};
+  }
+  return all;
 }
 
 void FilterPair::FillMargins(float* line) const {
@@ -75,15 +91,16 @@ void FilterPair::FillMargins(float* line) const {
   }
 }
 
-void FilterPair::ReduceRow(const matrix& large, int32_t i, float* small) {
+void FilterPair::ReduceRow(const PlaneRows& large, int32_t i, float* small, FilterLines& lines) const {
   const ResampleKernels& kernels = ActiveResampleKernels();
-  float* line = line_.get() + margin_;
-  for (int64_t t = 0; t < length_; ++t) rows_[t] = large.z[MirrorIndex(int64_t{f_} * i - offset_ + t, large.n)];
-  kernels.combineRows(line, rows_.data(), taps_.x, length_, int64_t{f_} * w_);
+  float *line = lines.line_.get() + margin_, *phases = lines.phases_.get();
+  const float** rows = lines.rows_.data();
+  for (int64_t t = 0; t < length_; ++t) rows[t] = large[MirrorIndex(int64_t{f_} * i - offset_ + t, large.n)];
+  kernels.combineRows(line, rows, taps_.x, length_, int64_t{f_} * w_);
   FillMargins(line);
-  kernels.splitPhases(phases_.get(), phaseLength_, line - offset_, f_, phaseLength_ - 1);
-  for (int64_t t = 0; t < length_; ++t) rows_[t] = phases_.get() + t % f_ * phaseLength_ + t / f_;
-  kernels.combineRows(small, rows_.data(), taps_.x, length_, w_);
+  kernels.splitPhases(phases, phaseLength_, line - offset_, f_, phaseLength_ - 1);
+  for (int64_t t = 0; t < length_; ++t) rows[t] = phases + t % f_ * phaseLength_ + t / f_;
+  kernels.combineRows(small, rows, taps_.x, length_, w_);
 }
 
 // ------------------------------------------------------------------------------------------------------- adjoint
@@ -94,32 +111,38 @@ void FilterPair::FoldMargins(float* line) const {
   for (int64_t k = 0; k < margin_; ++k) line[MirrorIndex(large + k, large)] += line[large + k];
 }
 
+Range FilterPair::Shares(Range large) const {
+  Range all{h_, 0};
+  for (int64_t k = firstShare_[large.begin]; k < firstShare_[large.end]; ++k)
+    all = {std::min<int64_t>(all.begin, shares_[k].row), std::max<int64_t>(all.end, shares_[k].row + 1)};
+  return all;
+}
+
 // Phase p of the wide row is made of the taps p, p + f, ... and the small row moved by one pixel for each.
-void FilterPair::AdjointAlongRow(const float* small, float* large) {
+void FilterPair::AdjointAlongRow(const float* small, float* large, FilterLines& lines) const {
   const ResampleKernels& kernels = ActiveResampleKernels();
-  float* padded = padded_.get() + phaseLength_;
+  float *padded = lines.padded_.get() + phaseLength_, *phases = lines.phases_.get();
   std::copy_n(small, w_, padded);
   const float* taps = phaseTaps_.data();
   for (int64_t p = 0; p < f_; ++p) {
     const int64_t count = p < length_ ? (length_ - 1 - p) / f_ + 1 : 0;
-    for (int64_t k = 0; k < count; ++k) rows_[k] = padded - k;
-    kernels.combineRows(phases_.get() + p * phaseLength_, rows_.data(), taps, count, phaseLength_);
+    for (int64_t k = 0; k < count; ++k) lines.rows_[k] = padded - k;
+    kernels.combineRows(phases + p * phaseLength_, lines.rows_.data(), taps, count, phaseLength_);
     taps += count;
   }
-  kernels.joinPhases(large - offset_, phases_.get(), phaseLength_, f_, phaseLength_ - 1);
+  kernels.joinPhases(large - offset_, phases, phaseLength_, f_, phaseLength_ - 1);
   FoldMargins(large);
 }
 
-void FilterPair::AdjointRow(const matrix& small, int32_t r, float* large) {
-  if (r == 0) widened_ = 0;
+void FilterPair::AdjointRow(const PlaneRows& small, int64_t r, float* large, FilterLines& lines) const {
+  for (const int32_t last = LastShare(r); lines.widened_ <= last; ++lines.widened_)
+    AdjointAlongRow(small[lines.widened_], lines.Ring(lines.widened_), lines);
   const int64_t begin = firstShare_[r], count = firstShare_[r + 1] - begin;
-  for (; count > 0 && widened_ <= shares_[begin + count - 1].row; ++widened_)
-    AdjointAlongRow(small.z[widened_], Ring(widened_));
   for (int64_t k = 0; k < count; ++k) {
-    rows_[k] = Ring(shares_[begin + k].row);
-    rowTaps_[k] = shares_[begin + k].tap;
+    lines.rows_[k] = lines.Ring(shares_[begin + k].row);
+    lines.rowTaps_[k] = shares_[begin + k].tap;
   }
-  ActiveResampleKernels().combineRows(large, rows_.data(), rowTaps_.data(), count, int64_t{f_} * w_);
+  ActiveResampleKernels().combineRows(large, lines.rows_.data(), lines.rowTaps_.data(), count, int64_t{f_} * w_);
 }
 
 }  // namespace norv

@@ -8,79 +8,129 @@
 namespace norv {
 namespace {
 
-// A sum of squares in the eight partial sums that the kernels add to; in the end these are added in order.
-struct SquareSum {
-  double parts[8] = {};
-  float Total() const {
-    double total = 0;
-    for (const double part : parts) total += part;
-    return static_cast<float>(total);
-  }
-};
-
 class Solver {
  public:
-  Solver(const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms, SolverScratch& scratch)
-      : y_(y), pair_(pair), terms_(terms), scratch_(scratch), kernels_(ActiveRestoreKernels()) {}
+  Solver(const matrix& y, const FilterPair& pair, std::span<DifferenceTerm* const> terms, SolverScratch& scratch,
+         StandingTeam& team)
+      : y_(y), pair_(pair), terms_(terms), scratch_(scratch), team_(team), kernels_(ActiveRestoreKernels()) {}
 
-  // r0 = y - R x, s = -D x, g = R' r0 + D' s; the sum of g^2.
+  // r0 = y - R x, s = -D x, g = R' r0 + D' s, p = 0; the sum of g^2.
   float Start(const matrix& x) {
-    for (DifferenceTerm* term : terms_) term->Clear();
-    scratch_.residual.copydata(y_);
-    int32_t reduced = 0;
-    for (int32_t r = 0; r < x.n; ++r) ReduceReadyRows(x, r, reduced);
-    return Backward(nullptr, x, 1);
+    ForRuns([&](SolverRun& run) {
+      for (DifferenceTerm* term : terms_) term->Clear(run.number);
+      for (int64_t i = run.residual.Window().begin; i < run.residual.Window().end; ++i)
+        std::copy_n(y_.z[i], y_.m, run.residual[i]);
+      for (int64_t i = run.smallRows.begin; i < run.smallRows.end; ++i) Reduce(x, i, run);
+    });
+    const float sum = Backward(nullptr, &x, 1);
+    ForRuns([&](SolverRun& run) {
+      for (int64_t r = run.direction.Window().begin; r < run.direction.Window().end; ++r)
+        std::fill_n(run.direction[r], x.m, 0.0f);
+    });
+    return sum;
   }
 
   // p = beta p + g, q0 = R p; the sum of the squares of q0 and of every D p.
-  float Forward(matrix& p, float beta) {
-    SquareSum sum;
-    int32_t reduced = 0;
-    for (int32_t r = 0; r < p.n; ++r) {
-      kernels_.scaleAndAdd(p.z[r], beta, scratch_.gradient.z[r], p.m);
-      ReduceReadyRows(p, r, reduced);
-      if (r > 0) AddSquares(sum, p, r - 1);
-    }
-    AddSquares(sum, p, p.n - 1);
-    kernels_.addSquares(sum.parts, scratch_.reducedDirection.x, scratch_.reducedDirection.mn);
-    return sum.Total();
+  float Forward(float beta) {
+    return Sum([&](SolverRun& run) { ForwardRun(run, beta); });
   }
 
-  // x += alpha p (x may be missing), r0 -= alpha q0, s -= alpha D p, g = R' r0 + D' s; the sum of g^2.
-  float Backward(matrix* x, const matrix& p, float alpha) {
-    SquareSum sum;
-    kernels_.addScaled(scratch_.residual.x, -alpha, scratch_.reducedDirection.x, scratch_.residual.mn);
-    for (int32_t r = 0; r < p.n; ++r) {
-      if (x) kernels_.addScaled(x->z[r], alpha, p.z[r], p.m);
-      for (DifferenceTerm* term : terms_) term->Step(p, r, alpha);
-      if (r > 0) FormGradient(sum, r - 1);
-    }
-    FormGradient(sum, p.n - 1);
-    return sum.Total();
+  // x += alpha p (x may be missing), r0 -= alpha q0, s -= alpha D p, g = R' r0 + D' s; the sum of g^2. p: another plane
+  // in place of the direction, or null.
+  float Backward(matrix* x, const matrix* p, float alpha) {
+    return Sum([&](SolverRun& run) { BackwardRun(run, x, p ? PlaneRows(*p) : run.direction.Rows(), alpha); });
+  }
+
+  // x += alpha p alone.
+  void Finish(matrix& x, float alpha) {
+    ForRuns([&](SolverRun& run) {
+      kernels_.addScaled(x.z[run.rows.begin], alpha, scratch_.direction.z[run.rows.begin],
+                         (run.rows.end - run.rows.begin) * x.m);
+    });
   }
 
  private:
-  // The rows of q0 that need none of p beyond row r.
-  void ReduceReadyRows(const matrix& p, int32_t r, int32_t& reduced) {
-    for (; reduced < y_.n && pair_.LastSource(reduced) <= r; ++reduced)
-      pair_.ReduceRow(p, reduced, scratch_.reducedDirection.z[reduced]);
+  template <typename Work>
+  void ForRuns(const Work& work) {
+    team_.ForEach(std::ssize(scratch_.runs), [&](int64_t i) { work(scratch_.runs[static_cast<size_t>(i)]); });
   }
 
-  void AddSquares(SquareSum& sum, const matrix& p, int32_t r) const {
-    for (const DifferenceTerm* term : terms_) term->AddSquares(sum.parts, p, r);
+  // The work on all runs, and the sum of what it found of every block, in the order of the blocks.
+  template <typename Work>
+  float Sum(const Work& work) {
+    ForRuns([&](SolverRun& run) {
+      for (int64_t b = run.blocks.begin; b < run.blocks.end; ++b) SumOf(b) = {};
+      work(run);
+    });
+    SquareSum sum = SumOf(0);
+    for (int64_t b = 1; b < scratch_.cut.Blocks(); ++b) sum.Add(SumOf(b));
+    return sum.Total();
+  }
+  SquareSum& SumOf(int64_t block) { return scratch_.sums[static_cast<size_t>(block)]; }
+  double* SumsOfRow(int64_t r) { return SumOf(scratch_.cut.BlockOf(r)).parts; }
+
+  void Reduce(const PlaneRows& p, int64_t i, SolverRun& run) {
+    pair_.ReduceRow(p, static_cast<int32_t>(i), scratch_.reducedDirection.z[i], run.lines);
   }
 
-  void FormGradient(SquareSum& sum, int32_t r) {
+  // Rows of q0 are made as soon as the rows of p are there; what is squared of them waits until the block's differences
+  // have been, so that a block's sum has one order whatever the filter's reach.
+  void ForwardRun(SolverRun& run, float beta) {
+    const PlaneRows p = run.direction.Rows();
+    const Range window = run.direction.Window();
+    int64_t reduced = run.smallRows.begin, block = run.blocks.begin;
+    const auto closeBlocks = [&](int64_t squared) {
+      for (; block < run.blocks.end; ++block) {
+        const Range one{block, block + 1}, small = scratch_.cut.SmallRows(one);
+        if (squared < scratch_.cut.Rows(one).end || reduced < small.end) return;
+        kernels_.addSquares(SumOf(block).parts, scratch_.reducedDirection.z[small.begin],
+                            (small.end - small.begin) * y_.m);
+      }
+    };
+    for (int64_t r = window.begin; r < window.end; ++r) {
+      kernels_.scaleAndAdd(run.direction[r], beta, scratch_.gradient.z[r], p.m);
+      for (; reduced < run.smallRows.end && pair_.LastSource(static_cast<int32_t>(reduced)) <= r; ++reduced)
+        Reduce(p, reduced, run);
+      if (r > run.rows.begin && r <= run.rows.end) AddSquares(p, r - 1);
+      closeBlocks(r);
+    }
+    if (run.rows.end == p.n) AddSquares(p, p.n - 1);
+    closeBlocks(run.rows.end);
+  }
+
+  void AddSquares(const PlaneRows& p, int64_t r) {
+    for (const DifferenceTerm* term : terms_) term->AddSquares(SumsOfRow(r), p, static_cast<int32_t>(r));
+  }
+
+  // The row above the run's own ones is stepped too, for the sake of what its differences add to the first one.
+  void BackwardRun(SolverRun& run, matrix* x, const PlaneRows& p, float alpha) {
+    int64_t stepped = run.residual.Window().begin;
+    run.lines.Begin(stepped);
+    const auto formGradient = [&](int64_t r) {
+      for (; stepped <= pair_.LastShare(r); ++stepped)
+        kernels_.addScaled(run.residual[stepped], -alpha, scratch_.reducedDirection.z[stepped], y_.m);
+      FormGradient(run, r);
+    };
+    for (int64_t r = std::max<int64_t>(run.rows.begin - 1, 0); r < run.rows.end; ++r) {
+      if (x && r >= run.rows.begin) kernels_.addScaled(x->z[r], alpha, p[r], p.m);
+      for (DifferenceTerm* term : terms_) term->Step(p, static_cast<int32_t>(r), alpha, run.number);
+      if (r > run.rows.begin) formGradient(r - 1);
+    }
+    formGradient(run.rows.end - 1);
+  }
+
+  void FormGradient(SolverRun& run, int64_t r) {
     float* g = scratch_.gradient.z[r];
-    pair_.AdjointRow(scratch_.residual, r, g);
-    for (const DifferenceTerm* term : terms_) term->AddAdjoint(g, r);
-    kernels_.addSquares(sum.parts, g, scratch_.gradient.m);
+    pair_.AdjointRow(run.residual.Rows(), r, g, run.lines);
+    for (const DifferenceTerm* term : terms_) term->AddAdjoint(g, static_cast<int32_t>(r), run.number);
+    kernels_.addSquares(SumsOfRow(r), g, scratch_.gradient.m);
   }
 
   const matrix& y_;
-  FilterPair& pair_;
+  const FilterPair& pair_;
   std::span<DifferenceTerm* const> terms_;
   SolverScratch& scratch_;
+  StandingTeam& team_;
   const RestoreKernels& kernels_;
 };
 
@@ -107,30 +157,44 @@ class StepCount {
 
 }  // namespace
 
-SolverScratch::SolverScratch(const FilterPair& pair)
+SolverScratch::SolverScratch(const FilterPair& pair, const RowRuns& rowRuns)
     : direction(pair.Factor() * pair.SmallWidth(), pair.Factor() * pair.SmallHeight()),
       gradient(direction.m, direction.n),
       residual(pair.SmallWidth(), pair.SmallHeight()),
-      reducedDirection(residual.m, residual.n) {}
+      reducedDirection(residual.m, residual.n),
+      cut(rowRuns),
+      sums(static_cast<size_t>(rowRuns.Blocks())) {
+  const auto together = [](Range a, Range b) { return Range{std::min(a.begin, b.begin), std::max(a.end, b.end)}; };
+  for (int32_t i = 0; i < cut.Runs(); ++i) {
+    const Range blocks = cut.BlocksOf(i), rows = cut.Rows(blocks), small = cut.SmallRows(blocks);
+    // Differences look at the row below; those of the row above add to the run's first one.
+    const Range around{std::max<int64_t>(rows.begin - 1, 0), std::min<int64_t>(rows.end + 1, direction.n)};
+    runs.push_back({i,
+                    blocks,
+                    rows,
+                    small,
+                    {direction, rows, together(around, pair.Sources(small))},
+                    {residual, small, together(small, pair.Shares(rows))},
+                    FilterLines(pair)});
+  }
+}
 
-bool StepTowardsMinimum(matrix& x, const matrix& y, FilterPair& pair, std::span<DifferenceTerm* const> terms,
-                        int32_t steps, SolverScratch& scratch, Progress* progress) {
+bool StepTowardsMinimum(matrix& x, const matrix& y, const FilterPair& pair, std::span<DifferenceTerm* const> terms,
+                        int32_t steps, SolverScratch& scratch, StandingTeam& team, Progress* progress) {
   if (steps <= 0) return true;
   StepCount count(progress, steps);
-  Solver solver(y, pair, terms, scratch);
-  matrix& p = scratch.direction;
+  Solver solver(y, pair, terms, scratch, team);
   float rho = solver.Start(x), beta = 0;
-  p.fill(0);
   for (int32_t step = 0; step < steps; ++step) {
-    const float denominator = solver.Forward(p, beta);
+    const float denominator = solver.Forward(beta);
     if (denominator <= 0) break;
     const float alpha = rho / denominator;
     // Nothing but x is needed of the last step.
     if (step == steps - 1 || std::isnan(alpha)) {
-      ActiveRestoreKernels().addScaled(x.x, alpha, p.x, x.mn);
+      solver.Finish(x, alpha);
       return !std::isnan(alpha);
     }
-    const float next = solver.Backward(&x, p, alpha);
+    const float next = solver.Backward(&x, nullptr, alpha);
     if (rho <= 0) break;
     beta = next / rho;
     rho = next;

@@ -15,19 +15,21 @@ namespace {
 class PlaneRestorer {
  public:
   PlaneRestorer(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
-                Progress* progress)
+                Progress* progress, StandingTeam& team)
       : working_(working),
         observed_(observed),
         parameters_(parameters),
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
+        team_(team),
+        cut_(observed.n, parameters.factor, team),
         mask_(parameters.type == kMarkingType ? DilateMask(mask) : mask),
         pixels_(mask_, parameters.factor * observed.n) {}
 
   void Run() {
     Iterate(recipe_.first, true);
     if (recipe_.secondPass && parameters_.emphasis > 0 && parameters_.iterations != 0) {
-      EmphasiseDeviations(working_, observed_, mask_, parameters_.factor, parameters_.emphasis);
+      EmphasiseDeviations(working_, observed_, mask_, parameters_.factor, parameters_.emphasis, team_);
       Iterate(recipe_.first, recipe_.followField);
     }
     if (!recipe_.tail.terms.empty()) terms_.clear();
@@ -38,7 +40,7 @@ class PlaneRestorer {
   // What the first update step needs.
   void Prepare() {
     pair_.emplace(UpdateFilter(parameters_), parameters_.factor, observed_.m, observed_.n);
-    scratch_.emplace(*pair_);
+    scratch_.emplace(*pair_, cut_);
     if (working_.mn > 0) return;
     working_.dim(scratch_->direction.m, scratch_->direction.n);
     working_.fill(0);
@@ -51,8 +53,9 @@ class PlaneRestorer {
     if (terms_.empty()) MakeTerms(stage);
     for (int64_t i = 0; i < iterations; ++i) {
       if (needsField_ && followField)
-        FindOrientation(field_, working_, static_cast<double>(parameters_.factor) * parameters_.orientationScale);
-      for (const auto& term : terms_) term->Weigh(working_);
+        FindOrientation(field_, working_, static_cast<double>(parameters_.factor) * parameters_.orientationScale,
+                        team_);
+      for (const auto& term : terms_) term->Weigh(working_, team_);
       if (!Update(parameters_.steps / stage.stepDivisor)) return;
       if (progress_) progress_->Advance();
     }
@@ -61,18 +64,19 @@ class PlaneRestorer {
   bool Update(int32_t steps) {
     std::vector<DifferenceTerm*> terms;
     for (const auto& term : terms_) terms.push_back(term.get());
-    return StepTowardsMinimum(working_, observed_, *pair_, terms, steps, *scratch_, progress_);
+    return StepTowardsMinimum(working_, observed_, *pair_, terms, steps, *scratch_, team_, progress_);
   }
 
   void MakeTerms(const Stage& stage) {
     const TermSetting setting{working_.m,
-                              working_.n,
+                              cut_,
                               {stage.rule, parameters_.lambda, parameters_.delta, parameters_.shapeDot},
                               {stage.rule, parameters_.lambdaCross, parameters_.deltaCross, parameters_.shapeCross},
                               field_,
                               pixels_,
                               observed_,
-                              parameters_.factor};
+                              parameters_.factor,
+                              team_};
     needsField_ = false;
     for (const TermRow* row : TermsOf(stage, parameters_)) {
       terms_.push_back(row->make(setting));
@@ -85,6 +89,8 @@ class PlaneRestorer {
   const RestoreParameters& parameters_;
   const Recipe& recipe_;
   Progress* progress_;
+  StandingTeam& team_;
+  const RowRuns cut_;
   BitMask mask_;  // the dilated one for the masked type, else the image's
   PixelList pixels_;
   std::optional<FilterPair> pair_;
@@ -97,8 +103,8 @@ class PlaneRestorer {
 }  // namespace
 
 void restore(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
-             Progress* progress) {
-  if (observed.mn > 0) PlaneRestorer(working, mask, observed, parameters, progress).Run();
+             Progress* progress, StandingTeam& team) {
+  if (observed.mn > 0) PlaneRestorer(working, mask, observed, parameters, progress, team).Run();
 }
 
 FilterChoice UpdateFilter(const RestoreParameters& parameters) {
@@ -118,14 +124,17 @@ int64_t PlaneWork(const RestoreParameters& parameters) {
   return static_cast<int64_t>(std::min(passes * work(recipe.first) + work(recipe.tail), 1e12));
 }
 
-void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount) {
+void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount,
+                         StandingTeam& team) {
   const bool masked = !mask.Empty() && mask.width == working.m && mask.height == working.n;
-  for (int32_t r = 0; r < working.n; ++r)
-    for (int32_t c = 0; c < working.m; ++c) {
-      if (masked && !mask.Get(r, c)) continue;
-      float& x = working.z[r][c];
-      x += (x - observed.z[r / f][c / f]) * amount;
-    }
+  ForRows(team, working.m, working.n, [&](int64_t begin, int64_t end) {
+    for (int64_t r = begin; r < end; ++r)
+      for (int32_t c = 0; c < working.m; ++c) {
+        if (masked && !mask.Get(static_cast<int32_t>(r), c)) continue;
+        float& x = working.z[r][c];
+        x += (x - observed.z[r / f][c / f]) * amount;
+      }
+  });
 }
 
 }  // namespace norv

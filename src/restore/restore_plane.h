@@ -6,6 +6,7 @@
 #include "image/bit_mask.h"
 #include "linear/matrix2.h"
 #include "platform/progress.h"
+#include "platform/threads/standing_team.h"
 #include "raster/filters.h"
 #include "restore/parameters.h"
 
@@ -14,9 +15,10 @@ namespace norv {
 // Makes the working plane (f*w x f*h, an enlargement of the observed one, w x h) sharper while it stays consistent
 // with the observed plane under the reduction of the kernel code. mask: the image's grown edge mask, empty when nothing
 // was marked. An empty working plane is sized and cleared by the first update step. progress: may be null; advanced by
-// PlaneWork() unless the plane becomes NaN. Throws as UpdateFilter, where an update step is taken.
+// PlaneWork() unless the plane becomes NaN. team: does the work; no bit of the plane depends on its size. Throws as
+// UpdateFilter, where an update step is taken.
 void restore(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
-             Progress* progress);
+             Progress* progress, StandingTeam& team = StandingTeam::Alone());
 
 // The reduction that the update steps undo. Throws a message (const char*) for a kernel code without a filter.
 FilterChoice UpdateFilter(const RestoreParameters& parameters);
@@ -26,6 +28,7 @@ int64_t PlaneWork(const RestoreParameters& parameters);
 
 // Every pixel of a small pixel's f x f block moves away from it: x += (x - y) * amount. With a mask of the working
 // plane's size, only the pixels set in it.
-void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount);
+void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount,
+                         StandingTeam& team);
 
 }  // namespace norv

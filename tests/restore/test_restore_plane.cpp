@@ -1,4 +1,5 @@
 // One plane: every regulariser type against the definitions in dense doubles, and the same bits at every vector level.
+#include "restore/blocks/row_runs.h"
 #include "restore/edge_mask.h"
 #include "restore/restore_plane.h"
 #include "simd/levels.h"
@@ -19,9 +20,9 @@ struct Case {
     if (p.type == 3) MarkEdges(mask, working, p.edgeThreshold);
   }
 
-  matrix Fast() const {
+  matrix Fast(StandingTeam& team = StandingTeam::Alone()) const {
     matrix x = working;
-    restore(x, mask, observed, parameters, nullptr);
+    restore(x, mask, observed, parameters, nullptr, team);
     return x;
   }
   // The plain way, from a start that is off by `error` grey levels in a chequered pattern.
@@ -66,7 +67,8 @@ TEST_CASE("every regulariser type does what its definition says, on planes of an
     }
   };
   check(5, 4, 2, -1, 0, 0.3f);
-  check(6, 5, 2, -1, 0.4f, 0);  // types 1 and 5 without the cross weights
+  check(2, 50, 2, -1, 0, 0.3f);  // several blocks
+  check(6, 5, 2, -1, 0.4f, 0);   // types 1 and 5 without the cross weights
   const int32_t shapes[][4] = {{5, 4, 2, -1}, {1, 1, 1, -1},  {1, 1, 2, -1},  {1, 4, 2, 3}, {5, 1, 3, -1}, {2, 2, 4, 5},
                                {3, 5, 3, 1},  {4, 3, 2, -35}, {3, 3, 5, -20}, {3, 4, 4, 0}, {9, 2, 1, -1}};
   for (const auto& [w, h, factor, code] : shapes) check(w, h, factor, code, 0.4f, 0.3f);
@@ -90,6 +92,46 @@ TEST_CASE("without iterations or steps nothing is done; an empty plane begins as
   masked.mask = BitMask();
   masked.parameters.emphasis = 0;
   CHECK(SameBits(masked.Fast(), plain.Fast()));
+}
+
+TEST_CASE("a restoration gives the same bits on every number of threads") {
+  // Shorter than a block, one row, blocks of odd heights, filters that reach over several blocks, a last block longer
+  // than the others, more threads than rows; and wide enough for the other loops to be shared out.
+  const int32_t shapes[][4] = {{9, 5, 2, -1}, {9, 1, 1, -1},  {6, 70, 3, -1},  {5, 150, 1, -35},
+                               {4, 23, 7, 5}, {3, 9, 64, -1}, {300, 97, 2, 1}, {5, 40, 5, -11}};
+  for (const int32_t threads : {2, 3, 16}) {
+    StandingTeam team(threads);
+    for (int32_t type = -1; type <= 7; ++type)
+      for (const auto& [w, h, factor, code] : shapes) {
+        RestoreParameters p = TestParameters(type, factor);
+        p.kernelCode = code;
+        if (w > 9) p.iterations = 1;
+        INFO("type ", type, " of ", w, " x ", h, " factor ", factor, " on ", threads);
+        const Case one(w, h, p);
+        CHECK(SameBits(one.Fast(team), one.Fast()));
+      }
+  }
+}
+
+TEST_CASE("sums are formed by blocks that do not depend on the team, the last one the longest") {
+  StandingTeam team(16);
+  for (const int32_t factor : {1, 3, 33})
+    for (const int32_t rows : {1, 31, 64, 95, 500}) {
+      const RowRuns alone(rows, factor), shared(rows, factor, team);
+      CHECK(alone.Runs() == 1);
+      CHECK(shared.Runs() >= std::min(16, shared.Blocks()));
+      REQUIRE(shared.Blocks() == alone.Blocks());
+      int64_t next = 0;
+      for (int32_t run = 0; run < shared.Runs(); ++run) {
+        const Range mine = shared.Rows(shared.BlocksOf(run));
+        CHECK(mine.begin == next);
+        for (int64_t r = mine.begin; r < mine.end; ++r) CHECK(shared.BlockOf(r) == alone.BlockOf(r));
+        next = mine.end;
+      }
+      CHECK(next == factor * rows);
+      const auto length = [&](int64_t b) { return alone.Rows({b, b + 1}).end - alone.Rows({b, b + 1}).begin; };
+      CHECK(length(alone.Blocks() - 1) >= length(0));
+    }
 }
 
 TEST_CASE("a restoration gives the same bits at every vector level") {

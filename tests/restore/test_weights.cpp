@@ -44,7 +44,7 @@ TEST_CASE("the orientation field, unsmoothed, smoothed, and with scales beyond t
     for (const double scale : {0.0, 0.4, 1.4, 9.0}) {
       const matrix x = RandomPlane(w, 6, 11, 0, size);
       OrientationField field;
-      FindOrientation(field, x, scale);
+      FindOrientation(field, x, scale, StandingTeam::Alone());
       const PlainField plain = PlainOrientation(PlainPlane(x), scale);
       for (int32_t i = 0; i < x.mn; ++i) {
         CAPTURE(w);
@@ -62,12 +62,12 @@ TEST_CASE("no direction on a flat plane; NaN means no smoothing; infinite scales
   matrix flat(9, 9);
   flat.fill(3);
   OrientationField field, other;
-  FindOrientation(field, flat, 1);
+  FindOrientation(field, flat, 1, StandingTeam::Alone());
   for (int32_t i = 0; i < 81; ++i) CHECK((field.u1.x[i] == 0 && field.u2.x[i] == 0));
   const matrix x = RandomPlane(9, 9, 12);
   for (const auto& [scale, same] : {std::pair{std::nan(""), 0.0}, {HUGE_VAL, 900.0}}) {
-    FindOrientation(field, x, scale);
-    FindOrientation(other, x, same);
+    FindOrientation(field, x, scale, StandingTeam::Alone());
+    FindOrientation(other, x, same, StandingTeam::Alone());
     CHECK(SameBits(field.u1, other.u1));
   }
 }

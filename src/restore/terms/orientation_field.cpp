@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "platform/memory.h"
+#include "restore/blocks/row_runs.h"
 #include "simd/math/math.h"
 #include "simd/resample/kernels.h"
 
@@ -16,7 +17,8 @@ constexpr int32_t kComponents = 3;  // of the symmetric tensor
 // Tensor rows smoothed along themselves, as many as smoothing along columns needs at a time.
 class TensorRows {
  public:
-  TensorRows(const matrix& x, const SmoothingTaps& across, const SmoothingTaps& down)
+  // For smoothed rows from `first` on.
+  TensorRows(const matrix& x, const SmoothingTaps& across, const SmoothingTaps& down, int64_t first)
       : x_(x),
         across_(across),
         reach_(down.offsets.back()),
@@ -24,7 +26,8 @@ class TensorRows {
         before_(-across.offsets.front()),
         behind_(across.offsets.back()),
         ring_(MakeAligned<float>(static_cast<size_t>(kComponents) * kept_ * x.m)),
-        taken_(across.offsets.size()) {
+        taken_(across.offsets.size()),
+        made_(std::max<int64_t>(first + down.offsets.front(), 0)) {
     for (auto& line : lines_) line = MakeAligned<float>(static_cast<size_t>(before_ + x.m + behind_));
   }
 
@@ -32,16 +35,16 @@ class TensorRows {
     return ring_.get() + (component * int64_t{kept_} + r % kept_) * x_.m;
   }
   // Makes every row that the smoothed row r needs.
-  void Provide(int32_t r) {
+  void Provide(int64_t r) {
     for (; made_ < x_.n && made_ <= r + reach_; ++made_) Make(made_);
   }
 
  private:
-  void Make(int32_t r) {
+  void Make(int64_t r) {
     const RestoreKernels& kernels = ActiveRestoreKernels();
     std::array<float*, kComponents> line;
     for (int32_t k = 0; k < kComponents; ++k) line[k] = lines_[k].get() + before_;
-    ForCells(x_, r, [&](CellRow cells, int64_t c, int64_t n) {
+    ForCells(x_, static_cast<int32_t>(r), [&](CellRow cells, int64_t c, int64_t n) {
       kernels.tensor(line[0] + c, line[1] + c, line[2] + c, cells, n);
     });
     for (int32_t k = 0; k < kComponents; ++k) {
@@ -61,8 +64,26 @@ class TensorRows {
   AlignedArray<float> ring_;
   std::array<AlignedArray<float>, kComponents> lines_;
   std::vector<const float*> taken_;
-  int32_t made_ = 0;
+  int64_t made_;
 };
+
+void FindRows(OrientationField& field, const matrix& x, const SmoothingTaps& across, const SmoothingTaps& down,
+              Range which) {
+  TensorRows tensor(x, across, down, which.begin);
+  const int64_t count = std::ssize(down.offsets);
+  std::vector<const float*> rows(down.offsets.size());
+  auto smoothed = MakeAligned<float>(static_cast<size_t>(kComponents) * x.m);
+  for (int64_t r = which.begin; r < which.end; ++r) {
+    tensor.Provide(r);
+    for (int32_t k = 0; k < kComponents; ++k) {
+      for (int64_t t = 0; t < count; ++t) rows[t] = tensor.Row(k, MirrorIndex(r + down.offsets[t], x.n));
+      ActiveResampleKernels().combineRows(smoothed.get() + int64_t{k} * x.m, rows.data(), down.weights.data(), count,
+                                          x.m);
+    }
+    const float* j = smoothed.get();
+    ActiveRestoreKernels().direction(field.u1.z[r], field.u2.z[r], j, j + x.m, j + 2 * int64_t{x.m}, x.m);
+  }
+}
 
 }  // namespace
 
@@ -84,26 +105,18 @@ SmoothingTaps GaussianTaps(double scale, int64_t n) {
   return taps;
 }
 
-void FindOrientation(OrientationField& field, const matrix& x, double scale) {
+void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team) {
   field.u1.dim(x.m, x.n);
   field.u2.dim(x.m, x.n);
   if (x.mn == 0) return;
   const double smoothing = scale > 0 ? std::min(scale, 100.0 * std::max(x.m, x.n)) : 0;
   const SmoothingTaps across = GaussianTaps(smoothing, x.m), down = GaussianTaps(smoothing, x.n);
-  TensorRows tensor(x, across, down);
-  const int64_t count = static_cast<int64_t>(down.offsets.size());
-  std::vector<const float*> rows(down.offsets.size());
-  auto smoothed = MakeAligned<float>(static_cast<size_t>(kComponents) * x.m);
-  for (int32_t r = 0; r < x.n; ++r) {
-    tensor.Provide(r);
-    for (int32_t k = 0; k < kComponents; ++k) {
-      for (int64_t t = 0; t < count; ++t) rows[t] = tensor.Row(k, MirrorIndex(r + down.offsets[t], x.n));
-      ActiveResampleKernels().combineRows(smoothed.get() + int64_t{k} * x.m, rows.data(), down.weights.data(), count,
-                                          x.m);
-    }
-    const float* j = smoothed.get();
-    ActiveRestoreKernels().direction(field.u1.z[r], field.u2.z[r], j, j + x.m, j + 2 * int64_t{x.m}, x.m);
-  }
+  // Every part makes the tensor of the rows around it once more. Folded smoothing looks at all rows from everywhere.
+  const bool folded = down.offsets.front() == 0 && down.offsets.back() > 0;
+  const int64_t reach = folded ? x.n : down.offsets.back();
+  team.ForParts(x.n, std::max(kPixelsWorthACut / x.m + 1, 4 * reach), [&](int64_t begin, int64_t end) {
+    FindRows(field, x, across, down, {begin, end});
+  });
 }
 
 }  // namespace norv

@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "linear/matrix2.h"
+#include "platform/threads/standing_team.h"
 #include "raster/edges.h"
+#include "restore/blocks/plane_rows.h"
 #include "simd/restore/kernels.h"
 
 namespace norv {
@@ -21,7 +23,7 @@ struct OrientationField {
 
 // Field of the plane x with the tensor's planes smoothed by a Gaussian of `scale` pixels (radius ceil(3 scale),
 // mirrored edges); 0, less and NaN: no smoothing. Scales beyond 100 times the longer side count as that.
-void FindOrientation(OrientationField& field, const matrix& x, double scale);
+void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team);
 
 // Weighted neighbours on an axis of n elements: element i gathers the elements MirrorIndex(i + offset) with weights of
 // sum 1. A reach longer than the mirror's period is folded onto one period.
@@ -33,9 +35,9 @@ SmoothingTaps GaussianTaps(double scale, int64_t n);
 
 // The cells of row r of a plane, mirrored at the far borders: body(cells, column, count) for runs of neighbours.
 template <typename Body>
-void ForCells(const matrix& x, int32_t r, const Body& body) {
-  const float* upper = x.z[r];
-  const float* lower = x.z[MirrorIndex(int64_t{r} + 1, x.n)];
+void ForCells(const PlaneRows& x, int32_t r, const Body& body) {
+  const float* upper = x[r];
+  const float* lower = x[MirrorIndex(int64_t{r} + 1, x.n)];
   const int64_t last = x.m - 1;
   body(CellRow{upper, lower, 1}, int64_t{0}, last);
   body(CellRow{upper + last, lower + last, MirrorIndex(last + 1, x.m) - last}, last, int64_t{1});

@@ -15,28 +15,29 @@ constexpr TermRow Row(TermKind kind, FieldUse field, bool onlyIfAsked, Made (*ma
   return {kind, make, Term::kPlanes, field, onlyIfAsked};
 }
 
-Made MakeCross(Setting s) { return std::make_unique<CrossTerm>(s.w, s.h, s.cross, s.field); }
+Made MakeCross(Setting s) { return std::make_unique<CrossTerm>(s.w, s.cut, s.cross, s.field); }
 
 // By ascending kind.
 constexpr TermRow kTerms[] = {
     Row<IsotropicTerm>(TermKind::isotropic, FieldUse::none, false,
-                       [](Setting s) -> Made { return std::make_unique<IsotropicTerm>(s.w, s.h, s.plain); }),
+                       [](Setting s) -> Made { return std::make_unique<IsotropicTerm>(s.w, s.cut, s.plain); }),
     Row<CrossTerm>(TermKind::cross, FieldUse::reads, false, MakeCross),
     Row<CrossTerm>(TermKind::crossIfAsked, FieldUse::reads, true, MakeCross),
     Row<ScaledCrossTerm>(
         TermKind::scaledIfAsked, FieldUse::scales, true,
-        [](Setting s) -> Made { return std::make_unique<ScaledCrossTerm>(s.w, s.h, s.cross, s.field); }),
+        [](Setting s) -> Made { return std::make_unique<ScaledCrossTerm>(s.w, s.cut, s.cross, s.field); }),
     Row<DirectionalTerm>(
         TermKind::crossAndDot, FieldUse::reads, false,
-        [](Setting s) -> Made { return std::make_unique<DirectionalTerm>(s.w, s.h, s.cross, s.plain, s.field); }),
+        [](Setting s) -> Made { return std::make_unique<DirectionalTerm>(s.w, s.cut, s.cross, s.plain, s.field); }),
     Row<MaskedTerm>(
         TermKind::masked, FieldUse::reads, false,
-        [](Setting s) -> Made { return std::make_unique<MaskedTerm>(s.w, s.h, s.cross, s.field, s.pixels); }),
+        [](Setting s) -> Made { return std::make_unique<MaskedTerm>(s.w, s.cut, s.cross, s.field, s.pixels); }),
     Row<AxisTerm>(TermKind::axis, FieldUse::none, false,
-                  [](Setting s) -> Made { return std::make_unique<AxisTerm>(s.w, s.h, s.plain); }),
+                  [](Setting s) -> Made { return std::make_unique<AxisTerm>(s.w, s.cut, s.plain); }),
     Row<ReferenceTerm>(TermKind::reference, FieldUse::none, false,
                        [](Setting s) -> Made {
-                         return std::make_unique<ReferenceTerm>(ReferencePlane(s.observed, s.factor), s.plain);
+                         return std::make_unique<ReferenceTerm>(ReferencePlane(s.observed, s.factor, s.team), s.cut,
+                                                                s.plain, s.team);
                        }),
 };
 

@@ -33,12 +33,14 @@ enum class FieldUse {
 
 // What terms are made for.
 struct TermSetting {
-  int32_t w, h;             // of the enlarged plane
+  int32_t w;                // of the enlarged plane
+  const RowRuns& cut;       // of its rows
   Weighting plain, cross;   // by lambda and delta, and by their cross values
   OrientationField& field;  // outlives the term, as do the following
   const PixelList& pixels;
   const matrix& observed;
   int32_t factor;
+  StandingTeam& team;
 };
 
 struct TermRow {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "raster/separable.h"
+#include "restore/blocks/row_runs.h"
 
 namespace norv {
 namespace {
@@ -29,18 +30,23 @@ double Resample(const ResampleTable& table, int32_t k, const double* line, int64
 
 }  // namespace
 
-matrix ReferencePlane(const matrix& observed, int32_t f) {
+matrix ReferencePlane(const matrix& observed, int32_t f, StandingTeam& team) {
   const ResampleTable across = EnlargementTable(observed.m, f), down = EnlargementTable(observed.n, f);
   const int64_t w = across.Length(), h = observed.n;
   matrix reference(across.Length(), down.Length());
-  std::vector<double> row(static_cast<size_t>(observed.m)), wide(static_cast<size_t>(w * h));
-  for (int32_t r = 0; r < observed.n; ++r) {
-    for (int32_t c = 0; c < observed.m; ++c) row[c] = static_cast<double>(observed.z[r][c]);
-    for (int32_t k = 0; k < across.Length(); ++k) wide[r * w + k] = Resample(across, k, row.data(), 1, observed.m);
-  }
-  for (int32_t k = 0; k < reference.n; ++k)
-    for (int32_t c = 0; c < reference.m; ++c)
-      reference.z[k][c] = static_cast<float>(-Resample(down, k, wide.data() + c, w, h));
+  std::vector<double> wide(static_cast<size_t>(w * h));
+  ForRows(team, across.Length(), h, [&](int64_t begin, int64_t end) {
+    std::vector<double> row(static_cast<size_t>(observed.m));
+    for (int64_t r = begin; r < end; ++r) {
+      for (int32_t c = 0; c < observed.m; ++c) row[c] = static_cast<double>(observed.z[r][c]);
+      for (int32_t k = 0; k < across.Length(); ++k) wide[r * w + k] = Resample(across, k, row.data(), 1, observed.m);
+    }
+  });
+  ForRows(team, reference.m, reference.n, [&](int64_t begin, int64_t end) {
+    for (int64_t k = begin; k < end; ++k)
+      for (int32_t c = 0; c < reference.m; ++c)
+        reference.z[k][c] = static_cast<float>(-Resample(down, static_cast<int32_t>(k), wide.data() + c, w, h));
+  });
   return reference;
 }
 

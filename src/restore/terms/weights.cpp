@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "raster/edges.h"
+#include "restore/blocks/row_runs.h"
 #include "simd/restore/kernels.h"
 
 namespace norv {
@@ -41,14 +42,21 @@ static_assert([] {
   return std::size(kRules) == static_cast<size_t>(Rule::shaped) + 1;
 }());
 
+template <typename Body>
+void ForEachRow(const matrix& w, StandingTeam& team, const Body& body) {
+  ForRows(team, w.m, w.n, [&](int64_t begin, int64_t end) {
+    for (int64_t r = begin; r < end; ++r) body(static_cast<int32_t>(r));
+  });
+}
+
 // Weights of the mirrored cells of every row; `measure` fills a run of a row with their g.
 template <typename Measure>
-void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, const Measure& measure) {
+void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team, const Measure& measure) {
   w.dim(x.m, x.n);
-  for (int32_t r = 0; r < x.n; ++r) {
+  ForEachRow(w, team, [&](int32_t r) {
     ForCells(x, r, [&](CellRow cells, int64_t c, int64_t n) { measure(w.z[r] + c, cells, r, c, n); });
     ApplyRule(w.z[r], x.m, weighting, false);
-  }
+  });
 }
 
 }  // namespace
@@ -59,37 +67,39 @@ void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool square
   row.apply(values, n, weighting, squared);
 }
 
-void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting) {
+void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team) {
   w.dim(x.m - 1, x.n - 1);
-  for (int32_t r = 0; w.mn > 0 && r < w.n; ++r) {
+  ForEachRow(w, team, [&](int32_t r) {
     ActiveRestoreKernels().measureIsotropic(w.z[r], {x.z[r], x.z[r + 1], 1}, w.m);
     ApplyRule(w.z[r], w.m, weighting, true);
-  }
+  });
 }
 
-void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting) {
-  WeighCells(w, x, weighting, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
+void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
+                StandingTeam& team) {
+  WeighCells(w, x, weighting, team, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
     ActiveRestoreKernels().measureCross(out, cells, field.Row(r, c), n);
   });
 }
 
-void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting) {
-  WeighCells(w, x, weighting, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
+void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
+              StandingTeam& team) {
+  WeighCells(w, x, weighting, team, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
     ActiveRestoreKernels().measureDot(out, cells, field.Row(r, c), n);
   });
 }
 
-void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting) {
+void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team) {
+  const auto weigh = [&](matrix& w, int64_t right, int32_t below) {
+    ForEachRow(w, team, [&](int32_t r) {
+      ActiveRestoreKernels().measureDifference(w.z[r], x.z[r + below] + right, x.z[r], w.m);
+      ApplyRule(w.z[r], w.m, weighting, false);
+    });
+  };
   across.dim(x.m - 1, x.n);
-  for (int32_t r = 0; across.mn > 0 && r < across.n; ++r) {
-    ActiveRestoreKernels().measureDifference(across.z[r], x.z[r] + 1, x.z[r], across.m);
-    ApplyRule(across.z[r], across.m, weighting, false);
-  }
+  weigh(across, 1, 0);
   down.dim(x.m, x.n - 1);
-  for (int32_t r = 0; down.mn > 0 && r < down.n; ++r) {
-    ActiveRestoreKernels().measureDifference(down.z[r], x.z[r + 1], x.z[r], down.m);
-    ApplyRule(down.z[r], down.m, weighting, false);
-  }
+  weigh(down, 0, 1);
 }
 
 // ------------------------------------------------------------------------------------------------ listed pixels
@@ -105,22 +115,24 @@ PixelList::PixelList(const BitMask& mask, int32_t rows) : begin(static_cast<size
   }
 }
 
-CellDifferences CellAt(const matrix& x, int32_t r, int32_t c) {
-  const float *upper = x.z[r], *lower = x.z[MirrorIndex(int64_t{r} + 1, x.n)];
+CellDifferences CellAt(const PlaneRows& x, int32_t r, int32_t c) {
+  const float *upper = x[r], *lower = x[MirrorIndex(int64_t{r} + 1, x.n)];
   const int64_t right = MirrorIndex(int64_t{c} + 1, x.m);
   return {lower[right] - upper[c], lower[c] - upper[right]};
 }
 
 void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
-                 const Weighting& weighting) {
+                 const Weighting& weighting, StandingTeam& team) {
   w.resize(pixels.column.size());
-  for (int32_t r = 0; r + 1 < static_cast<int32_t>(pixels.begin.size()); ++r)
-    for (int64_t k = pixels.begin[r]; k < pixels.begin[r + 1]; ++k) {
+  ForEachRow(x, team, [&](int32_t r) {
+    const int64_t begin = pixels.begin[r], end = pixels.begin[r + 1];
+    for (int64_t k = begin; k < end; ++k) {
       const int32_t c = pixels.column[k];
       const auto [d1, d2] = CellAt(x, r, c);
       w[k] = d1 * field.u2.z[r][c] - d2 * field.u1.z[r][c];
     }
-  ApplyRule(w.data(), static_cast<int64_t>(w.size()), weighting, false);
+    ApplyRule(w.data() + begin, end - begin, weighting, false);
+  });
 }
 
 }  // namespace norv

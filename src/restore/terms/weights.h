@@ -8,6 +8,7 @@
 
 #include "image/bit_mask.h"
 #include "linear/matrix2.h"
+#include "platform/threads/standing_team.h"
 #include "restore/terms/orientation_field.h"
 
 namespace norv {
@@ -30,12 +31,14 @@ struct Weighting {
 void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared);
 
 // Of the (w-1) x (h-1) cells of x; w is dimensioned to that.
-void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting);
+void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team);
 // Of the w x h mirrored cells, across and along the directions.
-void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting);
-void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting);
+void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
+                StandingTeam& team);
+void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
+              StandingTeam& team);
 // Of neighbours in rows ((w-1) x h) and in columns (w x (h-1)).
-void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting);
+void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team);
 
 // The set pixels of a mask in raster order.
 struct PixelList {
@@ -48,12 +51,12 @@ struct PixelList {
 
 // Cross weights at those pixels only, stored compactly.
 void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
-                 const Weighting& weighting);
+                 const Weighting& weighting, StandingTeam& team);
 
 // d1 and d2 of one mirrored cell, for code that looks at single pixels instead of rows.
 struct CellDifferences {
   float d1, d2;
 };
-CellDifferences CellAt(const matrix& x, int32_t r, int32_t c);
+CellDifferences CellAt(const PlaneRows& x, int32_t r, int32_t c);
 
 }  // namespace norv
