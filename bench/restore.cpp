@@ -43,7 +43,7 @@ RestoreParameters Parameters(int32_t type, int32_t factor, int32_t steps, int32_
 
 struct Plane {
   matrix observed, enlarged;
-  explicit Plane(int32_t factor) : observed(Observed(1000 / factor)) {
+  explicit Plane(int32_t factor, int32_t side = 1000) : observed(Observed(side / factor)) {
     ResampleSeparable(observed, enlarged, EnlargementTable(observed.m, factor), EnlargementTable(observed.n, factor));
   }
 };
@@ -253,5 +253,19 @@ void WholePlane(benchmark::State& state) {
   CountSteps(state, plane.enlarged.mn, 12 * kSteps);
 }
 BENCHMARK(WholePlane)->Unit(benchmark::kMillisecond);
+
+// The same of 4 megapixels on a team: what a thread adds, in wall-clock time.
+void OnThreads(benchmark::State& state) {
+  Plane plane(2, 2048);
+  StandingTeam team(static_cast<int32_t>(state.range(1)));
+  const RestoreParameters p = Parameters(static_cast<int32_t>(state.range(0)), 2, kSteps, 2);
+  for (auto _ : state) {
+    matrix x = plane.enlarged;
+    restore(x, BitMask(), plane.observed, p, nullptr, team);
+    benchmark::DoNotOptimize(x.x);
+  }
+  CountSteps(state, plane.enlarged.mn, 2 * p.steps);
+}
+BENCHMARK(OnThreads)->ArgsProduct({{-1, 5}, {1, 2, 4, 16}})->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -10,18 +10,21 @@ namespace norv {
 namespace {
 
 // The first `count` pixels (fewer where a plane has fewer), run by run by way of display RGB.
-void ConvertPlanes(std::array<matrix, 4>& plane, const ColourModel& from, const ColourModel& to, int32_t count) {
-  constexpr int32_t kRun = 256;
-  float rgb[3][kRun];
-  float* const display[] = {rgb[0], rgb[1], rgb[2]};
+void ConvertPlanes(std::array<matrix, 4>& plane, const ColourModel& from, const ColourModel& to, int32_t count,
+                   StandingTeam& team) {
+  constexpr int32_t kRun = 256, kRunsWorthACut = 32;
   for (int32_t k = 0; k < std::max(from.planes, to.planes); ++k) count = std::min(count, plane[k].mn);
-  for (int32_t i = 0; i < count; i += kRun) {
-    float* at[4] = {};
-    for (int32_t k = 0; k < std::max(from.planes, to.planes); ++k) at[k] = plane[k].x + i;
-    const int32_t n = std::min(kRun, count - i);
-    from.runFromModel(display, at, n);
-    to.runToModel(at, display, n);
-  }
+  team.ForParts((int64_t{count} + kRun - 1) / kRun, kRunsWorthACut, [&](int64_t begin, int64_t end) {
+    float rgb[3][kRun];
+    float* const display[] = {rgb[0], rgb[1], rgb[2]};
+    for (int64_t i = begin * kRun; i < std::min<int64_t>(end * kRun, count); i += kRun) {
+      float* at[4] = {};
+      for (int32_t k = 0; k < std::max(from.planes, to.planes); ++k) at[k] = plane[k].x + i;
+      const int32_t n = static_cast<int32_t>(std::min<int64_t>(kRun, count - i));
+      from.runFromModel(display, at, n);
+      to.runToModel(at, display, n);
+    }
+  });
 }
 
 }  // namespace
@@ -60,7 +63,7 @@ void FloatImage::Redim(int32_t newWidth, int32_t newHeight, int32_t newFormat) {
   *this = std::move(made);
 }
 
-void FloatImage::ConvertTo(int32_t newFormat) {
+void FloatImage::ConvertTo(int32_t newFormat, StandingTeam& team) {
   if (ModelOf(newFormat) == ModelOf(format)) {
     format = newFormat;
     return;
@@ -68,7 +71,7 @@ void FloatImage::ConvertTo(int32_t newFormat) {
   const ColourModel *from = FindModel(format), *to = FindModel(newFormat);
   if (!from || !to) return Redim(width, height, newFormat);
   for (int32_t k = from->planes; k < to->planes; ++k) plane[k].dim(plane[0].m, plane[0].n);
-  ConvertPlanes(plane, *from, *to, count);
+  ConvertPlanes(plane, *from, *to, count, team);
   for (int32_t k = to->planes; k < from->planes; ++k) plane[k].freemem();
   SelectModel(newFormat);
 }

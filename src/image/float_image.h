@@ -8,6 +8,7 @@
 #include "colour/models.h"
 #include "image/bit_mask.h"
 #include "linear/matrix2.h"
+#include "platform/threads/standing_team.h"
 
 namespace norv {
 
@@ -35,7 +36,7 @@ struct FloatImage {
 
   // Every pixel from its model over display RGB to the new one. Same model: only the format is stored. The mask stays.
   // From or to an unknown format: as Redim.
-  void ConvertTo(int32_t newFormat);
+  void ConvertTo(int32_t newFormat, StandingTeam& team = StandingTeam::Alone());
 
   // Width, height and count from plane 0, after the planes were replaced.
   void RefreshSize();

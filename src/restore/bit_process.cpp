@@ -69,11 +69,12 @@ void FromBytes(const uint8_t* bytes, FloatImage& image, int32_t row) {
 }
 
 void ProcessBand(const BitImage& source, BitImage& destination, int32_t row, int32_t height,
-                 const RestoreParameters& parameters, int32_t format, Progress& progress) {
+                 const RestoreParameters& parameters, int32_t format, Progress& progress, int32_t threads) {
+  StandingTeam team(threads);
   FloatImage band(source.width, height + 2 * kRestoreMargin, format);
   for (int32_t r = 0; r < band.height; ++r)
     FromBytes(source.rows[MirrorIndex(int64_t{row} - kRestoreMargin + r, source.height)], band, r);
-  RestoreImage(band, parameters, &progress);
+  RestoreImage(band, parameters, &progress, team);
   const int32_t margin = kRestoreMargin * parameters.factor;
   PasteToBitImage(destination, 0, row * parameters.factor, band, nullptr, 0, 0, margin, margin);
 }
@@ -113,19 +114,19 @@ void ProcessBitImage(BitImage& image, const RestoreParameters& parameters, int32
 void ProcessBitImageInBands(BitImage& image, const RestoreParameters& parameters, int32_t bandFormat, int32_t bands,
                             int32_t threads) {
   const BandPlan plan = PlanBands(image.height, std::max(bands, 1));
-  const int32_t team = std::clamp(threads, 1, plan.bands);
+  const int32_t side = std::clamp(threads, 1, plan.bands), team = std::max(threads / side, 1);
   CheckRestoration(parameters, image.width, image.height, bandFormat);
   if (image.count > 0) {
     CheckRestoration(parameters, image.width, plan.height + 2 * kRestoreMargin, bandFormat);
     DemandMemory(int64_t{image.size} * parameters.factor * parameters.factor +
-                 BandsMemory(parameters, image.width, plan.height, bandFormat, team));
+                 BandsMemory(parameters, image.width, plan.height, bandFormat, side, team));
   }
   BitImage enlarged(image.width * parameters.factor, image.height * parameters.factor);
   Progress progress("Restoring", plan.bands * RestorationWork(parameters, bandFormat));
-  ParallelFor(team, plan.bands, [&](int64_t i) {
+  ParallelFor(side, plan.bands, [&](int64_t i) {
     const int64_t row = i * plan.height;
     if (image.count > 0 && row < image.height)
-      ProcessBand(image, enlarged, static_cast<int32_t>(row), plan.height, parameters, bandFormat, progress);
+      ProcessBand(image, enlarged, static_cast<int32_t>(row), plan.height, parameters, bandFormat, progress, team);
   });
   image.swap(enlarged);
 }

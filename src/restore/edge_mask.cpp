@@ -1,5 +1,9 @@
 #include "restore/edge_mask.h"
 
+#include <algorithm>
+
+#include "restore/blocks/row_runs.h"
+
 namespace norv {
 namespace {
 
@@ -13,35 +17,53 @@ bool IsEdge(const float* a, const float* b, const float* c, float bound) {
   return (h * h + v * v) * kNinth >= bound || (p * p + q * q) * kNinth >= bound;
 }
 
-}  // namespace
-
-void MarkEdges(BitMask& mask, const matrix& plane, float threshold) {
-  if (mask.Empty()) mask.Resize(plane.m, plane.n);
-  for (int32_t r = 1; r < plane.n - 1; ++r)
-    for (int32_t c = 1; c < plane.m - 1; ++c)
-      if (IsEdge(plane.z[r - 1] + c, plane.z[r] + c, plane.z[r + 1] + c, threshold * threshold)) mask.Set(r, c);
+// body(begin, end) on parts of the rows of a mask that have no word in common.
+template <typename Body>
+void ForMaskRows(const BitMask& mask, StandingTeam& team, const Body& body) {
+  constexpr int64_t kRowsOfWholeWords = 32;
+  const int64_t groups = (mask.height + kRowsOfWholeWords - 1) / kRowsOfWholeWords;
+  ForRows(team, mask.width * static_cast<int32_t>(kRowsOfWholeWords), groups, [&](int64_t begin, int64_t end) {
+    body(static_cast<int32_t>(begin * kRowsOfWholeWords),
+         static_cast<int32_t>(std::min<int64_t>(end * kRowsOfWholeWords, mask.height)));
+  });
 }
 
-void GrowMask(BitMask& mask, int32_t passes) {
+}  // namespace
+
+void MarkEdges(BitMask& mask, const matrix& plane, float threshold, StandingTeam& team) {
+  if (mask.Empty()) mask.Resize(plane.m, plane.n);
+  ForMaskRows(mask, team, [&](int32_t begin, int32_t end) {
+    for (int32_t r = std::max(begin, 1); r < std::min(end, plane.n - 1); ++r)
+      for (int32_t c = 1; c < plane.m - 1; ++c)
+        if (IsEdge(plane.z[r - 1] + c, plane.z[r] + c, plane.z[r + 1] + c, threshold * threshold)) mask.Set(r, c);
+  });
+}
+
+void GrowMask(BitMask& mask, int32_t passes, StandingTeam& team) {
   bool changed = true;
   // A pass that sets nothing would be followed by equal ones.
   for (int32_t pass = 0; pass < passes && changed; ++pass) {
     const BitMask before = mask;
-    for (int32_t r = 1; r < mask.height - 1; ++r)
-      for (int32_t c = 1; c < mask.width - 1; ++c) {
-        if (!before.Get(r, c)) continue;
-        for (int32_t k = 0; k < 9; ++k) mask.Set(r - 1 + k / 3, c - 1 + k % 3);
-      }
+    ForMaskRows(mask, team, [&](int32_t begin, int32_t end) {
+      for (int32_t r = std::max(begin - 1, 1); r < std::min(end + 1, mask.height - 1); ++r)
+        for (int32_t c = 1; c < mask.width - 1; ++c) {
+          if (!before.Get(r, c)) continue;
+          for (int32_t row = std::max(r - 1, begin); row < std::min(r + 2, end); ++row)
+            for (int32_t k = -1; k <= 1; ++k) mask.Set(row, c + k);
+        }
+    });
     changed = mask.words != before.words;
   }
 }
 
-BitMask DilateMask(const BitMask& mask) {
+BitMask DilateMask(const BitMask& mask, StandingTeam& team) {
   BitMask dilated;
   dilated.Resize(mask.width, mask.height);
-  for (int32_t r = 0; r < mask.height - 1; ++r)
-    for (int32_t c = 0; c < mask.width - 1; ++c)
-      if (mask.Get(r, c) || mask.Get(r + 1, c + 1) || mask.Get(r + 1, c) || mask.Get(r, c + 1)) dilated.Set(r, c);
+  ForMaskRows(mask, team, [&](int32_t begin, int32_t end) {
+    for (int32_t r = begin; r < std::min(end, mask.height - 1); ++r)
+      for (int32_t c = 0; c < mask.width - 1; ++c)
+        if (mask.Get(r, c) || mask.Get(r + 1, c + 1) || mask.Get(r + 1, c) || mask.Get(r, c + 1)) dilated.Set(r, c);
+  });
   return dilated;
 }
 

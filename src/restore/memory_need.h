@@ -11,12 +11,14 @@ namespace norv {
 // Bytes that RestoreImage takes beside the image that it is given: enlarged planes, the solver's, the orientation
 // field's and the terms' planes of the one plane in work, masks, lines. An upper bound that real runs come close to.
 // The parameters have passed CheckRestoration, the image is not empty.
-int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format);
+// threads: of the team.
+int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,
+                          int32_t threads = 1);
 
-// The same of bands of `height` rows without their margins: each has planes of its own, and at most `threads` of them
-// are in work at a time. What all bands share is not in it.
-int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,
-                    int32_t threads);
+// The same of bands of `height` rows without their margins: each has planes of its own, and at most `side` of them are
+// in work side by side, each by a team of `threads`. What all bands share is not in it.
+int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format, int32_t side,
+                    int32_t threads = 1);
 
 // Throws matrix's out-of-memory message when the machine does not have so many bytes left.
 void DemandMemory(int64_t bytes);

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "image/float_image.h"
+#include "platform/threads/standing_team.h"
 
 namespace norv {
 
@@ -21,10 +22,10 @@ using ColourMatrix = std::array<std::array<double, 3>, 3>;
 
 // Row k is the k-th singular vector of the second moments of the first three planes, which are not centred: a
 // Karhunen-Loeve transform of the colours. The image has pixels.
-ColourMatrix DecorrelatingMatrix(const FloatImage& image);
+ColourMatrix DecorrelatingMatrix(const FloatImage& image, StandingTeam& team);
 ColourMatrix Transposed(const ColourMatrix& a);
 
 // Every pixel's first three values become the matrix times them.
-void TransformColours(FloatImage& image, const ColourMatrix& rows);
+void TransformColours(FloatImage& image, const ColourMatrix& rows, StandingTeam& team);
 
 }  // namespace norv

@@ -24,32 +24,45 @@ int32_t WorkingFormat(const RestoreParameters& parameters, int32_t format) {
   return ModelOf(format) == kWithFourth ? kDisplay : format;
 }
 
+// The Lanczos filter sees nine rows of the small plane: parts below this would mostly make again what others made.
+constexpr int64_t kLeastRowsOfPart = 64;
+
 // A plane as it was observed, and the plane of the image that it is enlarged into.
 struct PlanePair {
   matrix observed;
   matrix* working;
 };
 
-void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask) {
-  const ResampleTable across = EnlargementTable(pair.observed.m, parameters.factor);
-  const ResampleTable down = EnlargementTable(pair.observed.n, parameters.factor);
-  matrix enlarged;
-  ResampleSeparable(pair.observed, enlarged, across, down);
+// A thread makes some rows at a time by themselves and copies them to where they belong while they are in its cache.
+void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask, StandingTeam& team) {
+  const int32_t f = parameters.factor;
+  const ResampleTable across = EnlargementTable(pair.observed.m, f);
+  matrix enlarged(f * pair.observed.m, f * pair.observed.n);
+  team.ForParts(enlarged.n, kLeastRowsOfPart, [&](int64_t begin, int64_t end) {
+    constexpr int64_t kRowsAtOnce = 256;
+    for (; begin < end; begin += kRowsAtOnce) {
+      const int32_t first = static_cast<int32_t>(begin),
+                    count = static_cast<int32_t>(std::min(kRowsAtOnce, end - begin));
+      matrix some;
+      ResampleSeparable(pair.observed, some, across, EnlargementTablePart(f, first, count));
+      std::copy_n(some.x, some.mn, enlarged.z[first]);
+    }
+  });
   pair.working->swap(enlarged);
-  if (parameters.type == kMarkingType) MarkEdges(mask, *pair.working, parameters.edgeThreshold);
+  if (parameters.type == kMarkingType) MarkEdges(mask, *pair.working, parameters.edgeThreshold, team);
 }
 
 // Enlarges every plane, then restores the first `restored` and the last one if it was kept aside.
 void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastToo, BitMask& mask,
-                   const RestoreParameters& parameters, Progress* progress) {
-  for (PlanePair& pair : planes) EnlargeObserved(pair, parameters, mask);
-  GrowMask(mask, parameters.factor / 2);
+                   const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
+  for (PlanePair& pair : planes) EnlargeObserved(pair, parameters, mask, team);
+  GrowMask(mask, parameters.factor / 2, team);
   for (size_t k = 0; k < planes.size(); ++k)
     if (k < static_cast<size_t>(restored) || (lastToo && k + 1 == planes.size()))
-      restore(*planes[k].working, mask, planes[k].observed, parameters, progress);
+      restore(*planes[k].working, mask, planes[k].observed, parameters, progress, team);
 }
 
-void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
+void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
   image.mask = BitMask();
   const int32_t format = image.format;
   const bool fourthAside = ModelOf(format) == kWithFourth;
@@ -57,30 +70,32 @@ void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Prog
   std::vector<PlanePair> planes;
   if (fourthAside) {
     planes.push_back({image.plane[3], &fourth});
-    image.ConvertTo(kDisplay);
+    image.ConvertTo(kDisplay, team);
   }
-  image.ConvertTo(WorkingFormat(parameters, format));
+  image.ConvertTo(WorkingFormat(parameters, format), team);
   const Representation& representation = RepresentationOf(parameters.representation);
   ColourMatrix decorrelating{};
   if (representation.decorrelated) {
-    decorrelating = DecorrelatingMatrix(image);
-    TransformColours(image, decorrelating);
+    decorrelating = DecorrelatingMatrix(image, team);
+    TransformColours(image, decorrelating, team);
   }
   for (int32_t p = image.planes - 1; p >= 0; --p)
     planes.insert(planes.begin(), PlanePair{std::move(image.plane[p]), &image.plane[p]});
-  RestorePlanes(planes, std::min(representation.restored, image.planes), fourthAside, image.mask, parameters, progress);
+  RestorePlanes(planes, std::min(representation.restored, image.planes), fourthAside, image.mask, parameters, progress,
+                team);
   if (!parameters.keepMask) image.mask = BitMask();
   image.RefreshSize();
-  if (representation.decorrelated) TransformColours(image, Transposed(decorrelating));
-  image.ConvertTo(format);
+  if (representation.decorrelated) TransformColours(image, Transposed(decorrelating), team);
+  image.ConvertTo(format, team);
   if (fourthAside) image.plane[3].swap(fourth);
 }
 
 void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row, int32_t height,
-                 const RestoreParameters& parameters, Progress* progress) {
+                 const RestoreParameters& parameters, Progress* progress, int32_t threads) {
+  StandingTeam team(threads);
   FloatImage band;
   CutBand(source, row - kRestoreMargin, height + 2 * kRestoreMargin, band);
-  RestoreImage(band, parameters, progress);
+  RestoreImage(band, parameters, progress, team);
   PasteBand(destination, row * parameters.factor, band, kRestoreMargin * parameters.factor);
 }
 
@@ -100,11 +115,11 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
   if (w > limit || h > limit || (h > 0 && w > limit / h)) throw "the enlarged image is too large";
 }
 
-void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress) {
+void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
   CheckRestoration(parameters, image.width, image.height, image.format);
   if (image.count == 0) return;
-  DemandMemory(RestorationMemory(parameters, image.width, image.height, image.format));
-  RestoreCounted(image, parameters, progress);
+  DemandMemory(RestorationMemory(parameters, image.width, image.height, image.format, team.Threads()));
+  RestoreCounted(image, parameters, progress, team);
 }
 
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {
@@ -117,17 +132,19 @@ void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters,
   if (image.count == 0) return;
   const BandPlan plan = PlanBands(image.height, std::max(bands, 1));
   CheckRestoration(parameters, image.width, plan.height + 2 * kRestoreMargin, image.format);
-  const int32_t team = std::clamp(threads, 1, plan.bands), f = parameters.factor;
+  const int32_t side = std::clamp(threads, 1, plan.bands), f = parameters.factor;
   DemandMemory(4 * int64_t{image.planes} * image.count * f * f +
-               BandsMemory(parameters, image.width, plan.height, image.format, team));
+               BandsMemory(parameters, image.width, plan.height, image.format, side, std::max(threads / side, 1)));
   FloatImage source = std::move(image);
   Progress progress("Restoring", plan.bands * RestorationWork(parameters, source.format));
   image = FloatImage();
   image.Redim(source.width * f, source.height * f, source.format);
   image.mask = std::move(source.mask);
-  ParallelFor(team, plan.bands, [&](int64_t i) {
+  ParallelFor(side, plan.bands, [&](int64_t i) {
     const int64_t row = i * plan.height;
-    if (row < source.height) RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress);
+    if (row < source.height)
+      RestoreBand(source, image, static_cast<int32_t>(row), plan.height, parameters, &progress,
+                  std::max(threads / side, 1));
   });
 }
 

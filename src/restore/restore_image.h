@@ -5,6 +5,7 @@
 
 #include "image/float_image.h"
 #include "platform/progress.h"
+#include "platform/threads/standing_team.h"
 #include "restore/parameters.h"
 
 namespace norv {
@@ -21,15 +22,16 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
 
 // Enlarges and restores the image in place. Throws as CheckRestoration, and matrix's out-of-memory message when the
 // machine lacks what it will need, before anything is changed. An empty image stays as it is. progress: null, or
-// advanced by RestorationWork().
-void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr);
+// advanced by RestorationWork(). team: does the work; no bit of the result depends on its size.
+void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr,
+                  StandingTeam& team = StandingTeam::Alone());
 
 // The same in horizontal bands with margins, one a thread; says the thread count first. 0 threads and fewer work as 1,
 // which is one band. The image's mask stays as it is, of the size of the source.
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
 
 // The same in silence, with any number of bands on `threads` threads: beside the image and the result, at most so many
-// bands are in memory as there are threads.
+// bands are in memory as there are threads. Where there are more threads than bands, teams of them work on a band.
 void RestoreImageInBands(FloatImage& image, const RestoreParameters& parameters, int32_t bands, int32_t threads);
 
 // Units of progress that the restoration of one image or band takes.

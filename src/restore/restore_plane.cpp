@@ -22,9 +22,9 @@ class PlaneRestorer {
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
         team_(team),
-        cut_(observed.n, parameters.factor, team),
-        mask_(parameters.type == kMarkingType ? DilateMask(mask) : mask),
-        pixels_(mask_, parameters.factor * observed.n) {}
+        cut_(observed.n, parameters.factor, team.Threads()),
+        mask_(parameters.type == kMarkingType ? DilateMask(mask, team) : mask),
+        pixels_(mask_, parameters.factor * observed.n, team) {}
 
   void Run() {
     Iterate(recipe_.first, true);

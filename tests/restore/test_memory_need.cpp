@@ -43,15 +43,17 @@ RestoreParameters Quick(int32_t type) {
 // 0 bands: the image as a whole.
 void CheckEstimate(const RestoreParameters& parameters, int32_t w, int32_t h, int32_t format, int32_t bands,
                    int32_t threads) {
-  int64_t estimated = RestorationMemory(parameters, w, h, format);
+  int64_t estimated = RestorationMemory(parameters, w, h, format, threads);
   if (bands) {
     const int64_t result = int64_t{3} * 4 * w * h * 4, whole = estimated;
     estimated = result + BandsMemory(parameters, w, PlanBands(h, bands).height, format, threads);
     CHECK((threads > 1 || estimated < whole));
   }
   FloatImage image = RandomFloatImage(w, h, format);
-  const int64_t measured =
-      PeakOf([&] { bands ? RestoreImageInBands(image, parameters, bands, threads) : RestoreImage(image, parameters); });
+  const int64_t measured = PeakOf([&] {
+    StandingTeam team(threads);
+    bands ? RestoreImageInBands(image, parameters, bands, threads) : RestoreImage(image, parameters, nullptr, team);
+  });
   INFO("type ", parameters.type, " format ", format, " threads ", threads, ": ", estimated, " against ", measured);
   CHECK(estimated >= measured);
   CHECK(static_cast<double>(estimated) <= 1.3 * static_cast<double>(measured));
@@ -66,7 +68,8 @@ TEST_CASE("estimated and measured: what a restoration needs, for every type" * d
       if (format != kDefaultFormat && type != 0 && type != 7) continue;
       RestoreParameters parameters = Quick(type);
       if (format == 0x80) parameters.representation = 0;
-      CheckEstimate(parameters, 640, 471, format, 0, 1);  // planes that the C library does not keep
+      for (const int32_t threads : {1, 4})
+        CheckEstimate(parameters, 640, 471, format, 0, threads);  // planes that the C library does not keep
     }
   // Smoothing that keeps much of the tensor, and filters with long taps.
   RestoreParameters parameters = Quick(1);

@@ -47,17 +47,17 @@ constexpr Weighting kWeighting{Rule::huber, 0.7f, 20};
 
 TEST_CASE("every difference operator's adjoint: <D p, D p> = <p, D' D p>, and D' D is symmetric") {
   for (const Size size : kSizes) {
+    StandingTeam team(3);
     const matrix x = RandomPlane(size.w, size.h, 1), p = RandomPlane(size.w, size.h, 2, -1, 1);
     const matrix q = RandomPlane(size.w, size.h, 3, -1, 1);
-    StandingTeam team(3);
-    const RowRuns cut(size.h, 1, team);
+    const RowRuns cut(size.h, 1, team.Threads());
     REQUIRE(cut.Runs() == (size.h < 2 * kBlockRows ? 1 : 2));
     OrientationField field, scaled;
     FindOrientation(field, x, 0.8, team);
     FindOrientation(scaled, x, 0.8, team);
     BitMask mask;
-    MarkEdges(mask, x, 90);
-    const PixelList pixels(DilateMask(mask), size.h);
+    MarkEdges(mask, x, 90, team);
+    const PixelList pixels(DilateMask(mask, team), size.h, team);
     const auto check = [&](DifferenceTerm&& term, bool everywhere = true) {
       INFO(typeid(term).name(), " of ", size.w, " x ", size.h);
       term.Weigh(x, team);

@@ -139,6 +139,29 @@ TEST_CASE("bands are real images with margins, cut and pasted") {
   CHECK(ImagesApart(few, one) == 0);
 }
 
+TEST_CASE("an image is the same on every number of threads: colours, their statistics, masks, a fourth plane") {
+  const FloatImage picture = Picture(400, 70, kWithFourth | 7);
+  for (const int32_t type : {3, 7})
+    for (const int32_t representation : {0, 1, 5}) {
+      RestoreParameters p = TestParameters(type, 3, representation);
+      p.keepMask = true, p.iterations = 1;
+      const FloatImage alone = Restored(picture, p);
+      for (const int32_t threads : {2, 16}) {
+        StandingTeam team(threads);
+        FloatImage image = picture;
+        RestoreImage(image, p, nullptr, team);
+        CAPTURE(threads);
+        CHECK(ImagesApart(image, alone) == 0);
+        CHECK(image.mask.words == alone.mask.words);
+      }
+    }
+  // More threads than bands: teams work on each.
+  FloatImage two = picture, six = picture;
+  RestoreImageInBands(two, TestParameters(1, 2, 1), 2, 2);
+  RestoreImageInBands(six, TestParameters(1, 2, 1), 2, 6);
+  CHECK(ImagesApart(two, six) == 0);
+}
+
 TEST_CASE("small and damaged images") {
   for (int32_t type = -1; type <= 7; ++type) {
     const FloatImage dot = Restored(Picture(1, 1), TestParameters(type));

@@ -17,7 +17,7 @@ struct Case {
 
   Case(int32_t w, int32_t h, const RestoreParameters& p)
       : observed(RandomPlane(w, h, 7)), working(Enlarged(observed, p.factor)), parameters(p) {
-    if (p.type == 3) MarkEdges(mask, working, p.edgeThreshold);
+    if (p.type == 3) MarkEdges(mask, working, p.edgeThreshold, StandingTeam::Alone());
   }
 
   matrix Fast(StandingTeam& team = StandingTeam::Alone()) const {
@@ -30,7 +30,7 @@ struct Case {
     matrix taps;
     BuildTaps(taps, parameters.factor, UpdateFilter(parameters));
     std::vector<bool> set;
-    const BitMask dilated = DilateMask(mask);
+    const BitMask dilated = DilateMask(mask, StandingTeam::Alone());
     for (int32_t i = 0; i < dilated.width * dilated.height; ++i)
       set.push_back(dilated.Get(i / dilated.width, i % dilated.width));
     PlainPlane start(working);
@@ -114,10 +114,9 @@ TEST_CASE("a restoration gives the same bits on every number of threads") {
 }
 
 TEST_CASE("sums are formed by blocks that do not depend on the team, the last one the longest") {
-  StandingTeam team(16);
   for (const int32_t factor : {1, 3, 33})
     for (const int32_t rows : {1, 31, 64, 95, 500}) {
-      const RowRuns alone(rows, factor), shared(rows, factor, team);
+      const RowRuns alone(rows, factor), shared(rows, factor, 16);
       CHECK(alone.Runs() == 1);
       CHECK(shared.Runs() >= std::min(16, shared.Blocks()));
       REQUIRE(shared.Blocks() == alone.Blocks());

@@ -51,9 +51,10 @@ class StandingTeam {
 
   // In how many parts work of so many units is best cut: so many that members who were held up find help, none below
   // `least` units.
-  int64_t Parts(int64_t count, int64_t least) const {
+  int64_t Parts(int64_t count, int64_t least) const { return PartsFor(threads_, count, least); }
+  static int64_t PartsFor(int32_t threads, int64_t count, int64_t least) {
     constexpr int64_t kPartsOfMember = 4;
-    return threads_ == 1 ? 1 : std::clamp(count / std::max<int64_t>(least, 1), int64_t{1}, kPartsOfMember * threads_);
+    return threads == 1 ? 1 : std::clamp(count / std::max<int64_t>(least, 1), int64_t{1}, kPartsOfMember * threads);
   }
 
  private:

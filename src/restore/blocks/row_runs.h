@@ -18,14 +18,15 @@ inline constexpr int32_t kBlockRows = 32;
 // nothing of a result depends on how many there are.
 class RowRuns {
  public:
-  // The plane has factor * smallRows rows, 1 and more.
-  RowRuns(int32_t smallRows, int32_t factor, const StandingTeam& team = StandingTeam::Alone())
+  // The plane has factor * smallRows rows, 1 and more, for so many threads.
+  RowRuns(int32_t smallRows, int32_t factor, int32_t threads = 1)
       : factor_(factor),
         smallRows_(smallRows),
         blockRows_(std::max(kBlockRows / factor, 1)),
-        blocks_(std::max(smallRows / blockRows_, 1)),
-        runs_(static_cast<int32_t>(
-            std::min<int64_t>(blocks_, std::max<int64_t>(team.Parts(blocks_, kBlocksWorthACut), team.Threads())))) {}
+        blocks_(std::max(smallRows / blockRows_, 1)) {
+    const int64_t parts = StandingTeam::PartsFor(threads, blocks_, kBlocksWorthACut);
+    runs_ = static_cast<int32_t>(std::min<int64_t>(blocks_, std::max<int64_t>(parts, threads)));
+  }
 
   int32_t Height() const { return factor_ * smallRows_; }
   int32_t Blocks() const { return blocks_; }

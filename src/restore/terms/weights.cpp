@@ -1,7 +1,8 @@
 #include "restore/terms/weights.h"
 
-#include <bit>
+#include <algorithm>
 #include <iterator>
+#include <numeric>
 
 #include "raster/edges.h"
 #include "restore/blocks/row_runs.h"
@@ -104,15 +105,21 @@ void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& w
 
 // ------------------------------------------------------------------------------------------------ listed pixels
 
-PixelList::PixelList(const BitMask& mask, int32_t rows) : begin(static_cast<size_t>(rows) + 1, 0) {
-  size_t count = 0;
-  for (const uint32_t word : mask.words) count += static_cast<size_t>(std::popcount(word));
-  column.reserve(count);
-  for (int32_t r = 0; r < rows; ++r) {
-    for (int32_t c = 0; c < mask.width && r < mask.height; ++c)
-      if (mask.Get(r, c)) column.push_back(c);
-    begin[r + 1] = static_cast<int64_t>(column.size());
-  }
+// Counted, then listed.
+PixelList::PixelList(const BitMask& mask, int32_t rows, StandingTeam& team) : begin(static_cast<size_t>(rows) + 1, 0) {
+  const int32_t marked = mask.Empty() ? 0 : std::min(rows, mask.height);
+  const auto forPixels = [&](const auto& visit) {
+    ForRows(team, mask.width, marked, [&](int64_t first, int64_t end) {
+      for (int32_t r = static_cast<int32_t>(first); r < end; ++r)
+        for (int32_t c = 0; c < mask.width; ++c)
+          if (mask.Get(r, c)) visit(r, c);
+    });
+  };
+  forPixels([&](int32_t r, int32_t) { ++begin[r + 1]; });
+  std::partial_sum(begin.begin(), begin.end(), begin.begin());
+  column.resize(static_cast<size_t>(begin[rows]));
+  std::vector<int64_t> next(begin.begin(), begin.end() - 1);
+  forPixels([&](int32_t r, int32_t c) { column[next[r]++] = c; });
 }
 
 CellDifferences CellAt(const PlaneRows& x, int32_t r, int32_t c) {

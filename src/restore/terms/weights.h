@@ -46,7 +46,7 @@ struct PixelList {
   std::vector<int64_t> begin;  // of every row in column, one more than rows
 
   // rows: of the plane that the pixels are of; those that the mask lacks hold none.
-  PixelList(const BitMask& mask, int32_t rows);
+  PixelList(const BitMask& mask, int32_t rows, StandingTeam& team = StandingTeam::Alone());
 };
 
 // Cross weights at those pixels only, stored compactly.
