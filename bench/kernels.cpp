@@ -43,14 +43,21 @@ class Level {
   bool isThere_;
 };
 
+struct Peak {
+  float (*rounds)(int64_t rounds);
+  const int64_t& operations;
+};
+#define NORV_PEAK_OF(level, bytes, ...) {bytes_##bytes::PeakRounds, bytes_##bytes::kPeakOperations},
+constexpr Peak kPeaks[] = {NORV_LEVELS(NORV_PEAK_OF, )};
+
 // The time that the limit allows for the network's arithmetic alone.
 void Limit(benchmark::State& state) {
   const Level level(state, state.range(0));
   if (!level) return;
-  const bool isWide = ActiveLevel() == VectorLevel::avx512;
+  const Peak& peak = kPeaks[static_cast<int>(ActiveLevel())];
   constexpr int64_t kRounds = 1000;
-  for (auto _ : state) benchmark::DoNotOptimize(isWide ? wide::PeakRounds(kRounds) : narrow::PeakRounds(kRounds));
-  const int64_t operations = kRounds * (isWide ? wide::kPeakOperations : narrow::kPeakOperations);
+  for (auto _ : state) benchmark::DoNotOptimize(peak.rounds(kRounds));
+  const int64_t operations = kRounds * peak.operations;
   CountPixels(state, static_cast<double>(operations) / static_cast<double>(kOperations));
 }
 
@@ -117,7 +124,9 @@ BENCHMARK(Limit)->ArgName("level")->DenseRange(0, kLastLevel);
 BENCHMARK(Record)->ArgName("kind")->Arg(14)->Arg(1);
 BENCHMARK(Packed)->ArgNames({"level", "kind"})->ArgsProduct({benchmark::CreateDenseRange(0, kLastLevel, 1), {14, 1}});
 BENCHMARK(Products)->ArgName("level")->DenseRange(0, kLastLevel);
-BENCHMARK(Activation)->ArgNames({"level", "kind"})->ArgsProduct({{1, 2}, {1, 2, 3, 8, 10, 11, 14, 15, 16, 17}});
+BENCHMARK(Activation)
+    ->ArgNames({"level", "kind"})
+    ->ArgsProduct({benchmark::CreateDenseRange(0, kLastLevel, 1), {1, 2, 3, 8, 10, 11, 14, 15, 16, 17}});
 
 }  // namespace
 }  // namespace norv

@@ -20,6 +20,10 @@ float PeakRounds(int64_t rounds) {
       // Written out, as the compiler would form the product once: it is always the same.
 #if NORV_VECTOR_BYTES == 64
       asm volatile("vmulps %1, %2, %0" : "=v"(product) : "v"(factor), "v"(other));
+#elif defined(__aarch64__)
+      asm volatile("fmul %0.4s, %1.4s, %2.4s" : "=w"(product) : "w"(factor), "w"(other));
+#elif NORV_VECTOR_BYTES == 16
+      asm volatile("mulps %2, %0" : "=x"(product) : "0"(factor), "x"(other));
 #else
       asm volatile("vmulps %1, %2, %0" : "=x"(product) : "x"(factor), "x"(other));
 #endif

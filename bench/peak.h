@@ -1,4 +1,4 @@
-// The machine's own limit of separate multiplications and additions, by vector width.
+// The machine's own limit of separate multiplications and additions, by the bytes of a vector.
 #pragma once
 
 #include <cstdint>
@@ -6,13 +6,14 @@
 namespace norv {
 
 // Runs so many rounds of kPeakOperations floating-point operations each in registers.
-namespace narrow {
-extern const int64_t kPeakOperations;
-float PeakRounds(int64_t rounds);
-}  // namespace narrow
-namespace wide {
-extern const int64_t kPeakOperations;
-float PeakRounds(int64_t rounds);
-}  // namespace wide
+#define NORV_PEAK(bytes)                  \
+  namespace bytes_##bytes {               \
+    extern const int64_t kPeakOperations; \
+    float PeakRounds(int64_t rounds);     \
+  }
+NORV_PEAK(16)
+NORV_PEAK(32)
+NORV_PEAK(64)
+#undef NORV_PEAK
 
 }  // namespace norv

@@ -1,6 +1,13 @@
 # The files of the vector levels: one for each family of kernels (a folder of src/simd with a kernels-inl.h) and each row
 # of the architecture's table of levels. Sets levelSources and NORV_LEVELS, the names of the levels.
-set(levelTable ${PROJECT_SOURCE_DIR}/src/simd/levels_x86.h)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64|ARM64)$")
+  set(architecture arm64)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+  set(architecture x86)
+else()
+  message(FATAL_ERROR "norv has no vector levels for ${CMAKE_SYSTEM_PROCESSOR}: it is written for x86-64 and 64-bit ARM")
+endif()
+set(levelTable ${PROJECT_SOURCE_DIR}/src/simd/levels_${architecture}.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${levelTable})
 file(GLOB families CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/src/simd src/simd/*/kernels-inl.h)
 file(READ ${levelTable} levelRows)

@@ -11,7 +11,8 @@ struct Level {
   bool (*isThere)();
 };
 
-#define HAS(feature) static_cast<bool>(__builtin_cpu_supports(#feature))
+// The compiler's test asks the operating system too: whether it saves the wide registers.
+#define HAS(feature) (__builtin_cpu_init(), __builtin_cpu_supports(#feature) != 0)
 #define NORV_LEVEL_ROW(name, bytes, macro, test, ...) {#name, [] { return test; }},
 constexpr Level kRows[] = {NORV_LEVELS(NORV_LEVEL_ROW, )};
 
@@ -22,8 +23,6 @@ VectorLevel activeLevel = MachineLevel();
 const char* NameOf(VectorLevel level) { return kRows[static_cast<int>(level)].name; }
 
 VectorLevel MachineLevel() {
-  // The compiler's test asks the operating system too: whether it saves the wide registers.
-  __builtin_cpu_init();
   VectorLevel widest = kLevels[0];  // the floor, for which everything is compiled
   for (const VectorLevel level : kLevels) {
     if (!kRows[static_cast<int>(level)].isThere()) break;

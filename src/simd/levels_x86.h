@@ -11,6 +11,7 @@
 
 // clang-format off
 #define NORV_LEVELS(ROW, ...)                                                                                    \
+  ROW(sse2,   16, __SSE2__,    HAS(sse2), __VA_ARGS__)                                                           \
   ROW(avx,    32, __AVX__,     HAS(avx), __VA_ARGS__)                                                            \
   ROW(avx2,   32, __AVX2__,    HAS(avx2) && HAS(fma), __VA_ARGS__)                                               \
   ROW(avx512, 64, __AVX512F__, HAS(avx512f) && HAS(avx512dq) && HAS(avx512bw) && HAS(avx512vl), __VA_ARGS__)

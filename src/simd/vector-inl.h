@@ -13,6 +13,8 @@
 #include "simd/vector_generic-inl.h"
 #if defined(__x86_64__)
 #include "simd/vector_x86-inl.h"
+#elif defined(__aarch64__)
+#include "simd/vector_arm64-inl.h"
 #endif
 #include "simd/vector_level.h"
 

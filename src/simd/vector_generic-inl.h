@@ -63,6 +63,10 @@ using HalfFloats = Vec<float, kDoubleLanes>;
 using Doubles = Vec<double, kDoubleLanes>;
 using Words = Vec<uint64_t, kDoubleLanes>;
 
+// For loops whose lanes are eight sums of the result, or that run slower in wider vectors.
+inline constexpr int kUpToEight = kFloatLanes < 8 ? kFloatLanes : 8;
+using UpToEight = Vec<float, kUpToEight>;
+
 // From and to any address.
 template <typename V>
 inline V Load(const Element<V>* from) {
@@ -162,20 +166,6 @@ inline bool AnyLane(Mask mask) {
   for (int i = 0; i < kLanes<Mask>; ++i)
     if (mask[i]) return true;
   return false;
-}
-
-// Calls change(lane) on every lane's value.
-template <typename V, typename Change>
-inline V EachLane(V v, Change change) {
-  Element<V> lanes[kLanes<V>];
-  Store(v, lanes);
-  for (Element<V>& lane : lanes) lane = change(lane);
-  return Load<V>(lanes);
-}
-
-template <typename V>
-inline V Sqrt(V v) {
-  return EachLane(v, [](double lane) { return static_cast<Element<V>>(__builtin_sqrt(lane)); });
 }
 
 // a b + c, with or without a rounding between: only where a bound of the error covers both.

@@ -3,6 +3,8 @@
 
 #if defined(__x86_64__)
 #include "simd/levels_x86.h"
+#elif defined(__aarch64__)
+#include "simd/levels_arm64.h"
 #endif
 
 namespace norv {

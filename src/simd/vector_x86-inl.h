@@ -12,6 +12,22 @@ inline double Sqrt(double v) { return _mm_cvtsd_f64(_mm_sqrt_pd(_mm_set1_pd(v)))
 inline Vec<float, 4> Sqrt(Vec<float, 4> v) { return _mm_sqrt_ps(v); }
 inline Vec<double, 2> Sqrt(Vec<double, 2> v) { return _mm_sqrt_pd(v); }
 
+template <typename Mask>
+requires(sizeof(Mask) == 16) inline bool AnyLane(Mask mask) { return _mm_movemask_epi8(__m128i(mask)) != 0; }
+
+// The compiler's own conversions take the lanes one by one.
+inline Vec<double, 2> Widen(Vec<float, 2> v) { return _mm_cvtps_pd(Join(v, v)); }
+inline Vec<float, 2> Narrow(Vec<double, 2> v) { return LowHalf(Vec<float, 4>(_mm_cvtpd_ps(v))); }
+
+// There is no comparison of 64 bits; both halves of a lane must be 0.
+inline bool AnyWithout(Vec<uint64_t, 2> a, Vec<uint64_t, 2> b, uint64_t bits) {
+  const auto none = [bits](Vec<uint64_t, 2> lanes) {
+    const __m128i halves = _mm_cmpeq_epi32(__m128i(lanes & bits), _mm_setzero_si128());
+    return halves & _mm_shuffle_epi32(halves, 0xb1);
+  };
+  return AnyLane(none(a) | none(b));
+}
+
 #if defined(__AVX__)
 inline Vec<float, 8> Sqrt(Vec<float, 8> v) { return _mm256_sqrt_ps(v); }
 inline Vec<double, 4> Sqrt(Vec<double, 4> v) { return _mm256_sqrt_pd(v); }

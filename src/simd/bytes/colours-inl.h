@@ -7,14 +7,14 @@
 namespace norv::NORV_LEVEL {
 namespace {
 
-// Eight at every level: sixteen gain 9 % alone, but cost the conversions of other colour models around them 10 %.
-using Eight = Vec<float, 8>;
+// Sixteen gain 9 % alone, but cost the conversions of other colour models around them 10 %.
+using Pixels = UpToEight;
 
-inline Eight Positive(Eight value) { return value > 0.0f ? value : Eight{}; }
+inline Pixels Positive(Pixels value) { return value > 0.0f ? value : Pixels{}; }
 
 // Infinity times the scale 0 is the only NaN here.
-inline Eight Scaled(Eight value, Eight scale) {
-  const Eight scaled = value * scale;
+inline Pixels Scaled(Pixels value, Pixels scale) {
+  const Pixels scaled = value * scale;
   return (scaled == scaled ? scaled : 255.0f) + 0.5f;
 }
 
@@ -31,23 +31,23 @@ inline void StoreBytes(V first, V second, V third, uint8_t* bytes) {
 }
 
 // Dividing by at least 255 gives the scale 1 to colours that need none, without a branch.
-inline void VectorToBytes(Eight first, Eight second, Eight third, uint8_t* bytes) {
+inline void VectorToBytes(Pixels first, Pixels second, Pixels third, uint8_t* bytes) {
   first = Positive(first), second = Positive(second), third = Positive(third);
-  Eight largest = first > second ? first : second;
+  Pixels largest = first > second ? first : second;
   largest = largest > third ? largest : third;
-  const Eight scale = 255.0f / (largest > 255.0f ? largest : Fill<Eight>(255));
+  const Pixels scale = 255.0f / (largest > 255.0f ? largest : Fill<Pixels>(255));
   StoreBytes(Convert<int32_t>(Scaled(third, scale)), Convert<int32_t>(Scaled(second, scale)),
              Convert<int32_t>(Scaled(first, scale)), bytes);
 }
 
 inline void FromColours(const float* const* colour, int32_t n, uint8_t* bytes) {
   int32_t i = 0;
-  for (; i + kLanes<Eight> <= n; i += kLanes<Eight>)
-    VectorToBytes(Load<Eight>(colour[0] + i), Load<Eight>(colour[1] + i), Load<Eight>(colour[2] + i), bytes + 3 * i);
+  for (; i + kLanes<Pixels> <= n; i += kLanes<Pixels>)
+    VectorToBytes(Load<Pixels>(colour[0] + i), Load<Pixels>(colour[1] + i), Load<Pixels>(colour[2] + i), bytes + 3 * i);
   if (i == n) return;
-  uint8_t last[3 * kLanes<Eight>];
-  Eight value[3];
-  for (int k = 0; k < 3; ++k) value[k] = LoadPart<Eight>(colour[k] + i, n - i);
+  uint8_t last[3 * kLanes<Pixels>];
+  Pixels value[3];
+  for (int k = 0; k < 3; ++k) value[k] = LoadPart<Pixels>(colour[k] + i, n - i);
   VectorToBytes(value[0], value[1], value[2], last);
   __builtin_memcpy(bytes + 3 * i, last, 3 * static_cast<size_t>(n - i));
 }

@@ -1,7 +1,7 @@
 #include "simd/math/math.h"
 
 #define NORV_LEVEL scalar
-#define NORV_VECTOR_BYTES 32
+#define NORV_VECTOR_BYTES 16
 #include "simd/math/angles-inl.h"
 #include "simd/math/exponential-inl.h"
 

@@ -23,7 +23,8 @@ inline void CombineRows(float* out, const float* const* rows, const float* taps,
     CombineColumns<Floats, kParts>(out, rows, taps, count, j);
   for (; j + kFloatLanes <= n; j += kFloatLanes) CombineColumns<Floats, 1>(out, rows, taps, count, j);
   // Where vectors are wider than eight: up to fifteen single columns took longer than all of a short row's vectors.
-  for (; j + 8 <= n; j += 8) CombineColumns<Vec<float, 8>, 1>(out, rows, taps, count, j);
+  if constexpr (kUpToEight < kFloatLanes)
+    for (; j + kUpToEight <= n; j += kUpToEight) CombineColumns<UpToEight, 1>(out, rows, taps, count, j);
   for (; j < n; ++j) CombineColumns<float, 1>(out, rows, taps, count, j);
 }
 

@@ -1,14 +1,11 @@
-// The loops of the restoration's row kernels: a formula is written once, for a vector of eight floats and for the
-// single floats of the tail. Eight at every level: with sixteen no sweep was faster, and the orientation field
-// took 1.25 times as long.
+// The loops of the restoration's row kernels: a formula is written once, for a vector of up to eight floats and for the
+// single floats of the tail. With sixteen no sweep was faster, and the orientation field took 1.25 times as long.
 #pragma once
 
 #include "simd/vector-inl.h"
 
 namespace norv::NORV_LEVEL {
 namespace {
-
-using Eight = Vec<float, 8>;
 
 // The hardware's own prefetching ends at every page, which is every row of a megapixel plane: what a sweep will ask its
 // rows for so many floats further on is fetched meanwhile.
@@ -22,9 +19,9 @@ inline auto Ahead(Rows... rows) {
 template <typename Fetch, typename Body>
 inline void ForRow(int64_t n, const Fetch& fetch, const Body& body) {
   int64_t i = 0;
-  for (; i + 8 <= n; i += 8) {
+  for (; i + kUpToEight <= n; i += kUpToEight) {
     fetch(i);
-    body.template operator()<Eight>(i);
+    body.template operator()<UpToEight>(i);
   }
   for (; i < n; ++i) body.template operator()<float>(i);
 }
@@ -37,17 +34,19 @@ inline void ForRow(int64_t n, const Body& body) {
 // sums[i mod 8] += value<V>(i) for i < n.
 template <typename Fetch, typename Value>
 inline void SumRow(double* sums, int64_t n, const Fetch& fetch, const Value& value) {
-  using FourDoubles = Vec<double, 4>;
-  FourDoubles low = Load<FourDoubles>(sums), high = Load<FourDoubles>(sums + 4);
+  using Part = Vec<double, kUpToEight / 2>;
+  Part part[8 / kLanes<Part>];
+  for (int k = 0; k < 8; k += kLanes<Part>) part[k / kLanes<Part>] = Load<Part>(sums + k);
   int64_t i = 0;
   for (; i + 8 <= n; i += 8) {
     fetch(i);
-    const Eight v = value.template operator()<Eight>(i);
-    low += Widen(LowHalf(v));
-    high += Widen(HighHalf(v));
+    for (int k = 0; k < 8; k += kUpToEight) {
+      const UpToEight v = value.template operator()<UpToEight>(i + k);
+      part[k / kLanes<Part>] += Widen(LowHalf(v));
+      part[k / kLanes<Part> + 1] += Widen(HighHalf(v));
+    }
   }
-  Store(low, sums);
-  Store(high, sums + 4);
+  for (int k = 0; k < 8; k += kLanes<Part>) Store(part[k / kLanes<Part>], sums + k);
   for (int64_t lane = 0; i < n; ++i, ++lane) sums[lane] += static_cast<double>(value.template operator()<float>(i));
 }
 

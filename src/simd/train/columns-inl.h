@@ -11,10 +11,6 @@
 
 namespace norv::NORV_LEVEL {
 
-// Units side by side in the widest vectors, eight at least: a whole kTrainBlock is two such or one.
-inline constexpr int kWide = kFloatLanes < 8 ? 8 : kFloatLanes;
-using Wide = Vec<float, kWide>;
-
 // Some vectors of units side by side, all inputs.
 template <int lanes, int vectors, TrainUpdate update, bool evaluate>
 struct Columns {
@@ -74,9 +70,10 @@ template <TrainUpdate update, bool evaluate>
 void SweepColumns(const TrainSweep& sweep, int32_t begin, int32_t end) {
   // Spreading an input costs more in wide vectors: they pay where four of them share it.
   int32_t u = begin;
-  for (; u + 4 * kWide <= end; u += 4 * kWide) Columns<kWide, 4, update, evaluate>(sweep, u).Run();
-  for (; u + 32 <= end; u += 32) Columns<8, 4, update, evaluate>(sweep, u).Run();
-  for (; u + 16 <= end; u += 16) Columns<8, 2, update, evaluate>(sweep, u).Run();
+  for (; u + 4 * kFloatLanes <= end; u += 4 * kFloatLanes) Columns<kFloatLanes, 4, update, evaluate>(sweep, u).Run();
+  for (; u + 4 * kUpToEight <= end; u += 4 * kUpToEight) Columns<kUpToEight, 4, update, evaluate>(sweep, u).Run();
+  constexpr int kLast = kTrainBlock / kUpToEight;
+  for (; u + kTrainBlock <= end; u += kTrainBlock) Columns<kUpToEight, kLast, update, evaluate>(sweep, u).Run();
 }
 
 inline void TrainColumns(const TrainSweep& s, int32_t begin, int32_t end) {

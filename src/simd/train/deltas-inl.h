@@ -7,46 +7,43 @@
 
 namespace norv::NORV_LEVEL {
 
-using HalfWide = Vec<float, kWide / 2>;
-using HalfInDoubles = Vec<double, kWide / 2>;
-
 // Whether any product is below the smallest normal float, where floats are farther apart; a sum of 0 gives an exact 0.
-inline __attribute__((always_inline)) bool AnyTiny(Wide delta, Wide sum) {
+inline __attribute__((always_inline)) bool AnyTiny(Floats delta, Floats sum) {
   constexpr float kSmallestNormal = 0x1p-126f;
   return AnyLane((delta <= kSmallestNormal) & (delta >= -kSmallestNormal) & (sum != 0.0f));
 }
 
 // What the exact slopes give where the short ones leave it open.
-[[gnu::noinline]] inline Wide ExactLogisticProduct(const float* z, Wide sum) {
-  const auto product = [z](int32_t k, HalfWide half) {
-    return Narrow(Logistic::df(Widen(Load<HalfWide>(z + k))) * Widen(half));
+[[gnu::noinline]] inline Floats ExactLogisticProduct(const float* z, Floats sum) {
+  const auto product = [z](int32_t k, HalfFloats half) {
+    return Narrow(Logistic::df(Widen(Load<HalfFloats>(z + k))) * Widen(half));
   };
-  return Join(product(0, LowHalf(sum)), product(kWide / 2, HighHalf(sum)));
+  return Join(product(0, LowHalf(sum)), product(kDoubleLanes, HighHalf(sum)));
 }
 
 // slope times sum in double precision, rounded, then clipped so that a NaN stays one.
-inline __attribute__((always_inline)) Wide DeltaOf(const TrainDeltas& d, int32_t i, Wide sum) {
-  const HalfInDoubles first = Load<HalfInDoubles>(d.slope + i) * Widen(LowHalf(sum));
-  const HalfInDoubles second = Load<HalfInDoubles>(d.slope + i + kWide / 2) * Widen(HighHalf(sum));
-  Wide delta = Join(Narrow(first), Narrow(second));
+inline __attribute__((always_inline)) Floats DeltaOf(const TrainDeltas& d, int32_t i, Floats sum) {
+  const Doubles first = Load<Doubles>(d.slope + i) * Widen(LowHalf(sum));
+  const Doubles second = Load<Doubles>(d.slope + i + kDoubleLanes) * Widen(HighHalf(sum));
+  Floats delta = Join(Narrow(first), Narrow(second));
   if (d.z && __builtin_expect(AnyNearMiddle(first, second) || AnyTiny(delta, sum), 0))
     delta = ExactLogisticProduct(d.z + i, sum);
   if (d.bound == 0) return delta;
-  const Wide bound = Fill<Wide>(d.bound);
+  const Floats bound = Fill<Floats>(d.bound);
   delta = bound < delta ? bound : delta;
   return delta < -bound ? -bound : delta;
 }
 
-inline __attribute__((always_inline)) void FinishDelta(const TrainDeltas& d, int32_t i, Wide sum) {
-  const Wide delta = DeltaOf(d, i, sum);
-  const Wide step = delta * d.nu;
+inline __attribute__((always_inline)) void FinishDelta(const TrainDeltas& d, int32_t i, Floats sum) {
+  const Floats delta = DeltaOf(d, i, sum);
+  const Floats step = delta * d.nu;
   Store(delta, d.delta + i);
   Store(step, d.step + i);
-  const Wide bias = Load<Wide>(d.bias + i);
+  const Floats bias = Load<Floats>(d.bias + i);
   if (d.update == TrainUpdate::plain) {
     Store(bias - step, d.bias + i);
   } else {
-    const Wide velocity = Load<Wide>(d.vb + i) * d.momentum - step;
+    const Floats velocity = Load<Floats>(d.vb + i) * d.momentum - step;
     Store(velocity, d.vb + i);
     Store(bias + velocity, d.bias + i);
   }
@@ -76,7 +73,7 @@ inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& all, in
       }
     }
   }
-  constexpr int kParts = kWide / lanes;
+  constexpr int kParts = kFloatLanes / lanes;
   for (int v = 0; v < vectors; v += kParts) {
     if constexpr (kParts == 1)
       FinishDelta(d, i + v * lanes, sum[v]);
@@ -88,9 +85,9 @@ inline __attribute__((always_inline)) void DeltaBlock(const TrainDeltas& all, in
 template <TrainUpdate update>
 void LayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {
   int32_t i = begin;
-  for (; i + 4 * kWide <= end; i += 4 * kWide) DeltaBlock<kWide, 4, update>(d, i);
-  for (; i + 32 <= end; i += 32) DeltaBlock<8, 4, update>(d, i);
-  for (; i < end; i += 16) DeltaBlock<8, 2, update>(d, i);
+  for (; i + 4 * kFloatLanes <= end; i += 4 * kFloatLanes) DeltaBlock<kFloatLanes, 4, update>(d, i);
+  for (; i + 4 * kUpToEight <= end; i += 4 * kUpToEight) DeltaBlock<kUpToEight, 4, update>(d, i);
+  for (; i < end; i += kTrainBlock) DeltaBlock<kUpToEight, kTrainBlock / kUpToEight, update>(d, i);
 }
 
 inline void TrainLayerDeltas(const TrainDeltas& d, int32_t begin, int32_t end) {

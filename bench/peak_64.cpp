@@ -1,3 +1,3 @@
-#define NORV_LEVEL wide
+#define NORV_LEVEL bytes_64
 #define NORV_VECTOR_BYTES 64
 #include "peak-inl.h"

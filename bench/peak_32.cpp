@@ -1,3 +1,3 @@
-#define NORV_LEVEL narrow
+#define NORV_LEVEL bytes_32
 #define NORV_VECTOR_BYTES 32
 #include "peak-inl.h"

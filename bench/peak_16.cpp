@@ -1,0 +1,3 @@
+#define NORV_LEVEL bytes_16
+#define NORV_VECTOR_BYTES 16
+#include "peak-inl.h"
