@@ -13,8 +13,10 @@ namespace {
 
 // A line of bash in the folder, $k being norvkit.
 test::Outcome Bash(const test::ScratchFolder& folder, const std::string& line) {
+  std::string norvkit;
+  for (const std::string& word : test::EmulatorWords()) norvkit += word + " ";
   return test::Run({.arguments = {"-c", "set -o pipefail; " + line},
-                    .environment = {"k=" + test::NorvkitExecutable()},
+                    .environment = {"k=" + norvkit + test::NorvkitExecutable()},
                     .executable = "/bin/bash",
                     .directory = folder.Path()});
 }

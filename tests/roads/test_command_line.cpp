@@ -1,5 +1,6 @@
 // The tool as a process: its messages, its exit codes, what it makes of odd command lines.
 #include "platform/team.h"
+#include "simd/levels.h"
 #include "support/process.h"
 #include "support/test.h"
 
@@ -16,11 +17,14 @@ TEST_CASE("too few arguments or an unknown vector level: exit code 2, the reason
   const ScratchFolder folder;
   for (const std::string& line :
        std::vector<std::string>{"", "10 0 1", "-1", "word", "9 1 2 3 4 5 6 7 8", "6 1 2 3 4 5 6 7 x.fdib",
-                                "7 1 2 3 4 5 6 7 8 9 x.fdib", "11 0 1 8 4", "5" + kRestoration, "15"}) {
+                                "7 1 2 3 4 5 6 7 8 9 x.fdib", "11 0 1 8 4", "5" + kRestoration, "14", "15"}) {
     Command command = NorvIn(folder, line);
-    if (line == "15") command.environment.push_back("NORV_SIMD=mmx");
+    // No level at all, and the floor of the other machines.
+    const std::string floor = NameOf(kLevels[0]), other = floor == "neon" ? "sse2" : "neon";
+    const std::string level = line == "14" ? other : line == "15" ? "mmx" : "";
+    command.environment.push_back("NORV_SIMD=" + level);
     const Outcome outcome = Run(command);
-    CheckEnded(outcome, 2, line == "15" ? "mmx" : "usage: norv ");
+    CheckEnded(outcome, 2, level.empty() ? "usage: norv " : level + ": not one of " + floor);
     CHECK(outcome.output == kBanner);
     CHECK(fs::is_empty(folder.Path()));
   }

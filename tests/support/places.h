@@ -2,12 +2,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace norv::test {
 
 std::string NorvExecutable();
 // Empty where the companion is not built.
 std::string NorvkitExecutable();
+// What runs these executables where the tests are built for another processor: an emulator's words, mostly none.
+std::vector<std::string> EmulatorWords();
 // The top of the source tree, without a separator at the end.
 std::string SourceFolder();
 

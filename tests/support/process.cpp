@@ -27,6 +27,8 @@ struct Prepared {
 
   explicit Prepared(const Command& command) {
     words.insert(words.end(), command.environment.begin(), command.environment.end());
+    if (command.executable.rfind("/bin/", 0) != 0)
+      for (const std::string& word : EmulatorWords()) words.push_back(word);
     words.push_back(command.executable);
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
     for (std::string& word : words) argv.push_back(word.data());
