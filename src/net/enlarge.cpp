@@ -8,6 +8,7 @@
 #include "net/team_size.h"
 #include "platform/assert.h"
 #include "platform/team.h"
+#include "platform/threads/crew.h"
 #include "raster/bands.h"
 #include "raster/separable.h"
 
@@ -85,15 +86,6 @@ void EnlargeStrip(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcu
            : EnlargeAllChannels(enlarger, image, strip, progress);
 }
 
-// An image whose planes hold anything: the bands will fill every pixel, each thread its own, and clearing them before
-// would take as long as the threads save.
-void MakeUncleared(FloatImage& image, int32_t width, int32_t height, int32_t format) {
-  image = FloatImage();
-  image.Redim(0, 0, format);
-  for (int32_t p = 0; p < image.planes; ++p) image.plane[p].dim(width, height);
-  image.RefreshSize();
-}
-
 void EnlargeBands(const PlaneEnlarger& enlarger, FloatImage& image, const FloatImage& source, bool shortcut,
                   const BandPlan& plan) {
   const int32_t rows = plan.height + 2 * kLargestRadius, factor = enlarger.Factor();
@@ -114,19 +106,14 @@ void EnlargeWhole(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcu
 
 void EnlargeImage(const PlaneEnlarger& enlarger, FloatImage& image, bool shortcut, int32_t threads) {
   if (threads == 0 || threads == 1 || image.count == 0) return EnlargeWhole(enlarger, image, shortcut);
-  const BandPlan plan = IsTeamSize(threads) ? PlanBands(image.height, threads) : BandPlan{1, image.height};
-  const int32_t width = EnlargedLength(image.width, enlarger.Factor());
-  const int32_t height = EnlargedLength(image.height, enlarger.Factor());
+  const bool banded = IsCutIntoBands(image.height, threads);
   FloatImage source;
-  if (plan.bands > 1 && enlarger.Supported()) {
-    source = std::move(image);
-    MakeUncleared(image, width, height, source.format);
-  } else {
-    if (plan.bands > 1) source = image;
-    image.Redim(width, height, image.format);
-  }
+  if (banded) source = image;
+  image.Redim(EnlargedLength(image.width, enlarger.Factor()), EnlargedLength(image.height, enlarger.Factor()),
+              image.format);
   // One band: the cleared image is enlarged, on purpose; see the header.
-  plan.bands > 1 ? EnlargeBands(enlarger, image, source, shortcut, plan) : EnlargeWhole(enlarger, image, shortcut);
+  banded ? EnlargeBands(enlarger, image, source, shortcut, PlanBands(source.height, threads))
+         : EnlargeWhole(enlarger, image, shortcut);
 }
 
 void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& out) {
@@ -134,13 +121,22 @@ void EnlargeChannel(const PlaneEnlarger& enlarger, const matrix& plane, matrix& 
   enlarger.Enlarge(plane, WholeStrip(plane.n), out, progress);
 }
 
-// Rows a strip for a picture of which not much should be in memory at once: whole tiles, as long as a tile is small.
+// Rows of a strip: whole tiles, and so few that its planes stay in the cache from the network to the file.
 int32_t RowsOfStrip(int32_t width, int32_t planes, int32_t factor) {
-  constexpr int64_t kStripBytes = int64_t{128} << 20;
+  constexpr int64_t kStripBytes = int64_t{8} << 20;
   // The window, a copy of it and the enlarged planes, of which one comes and one goes.
   const int64_t bytes = int64_t{4} * width * (planes * (2 + factor * factor) + factor * factor);
-  const int64_t rows = std::max<int64_t>(kStripBytes / std::max<int64_t>(bytes, 1), 1);
-  return static_cast<int32_t>(std::min<int64_t>(rows < kTileRows ? rows : rows / kTileRows * kTileRows, INT32_MAX));
+  const int64_t tiles = kStripBytes / std::max<int64_t>(bytes * kTileRows, 1);
+  return static_cast<int32_t>(std::clamp<int64_t>(tiles, 1, 1 << 16) * kTileRows);
+}
+
+// The strip with all of its margin, as rows of the bands that it lies in: what is missing at the image's ends is
+// mirrored. Margins are even there, so that only what lies outside the image shows of bands.
+FloatImage BandedWindow(const FloatImage& window, Strip& strip) {
+  FloatImage banded;
+  CutBand(window, strip.first - kLargestRadius - strip.windowFirst, strip.rows + 2 * kLargestRadius, banded);
+  strip = StripEnlarger::PlanOf(strip.height + 2 * kLargestRadius, strip.first + kLargestRadius, strip.rows);
+  return banded;
 }
 
 }  // namespace
@@ -164,21 +160,35 @@ void StripEnlarger::Enlarge(FloatImage& window, const Strip& strip) const {
   EnlargeStrip(*enlarger_, window, shortcut_, strip, silent, &across_);
 }
 
+bool IsCutIntoBands(int32_t rows, int32_t threads) {
+  return threads > 1 && IsTeamSize(threads) && PlanBands(rows, threads).bands > 1;
+}
+
 void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
-                    int32_t stripRows) {
-  const PlaneEnlarger enlarger(net, average);
-  const FloatImage shape(0, 0, source.shape.format);
-  const int32_t height = source.shape.height;
-  NORV_ASSERT(enlarger.Supported() && shape.planes > 0);
-  if (stripRows == 0) stripRows = RowsOfStrip(source.shape.width, shape.planes, enlarger.Factor());
-  Progress progress(kDoing, NetworkPlanes(shape, shortcut) * height);
+                    int32_t threads, int32_t stripRows) {
+  const auto enlarger = std::make_shared<const StripEnlarger>(net, source.shape.width, shortcut, average);
+  const int32_t height = source.shape.height, planes = FloatImage(0, 0, source.shape.format).planes;
+  NORV_ASSERT(planes > 0);
+  if (stripRows == 0) stripRows = RowsOfStrip(source.shape.width, planes, enlarger->Factor());
+  Progress progress(kDoing, height);
   RowWindow window(source);
-  bool wanted = true;
-  for (int64_t first = 0; first < height && wanted; first += stripRows) {
-    const Strip strip = StripEnlarger::PlanOf(height, static_cast<int32_t>(first), stripRows);
-    FloatImage image = window.Show(strip);
-    EnlargeStrip(enlarger, image, shortcut, strip, progress);
-    wanted = take(image);
+  Ahead<FloatImage> ahead(threads);
+  int32_t next = 0;
+  const auto beginStrip = [&] {
+    Strip strip = StripEnlarger::PlanOf(height, next, stripRows);
+    next += strip.rows;
+    const FloatImage& seen = window.Show(strip);
+    const auto image = std::make_shared<FloatImage>(threads > 1 ? BandedWindow(seen, strip) : seen);
+    ahead.Begin([enlarger, image, strip] {
+      enlarger->Enlarge(*image, strip);
+      return std::move(*image);
+    });
+  };
+  for (bool wanted = true; wanted && (next < height || !ahead.Empty());) {
+    while (next < height && !ahead.Full()) beginStrip();
+    FloatImage rows = ahead.Next();
+    progress.Advance(rows.height / enlarger->Factor());
+    wanted = take(rows);
   }
 }
 

@@ -22,11 +22,15 @@ struct Strip;
 // Throws matrix's out-of-memory message; the image is then unusable.
 void NetEnlargeImage(FloatImage& image, const NeuralNet& net, bool shortcut, bool average, int32_t threads);
 
-// A picture that passes by, in strips of stripRows rows (0: as many as make a strip of moderate size), on the calling
-// thread: `take` gets the very bits of NetEnlargeImage with one thread, strip by strip. The network has a layout,
-// the format is known. Stops where no more is wanted.
+// Whether a request with so many threads cuts an image of so many rows into bands.
+bool IsCutIntoBands(int32_t rows, int32_t threads);
+
+// A picture that passes by, in strips of stripRows rows (0: as many as stay in the cache): `take` gets the very bits of
+// NetEnlargeImage, strip by strip in order, on the calling thread. threads: 1, or as many as cut the picture into
+// bands. The network has a layout, the format is known. Stops where no more is wanted. Throws what `source` and `take`
+// throw, and matrix's out-of-memory message.
 void NetEnlargeRows(const ImageSource& source, const TakeRows& take, const NeuralNet& net, bool shortcut, bool average,
-                    int32_t stripRows = 0);
+                    int32_t threads, int32_t stripRows = 0);
 
 // The same a strip at a time, for those who share a picture's strips among threads: read-only afterwards.
 class StripEnlarger {

@@ -22,13 +22,13 @@ void CopyMask(FloatImageReader& in, FloatImageWriter& out) {
 }
 
 void EnlargeInStrips(FloatImageReader& in, const std::string& to, const NeuralNet& net, bool shortcut, bool average,
-                     int32_t stripRows) {
+                     int32_t threads, int32_t stripRows) {
   const int32_t factor = EnlargementFactor(net);
   FloatImageWriter out(to, in.width * factor, in.height * factor, in.format, in.MaskWords());
   if (!out.Failed()) {
     const bool seeking = in.CanSeek() && out.CanSeek();
     const auto write = [&](FloatImage& rows) { return out.WriteRows(rows); };
-    NetEnlargeRows(in.Rows(), write, net, shortcut, average, seeking ? stripRows : in.height);
+    NetEnlargeRows(in.Rows(), write, net, shortcut, average, threads, seeking ? stripRows : in.height);
     CopyMask(in, out);
     in.WarnIfShort();
   }
@@ -44,7 +44,9 @@ void NetEnlargeFile(const std::string& from, const std::string& to, const Neural
   const bool enlarging = FindEnlargement(net.N0, net.LastNi()) && in.Planes() > 0 && in.width > 0 && in.height > 0;
   if (const char* reason = enlarging ? WhyNotEvaluable(net) : nullptr) throw reason;
   if (enlarging) RequireEnlargedCount(in.width, in.height, EnlargementFactor(net));
-  if (enlarging && (threads == 0 || threads == 1)) return EnlargeInStrips(in, to, net, shortcut, average, stripRows);
+  if (threads == 0) threads = 1;
+  if (enlarging && (threads == 1 || IsCutIntoBands(in.height, threads)))
+    return EnlargeInStrips(in, to, net, shortcut, average, threads, stripRows);
   FloatImage image;
   if (in.IsOpen()) image.Take(in);
   NetEnlargeImage(image, net, shortcut, average, threads);

@@ -15,6 +15,7 @@ namespace {
 
 // One system call moves about this much; larger arrays pass by the buffer. Small files get by with a small one.
 constexpr size_t kBufferSize = size_t{1} << 20, kSmallBuffer = size_t{1} << 16;
+constexpr size_t kBytesBehind = size_t{8} << 20;  // until the system is told to write them
 
 }  // namespace
 
@@ -134,17 +135,26 @@ struct FileOut::State {
   std::vector<char> buffer;
   int64_t position = 0;  // where the next byte goes, the buffer counted as written
   std::string failure;
+  size_t sent = 0;  // bytes since the system was told to write them to the disk
 
   void Fail() {
     if (failure.empty()) failure = LastSystemError();
   }
   void Send(const char* bytes, size_t size) {
     while (size > 0 && failure.empty()) {
-      const int64_t sent = file.Write(bytes, size);
-      if (sent <= 0) return Fail();
-      bytes += sent;
-      size -= static_cast<size_t>(sent);
+      const int64_t written = file.Write(bytes, size);
+      if (written <= 0) return Fail();
+      bytes += written;
+      size -= static_cast<size_t>(written);
+      sent += static_cast<size_t>(written);
     }
+    WriteBehind();
+  }
+  // What has to be on the disk at the end is on its way there while the rest is made.
+  void WriteBehind() {
+    if (durability != Durability::durable || sent < kBytesBehind) return;
+    file.BeginFlush();
+    sent = 0;
   }
   void Flush() {
     Send(buffer.data(), buffer.size());

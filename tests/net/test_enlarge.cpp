@@ -66,14 +66,14 @@ TEST_CASE("images of three and four planes, whole and by the shortcut; bands are
     }
 }
 
-TEST_CASE("strips of any height make the file that the whole image makes, mask and missing rows included") {
+TEST_CASE("strips of any height make the file that the whole image and bands make, mask and missing rows included") {
   const ScratchFolder folder;
   const std::string from = folder / "in.fdib", to = folder / "out.fdib";
   const int32_t formats[] = {kDefaultFormat, kWithFourth + 7, kLuminance + 1, 0x80};
   int32_t turn = 0;
   for (const Layout layout : kLayouts)
     for (const bool shortcut : {false, true})
-      for (const auto& [w, h] : {std::pair{4, 1}, {3, 2}, {5, 19}}) {
+      for (const auto& [w, h, threads] : {std::array{4, 1, 1}, {3, 2, 0}, {5, 19, 1}, {3, 17, 4}, {2, 71, 8}}) {
         const int32_t format = formats[++turn % 4];
         FloatImage image = turn % 3 == 0 ? Masked(w, h, format) : RandomFloatImage(w, h, format);
         REQUIRE(!image.Save(from, Folder::asGiven));
@@ -83,10 +83,10 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
         CHECK(warning.empty() == (turn % 5 != 0));
         const NeuralNet net = RandomRecord(layout.inputs, {3, layout.outputs}, kExactKinds, turn);
         const bool average = turn % 2 == 0;
-        const std::string whole = ImageBytes(Enlarged(image, net, shortcut, average, 1));
+        const std::string whole = ImageBytes(Enlarged(image, net, shortcut, average, threads));
         for (const int32_t rows : {0, 1, 2, 7}) {
           INFO(layout.inputs, " inputs, format ", image.format, ", strips of ", rows);
-          CHECK(ErrorsOf([&] { NetEnlargeFile(from, to, net, shortcut, average, turn % 2, rows); }) == warning);
+          CHECK(ErrorsOf([&] { NetEnlargeFile(from, to, net, shortcut, average, threads, rows); }) == warning);
           CHECK(ReadBytes(to) == whole);
         }
       }
@@ -95,16 +95,18 @@ TEST_CASE("strips of any height make the file that the whole image makes, mask a
 TEST_CASE("pipes are read and written from front to back") {
   const ScratchFolder folder;
   const NeuralNet net = RandomRecord(24, {4}, kExactKinds);
-  const FloatImage image = RandomFloatImage(6, 9, kWithFourth + 7);
+  const FloatImage image = RandomFloatImage(6, 17, kWithFourth + 7);
   REQUIRE(mkfifo((folder / "in").c_str(), 0600) == 0);
   REQUIRE(mkfifo((folder / "out").c_str(), 0600) == 0);
-  std::thread writer([&] { WriteBytes(folder / "in", ImageBytes(image)); });
-  std::string received;
-  std::thread reader([&] { received = ReadBytes(folder / "out"); });
-  NetEnlargeFile(folder / "in", folder / "out", net, true, false, 1, 2);
-  writer.join();
-  reader.join();
-  CHECK(received == ImageBytes(Enlarged(image, net, true, false, 1)));
+  for (const int32_t threads : {1, 4}) {
+    std::thread writer([&] { WriteBytes(folder / "in", ImageBytes(image)); });
+    std::string received;
+    std::thread reader([&] { received = ReadBytes(folder / "out"); });
+    NetEnlargeFile(folder / "in", folder / "out", net, true, false, threads, 2);
+    writer.join();
+    reader.join();
+    CHECK(received == ImageBytes(Enlarged(image, net, true, false, threads)));
+  }
 }
 
 TEST_CASE("more pixels than 32 bits count are refused before any work, and the old file stays") {

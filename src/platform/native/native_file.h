@@ -47,6 +47,8 @@ class NativeFile {
   // False for pipes and terminals, whose bytes pass once.
   bool CanSeek() const;
   bool Flush();
+  // Lets the system begin to write what it holds, where it can be told so; nobody waits for it.
+  void BeginFlush();
   bool Close();
   // Renames this (flushed) file from its temporary name over the destination and closes it. durable: the new name is on
   // the disk when this returns.

@@ -82,6 +82,12 @@ bool NativeFile::CanSeek() const { return lseek(Native(handle_), 0, SEEK_CUR) >=
 
 bool NativeFile::Flush() { return fsync(Native(handle_)) == 0; }
 
+void NativeFile::BeginFlush() {
+#ifdef SYNC_FILE_RANGE_WRITE
+  static_cast<void>(sync_file_range(Native(handle_), 0, 0, SYNC_FILE_RANGE_WRITE));
+#endif
+}
+
 bool NativeFile::Close() {
   if (!IsOpen()) return true;
   const int closed = close(Native(handle_));

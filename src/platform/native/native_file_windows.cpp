@@ -81,6 +81,8 @@ bool NativeFile::CanSeek() const { return GetFileType(Native(handle_)) == FILE_T
 
 bool NativeFile::Flush() { return FlushFileBuffers(Native(handle_)); }
 
+void NativeFile::BeginFlush() {}
+
 bool NativeFile::Close() {
   if (!IsOpen()) return true;
   const bool closed = CloseHandle(Native(handle_));
