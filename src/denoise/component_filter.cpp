@@ -61,7 +61,7 @@ class ComponentPass {
       progress.Advance();
     };
     SumStrips(threads, (rows + kPatchRows - 1) / kPatchRows, filter, [&](int64_t) -> PatchSums& { return total; });
-    total.Finish(result);
+    total.Finish(result, threads);
   }
 
  private:

@@ -41,27 +41,32 @@ std::vector<double> MeanOf(const Samples& samples, int32_t length) {
   return mean;
 }
 
-// Every element is a sum over the patches in their order, whichever thread forms it.
+// column[i] += the sum of element j times element i of patches that stand one behind the other.
+void AddProducts(const std::vector<double>& patches, int64_t count, int64_t j, int32_t length, double* column) {
+  for (int64_t k = 0; k < count; ++k) {
+    const double* patch = patches.data() + k * length;
+    const double value = patch[j];
+    for (int32_t i = 0; i < length; ++i) column[i] += value * patch[i];
+  }
+}
+
+// Every element is a sum over the patches in their order, whichever thread forms it. Each thread reads all patches,
+// which is little beside what it makes of them.
 dmatrix CovarianceOf(const Samples& samples, const std::vector<double>& mean, int threads) {
   const int32_t length = static_cast<int32_t>(mean.size());
   dmatrix sum(length, length);
   sum.fill(0);
-  std::vector<double> block(kBlock * length);
-  for (int64_t first = 0; first < samples.count; first += kBlock) {
-    const int64_t count = std::min(kBlock, samples.count - first);
-    for (int64_t k = 0; k < count; ++k) {
-      samples.Read(first + k, block.data() + k * length);
-      for (int32_t i = 0; i < length; ++i) block[k * length + i] -= mean[i];
-    }
-    ParallelFor(threads, length, [&](int64_t j) {
+  ParallelRanges(threads, length, [&](int64_t begin, int64_t end) {
+    std::vector<double> block(kBlock * length);
+    for (int64_t first = 0; first < samples.count; first += kBlock) {
+      const int64_t count = std::min(kBlock, samples.count - first);
       for (int64_t k = 0; k < count; ++k) {
-        const double* patch = block.data() + k * length;
-        const double value = patch[j];
-        double* column = sum.z[j];
-        for (int32_t i = 0; i < length; ++i) column[i] += value * patch[i];
+        samples.Read(first + k, block.data() + k * length);
+        for (int32_t i = 0; i < length; ++i) block[k * length + i] -= mean[i];
       }
-    });
-  }
+      for (int64_t j = begin; j < end; ++j) AddProducts(block, count, j, length, sum.z[j]);
+    }
+  });
   for (int32_t i = 0; i < sum.mn; ++i) sum.x[i] /= static_cast<double>(samples.count);
   return sum;
 }

@@ -10,7 +10,6 @@
 #include "denoise/group_filter.h"
 #include "denoise/working_planes.h"
 #include "platform/console.h"
-#include "platform/team.h"
 
 namespace norv {
 namespace {
@@ -67,11 +66,11 @@ void DenoiseByComponents(FloatImage& image, const ComponentRequest& request) {
   settings.side = Within("patch side", request.side, 2, 16);
   settings.kept = Within("number of components", request.kept, 0, settings.side * settings.side);
   settings.hard = request.hard;
-  settings.threads = std::clamp(request.threads, 1, ProcessorCount());
+  settings.threads = request.threads;
   const float sigma = std::isnan(request.sigma) ? 0 : std::max(request.sigma, 0.0f);
   const double noise = Within("noise", sigma, 0.0f, 255.0f);
   if (!CanDenoise(image, settings.side)) return;
-  WorkingPlanes working(image, request.luminance);
+  WorkingPlanes working(image, request.luminance, settings.threads);
   const std::vector<NoisyPlane> planes = working.Planes(noise);
   for (size_t k = 0; k < planes.size(); ++k) {
     // What is learned serves a series: every plane's file belongs to this picture, even if the plane itself stays.
@@ -92,11 +91,11 @@ void DenoiseByGroups(FloatImage& image, const GroupRequest& request) {
   settings.feedback = Within("feedback", request.feedback, 0.0f, 1.0f);
   settings.ranked = request.ranked;
   settings.twoStep = request.twoStep;
-  settings.threads = request.parallel ? ProcessorCount() : 1;
+  settings.threads = request.threads;
   const float sigma = std::isnan(request.sigma) ? 0 : std::max(request.sigma, 0.0f);
   const double noise = Within("noise", sigma, 0.0f, 255.0f);
   if (!CanDenoise(image, settings.side)) return;
-  WorkingPlanes working(image, request.luminance);
+  WorkingPlanes working(image, request.luminance, settings.threads);
   FilterGroups(working.Planes(noise), settings);
   working.Finish();
 }

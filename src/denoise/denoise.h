@@ -23,7 +23,7 @@ struct ComponentRequest {
   int32_t kept = 0;       // components, up to side^2; 0: decided by the threshold alone
   bool hard = false;      // threshold only, without the second pass of Wiener shrinkage
   bool luminance = true;  // work in luminance and chrominance
-  int32_t threads = 1;
+  int32_t threads = 1;  // 1 and more
   ComponentSource source = ComponentSource::learn;
 };
 
@@ -36,7 +36,7 @@ struct GroupRequest {
   float sigma = 0;         // of the noise, in grey levels, up to 255; 0 or less: estimated
   float strength = 0;      // of the singular-value weights, up to 100; 0 or less: 2.83
   float feedback = 0.1f;   // of the residual per iteration, 0 .. 1
-  bool parallel = true;    // all processors on all planes
+  int32_t threads = 1;     // 1 and more, on all planes
   bool luminance = true;   // work in luminance and chrominance
   bool ranked = false;     // patches weigh the less, the higher their group's rank
   bool twoStep = true;     // fewer groups, found in a smaller window

@@ -147,9 +147,9 @@ class GroupFilter {
 };
 
 // current += feedback * (noisy - current)
-void FeedBack(Job& job, float feedback) {
-  for (size_t i = 0; i < job.current.values.size(); ++i)
-    job.current.values[i] += feedback * (job.noisy.values[i] - job.current.values[i]);
+void FeedBack(Job& job, float feedback, int threads) {
+  ParallelFor(threads, static_cast<int64_t>(job.current.values.size()),
+              [&](int64_t i) { job.current.values[i] += feedback * (job.noisy.values[i] - job.current.values[i]); });
 }
 
 }  // namespace
@@ -169,7 +169,7 @@ void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& se
   Progress progress("Denoising", settings.iterations * count);
   for (int32_t iteration = 0; iteration < settings.iterations; ++iteration) {
     for (auto& job : jobs) {
-      FeedBack(*job, static_cast<float>(settings.feedback));
+      FeedBack(*job, static_cast<float>(settings.feedback), settings.threads);
       job->total.Reset(job->noisy, 0, job->noisy.height);
     }
     const GroupFilter filter(settings, iteration);
@@ -178,7 +178,7 @@ void FilterGroups(const std::vector<NoisyPlane>& planes, const GroupSettings& se
       progress.Advance();
     };
     SumStrips(settings.threads, count, run, [&](int64_t i) -> PatchSums& { return strips[i].job->total; });
-    for (auto& job : jobs) job->total.Finish(job->current);
+    for (auto& job : jobs) job->total.Finish(job->current, settings.threads);
   }
   for (auto& job : jobs) job->current.CopyTo(*job->target);
 }

@@ -31,22 +31,24 @@ void PatchSums::Reset(const PatchPlane& plane, int64_t firstRow, int64_t endRow)
   weights_.assign(values_.size(), 0.0f);
 }
 
-void PatchSums::AddTo(PatchSums& total) const {
-  const int64_t offset = (first_ - total.first_) * stride_;
-  for (size_t i = 0; i < values_.size(); ++i) {
-    total.values_[i + offset] += values_[i];
-    total.weights_[i + offset] += weights_[i];
+void PatchSums::AddTo(PatchSums& total, int64_t member, int64_t members) const {
+  const Range columns = StaticPart(stride_, static_cast<int>(member), static_cast<int>(members));
+  for (int64_t r = first_; r < end_; ++r) {
+    const int64_t row = (r - first_) * stride_, target = (r - total.first_) * stride_;
+    for (int64_t c = columns.begin; c < columns.end; ++c) {
+      total.values_[target + c] += values_[row + c];
+      total.weights_[target + c] += weights_[row + c];
+    }
   }
 }
 
-void PatchSums::Finish(PatchPlane& plane) const {
-  for (int64_t r = first_; r < end_; ++r) {
-    const float* value = values_.data() + (r - first_) * stride_;
-    const float* weight = weights_.data() + (r - first_) * stride_;
-    float* target = plane.Row(r);
+void PatchSums::Finish(PatchPlane& plane, int threads) const {
+  ParallelFor(threads, end_ - first_, [&](int64_t i) {
+    const float *value = values_.data() + i * stride_, *weight = weights_.data() + i * stride_;
+    float* target = plane.Row(first_ + i);
     for (int32_t c = 0; c < plane.width; ++c)
       if (weight[c] > 0) target[c] = value[c] / weight[c];
-  }
+  });
 }
 
 }  // namespace norv

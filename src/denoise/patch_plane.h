@@ -33,25 +33,27 @@ class PatchSums {
   // their end.
   float* Values(int64_t row) { return values_.data() + (row - first_) * stride_; }
   float* Weights(int64_t row) { return weights_.data() + (row - first_) * stride_; }
-  // Adds all of these sums to others that cover their rows.
-  void AddTo(PatchSums& total) const;
-  // The weighted means; where nothing was added the plane keeps its value.
-  void Finish(PatchPlane& plane) const;
+  // Adds these sums to others that cover their rows: of all rows the member's part of the columns.
+  void AddTo(PatchSums& total, int64_t member, int64_t members) const;
+  // The weighted means, by so many threads; where nothing was added the plane keeps its value.
+  void Finish(PatchPlane& plane, int threads) const;
 
  private:
   int64_t first_ = 0, end_ = 0, stride_ = 0;
   std::vector<float> values_, weights_;
 };
 
-// Calls work(i, sums) for each of `count` strips with sums of its own, which are then added to total(i), in the order
-// of the strips whoever made them.
+// Calls work(i, sums) for each of `count` strips with sums of its own, which are then added to total(i), every element
+// in the order of the strips, whoever made them.
 template <typename Work, typename Total>
 void SumStrips(int threads, int64_t count, const Work& work, const Total& total) {
   constexpr int64_t kAtOnce = 64;  // strips whose sums are in memory
   for (int64_t first = 0; first < count; first += kAtOnce) {
     std::vector<PatchSums> sums(static_cast<size_t>(std::min(kAtOnce, count - first)));
     ParallelFor(threads, static_cast<int64_t>(sums.size()), [&](int64_t i) { work(first + i, sums[i]); });
-    for (size_t i = 0; i < sums.size(); ++i) sums[i].AddTo(total(first + static_cast<int64_t>(i)));
+    ParallelFor(threads, threads, [&](int64_t member) {
+      for (size_t i = 0; i < sums.size(); ++i) sums[i].AddTo(total(first + static_cast<int64_t>(i)), member, threads);
+    });
   }
 }
 

@@ -63,10 +63,12 @@ bool IsFlat(const matrix& plane) {
 
 }  // namespace
 
-WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance) : image_(image), format_(image.format) {
+WorkingPlanes::WorkingPlanes(FloatImage& image, bool luminance, int threads)
+    : image_(image), format_(image.format), threads_(threads) {
   NORV_ASSERT(FindModel(format_) != nullptr);
   if (ModelOf(format_) == kWithFourth) fourth_ = image.plane[3];
-  image_.ConvertTo(luminance ? kLuminance : kDisplay);
+  StandingTeam team(threads_);
+  image_.ConvertTo(luminance ? kLuminance : kDisplay, team);
   int64_t repaired = 0;
   for (int k = 0; k < 3; ++k) repaired += Repair(image_.plane[k]);
   if (repaired > 0) Warn("%lld values that are no pixel values are replaced", static_cast<long long>(repaired));
@@ -76,14 +78,15 @@ std::vector<NoisyPlane> WorkingPlanes::Planes(double sigma) {
   std::vector<NoisyPlane> planes;
   for (int k = 0; k < 3; ++k) {
     matrix& plane = image_.plane[k];
-    const double own = sigma > 0 ? sigma * NoiseFactor(image_.toModel, k) : EstimateNoise(plane);
+    const double own = sigma > 0 ? sigma * NoiseFactor(image_.toModel, k) : EstimateNoise(plane, threads_);
     planes.push_back({&plane, IsFlat(plane) ? 0.0 : own});
   }
   return planes;
 }
 
 void WorkingPlanes::Finish() {
-  image_.ConvertTo(format_);
+  StandingTeam team(threads_);
+  image_.ConvertTo(format_, team);
   if (ModelOf(format_) == kWithFourth) image_.plane[3] = fourth_;
 }
 

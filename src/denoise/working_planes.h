@@ -12,7 +12,7 @@ namespace norv {
 class WorkingPlanes {
  public:
   // The format is a known one (asserted).
-  WorkingPlanes(FloatImage& image, bool luminance);
+  WorkingPlanes(FloatImage& image, bool luminance, int threads);
 
   // The three planes with their noise: `sigma` in grey levels of the display becomes each plane's own; estimated per
   // plane when sigma is not positive. A plane of one value has none.
@@ -22,6 +22,7 @@ class WorkingPlanes {
  private:
   FloatImage& image_;
   int32_t format_;
+  int threads_;
   matrix fourth_;
 };
 

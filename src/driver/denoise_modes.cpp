@@ -1,8 +1,11 @@
 // Modes 6 and 7: denoising.
+#include <algorithm>
+
 #include "denoise/denoise.h"
 #include "driver/images.h"
 #include "driver/modes.h"
 #include "linear/matrix2.h"
+#include "platform/team.h"
 
 namespace norv {
 namespace {
@@ -30,7 +33,7 @@ Ending RunComponentDenoiser(const Request& request) {
   wanted.kept = a.Integer(in["COMPONENTS"]);
   wanted.hard = a.Flag(in["HARD"]);
   wanted.luminance = a.Flag(in["LUMINANCE"]);
-  wanted.threads = a.Integer(in["THREADS"]);
+  wanted.threads = std::clamp(a.Integer(in["THREADS"]), 1, ProcessorCount());
   wanted.source = a.Integer(in["VARIANT"]) == 0 ? ComponentSource::learn : ComponentSource::files;
   return Denoise(DenoiseByComponents, wanted, a, in["FILE"], in["FINISH"]);
 }
@@ -44,7 +47,7 @@ Ending RunGroupDenoiser(const Request& request) {
   wanted.sigma = a.Float(in["SIGMA"]);
   wanted.strength = a.Float(in["STRENGTH"]);
   wanted.feedback = a.Float(in["FEEDBACK"]);
-  wanted.parallel = a.Flag(in["PARALLEL"]);
+  wanted.threads = a.Flag(in["PARALLEL"]) ? ProcessorCount() : 1;
   wanted.luminance = a.Flag(in["LUMINANCE"]);
   wanted.ranked = a.Flag(in["RANKED"]);
   wanted.twoStep = a.Flag(in["TWO_STEP"]);

@@ -13,16 +13,23 @@ TEST_CASE("the estimate of the noise") {
     CAPTURE(sigma);
     matrix plane = Scene(160, 130);
     AddNoise(plane, sigma, 3);
-    CHECK(EstimateNoise(plane) == doctest::Approx(sigma).epsilon(sigma < 15 ? 0.25 : 0.1));
+    CHECK(EstimateNoise(plane, 1) == doctest::Approx(sigma).epsilon(sigma < 15 ? 0.25 : 0.1));
+    std::vector<float> differences;
+    for (int32_t r = 0; r + 1 < plane.n; ++r)
+      for (int32_t c = 0; c + 1 < plane.m; ++c)
+        differences.push_back(std::abs(plane.z[r][c] - plane.z[r][c + 1] - plane.z[r + 1][c] + plane.z[r + 1][c + 1]));
+    std::sort(differences.begin(), differences.end());
+    for (const int threads : {1, 2, 3, 16, 500})
+      CHECK(EstimateNoise(plane, threads) == differences[differences.size() / 2] / 2 / 0.6744897501960817);
   }
   matrix flat(9, 1), constant(6, 5), corner(2, 2);
   flat.fill(7);
   constant.fill(7);
   corner.fill(0);
   corner.x[3] = 2;
-  CHECK(EstimateNoise(flat) == 0);
-  CHECK(EstimateNoise(constant) == 0);
-  CHECK(EstimateNoise(corner) == doctest::Approx(1 / 0.67448975));
+  CHECK(EstimateNoise(flat, 2) == 0);
+  CHECK(EstimateNoise(constant, 3) == 0);
+  CHECK(EstimateNoise(corner, 16) == doctest::Approx(1 / 0.67448975));
 }
 
 TEST_CASE("the search finds the nearest patches of its window") {

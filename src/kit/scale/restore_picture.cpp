@@ -83,7 +83,7 @@ void DenoisePicture(Picture& picture, const DenoiseChoice& choice) {
   if (choice.best) {
     GroupRequest request;
     request.sigma = noise;
-    request.parallel = choice.threads > 1;
+    request.threads = choice.threads;
     DenoiseByGroups(image, request);
   } else {
     ComponentRequest request;

@@ -18,7 +18,7 @@ Picture RestoreBytes(Picture picture, const RestoreParameters& parameters, int32
 struct DenoiseChoice {
   bool best = false;    // groups of similar patches instead of patch components
   float noise = 0;      // standard deviation in grey levels; 0: estimated
-  int32_t threads = 1;  // which do not change the result; of `best` 1 or all processors
+  int32_t threads = 1;  // which do not change the result
 };
 
 // Noise and compression grain removed from the colours of the picture; its alpha plane stays.
