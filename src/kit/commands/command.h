@@ -36,6 +36,9 @@ struct BetweenOr {  // a number or a word, kept as text
 struct Anything {};  // finite numbers only
 using Check = std::variant<Anything, Between, OneOf, BetweenOr>;
 
+// What a value is the name of, where its unit (FILE, DIR ...) does not say so; shells offer those that there are.
+enum class Named { other, network, preset };
+
 struct Option {
   const char* name;       // "--factor"; one that has to be given, by its place, is named in capitals: "PICTURE"
   Target target;          // its value beforehand is the default
@@ -49,6 +52,7 @@ struct Option {
   bool aside = false;          // no setting of a result: where it goes, how the run goes about it, what is said
   bool mayBeLeftOut = false;   // of the last place
   bool lastOfSeveral = false;  // a place that the one before, which takes several, holds the word of
+  Named named = Named::other;
 
   bool HasPlace() const { return name[0] != '-'; }
   bool TakesValue() const { return !std::holds_alternative<bool*>(target) && !std::holds_alternative<Times*>(target); }
@@ -81,7 +85,7 @@ Command MakeCommand(CommandText text, Options (*rows)(Settings&), void (*run)(co
 
 // A command of the table, every time with settings of its own.
 struct CommandRow {
-  const char* heading;  // that it stands under in the help
+  const char* heading;  // that it stands under in the help; empty: it is not for people to type
   Command (*make)();
 };
 

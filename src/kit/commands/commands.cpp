@@ -23,6 +23,7 @@ Command CurveCommand();
 Command FilterCommand();
 Command RankCommand();
 Command ModelsCommand();
+Command CompletionsCommand();
 
 namespace {
 
@@ -31,13 +32,14 @@ constexpr char kScale[] = "Smaller and larger";
 constexpr char kNoise[] = "Noise";
 constexpr char kLook[] = "Look and measure";
 constexpr char kNetworks[] = "Networks";
+constexpr char kHidden[] = "";
 
 constexpr CommandRow kCommands[] = {
-    {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand}, {kInAndOut, TestCardCommand},
-    {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},    {kNoise, DenoiseCommand},
-    {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},     {kLook, VerifyCommand},
-    {kLook, FilterCommand},     {kLook, RankCommand},       {kNetworks, NewNetCommand},  {kNetworks, TrainCommand},
-    {kNetworks, CurveCommand},  {kNetworks, ModelsCommand},
+    {kInAndOut, ImportCommand}, {kInAndOut, ExportCommand}, {kInAndOut, ConvertCommand},   {kInAndOut, TestCardCommand},
+    {kScale, ShrinkCommand},    {kScale, EnlargeCommand},   {kScale, RestoreCommand},      {kNoise, DenoiseCommand},
+    {kNoise, NoiseCommand},     {kLook, InfoCommand},       {kLook, CompareCommand},       {kLook, VerifyCommand},
+    {kLook, FilterCommand},     {kLook, RankCommand},       {kNetworks, NewNetCommand},    {kNetworks, TrainCommand},
+    {kNetworks, CurveCommand},  {kNetworks, ModelsCommand}, {kHidden, CompletionsCommand},
 };
 
 }  // namespace

@@ -118,6 +118,7 @@ std::string HelpOf(const Command& command) {
 std::string HelpOfAll() {
   std::string text = Wrapped(kStart, 0, 0) + "\n\n" + kFirstWords, heading;
   for (const CommandRow& row : CommandTable()) {
+    if (!*row.heading) continue;
     const Command command = row.make();
     if (heading != row.heading) text.append("\n").append(heading = row.heading).append(":\n");
     text += Line(command.name, command.purpose);
