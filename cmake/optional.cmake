@@ -12,7 +12,7 @@ if(NOT WIN32)
     list(REMOVE_ITEM kitSources ${PROJECT_SOURCE_DIR}/src/kit/main.cpp)
     add_library(norv_kit STATIC ${kitSources})
     target_link_libraries(norv_kit PUBLIC norv_core PNG::PNG ZLIB::ZLIB JPEG::JPEG TIFF::TIFF PRIVATE CLI11::CLI11)
-    set_source_files_properties(src/kit/commands/command_line.cpp src/kit/proof/receipt.cpp PROPERTIES
+    set_source_files_properties(src/kit/command_line.cpp src/kit/proof/receipt.cpp PROPERTIES
       COMPILE_DEFINITIONS NORV_VERSION="${PROJECT_VERSION}")
     # The standard headers that most of its files include cost half of compiling one. Compiler caches know no
     # precompiled headers, and builds with one show that every file includes what it needs.

@@ -23,7 +23,7 @@ struct ComponentRequest {
   int32_t kept = 0;       // components, up to side^2; 0: decided by the threshold alone
   bool hard = false;      // threshold only, without the second pass of Wiener shrinkage
   bool luminance = true;  // work in luminance and chrominance
-  int32_t threads = 1;  // 1 and more
+  int32_t threads = 1;    // 1 and more
   ComponentSource source = ComponentSource::learn;
 };
 

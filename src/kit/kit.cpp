@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kit/commands/command_line.h"
+#include "kit/command_line.h"
 #include "kit/failure.h"
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"

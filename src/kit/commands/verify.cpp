@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "kit/command_line.h"
 #include "kit/commands/command.h"
-#include "kit/commands/command_line.h"
 #include "kit/failure.h"
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"

@@ -1,5 +1,5 @@
 // The only file that knows the command-line library, whose templates take long to compile: rows become its parsers.
-#include "kit/commands/command_line.h"
+#include "kit/command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
