@@ -93,6 +93,11 @@ int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, in
       MemoryEstimate(parameters, width, height, threads).Bytes(working + aside, FindModel(format)->planes - working));
 }
 
+int64_t PlanesMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t planes,
+                     int32_t threads) {
+  return static_cast<int64_t>(MemoryEstimate(parameters, width, height, threads).Bytes(planes, 0));
+}
+
 int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format, int32_t side,
                     int32_t threads) {
   const int32_t rows = height + 2 * kRestoreMargin;

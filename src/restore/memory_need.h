@@ -15,6 +15,10 @@ namespace norv {
 int64_t RestorationMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format,
                           int32_t threads = 1);
 
+// The same of planes that are restored each by itself.
+int64_t PlanesMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t planes,
+                     int32_t threads = 1);
+
 // The same of bands of `height` rows without their margins: each has planes of its own, and at most `side` of them are
 // in work side by side, each by a team of `threads`. What all bands share is not in it.
 int64_t BandsMemory(const RestoreParameters& parameters, int32_t width, int32_t height, int32_t format, int32_t side,

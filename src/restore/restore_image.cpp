@@ -122,6 +122,18 @@ void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progre
   RestoreCounted(image, parameters, progress, team);
 }
 
+void RestorePlanes(std::span<matrix> planes, const RestoreParameters& parameters, Progress* progress,
+                   StandingTeam& team) {
+  const int32_t width = planes[0].m, height = planes[0].n, count = static_cast<int32_t>(planes.size());
+  CheckRestoration(parameters, width, height, kDefaultFormat);
+  if (planes[0].mn == 0) return;
+  DemandMemory(PlanesMemory(parameters, width, height, count, team.Threads()));
+  std::vector<PlanePair> pairs;
+  for (matrix& plane : planes) pairs.push_back({std::move(plane), &plane});
+  BitMask mask;
+  RestorePlanes(pairs, count, false, mask, parameters, progress, team);
+}
+
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {
   Say("\nNumber of threads = %d", threads);
   RestoreImageInBands(image, parameters, threads, threads);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "image/float_image.h"
 #include "platform/progress.h"
@@ -26,8 +27,13 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
 void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress = nullptr,
                   StandingTeam& team = StandingTeam::Alone());
 
-// The same in horizontal bands with margins, one a thread; says the thread count first. 0 threads and fewer work as 1,
-// which is one band. The image's mask stays as it is, of the size of the source.
+// Planes of one size that are no colours of each other, such as grey and its alpha: every one enlarged and restored in
+// place, with one mask of edges. Throws and advances the progress as RestoreImage(), by PlaneWork() for each.
+void RestorePlanes(std::span<matrix> planes, const RestoreParameters& parameters, Progress* progress,
+                   StandingTeam& team);
+
+// The same as RestoreImage() in horizontal bands with margins, one a thread; says the thread count first. 0 threads and
+// fewer work as 1, which is one band. The image's mask stays as it is, of the size of the source.
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads);
 
 // The same in silence, with any number of bands on `threads` threads: beside the image and the result, at most so many

@@ -9,11 +9,13 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/picture.h"
+#include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
 #include "platform/team.h"
 #include "restore/restore_image.h"
 #include "support/kit.h"
 #include "support/noisy_pictures.h"
+#include "support/random_plane.h"
 #include "support/restoration.h"
 #include "support/scratch.h"
 
@@ -63,7 +65,8 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
     CHECK(test::ReadBytes(out).size() == 8 + 94 * static_cast<size_t>(BitStride(62)));
     return std::string(test::ReadBytes(out) == test::ReadBytes(folder / "again.bit") ? "same" : "other");
   };
-  CHECK((norv(0, 1) == kit({"--threads", "1"})));
+  for (const char* count : {"1", "2", "3", "64"}) CHECK((norv(0, 1) == kit({"--threads", count})));
+  CHECK((norv(0, 1) == kit({"--by", "2"})));
   CHECK((norv(1, 1) == kit({"--bands", "1"})));
   CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads)})));
   CHECK((norv(1, threads) == kit({"--bands", std::to_string(threads), "--threads", "2"})));
@@ -78,7 +81,33 @@ TEST_CASE("restore gives the bytes of norv 0, 1 and 4 with the preset's paramete
   CHECK(tooMany.errors.find("6 bands at most") != std::string::npos);
   CHECK((norv(1, 1) == test::ReadBytes(folder / "kit.fdib")));
   norv(4, threads);
-  CHECK((kit({"--threads", std::to_string(threads), "--bits-road"}) == "same"));
+  CHECK((kit({"--bands", std::to_string(threads), "--bits-road"}) == "same"));
+  norv(4, 1);
+  CHECK((kit({"--threads", "3", "--bits-road"}) == "same"));
+}
+
+TEST_CASE("pictures beyond a size are restored in strips: the whole's to the eye, the same ones on any threads") {
+  RestoreParameters parameters = RestorePreset("clean", 2);
+  parameters.iterations = 2;
+  constexpr StripSizes kSmall{20000, 12000};
+  for (const int32_t channels : {1, 2, 3, 4})
+    for (const int32_t height : {96, 250}) {
+      CAPTURE(channels);
+      CAPTURE(height);
+      Picture small = Coloured(50, height);
+      small.plane[3] = small.plane[1];
+      small.channels = channels;
+      const auto restored = [&](int32_t threads, const StripSizes& sizes) {
+        return AllRows(RestoredRows(HeldPicture(small), parameters, threads, sizes));
+      };
+      const Picture whole = restored(1, {}), strips = restored(1, kSmall), team = restored(3, kSmall);
+      for (int32_t k = 0; k < channels; ++k) {
+        CHECK(test::SameBits(strips.plane[k], team.plane[k]));
+        CHECK(test::SameBits(strips.plane[k], whole.plane[k]) == (height == 96));
+        CHECK(Psnr(strips.plane[k], whole.plane[k]) > 60);
+      }
+      CHECK(RestoredRowsOf(small.Shape(), 2, kSmall) == (height > 100 ? 80 : height));
+    }
 }
 
 TEST_CASE("every preset beats Lanczos on the pictures that it is for") {

@@ -48,8 +48,8 @@ Option BandsRow(int32_t& bands) {
           .target = &bands,
           .unit = "N",
           .check = Between{1, 1024},
-          .help = "cut into so many bands, of which as many as threads are in memory",
-          .byDefault = "one a thread of --threads; else not cut"};
+          .help = "cut into so many bands, pictures of their own, as norv's mode 1 does with as many threads",
+          .byDefault = "not cut: the picture is restored as a whole, a large one in strips"};
 }
 
 Options Rows(Settings& settings) {
@@ -105,10 +105,16 @@ void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& paramete
                        std::to_string(knobs[i].onlyOfType) + ": leave it out, or add that");
 }
 
-Picture Restored(Picture picture, const Settings& settings, const RestoreParameters& parameters, int32_t threads) {
-  if (settings.denoise) DenoisePicture(picture, {.threads = threads});
-  return settings.overBytes ? RestoreBytes(std::move(picture), parameters, std::max(settings.bands, 1), threads)
-                            : RestorePicture(std::move(picture), parameters, settings.bands, threads);
+// Rows as they are asked for, where nothing has to see the whole picture.
+PictureSource Restored(PictureSource source, const Settings& settings, const RestoreParameters& parameters,
+                       int32_t threads) {
+  const bool inBands = settings.bands > 0 || settings.overBytes;
+  if (settings.denoise) source = DenoisedRows(std::move(source), {.threads = threads});
+  if (!inBands) return RestoredRows(std::move(source), parameters, threads);
+  Picture picture = AllRows(source);
+  source = {};
+  const auto restore = settings.overBytes ? RestoreBytes : RestoreInBands;
+  return HeldPicture(restore(std::move(picture), parameters, std::max(settings.bands, 1), threads));
 }
 
 WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, const PictureShape& shape) {
@@ -118,14 +124,11 @@ WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, c
   plan.result.width *= settings.factor;
   plan.result.height *= settings.factor;
   plan.make = [settings, parameters](PictureSource source, int32_t threads) {
-    Picture picture = AllRows(source);
-    source = {};
-    return HeldPicture(Restored(std::move(picture), settings, parameters, threads));
+    return Restored(std::move(source), settings, parameters, threads);
   };
   plan.cost = CostOfRestoration(shape, parameters, settings.overBytes ? std::max(settings.bands, 1) : settings.bands);
   if (settings.denoise) plan.cost = plan.cost + CostOfDenoising(shape, false);
   plan.reduction = parameters.kernelCode;
-  plan.teams = settings.bands > 1;
   return plan;
 }
 
@@ -153,9 +156,6 @@ PictureWork WorkOf(Settings& settings) {
   const double given = finding || settings.deblur.empty() ? 0 : std::strtod(settings.deblur.c_str(), nullptr);
   const RestoreParameters parameters = Parameters(settings, given);
   RefuseIdleKnobs(settings, parameters);
-  // Of one picture; many are worked on side by side.
-  if (settings.bands == 0 && settings.choice.folder.empty() && settings.choice.threads > 1)
-    settings.bands = settings.choice.threads;
   settings.choice.factor = settings.factor;
   if (settings.factor > 1) settings.choice.ownName = "{stem}_{factor}x";
   if (finding) return {[settings](const PictureShape& shape) { return PlanAfterLook(settings, shape); }};

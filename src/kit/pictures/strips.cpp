@@ -70,7 +70,7 @@ class StripMaker {
  public:
   StripMaker(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads)
       : shape_(shape),
-        stripRows_(RowsOfStrip(from.shape, shape)),
+        stripRows_(work.rows > 0 ? work.rows : RowsOfStrip(from.shape, shape)),
         work_(std::make_shared<StripWork>(std::move(work))),
         window_(std::move(from)),
         ahead_(threads) {}

@@ -21,6 +21,7 @@ struct RowRange {
 struct StripWork {
   std::function<RowRange(RowRange made)> needs;
   std::function<Picture(Picture held, RowRange which, RowRange made)> make;
+  int32_t rows = 0;  // of a strip; 0: as suits the caches
 };
 
 // The picture of that shape, made of the other one's rows as they are asked for. threads: 0 for as many as the process

@@ -3,6 +3,7 @@
 #include "kit/formats/picture_shape.h"
 #include "kit/pictures/conversions.h"
 #include "kit/scale/refine.h"
+#include "kit/scale/restore_picture.h"
 #include "net/neural_net.h"
 #include "raster/bands.h"
 #include "restore/memory_need.h"
@@ -77,7 +78,13 @@ Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parame
   const double large = Pixels(from) * parameters.factor * parameters.factor, small = 4 * planes * Pixels(from);
   Cost cost{.seconds = kRestoredPixel * large * static_cast<double>(RestorationWork(parameters, format))};
   if (bands <= 0) {
-    cost.held = small + static_cast<double>(RestorationMemory(parameters, from.width, from.height, format));
+    constexpr int32_t kMore = 8;  // threads, by which a team's lines are told from what a strip takes anyway
+    const int32_t rows = RestoredRowsOf(from, parameters.factor);
+    const double strip = static_cast<double>(rows) / std::max(from.height, 1);
+    const double alone = static_cast<double>(RestoredStripMemory(from, parameters, 1));
+    const double copies = (rows < from.height ? 1 : 0) * 4 * from.channels * large + 4 * from.channels * Pixels(from);
+    cost.held = alone + strip * copies;
+    cost.aThread = (static_cast<double>(RestoredStripMemory(from, parameters, 1 + kMore)) - alone) / kMore;
     return cost;
   }
   const int32_t rows = PlanBands(from.height, bands).height;

@@ -37,7 +37,7 @@ Cost CostOfResampling(const PictureShape& from, const PictureShape& result);
 Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance);
 // Of the restoration of the luminance that follows networks; `result` is the enlarged picture.
 Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& parameters);
-// Of a restoration as a whole (bands: 0) or in bands, the picture held before and behind it. Throws as
+// Of a restoration as a whole or in strips (bands: 0), or in bands, the picture held before and behind them. Throws as
 // CheckRestoration().
 Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parameters, int32_t bands);
 // Of denoising, the picture held.
