@@ -37,6 +37,12 @@ struct Strip {
   PlaneWindow WindowOf(const matrix& plane) const { return {plane, windowFirst, height}; }
 };
 
+// Rows of a strip where a height is cut into as few strips of at most so many rows as cover it: all but equal ones.
+constexpr int32_t EvenStripRows(int32_t height, int32_t most) {
+  const int32_t strips = (height + most - 1) / most;
+  return strips > 0 ? (height + strips - 1) / strips : 1;
+}
+
 // The strip of `rows` rows from `first` on, fewer at the image's end, with a margin as far as the image goes.
 Strip PlanStrip(int32_t height, int32_t first, int32_t rows, int32_t margin);
 inline Strip WholeStrip(int32_t height) { return PlanStrip(height, 0, height, 0); }

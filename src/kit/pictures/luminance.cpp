@@ -9,17 +9,22 @@
 
 namespace norv {
 
-matrix LuminanceOf(const Picture& picture) {
+matrix LuminanceOf(const Picture& picture, StandingTeam& team) {
   if (picture.IsGrey()) return picture.plane[0];
   matrix luminance(picture.Width(), picture.Height());
   const PixelFunction toLuminance = FindModel(kLuminance)->toModel;
-  for (int32_t i = 0; i < luminance.mn; ++i) {
-    const float display[3] = {picture.plane[0].x[i], picture.plane[1].x[i], picture.plane[2].x[i]};
-    float model[3];
-    luminance.x[i] = toLuminance(model, display)[0];
-  }
+  constexpr int64_t kPixelsWorthACut = 1 << 14;
+  team.ForParts(luminance.mn, kPixelsWorthACut, [&](int64_t begin, int64_t end) {
+    for (int64_t i = begin; i < end; ++i) {
+      const float display[3] = {picture.plane[0].x[i], picture.plane[1].x[i], picture.plane[2].x[i]};
+      float model[3];
+      luminance.x[i] = toLuminance(model, display)[0];
+    }
+  });
   return luminance;
 }
+
+matrix LuminanceOf(const Picture& picture) { return LuminanceOf(picture, StandingTeam::Alone()); }
 
 matrix LuminanceOf(const PictureSource& picture) { return LuminanceOf(AllRows(picture)); }
 

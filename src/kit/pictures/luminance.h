@@ -7,11 +7,13 @@
 #include "kit/formats/encoding.h"
 #include "kit/pictures/picture_rows.h"
 #include "linear/matrix2.h"
+#include "platform/threads/standing_team.h"
 
 namespace norv {
 
 // Whatever their alpha. One plane, m = width and n = height. Throws what reading the rows throws.
 matrix LuminanceOf(const Picture& picture);
+matrix LuminanceOf(const Picture& picture, StandingTeam& team);
 matrix LuminanceOf(const PictureSource& picture);
 
 // Of a picture on white, as far as its alpha lets that through.

@@ -8,10 +8,10 @@
 #include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "kit/scale/premultiplied.h"
-#include "platform/memory.h"
 #include "platform/progress.h"
-#include "platform/team.h"
+#include "platform/threads/standing_team.h"
 #include "raster/bands.h"
+#include "restore/blocks/row_runs.h"
 #include "restore/memory_need.h"
 #include "restore/restore_image.h"
 #include "restore/restore_plane.h"
@@ -41,9 +41,10 @@ class PassedLuminance {
 };
 
 // So many that a strip stays of moderate size, and its margins are not most of it.
-int32_t RefinedRowsOf(int32_t width) {
-  constexpr int32_t kStripPixels = 1 << 21;
-  return std::clamp(kStripPixels / std::max(width, 1), kRefinedRows / 3, kRefinedRows);
+int32_t RefinedRowsOf(int32_t width, int32_t height, int32_t factor) {
+  const int64_t rows = kRefinedPixels / std::max(int64_t{width} * factor, int64_t{1});
+  const int32_t most = std::clamp(static_cast<int32_t>(rows), 3 * kRefineMargin, kRefinedRows);
+  return EvenStripRows(height, std::max(most / factor, 1));
 }
 
 namespace {
@@ -62,15 +63,13 @@ class Refiner {
         passed_(std::move(passed)),
         parameters_(parameters),
         height_(large_.shape.height / parameters.factor),
-        stripRows_(std::max(RefinedRowsOf(large_.shape.width) / parameters.factor, 1)),
+        stripRows_(RefinedRowsOf(large_.shape.width / parameters.factor, height_, parameters.factor)),
         margin_(std::max(kRefineMargin / parameters.factor, 1)),
+        team_(threads),
         progress_("Refining", PlaneWork(parameters) * ((height_ + stripRows_ - 1) / stripRows_)) {
     const int32_t rows = std::min(height_, stripRows_ + 2 * margin_), width = large_.shape.width / Factor();
     CheckRestoration(parameters_, width, rows, kDefaultFormat);
-    const int64_t bytes = RestorationMemory(parameters_, width, rows, kLuminance);
-    DemandMemory(bytes);
-    const int64_t strips = static_cast<int64_t>(AvailableMemory() / 2) / bytes;
-    threads_ = static_cast<int32_t>(std::clamp<int64_t>(threads, 1, std::max<int64_t>(strips, 1)));
+    DemandMemory(PlanesMemory(parameters_, width, rows, 1, team_.Threads()));
   }
 
   void Read(Picture& rows, int32_t at, int32_t count) {
@@ -89,68 +88,67 @@ class Refiner {
  private:
   int32_t Factor() const { return parameters_.factor; }
 
-  // Lets go of rows that nobody asks for any more, and reads up to the end of the next strips' windows.
-  void MoveWindow(const Strip& all) {
-    const int32_t first = all.windowFirst * Factor(), end = (all.windowFirst + all.windowRows) * Factor();
+  // Lets go of rows that nobody asks for any more, and reads up to the end of the next strip's window.
+  void MoveWindow(const Strip& strip) {
+    const int32_t first = strip.windowFirst * Factor(), end = (strip.windowFirst + strip.windowRows) * Factor();
     const PictureShape& shape = large_.shape;
     Picture window(shape.width, end - first, shape.channels, shape.bits);
     const int32_t known = heldEnd_ - first;
     if (known > 0) CopyPart(held_, first - heldFirst_, known, window, 0);
-    Picture fresh(shape.width, end - heldEnd_, shape.channels, shape.bits);
-    large_.read(fresh, 0, fresh.Height());
-    Premultiply(fresh);
-    CopyPart(fresh, 0, fresh.Height(), window, known);
+    held_ = Picture();  // before the next rows come
+    ReadOn(window, known);
     held_ = std::move(window);
     heldFirst_ = first;
     heldEnd_ = end;
     // What was refined already stands in the window as its margin; strips start from what came in.
-    matrix luminance = LuminanceOf(held_);
+    matrix luminance = LuminanceOf(held_, team_);
     for (int32_t r = 0; r < kept_.n; ++r) std::copy_n(kept_.z[r], luminance.m, luminance.z[r]);
     start_.swap(luminance);
   }
 
-  void RefineNext() {
-    const int32_t first = ready_ / Factor();
-    const Strip all = PlanStrip(height_, first, threads_ * stripRows_, margin_);
-    MoveWindow(all);
-    passed_->ForgetBefore(all.windowFirst);
-    matrix change(held_.Width(), all.rows * Factor());
-    const int32_t strips = (all.rows + stripRows_ - 1) / stripRows_;
-    ParallelFor(threads_, strips, [&](int64_t i) {
-      RefineStrip(PlanStrip(height_, first + static_cast<int32_t>(i) * stripRows_, stripRows_, margin_), all, change);
-    });
-    KeepMargin(all);
-    for (int32_t k = 0; k < (held_.IsGrey() ? 1 : 3); ++k) {
-      float* plane = held_.plane[k].z[(all.first - all.windowFirst) * Factor()];
-      for (int64_t i = 0; i < change.mn; ++i) plane[i] += change.x[i];
+  // The window's rows from `at` on. Colours behind alpha are multiplied by it some rows at a time.
+  void ReadOn(Picture& window, int32_t at) {
+    if (!large_.shape.HasAlpha()) return large_.read(window, at, window.Height() - at);
+    constexpr int32_t kRowsAtOnce = 64;
+    for (int32_t rows; at < window.Height(); at += rows) {
+      rows = std::min(kRowsAtOnce, window.Height() - at);
+      Picture some(window.Width(), rows, window.channels, window.bits);
+      large_.read(some, 0, rows);
+      Premultiply(some);
+      CopyPart(some, 0, rows, window, at);
     }
-    ready_ = (all.first + all.rows) * Factor();
   }
 
-  void RefineStrip(const Strip& strip, const Strip& all, matrix& change) {
-    const int32_t f = Factor();
-    matrix working(start_.m, strip.windowRows * f);
-    std::copy_n(start_.z[(strip.windowFirst - all.windowFirst) * f], working.mn, working.x);
-    restore(working, BitMask(), passed_->Rows(strip.windowFirst, strip.windowRows), parameters_, &progress_);
-    const float* refined = working.z[(strip.first - strip.windowFirst) * f];
-    const float* before = start_.z[(strip.first - all.windowFirst) * f];
-    float* target = change.z[(strip.first - all.first) * f];
-    for (int64_t i = 0; i < int64_t{strip.rows} * f * start_.m; ++i) target[i] = refined[i] - before[i];
+  void RefineNext() {
+    const Strip strip = PlanStrip(height_, ready_ / Factor(), stripRows_, margin_);
+    MoveWindow(strip);
+    passed_->ForgetBefore(strip.windowFirst);
+    matrix refined = start_;
+    restore(refined, BitMask(), passed_->Rows(strip.windowFirst, strip.windowRows), parameters_, &progress_, team_);
+    const int64_t above = (strip.first - strip.windowFirst) * Factor(), width = start_.m;
+    ForRows(team_, start_.m, strip.rows * Factor(), [&](int64_t begin, int64_t end) {
+      for (int32_t k = 0; k < (held_.IsGrey() ? 1 : 3); ++k)
+        for (int64_t i = (above + begin) * width; i < (above + end) * width; ++i)
+          held_.plane[k].x[i] += refined.x[i] - start_.x[i];
+    });
+    KeepMargin(strip);
+    ready_ = (strip.first + strip.rows) * Factor();
   }
 
   // The luminance as it came in of the rows that the next window begins with.
-  void KeepMargin(const Strip& all) {
-    const int32_t end = all.first + all.rows, first = std::max(0, end - margin_);
+  void KeepMargin(const Strip& strip) {
+    const int32_t end = strip.first + strip.rows, first = std::max(0, end - margin_);
     matrix kept(start_.m, (end - first) * Factor());
-    std::copy_n(start_.z[(first - all.windowFirst) * Factor()], kept.mn, kept.x);
+    std::copy_n(start_.z[(first - strip.windowFirst) * Factor()], kept.mn, kept.x);
     kept_.swap(kept);
+    start_.freemem();
   }
 
   PictureSource large_;
   std::shared_ptr<PassedLuminance> passed_;
   const RestoreParameters parameters_;
   const int32_t height_, stripRows_, margin_;  // of the small picture
-  int32_t threads_ = 1;
+  StandingTeam team_;
   Progress progress_;
   Picture held_;                         // the rows of the window, refined as far as ready_
   matrix start_, kept_;                  // the window's luminance as it came in; the part that the next one needs

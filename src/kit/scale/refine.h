@@ -9,12 +9,13 @@
 
 namespace norv {
 
-// A picture is refined in strips of so many of its enlarged rows, of very wide ones fewer, and each sees so many rows
-// of its neighbours. The cut depends on the picture's size alone, so that neither threads nor memory change the result.
-inline constexpr int32_t kRefinedRows = 384, kRefineMargin = 48;
+// A picture is refined in strips of up to so many of its enlarged rows and pixels, one after the other, and each sees
+// so many rows of its neighbours. The cut depends on the picture's size alone, so that neither threads nor memory
+// change the result.
+inline constexpr int32_t kRefinedRows = 2048, kRefinedPixels = 1 << 23, kRefineMargin = 48;
 
-// Enlarged rows of a strip of a picture that is enlarged to this width.
-int32_t RefinedRowsOf(int32_t width);
+// Rows of the small picture in a strip of one that is enlarged by the factor.
+int32_t RefinedRowsOf(int32_t width, int32_t height, int32_t factor);
 
 // The luminance, multiplied by alpha, of rows that have passed by, for as long as somebody needs them.
 class PassedLuminance;
@@ -23,8 +24,8 @@ class PassedLuminance;
 PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLuminance>& passed);
 
 // The rows of `large`, an enlargement by parameters.factor of the picture whose luminance has passed, with their
-// luminance restored from what it is; colours follow, alpha stays (colours are multiplied by it meanwhile). Up to
-// `threads` strips are in work and in memory at a time, fewer where memory is short. Throws the texts of
+// luminance restored from what it is; colours follow, alpha stays (colours are multiplied by it meanwhile). A team of
+// so many threads (0: as many as the process may use processors) works on a strip. Throws the texts of
 // CheckRestoration, matrix's out-of-memory message and what the sources throw.
 PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> passed,
                           const RestoreParameters& parameters, int32_t threads);

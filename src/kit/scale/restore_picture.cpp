@@ -123,7 +123,8 @@ int32_t RestoredRowsOf(const PictureShape& picture, int32_t factor, const StripS
   const int64_t row = std::max(int64_t{picture.width} * factor * factor, int64_t{1});
   if (row * picture.height <= sizes.wholePixels) return std::max(picture.height, 1);
   // Margins are to be the smaller part of even the widest picture's strips.
-  return static_cast<int32_t>(std::clamp<int64_t>(sizes.stripPixels / row, 4 * kRestoreMargin, picture.height));
+  const int64_t most = std::clamp<int64_t>(sizes.stripPixels / row, 4 * kRestoreMargin, picture.height);
+  return EvenStripRows(picture.height, static_cast<int32_t>(most));
 }
 
 int64_t RestoredStripMemory(const PictureShape& picture, const RestoreParameters& parameters, int32_t threads,

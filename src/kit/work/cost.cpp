@@ -61,15 +61,14 @@ Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged
 
 Cost CostOfRefinement(const PictureShape& result, const RestoreParameters& parameters) {
   const int32_t f = parameters.factor, height = result.height / f, width = result.width / f;
-  const int32_t strip = std::max(RefinedRowsOf(result.width) / f, 1), margin = std::max(kRefineMargin / f, 1);
-  const int32_t rows = std::min(height, strip + 2 * margin);
-  const double row = 4.0 * result.width * f;  // bytes of the enlarged rows of a small one, a plane
-  const double strips = std::max(height / strip, 1), planes = result.channels + 2.0;
+  const int32_t strip = RefinedRowsOf(width, height, f), margin = std::max(kRefineMargin / f, 1);
+  const int32_t rows = std::max(std::min(height, strip + 2 * margin), 1);
+  const double row = 4.0 * result.width * f, planes = result.channels + 2.0;  // bytes of a small one's enlarged rows
+  const double alone = static_cast<double>(PlanesMemory(parameters, width, rows, 1));
+  constexpr int32_t kMore = 8;  // threads, by which a team's lines are told from what a strip takes anyway
   return {.seconds = kRestoredPixel * Pixels(result) * static_cast<double>(PlaneWork(parameters)),
-          .held = row * 2 * std::min(margin, height) * planes,
-          .aThread = static_cast<double>(RestorationMemory(parameters, width, rows, kLuminance)) +
-                     row * std::min(strip, height) * planes,
-          .threads = strips};
+          .held = alone + row * rows * planes,
+          .aThread = (static_cast<double>(PlanesMemory(parameters, width, rows, 1, 1 + kMore)) - alone) / kMore};
 }
 
 Cost CostOfRestoration(const PictureShape& from, const RestoreParameters& parameters, int32_t bands) {
