@@ -2,7 +2,6 @@
 import dataclasses
 import os
 import re
-import shutil
 import struct
 import subprocess
 
@@ -85,10 +84,9 @@ def answer(program, request, folder, environment, emulator=()):
     folder.mkdir(parents=True)
     for file, content in request.files.items():
         (folder / file).write_bytes(content)
-    name = shutil.copy(program, folder / program.name)
-    done = subprocess.run([*emulator, name, *request.words], cwd=folder if request.inHere else "/", input=request.keys,
-                          env={**os.environ, **environment}, capture_output=True, timeout=600)
+    done = subprocess.run([*emulator, program, *request.words], cwd=folder if request.inHere else "/", input=request.keys,
+                          env={**os.environ, "NORV_DIR": str(folder), **environment}, capture_output=True, timeout=600)
     output = re.sub(rb"\n[\d.]+ secs, [\d.]+ mins\., [\d.]+ hrs\., [\d.]+ days", b"\n(time)", done.stdout)
-    left = {file.name: file.read_bytes() for file in folder.iterdir() if file.name != program.name}
+    left = {file.name: file.read_bytes() for file in folder.iterdir()}
     return {"exit code": done.returncode, "standard error": done.stderr.replace(str(folder).encode(), b"FOLDER"),
             "standard output": output} | left

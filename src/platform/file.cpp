@@ -1,7 +1,9 @@
 #include "platform/file.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -202,6 +204,16 @@ void FileOut::Write(const void* bytes, size_t size) {
     s.Send(source, size);
   else
     s.buffer.insert(s.buffer.end(), source, source + size);
+}
+
+void FileOut::WriteFloats(const float* floats, size_t n) {
+  int undefined = 0;
+  for (size_t i = 0; i < n; ++i) undefined |= floats[i] != floats[i];
+  if (!undefined) return Write(floats, n * sizeof(float));
+  for (size_t i = 0; i < n; ++i) {
+    const float one = std::isnan(floats[i]) ? std::numeric_limits<float>::quiet_NaN() : floats[i];
+    Write(&one, sizeof one);
+  }
 }
 
 bool FileOut::Commit() {

@@ -80,13 +80,18 @@ class FileOut {
 
   bool IsOpen() const;
 
+  // Of floats that are no number all become the same one: which one an operation gives is up to the processor, and to
+  // the order of the operands, which every compiled vector level may choose.
   template <RawElement T>
   void Field(const T& value) {
-    Write(&value, sizeof value);
+    Array(&value, 1);
   }
   template <RawElement T>
   void Array(const T* elements, size_t n) {
-    Write(elements, n * sizeof(T));
+    if constexpr (std::is_same_v<T, float>)
+      WriteFloats(elements, n);
+    else
+      Write(elements, n * sizeof(T));
   }
 
   // The next bytes go to this distance from the file's start; nothing happens where they go there already. Bytes left
@@ -103,6 +108,7 @@ class FileOut {
 
  private:
   void Write(const void* bytes, size_t size);
+  void WriteFloats(const float* floats, size_t n);
 
   struct State;
   std::unique_ptr<State> state_;

@@ -1,5 +1,6 @@
 // Files are replaced as a whole or not at all.
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -46,6 +47,24 @@ TEST_CASE("fields and arrays of any size come back as they were") {
   CHECK((first[2] == 0.5f && rest == large));
   CHECK(Next<float>(in) == 2.5f);
   CHECK(in.Complete());
+}
+
+TEST_CASE("floats that are no number are written as the same one, all others as they are") {
+  const ScratchFolder folder;
+  const std::vector<uint32_t> bits{0xffc00000, 0x80000000, 0x7fc12345, 0xff800000, 0x7f812345, 0x00000001, 0xffffffff};
+  const uint32_t one = 0x7fc00000;
+  std::vector<float> floats(bits.size());
+  std::memcpy(floats.data(), bits.data(), 4 * bits.size());
+  {
+    FileOut out(folder / "a");
+    out.Array(floats.data(), floats.size());
+    out.Field(floats[0]);
+    out.Array(bits.data(), 1);
+    REQUIRE(out.Commit());
+  }
+  FileIn in(folder / "a");
+  for (const uint32_t written : {one, bits[1], one, bits[3], one, bits[5], one, one, bits[0]})
+    CHECK(Next<uint32_t>(in) == written);
 }
 
 TEST_CASE("what lies behind the end of a file reads as zeros and is noticed") {
