@@ -57,8 +57,8 @@ constexpr char kStart[] = R"zsh(#compdef norvkit
 # Completes command lines of norvkit in zsh; made by "norvkit completions zsh".
 _norvkit_names() {
   local -a names
-  names=(${(f)"$(_call_program names norvkit completions $1 2>/dev/null)"})
-  compadd -a names
+  names=(${(f)"$(_call_program names norvkit completions ${@[-1]} 2>/dev/null)"})
+  compadd "${@[1,-2]}" -a names
 }
 _norvkit() {
   local command=enlarge
