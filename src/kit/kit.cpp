@@ -6,6 +6,7 @@
 #include "kit/failure.h"
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"
+#include "kit/ranks/ranks.h"
 #include "platform/console.h"
 #include "simd/levels.h"
 
@@ -24,6 +25,7 @@ std::string WhyRefused(const std::vector<std::string>& words) {
 
 void RunCommand(const Command& command) {
   KeepQuiet(RunManner().quiet);
+  if (!command.shared && !World().IsFirst()) return;
   try {
     command.run();
   } catch (const WrongUsage& wrong) {

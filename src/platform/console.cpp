@@ -15,6 +15,8 @@ std::atomic<int> outputError{0};  // the first one of standard output
 
 std::atomic<bool> keptQuiet{false};
 
+std::atomic<WordsTaker> wordsTaker{nullptr};
+
 thread_local std::string lastComplaint;
 
 std::string Formatted(const char* format, va_list arguments) {
@@ -30,21 +32,27 @@ void FlushOutput() {
   if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
 }
 
+}  // namespace
+
+void NameProgram(const char* name) { programName = name; }
+
 // In one call, so that lines of several threads stay whole.
 void PrintLine(const std::string& line) {
+  if (const WordsTaker taker = wordsTaker) return taker(false, line);
   FlushOutput();
   std::fprintf(stderr, "%s\n", line.c_str());
   std::fflush(stderr);
 }
 
-}  // namespace
-
-void NameProgram(const char* name) { programName = name; }
+void HandWordsTo(WordsTaker taker) { wordsTaker = taker; }
 
 void Say(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  if (std::vprintf(format, arguments) < 0 && outputError == 0) outputError = errno;
+  if (const WordsTaker taker = wordsTaker)
+    taker(true, Formatted(format, arguments));
+  else if (std::vprintf(format, arguments) < 0 && outputError == 0)
+    outputError = errno;
   va_end(arguments);
   FlushOutput();
 }

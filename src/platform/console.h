@@ -37,6 +37,13 @@ bool IsQuiet();
 // A line on standard error, behind the program's name only: the reason why something failed.
 [[gnu::format(gnu_printf, 1, 2)]] void Complain(const char* format, ...);
 
+// A line on standard error and nothing else, whole among those of other threads.
+void PrintLine(const std::string& line);
+
+// From now on what is said goes there instead, a line of standard error without its end; the value says which of both.
+using WordsTaker = void (*)(bool output, const std::string& text);
+void HandWordsTo(WordsTaker taker);
+
 // The last of this thread's complaints, without the program's name; empty: none.
 std::string LastComplaint();
 

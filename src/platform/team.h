@@ -20,8 +20,14 @@ constexpr Range StaticPart(int64_t count, int member, int members) {
   return {begin, begin + part + (member < longer ? 1 : 0)};
 }
 
-// Processors that this process may run on.
-inline int ProcessorCount() { return omp_get_num_procs(); }
+// How many processors of its machine are this process's where several share them; 0: all that it may run on.
+inline int& ProcessorShare() {
+  static int share = 0;
+  return share;
+}
+
+// Processors that this process is to use.
+inline int ProcessorCount() { return ProcessorShare() > 0 ? ProcessorShare() : omp_get_num_procs(); }
 
 // Calls body(begin, end) once on each of exactly `threads` threads with its static part of 0 .. count - 1; empty parts
 // are skipped. One thread, or a count below it: called directly. The first exception that a member throws is thrown

@@ -1,19 +1,18 @@
 #include "kit/batch/batch.h"
 
-#include <atomic>
 #include <filesystem>
+#include <mutex>
 
+#include "kit/batch/desk.h"
 #include "kit/batch/lanes.h"
 #include "kit/failure.h"
-#include "kit/guidance/json.h"
-#include "kit/guidance/manner.h"
+#include "kit/ranks/ranks.h"
 #include "kit/work/make_picture.h"
 #include "kit/work/reported.h"
 #include "linear/matrix2.h"
 #include "platform/memory.h"
 #include "platform/native/before_rename.h"
 #include "platform/native/native_file.h"
-#include "platform/progress.h"
 #include "platform/threads/crew.h"
 
 namespace norv {
@@ -21,17 +20,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int64_t BytesToDo(const std::vector<Job>& jobs) {
-  int64_t bytes = 0;
-  for (const Job& job : jobs)
-    if (job.state == Job::State::toDo) bytes += job.bytes;
-  return bytes;
-}
-
 // A picture's share of the progress of all, by the bytes of its file.
 class Share {
  public:
-  Share(Progress& all, int64_t bytes) : all_(all), bytes_(bytes) {}
+  Share(JobDesk& desk, int64_t bytes) : desk_(desk), bytes_(bytes) {}
   ~Share() { Reach(bytes_); }
   Share(const Share&) = delete;
   Share& operator=(const Share&) = delete;
@@ -43,45 +35,39 @@ class Share {
 
  private:
   void Reach(int64_t bytes) {
-    all_.Advance(bytes - reached_);
+    desk_.Advance(bytes - reached_);
     reached_ = bytes;
   }
 
-  Progress& all_;
+  JobDesk& desk_;
   int64_t bytes_, reached_ = 0;
   int32_t rows_ = 0;
 };
 
 class Batch {
  public:
-  Batch(const WorkOrder& order, const JobList& list, const Journal& journal, int32_t threads, uint64_t bound)
-      : order_(order),
-        jobs_(list.jobs),
-        journal_(journal),
-        lanes_(threads, bound, !order.choice.memory.empty()),
-        tried_(list.jobs.size()),
-        progress_(order.work.doing ? order.work.doing : "Working", BytesToDo(list.jobs)) {}
+  Batch(const WorkOrder& order, JobDesk& desk, int32_t threads, uint64_t bound)
+      : order_(order), desk_(desk), lanes_(threads, bound, !order.choice.memory.empty()) {}
 
   // Until nothing is left; several threads at a time.
   void Work() {
-    for (int64_t turn; (turn = next_++) < static_cast<int64_t>(jobs_.size());) {
-      const Job& job = jobs_[static_cast<size_t>(turn)];
-      if (job.state == Job::State::skipped) {
-        lanes_.Pass(turn);
-        continue;
-      }
-      Made& made = tried_[static_cast<size_t>(turn)];
-      made = Tried(job, turn);
-      if (RunManner().json) SayRow(RowOf(made), made.Failed());
-    }
-  }
-
-  std::vector<Made> Tried() {
-    std::erase_if(tried_, [](const Made& made) { return made.input.empty(); });
-    return std::move(tried_);
+    while (const std::optional<Turn> turn = Take()) desk_.Finish(turn->handed, Tried(turn->handed.job, turn->number));
   }
 
  private:
+  // Of the lanes, which count the pictures of this process.
+  struct Turn {
+    HandedOut handed;
+    int64_t number;
+  };
+
+  std::optional<Turn> Take() {
+    const std::lock_guard inOrder(taking_);
+    std::optional<HandedOut> handed = desk_.Take();
+    if (!handed) return {};
+    return Turn{std::move(*handed), next_++};
+  }
+
   Made Tried(const Job& job, int64_t turn) {
     bool entered = false;
     try {
@@ -96,7 +82,7 @@ class Batch {
   }
 
   Made Make(const Job& job, int64_t turn, bool& entered) {
-    Share share(progress_, job.bytes);
+    Share share(desk_, job.bytes);
     JournalEntry entry = EntryOf(order_, job);
     OpenedPicture picture = OpenForWork(order_, job.input);
     entered = true;
@@ -109,19 +95,16 @@ class Batch {
     const BeforeRename note([&](const std::string& temporary, const std::string& destination) {
       if (destination != target) return;
       entry.ofOutput = MarkOf(temporary);
-      journal_.Add(job.name, entry);
+      desk_.Note(job.name, entry);
     });
     return MakePicture(order_, std::move(picture), job.output, place.Threads());
   }
 
   const WorkOrder& order_;
-  const std::vector<Job>& jobs_;
-  const Journal& journal_;
+  JobDesk& desk_;
   Lanes lanes_;
-  std::vector<Made> tried_;
-  Progress progress_;
-  const ProgressCover cover_;  // of all that begins behind it
-  std::atomic<int64_t> next_{0};
+  std::mutex taking_;
+  int64_t next_ = 0;
 };
 
 std::string InWords(const Made& made) {
@@ -132,9 +115,20 @@ std::string InWords(const Made& made) {
 
 std::vector<Made> RunJobs(const WorkOrder& order, const JobList& list, const Journal& journal, int32_t threads,
                           uint64_t bound) {
-  Batch batch(order, list, journal, threads, bound);
+  OwnDesk desk(order, list, journal, World().AreSeveral());
+  {
+    const DeskService service(desk, order.page.get());
+    Batch batch(order, desk, threads, bound);
+    SideBySide(threads, [&batch] { batch.Work(); });
+  }
+  return desk.Tried();
+}
+
+void HelpWithJobs(const WorkOrder& order, int32_t threads, uint64_t bound) {
+  if (!World().AwaitCall()) return;
+  FarDesk desk(order.page.get());
+  Batch batch(order, desk, threads, bound);
   SideBySide(threads, [&batch] { batch.Work(); });
-  return batch.Tried();
 }
 
 std::string SummaryOf(const JobList& list, const std::vector<Made>& tried) {

@@ -9,9 +9,13 @@
 namespace norv {
 
 // Makes the pictures that are to be made, `threads` cores at work and at most `bound` bytes held (by the plans'
-// estimates); says their rows with --json. Returns one record a picture tried, in the order of the list.
+// estimates), and the other ranks where there are any; says their rows with --json. Returns one record a picture tried,
+// in the order of the list.
 std::vector<Made> RunJobs(const WorkOrder& order, const JobList& list, const Journal& journal, int32_t threads,
                           uint64_t bound);
+
+// Another rank's part of the same, once the first one has begun.
+void HelpWithJobs(const WorkOrder& order, int32_t threads, uint64_t bound);
 
 // "5 done, 1 failed: in/b.jpg: JPEG: Premature end of input file; 1 not a picture".
 std::string SummaryOf(const JobList& list, const std::vector<Made>& tried);

@@ -71,6 +71,7 @@ struct CommandText {
 struct Command : CommandText {
   Options options;
   std::function<void()> run;
+  bool shared = false;  // every rank runs it, and it shares the work out itself (ranks.h); else the first alone
 };
 
 // The rows and those that every command has.

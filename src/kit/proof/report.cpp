@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
@@ -153,24 +154,29 @@ void Report::Add(const Made& made, const std::vector<std::string>& again, const 
     room = bytes_ < kPageBytes;
   }
   if (!made.Failed() && room) pictures = ViewerOf(ShownPairs(made.input, read, made.output));
+  const std::string facts =
+      made.Failed() ? "<p>" + HtmlText(made.error) + "</p>" : FactsOf(made, again, room ? map : matrix());
+  Add(ReportEntry{made, std::move(pictures), facts});
+}
+
+void Report::Add(ReportEntry entry) {
   const std::lock_guard hold(guard_);
-  const size_t number = entries_.size() + 1;
-  std::string article = HeadOf(made, number);
-  if (made.Failed())
-    article += "<p>" + HtmlText(made.error) + "</p>";
-  else if (bytes_ + pictures.size() > kPageBytes + kPageBytes / 4)
-    article += "<p class=soft>The page has no room for more pictures.</p>" + FactsOf(made, again, matrix());
-  else
-    article += pictures + FactsOf(made, again, room ? map : matrix());
-  bytes_ += article.size();
-  entries_.push_back({made, article + "</article>\n"});
+  if (!entry.made.Failed() && bytes_ + entry.pictures.size() > kPageBytes + kPageBytes / 4)
+    entry.pictures = "<p class=soft>The page has no room for more pictures.</p>";
+  bytes_ += entry.pictures.size() + entry.facts.size();
+  entries_.push_back(std::move(entry));
+}
+
+std::vector<ReportEntry> Report::Take() {
+  const std::lock_guard hold(guard_);
+  return std::exchange(entries_, {});
 }
 
 void Report::Write() {
   const std::lock_guard hold(guard_);
   if (entries_.empty()) return;
   size_t failed = 0;
-  for (const Entry& entry : entries_) failed += entry.made.Failed();
+  for (const ReportEntry& entry : entries_) failed += entry.made.Failed();
   const bool one = entries_.size() == 1;
   const std::string title = one ? NameOf(entries_[0].made.input) : Printed("%zu pictures", entries_.size());
   std::string html = PageHead(title + " – norvkit") + "<header><h1>" + (one ? "Before and after" : title) + "</h1>\n";
@@ -188,7 +194,8 @@ void Report::Write() {
   FileOut file(path_);
   const auto put = [&](const std::string& text) { file.Array(text.data(), text.size()); };
   put(html);
-  for (const Entry& entry : entries_) put(entry.article);
+  for (size_t i = 0; i < entries_.size(); ++i)
+    put(HeadOf(entries_[i].made, i + 1) + entries_[i].pictures + entries_[i].facts + "</article>\n");
   put(PageEnd());
   if (!file.Commit()) throw SaidFailure();
 }

@@ -14,8 +14,16 @@ namespace norv {
 // Bytes of pictures in a page at most: of those that are over, figures and words alone.
 inline constexpr size_t kPageBytes = size_t{48} << 20;
 
+// A picture in the page.
+struct ReportEntry {
+  Made made;
+  std::string pictures, facts;  // HTML
+};
+
 class Report {
  public:
+  // Of another rank, whose entries go to the first one's.
+  Report() = default;
   // Throws as RequireFree() does.
   Report(std::string path, bool overwrite);
 
@@ -23,18 +31,18 @@ class Report {
   // empty where there is none. From any thread.
   void Add(const Made& made, const std::vector<std::string>& again, const ReadChoice& read, const matrix& map);
 
+  // One that another rank has put together.
+  void Add(ReportEntry entry);
+  // What was added since this was last called.
+  std::vector<ReportEntry> Take();
+
   // All of it into the file, which of nothing is not written. Throws when that failed.
   void Write();
 
  private:
-  struct Entry {
-    Made made;
-    std::string article;
-  };
-
   const std::string path_;
   std::mutex guard_;
-  std::vector<Entry> entries_;
+  std::vector<ReportEntry> entries_;
   size_t bytes_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include "kit/failure.h"
 #include "kit/formats/streams.h"
 #include "kit/proof/report.h"
+#include "kit/ranks/ranks.h"
 #include "kit/work/run_work.h"
 #include "platform/file.h"
 
@@ -10,6 +11,10 @@ namespace norv {
 
 void RunReported(WorkOrder order) {
   if (order.choice.report.empty()) return RunWork(order);
+  if (!World().IsFirst()) {
+    order.page = std::make_shared<Report>();
+    return RunWork(order);
+  }
   order.page = std::make_shared<Report>(order.choice.report, order.choice.write.overwrite);
   try {
     RunWork(order);

@@ -1,7 +1,6 @@
 #include "kit/work/run_work.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 #include "kit/batch/batch.h"
@@ -10,6 +9,7 @@
 #include "kit/formats/streams.h"
 #include "kit/guidance/json.h"
 #include "kit/guidance/manner.h"
+#include "kit/ranks/ranks.h"
 #include "kit/work/make_picture.h"
 #include "kit/work/result_name.h"
 #include "platform/console.h"
@@ -29,9 +29,9 @@ std::string NameBeside(const WorkChoice& choice, const std::string& picture, con
 
 int32_t ThreadsOf(const WorkChoice& choice) { return choice.threads > 0 ? choice.threads : ProcessorCount(); }
 
-// What --memory says, or what there is.
+// What --memory says, or this process's share of what there is.
 uint64_t BoundOf(const WorkChoice& choice) {
-  if (choice.memory.empty()) return AvailableMemory();
+  if (choice.memory.empty()) return AvailableMemory() / static_cast<uint64_t>(World().OnThisMachine());
   const uint64_t bound = BytesOf(choice.memory);
   if (bound == 0) throw WrongUsage("--memory takes a size such as 2G, 500M or 800K, not " + choice.memory);
   return bound;
@@ -79,6 +79,7 @@ JobList OnlyJob(const WorkOrder& order) {
 void RunMany(const WorkOrder& order) {
   const WorkChoice& choice = order.choice;
   const uint64_t bound = BoundOf(choice);
+  if (!World().IsFirst()) return HelpWithJobs(order, ThreadsOf(choice), bound);
   if (const std::string reason = WhyNoPattern(choice.name); !reason.empty()) throw WrongUsage(reason);
   std::error_code error;
   if (fs::exists(choice.folder, error) && !fs::is_directory(choice.folder, error))
@@ -91,7 +92,7 @@ void RunMany(const WorkOrder& order) {
   const std::vector<Made> tried = RunJobs(order, list, journal, ThreadsOf(choice), bound);
   const bool failed = std::ranges::any_of(tried, &Made::Failed);
   const std::string summary = SummaryOf(list, tried);
-  if (failed || !RunManner().quiet) std::fprintf(stderr, "%s\n", summary.c_str());
+  if (failed || !RunManner().quiet) PrintLine(summary);
   if (failed) throw SomeFailed();
 }
 
@@ -117,6 +118,7 @@ void RequireOne(const WorkOrder& order) {
 void RunWork(const WorkOrder& order) {
   const WorkChoice& choice = order.choice;
   if (!choice.folder.empty()) return RunMany(order);
+  if (!World().IsFirst()) return;
   RequireOne(order);
   if (choice.dryRun) return SayWhatWouldBeDone(order, OnlyJob(order), ThreadsOf(choice), BoundOf(choice));
   RunOne(order, choice.places[0], choice.places.size() > 1 ? choice.places[1] : "");

@@ -23,7 +23,7 @@ Command MakeWorkCommand(const CommandText& text, Options (*rows)(Settings&), Pic
     order.settings.insert(order.settings.end(), words.begin(), words.end());
     RunReported(std::move(order));
   };
-  return {text, WithMannerRows(rows(*settings)), run};
+  return {text, WithMannerRows(rows(*settings)), run, true};
 }
 
 }  // namespace norv

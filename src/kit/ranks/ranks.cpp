@@ -1,0 +1,63 @@
+#include "kit/ranks/ranks.h"
+
+#include "kit/failure.h"
+#include "platform/console.h"
+
+namespace norv {
+namespace {
+
+Ranks* joined = nullptr;
+
+constexpr char kBegin[] = "begin", kOutput = 'o', kError = 'e';
+
+}  // namespace
+
+// Alone there is nobody to send to, and nothing to wait for.
+void Ranks::Send(int32_t, Topic, const std::string&) {}
+Message Ranks::Receive(int32_t from, Topic topic, bool) { return {from, topic}; }
+std::optional<Message> Ranks::Look() { return {}; }
+
+void Ranks::CallAll() {
+  for (int32_t rank = 1; rank < Count(); ++rank) Send(rank, Topic::call, kBegin);
+}
+
+bool Ranks::AwaitCall() {
+  if (!left_) left_ = Receive(0, Topic::call).text.empty();
+  called_ = !left_;
+  return called_;
+}
+
+void Ranks::Heed(const Message& call) {
+  left_ = call.text.empty();
+  Fail("the run has ended");
+}
+
+void Ranks::Leave(const std::string& reason) {
+  if (IsFirst()) {
+    for (int32_t rank = 1; rank < Count(); ++rank) Send(rank, Topic::call, "");
+    while (const std::optional<Message> message = Look())
+      if (message->topic == Topic::words) SayFor(*message);
+  } else {
+    while (AwaitCall()) Send(0, Topic::pass, reason);
+  }
+}
+
+void Ranks::SayByFirst(bool output, const std::string& text) {
+  if (called_) Send(0, Topic::words, (output ? kOutput : kError) + text);
+}
+
+void Ranks::SayFor(const Message& words) {
+  if (words.text.starts_with(kOutput))
+    Say("%s", words.text.c_str() + 1);
+  else
+    PrintLine(words.text.substr(1));
+}
+
+Ranks& World() {
+  static Ranks alone;
+  return joined ? *joined : alone;
+}
+
+void SetWorld(Ranks* ranks) { joined = ranks; }
+
+}  // namespace norv
