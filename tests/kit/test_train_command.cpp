@@ -310,3 +310,30 @@ TEST_CASE("a learning curve is well-formed, whatever the log holds, and higher v
   CHECK(height("Lanczos") < height("cubic"));
   CHECK(height("cubic") - height("Lanczos") == doctest::Approx(height("Lanczos") - height("network")).epsilon(0.01));
 }
+
+TEST_CASE("a search trains every seed as alone, keeps the best, and trains nothing twice") {
+  const Gallery kit;
+  const std::string out = kit.results / "search";
+  const auto search = [&](const std::string& more) {
+    return Kit(test::Words("train " + kit.folder.Path() + " " + out + " --layout 8 --hidden 6 --epochs 2 " + more));
+  };
+  CHECK(search("--seeds 2-1").exitCode == 2);
+  CHECK(search("--seeds 4,2-3").exitCode == 0);
+  const std::string table = test::ReadBytes(out + "/seeds.csv");
+  CHECK(table.starts_with("seed,epochs,best epoch,psnr\n2,2,"));
+  double best = 0;
+  std::string seed;
+  for (const char* each : {"2", "3", "4"}) {
+    const size_t row = table.find(std::string("\n") + each + ",");
+    const double psnr = std::stod(table.substr(table.find('.', row) - 2));
+    if (psnr > best) seed = each;
+    best = std::max(best, psnr);
+  }
+  CHECK(test::ReadBytes(out + "/best.net") == test::ReadBytes(out + "/seed-" + seed + "/best.net"));
+  const std::string trained = test::ReadBytes(out + "/seed-3/last.net");
+  test::WriteBytes(out + "/seed-3/last.net", trained + "untouched");
+  const test::Outcome again = search("--seeds 1-4");
+  CHECK((Contains(again.output, "trained already: 3 of 4 seeds") && Contains(again.output, "seed 1: epoch 2 of 2")));
+  CHECK(test::ReadBytes(out + "/seed-3/last.net") == trained + "untouched");
+  CHECK(Contains(search("--seeds 1-4 --rate 0.5").errors, "other settings"));
+}

@@ -7,6 +7,7 @@
 #include "kit/batch/lanes.h"
 #include "kit/failure.h"
 #include "kit/ranks/ranks.h"
+#include "kit/ranks/service.h"
 #include "kit/work/make_picture.h"
 #include "kit/work/reported.h"
 #include "linear/matrix2.h"
@@ -117,7 +118,7 @@ std::vector<Made> RunJobs(const WorkOrder& order, const JobList& list, const Jou
                           uint64_t bound) {
   OwnDesk desk(order, list, journal, World().AreSeveral());
   {
-    const DeskService service(desk, order.page.get());
+    const RankService service([&](const std::string& asked) { return AnswerOf(desk, order.page.get(), asked); });
     Batch batch(order, desk, threads, bound);
     SideBySide(threads, [&batch] { batch.Work(); });
   }

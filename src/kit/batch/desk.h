@@ -3,10 +3,9 @@
 #pragma once
 
 #include <deque>
-#include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
+#include <string>
 #include <vector>
 
 #include "kit/batch/job_list.h"
@@ -64,31 +63,15 @@ class OwnDesk : public JobDesk {
   const ProgressCover cover_;  // of all that begins behind it
 };
 
-// While it lives, the other ranks are handed jobs from this desk, by a thread; alone there is nothing to do.
-class DeskService {
- public:
-  // page: gets what they have to show; may be null.
-  DeskService(JobDesk& desk, Report* page);
-  // Waits until they have finished what they have. Throws nothing; a rank that passed is warned of.
-  ~DeskService();
-  DeskService(const DeskService&) = delete;
-  DeskService& operator=(const DeskService&) = delete;
+// What another rank that asks (FarDesk) is answered. page: gets what it has to show; may be null.
+std::string AnswerOf(JobDesk& desk, Report* page, const std::string& question);
 
- private:
-  void Serve();
-  void Answer(int32_t from, const std::string& question);
-
-  JobDesk& desk_;
-  Report* page_;
-  int32_t there_ = 0;  // ranks that may still ask
-  std::thread thread_;
-};
-
-// The desk of another rank's process, seen from here.
+// The desk of the first rank's process, seen from another, which has no more to do with it once this goes.
 class FarDesk : public JobDesk {
  public:
   // page: where this process collects what there is to show, which is sent along; may be null.
   explicit FarDesk(Report* page) : page_(page) {}
+  ~FarDesk() override;
 
   std::optional<HandedOut> Take() override;
   void Note(const std::string& name, const JournalEntry& entry) override;
@@ -96,10 +79,7 @@ class FarDesk : public JobDesk {
   void Finish(const HandedOut& handed, const Made& made) override;
 
  private:
-  std::string Ask(const std::string& question);
-
   Report* page_;
-  std::mutex mutex_;
 };
 
 }  // namespace norv

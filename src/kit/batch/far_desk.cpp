@@ -1,11 +1,8 @@
 // A batch's desk between ranks: what is asked and answered.
-#include <chrono>
-
 #include "kit/batch/desk.h"
 #include "kit/failure.h"
-#include "kit/ranks/ranks.h"
+#include "kit/ranks/service.h"
 #include "kit/ranks/wire.h"
-#include "platform/console.h"
 
 namespace norv {
 
@@ -75,9 +72,12 @@ void Transfer(Wire& wire, ReportEntry& entry) {
 
 namespace {
 
-// What a rank says: a job that is finished, a note before a result gets its name, or nothing but that it wants another.
+const std::string kGood = "+";
+
+// What a rank says: that it wants a job, a note before a result gets its name, what has become of a job; at last that
+// all of its threads have ended.
 struct Question {
-  enum class Kind : int32_t { next, note, finished } kind = Kind::next;
+  enum class Kind : int32_t { next, note, finished, end } kind = Kind::next;
   std::string name = {};
   JournalEntry entry = {};
   HandedOut handed = {};
@@ -100,79 +100,47 @@ void Transfer(Wire& wire, Question& question) {
 
 }  // namespace
 
-DeskService::DeskService(JobDesk& desk, Report* page) : desk_(desk), page_(page), there_(World().Count() - 1) {
-  if (there_ == 0) return;
-  World().CallAll();
-  thread_ = std::thread([this] { Serve(); });
-}
-
-DeskService::~DeskService() {
-  if (thread_.joinable()) thread_.join();
-}
-
-// A rank that hears that nothing is left asks no more.
-void DeskService::Serve() {
-  std::chrono::microseconds pause{0};
-  while (there_ > 0) {
-    const std::optional<Message> message = World().Look();
-    if (!message) {
-      pause = std::min(pause + std::chrono::microseconds(50), std::chrono::microseconds(1000));
-      std::this_thread::sleep_for(pause);
-      continue;
-    }
-    pause = {};
-    if (message->topic == Topic::words) Ranks::SayFor(*message);
-    if (message->topic == Topic::job) Answer(message->from, message->text);
-    if (message->topic != Topic::pass) continue;
-    --there_;
-    Warn("rank %d has no part in this: %s", message->from, message->text.c_str());
-  }
-}
-
-// The answer: a job, or nothing where none is left; to a note, why it cannot be written.
-void DeskService::Answer(int32_t from, const std::string& question) {
+// A note is answered by kGood and why it could not be written, what is finished by kGood, whoever wants another job by
+// that or, where none is left, by kGood.
+std::string AnswerOf(JobDesk& desk, Report* page, const std::string& question) {
   const auto asked = Unpacked<Question>(question);
-  std::string answer;
-  if (asked.kind == Question::Kind::finished) {
-    desk_.Advance(asked.handed.job.bytes);
-    desk_.Finish(asked.handed, asked.made);
-    for (const ReportEntry& entry : asked.shown)
-      if (page_) page_->Add(entry);
-  } else if (asked.kind == Question::Kind::note) {
+  if (asked.kind == Question::Kind::note) {
     try {
-      desk_.Note(asked.name, asked.entry);
+      desk.Note(asked.name, asked.entry);
     } catch (...) {
-      answer = FailureInWords();
+      return kGood + FailureInWords();
     }
-  } else if (const std::optional<HandedOut> handed = desk_.Take()) {
-    answer = Packed(*handed);
-  } else {
-    --there_;
+    return kGood;
   }
-  World().Send(from, Topic::reply, answer);
+  if (asked.kind == Question::Kind::finished) {
+    desk.Advance(asked.handed.job.bytes);
+    desk.Finish(asked.handed, asked.made);
+    for (const ReportEntry& entry : asked.shown)
+      if (page) page->Add(entry);
+    return kGood;
+  }
+  if (asked.kind == Question::Kind::end) return "";
+  const std::optional<HandedOut> handed = desk.Take();
+  return handed ? Packed(*handed) : kGood;
 }
 
-std::string FarDesk::Ask(const std::string& question) {
-  const std::lock_guard hold(mutex_);
-  World().Send(0, Topic::job, question);
-  return World().Receive(0, Topic::reply).text;
-}
+FarDesk::~FarDesk() { AskFirstRank(Packed(Question{.kind = Question::Kind::end})); }
 
 std::optional<HandedOut> FarDesk::Take() {
-  const std::string answer = Ask(Packed(Question{}));
-  if (answer.empty()) return {};
+  const std::string answer = AskFirstRank(Packed(Question{}));
+  if (answer == kGood) return {};
   return Unpacked<HandedOut>(answer);
 }
 
 void FarDesk::Note(const std::string& name, const JournalEntry& entry) {
-  const std::string reason = Ask(Packed(Question{.kind = Question::Kind::note, .name = name, .entry = entry}));
-  if (!reason.empty()) throw Failure(reason);
+  const std::string answer = AskFirstRank(Packed(Question{.kind = Question::Kind::note, .name = name, .entry = entry}));
+  if (answer != kGood) throw Failure(answer.substr(kGood.size()));
 }
 
 void FarDesk::Finish(const HandedOut& handed, const Made& made) {
   Question question{.kind = Question::Kind::finished, .handed = handed, .made = made};
   if (page_) question.shown = page_->Take();
-  Ask(Packed(question));
+  AskFirstRank(Packed(question));
 }
 
 }  // namespace norv

@@ -1,7 +1,12 @@
+#include <memory>
+
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
+#include "kit/ranks/ranks.h"
+#include "kit/training/seed_search.h"
 #include "kit/training/training_run.h"
+#include "kit/work/settings_text.h"
 #include "net/net_file.h"
 #include "raster/filters.h"
 
@@ -10,7 +15,7 @@ namespace {
 
 struct Settings {
   TrainingPlan plan;
-  std::string jpeg;
+  std::string jpeg, seeds;
   double rate = 0.01, finalRate = 0.001;
 };
 
@@ -40,49 +45,55 @@ Options PictureRows(Settings& settings) {
 
 Options LearningRows(Settings& settings) {
   TrainingOptions& training = settings.plan.options;
-  return {{.name = "--epochs",
-           .target = &training.iters,
-           .unit = "N",
-           .check = Between{1, 1000000},
-           .help = "how often every pair is learned"},
-          {.name = "--rate",
-           .target = &settings.rate,
-           .unit = "A",
-           .check = Between{0, 1000},
-           .help = "learning rate of the first epoch"},
-          {.name = "--final-rate",
-           .target = &settings.finalRate,
-           .unit = "B",
-           .check = Between{0, 1000},
-           .help = "of the last epoch"},
-          {.name = "--cost",
-           .target = &training.costSelection,
-           .unit = "N",
-           .check = Between{0, 4},
-           .help = "cost function, 0 to 4"},
-          {.name = "--alternate",
-           .target = &training.alternate,
-           .unit = "N",
-           .check = Between{0, 2},
-           .help = "pairs forward (0), forward and backward in turn (1), backward (2)"},
-          {.name = "--patience",
-           .target = &settings.plan.patience,
-           .unit = "N",
-           .check = Between{1, 1000000},
-           .help = "stop after N epochs without a better PSNR of the held-out pictures",
-           .byDefault = "never"},
-          {.name = "--threads",
-           .target = &training.threads,
-           .unit = "N",
-           .check = OneOf{TeamSizes(",", ",")},
-           .help = TeamSizes(", ", " or ") + ": the same network"},
-          {.name = "--from",
-           .target = &settings.plan.from,
-           .unit = "NET",
-           .help = "start from this .net file; --hidden may add units to its layers",
-           .byDefault = "random weights",
-           .excludes = "--inputs,--factor,--kinds"},
-          {.name = "--resume", .target = &settings.plan.resume, .help = "go on with the training that OUT_DIR holds"}};
+  return {
+      {.name = "--epochs",
+       .target = &training.iters,
+       .unit = "N",
+       .check = Between{1, 1000000},
+       .help = "how often every pair is learned"},
+      {.name = "--rate",
+       .target = &settings.rate,
+       .unit = "A",
+       .check = Between{0, 1000},
+       .help = "learning rate of the first epoch"},
+      {.name = "--final-rate",
+       .target = &settings.finalRate,
+       .unit = "B",
+       .check = Between{0, 1000},
+       .help = "of the last epoch"},
+      {.name = "--cost",
+       .target = &training.costSelection,
+       .unit = "N",
+       .check = Between{0, 4},
+       .help = "cost function, 0 to 4"},
+      {.name = "--alternate",
+       .target = &training.alternate,
+       .unit = "N",
+       .check = Between{0, 2},
+       .help = "pairs forward (0), forward and backward in turn (1), backward (2)"},
+      {.name = "--patience",
+       .target = &settings.plan.patience,
+       .unit = "N",
+       .check = Between{1, 1000000},
+       .help = "stop after N epochs without a better PSNR of the held-out pictures",
+       .byDefault = "never"},
+      {.name = "--threads",
+       .target = &training.threads,
+       .unit = "N",
+       .check = OneOf{TeamSizes(",", ",")},
+       .help = TeamSizes(", ", " or ") + ": the same network"},
+      {.name = "--from",
+       .target = &settings.plan.from,
+       .unit = "NET",
+       .help = "start from this .net file; --hidden may add units to its layers",
+       .byDefault = "random weights",
+       .excludes = "--inputs,--factor,--kinds"},
+      {.name = "--resume", .target = &settings.plan.resume, .help = "go on with the training that OUT_DIR holds"},
+      {.name = "--seeds",
+       .target = &settings.seeds,
+       .unit = "N-N",
+       .help = "train from each of these seeds (1-16, or 3,5,9), skip those that are trained, keep the best network",
+       .excludes = "--seed"}};
 }
 
 Options Rows(Settings& settings) {
@@ -106,6 +117,19 @@ NetPlan PlanFrom(const TrainingPlan& asked) {
   return plan;
 }
 
+// What decides the networks of a search, in words: how far and how fast they are trained may change.
+std::string SearchSettings(Settings settings) {
+  Settings untouched;
+  TrainingPlan& plan = settings.plan;
+  plan.options.iters = untouched.plan.options.iters;
+  plan.options.threads = untouched.plan.options.threads;
+  plan.patience = untouched.plan.patience;
+  plan.resume = false;
+  settings.seeds.clear();
+  const std::vector<std::string> words = SettingsWords(Rows(settings), Rows(untouched));
+  return LineOfWords(words);
+}
+
 void Run(const Settings& settings) {
   TrainingPlan plan = settings.plan;
   if (plan.from.empty() && plan.net.hidden.empty()) plan.net.hidden = {64, 64};
@@ -120,18 +144,22 @@ void Run(const Settings& settings) {
   plan.pictures.factor = plan.net.factor;
   plan.options.nu0 = static_cast<float>(settings.rate);
   plan.options.nuf = static_cast<float>(settings.finalRate);
-  TrainingRun(plan).Run();
+  if (!settings.seeds.empty()) return SearchSeeds(plan, ReadSeeds(settings.seeds), SearchSettings(settings));
+  if (World().IsFirst()) TrainingRun(plan, std::make_shared<const TrainingPictures>(plan.pictures)).Run();
 }
 
 }  // namespace
 
 Command TrainCommand() {
-  return MakeCommand<Settings>(
+  Command command = MakeCommand<Settings>(
       {.name = "train",
        .purpose = "From a folder of pictures to a network that enlarges",
        .examples = "norvkit train photographs trained --inputs 48 --factor 2 --hidden 64,64 --shrink 3 --epochs 20\n"
-                   "norvkit train photographs trained --shrink 3 --epochs 30 --resume"},
+                   "norvkit train photographs trained --shrink 3 --epochs 30 --resume\n"
+                   "norvkit train photographs trained --shrink 3 --seeds 1-16"},
       Rows, Run);
+  command.shared = true;
+  return command;
 }
 
 }  // namespace norv

@@ -15,8 +15,8 @@ enum class Topic : int32_t {
   call = 1,  // from the first rank: a share of work begins, or, with no text, the run is over
   pass,      // to the first rank: this one has no part in it, and why
   words,     // to the first rank: something to be said
-  job,       // to the first rank: what somebody who works on a batch has to tell or asks for
-  reply,     // from the first rank
+  question,  // to the first rank (service.h)
+  answer,    // from it
   rows,      // between any: parts of planes and their sums
 };
 

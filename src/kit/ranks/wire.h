@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -29,7 +30,7 @@ class WireOut {
 
 class WireIn {
  public:
-  explicit WireIn(std::string bytes) : bytes_(std::move(bytes)) {}
+  explicit WireIn(std::string_view bytes) : bytes_(bytes) {}
 
   template <typename Value>
   void operator()(Value& value) {
@@ -45,13 +46,13 @@ class WireIn {
 
  private:
   const char* Next(size_t size) {
-    if (size > bytes_.size() - at_) throw std::runtime_error("a message between ranks ends early");
-    at_ += size;
-    return bytes_.data() + at_ - size;
+    if (size > bytes_.size()) throw std::runtime_error("a message between ranks ends early");
+    const char* next = bytes_.data();
+    bytes_.remove_prefix(size);
+    return next;
   }
 
-  std::string bytes_;
-  size_t at_ = 0;
+  std::string_view bytes_;
 };
 
 // What there may be or not.
@@ -71,7 +72,7 @@ std::string Packed(Record record) {
 }
 
 template <typename Record>
-Record Unpacked(const std::string& bytes) {
+Record Unpacked(std::string_view bytes) {
   WireIn wire(bytes);
   Record record;
   Transfer(wire, record);

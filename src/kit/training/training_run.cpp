@@ -39,9 +39,20 @@ bool IsSameShape(const NeuralNet& a, const NeuralNet& b) {
   return true;
 }
 
-void SayEpochRecord(const EpochRecord& r, int32_t epochs) {
+// The beginnings of what is said of one seed of several.
+JsonObject RowOf(const TrainingPlan& plan) {
+  JsonObject row;
+  if (!plan.searched.empty()) row.Whole("seed", static_cast<int64_t>(plan.net.seed));
+  return row;
+}
+std::string LineOf(const TrainingPlan& plan) {
+  return plan.searched.empty() ? "" : "seed " + std::to_string(plan.net.seed) + ": ";
+}
+
+void SayEpochRecord(const EpochRecord& r, const TrainingPlan& plan) {
+  const int32_t epochs = plan.options.iters;
   if (RunManner().json)
-    return SayRow(JsonObject()
+    return SayRow(RowOf(plan)
                       .Whole("epoch", r.epoch)
                       .Whole("epochs", epochs)
                       .Number("rate", r.rate)
@@ -51,8 +62,8 @@ void SayEpochRecord(const EpochRecord& r, int32_t epochs) {
                       .Number("psnr", r.psnr)
                       .Number("cubic", r.cubic)
                       .Number("lanczos", r.lanczos));
-  Say("epoch %d of %d  rate %g  cost %.6g  %.0f samples/s  PSNR %.3f dB (cubic %.3f, Lanczos %.3f)\n", r.epoch, epochs,
-      r.rate, r.cost, r.samplesPerSecond, r.psnr, r.cubic, r.lanczos);
+  Say("%sepoch %d of %d  rate %g  cost %.6g  %.0f samples/s  PSNR %.3f dB (cubic %.3f, Lanczos %.3f)\n",
+      LineOf(plan).c_str(), r.epoch, epochs, r.rate, r.cost, r.samplesPerSecond, r.psnr, r.cubic, r.lanczos);
 }
 
 template <double HeldOut::*field>
@@ -62,9 +73,18 @@ double MeanOf(const std::vector<HeldOut>& pictures) {
   return sum / static_cast<double>(pictures.size());
 }
 
+bool NothingIsGained(const TrainingPlan& plan, const TrainingLog& log) {
+  return plan.patience > 0 && static_cast<int32_t>(log.size()) - BestEpoch(log) >= plan.patience;
+}
+
 }  // namespace
 
-TrainingRun::TrainingRun(const TrainingPlan& plan) : plan_(plan), pictures_(plan.pictures) {
+bool IsTrained(const TrainingPlan& plan, const TrainingLog& log) {
+  return static_cast<int32_t>(log.size()) >= plan.options.iters || NothingIsGained(plan, log);
+}
+
+TrainingRun::TrainingRun(const TrainingPlan& plan, std::shared_ptr<const TrainingPictures> pictures)
+    : plan_(plan), pictures_(std::move(pictures)) {
   PrepareFolder();
   LoadOrStart();
   LoadPairs();
@@ -72,20 +92,16 @@ TrainingRun::TrainingRun(const TrainingPlan& plan) : plan_(plan), pictures_(plan
 
 void TrainingRun::Run() {
   for (int32_t epoch = static_cast<int32_t>(log_.size()); epoch < plan_.options.iters; ++epoch) {
-    if (NothingIsGained()) return SayStopped();
+    if (NothingIsGained(plan_, log_)) return SayStopped();
     RunEpoch(epoch);
   }
 }
 
 void TrainingRun::SayStopped() const {
   const int32_t best = BestEpoch(log_);
-  if (RunManner().json) return SayRow(JsonObject().Flag("stopped", true).Whole("best_epoch", best));
-  Say("stopped: no epoch of the last %d was better than epoch %d, which %s holds\n", plan_.patience, best,
-      Path(kBest).c_str());
-}
-
-bool TrainingRun::NothingIsGained() const {
-  return plan_.patience > 0 && static_cast<int32_t>(log_.size()) - BestEpoch(log_) >= plan_.patience;
+  if (RunManner().json) return SayRow(RowOf(plan_).Flag("stopped", true).Whole("best_epoch", best));
+  Say("%sstopped: no epoch of the last %d was better than epoch %d, which %s holds\n", LineOf(plan_).c_str(),
+      plan_.patience, best, Path(kBest).c_str());
 }
 
 std::string TrainingRun::Path(const char* name) const { return PathInFolder(plan_.folder, name); }
@@ -120,8 +136,8 @@ void TrainingRun::LoadOrStart() {
 // could not be compared, nor the best one found.
 void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
   constexpr double kDigitsOfLog = 1e-3;
-  const double cubic = MeanOf<&HeldOut::cubic>(pictures_.Validation());
-  const double lanczos = MeanOf<&HeldOut::lanczos>(pictures_.Validation());
+  const double cubic = MeanOf<&HeldOut::cubic>(pictures_->Validation());
+  const double lanczos = MeanOf<&HeldOut::lanczos>(pictures_->Validation());
   if (std::abs(logged.cubic - cubic) < kDigitsOfLog && std::abs(logged.lanczos - lanczos) < kDigitsOfLog) return;
   Fail(
       "%s was measured on other pictures (cubic %.3f dB, now %.3f dB): --resume needs the same --shrink, --order, "
@@ -131,36 +147,39 @@ void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
 }
 
 // Under another name until all of them are there and shuffled: what is called test.dat is complete.
-void TrainingRun::MakePairs() const {
-  const std::string path = Path(kUnfinishedPairs);
+void MakePairs(const TrainingPlan& plan, const TrainingPictures& pictures, const std::string& folder) {
+  if (std::filesystem::exists(PathInFolder(folder, kPairs))) return;
+  const std::string path = PathInFolder(folder, kUnfinishedPairs);
   const Unfinished unfinished(path);
   bool first = true;
-  pictures_.ForTraining([&](matrix& picture, const Degradation& degrade) {
+  pictures.ForTraining([&](matrix& picture, const Degradation& degrade) {
     if (first)
-      WriteTrainingPairs(path, picture, plan_.net.inputs, plan_.net.factor * plan_.net.factor,
-                         plan_.pictures.shrinkOrder, degrade);
+      WriteTrainingPairs(path, picture, plan.net.inputs, plan.net.factor * plan.net.factor, plan.pictures.shrinkOrder,
+                         degrade);
     else
-      AppendTrainingPairs(path, picture, plan_.pictures.shrinkOrder, degrade);
+      AppendTrainingPairs(path, picture, plan.pictures.shrinkOrder, degrade);
     first = false;
   });
   ShuffleTrainingFile(path);
   std::error_code error;
-  std::filesystem::rename(path, Path(kPairs), error);
+  std::filesystem::rename(path, PathInFolder(folder, kPairs), error);
   if (error) Fail("cannot rename %s: %s", path.c_str(), error.message().c_str());
 }
 
 void TrainingRun::LoadPairs() {
-  if (static_cast<int32_t>(log_.size()) >= plan_.options.iters || NothingIsGained()) return;
-  if (!std::filesystem::exists(Path(kPairs))) MakePairs();
-  LoadTrainingSet(set_, Path(kPairs), Folder::asGiven);
+  if (IsTrained(plan_, log_)) return;
+  const std::string folder = plan_.searched.empty() ? plan_.folder : plan_.searched;
+  const std::string path = PathInFolder(folder, kPairs);
+  MakePairs(plan_, *pictures_, folder);
+  LoadTrainingSet(set_, path, Folder::asGiven);
   if (set_.Nin != net_.N0 || set_.Ny != net_.LastNi() || set_.N == 0)
-    Fail("%s holds %d pairs of %d inputs and %d outputs, which do not fit the network", Path(kPairs).c_str(), set_.N,
-         set_.Nin, set_.Ny);
-  const size_t heldOut = pictures_.Validation().size();
+    Fail("%s holds %d pairs of %d inputs and %d outputs, which do not fit the network", path.c_str(), set_.N, set_.Nin,
+         set_.Ny);
+  const size_t heldOut = pictures_->Validation().size();
   if (RunManner().json)
-    SayRow(JsonObject().Whole("pairs", set_.N).Whole("held_out", static_cast<int64_t>(heldOut)));
+    SayRow(RowOf(plan_).Whole("pairs", set_.N).Whole("held_out", static_cast<int64_t>(heldOut)));
   else
-    Say("pairs: %d, pictures held out: %zu\n", set_.N, heldOut);
+    Say("%spairs: %d, pictures held out: %zu\n", LineOf(plan_).c_str(), set_.N, heldOut);
 }
 
 void TrainingRun::RunEpoch(int32_t epoch) {
@@ -190,7 +209,7 @@ void TrainingRun::RunEpoch(int32_t epoch) {
 }
 
 void TrainingRun::Keep(EpochRecord record) {
-  const std::vector<HeldOut>& validation = pictures_.Validation();
+  const std::vector<HeldOut>& validation = pictures_->Validation();
   record.samplesPerSecond = set_.N / std::max(record.seconds, 1e-9);
   record.psnr = ValidationPsnr(net_, validation, std::max(1, plan_.options.threads));
   record.cubic = MeanOf<&HeldOut::cubic>(validation);
@@ -200,7 +219,7 @@ void TrainingRun::Keep(EpochRecord record) {
   WriteTrainingLog(Path(kLog), log_);
   const std::string drawing = DrawLearningCurve(log_);
   WriteBytes(Path(kCurve), {drawing.begin(), drawing.end()});
-  SayEpochRecord(record, plan_.options.iters);
+  SayEpochRecord(record, plan_);
 }
 
 }  // namespace norv
