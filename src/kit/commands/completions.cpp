@@ -1,6 +1,5 @@
 // Not for people to type: what the build lays down for shells, and what these ask for while a word is completed.
 #include "kit/commands/command.h"
-
 #include "kit/completions/offers.h"
 #include "kit/failure.h"
 #include "kit/guidance/text.h"
