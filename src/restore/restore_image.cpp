@@ -40,10 +40,10 @@ void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMa
   matrix enlarged(f * pair.observed.m, f * pair.observed.n);
   team.ForParts(enlarged.n, kLeastRowsOfPart, [&](int64_t begin, int64_t end) {
     constexpr int64_t kRowsAtOnce = 256;
+    matrix some;
     for (; begin < end; begin += kRowsAtOnce) {
       const int32_t first = static_cast<int32_t>(begin),
                     count = static_cast<int32_t>(std::min(kRowsAtOnce, end - begin));
-      matrix some;
       ResampleSeparable(pair.observed, some, across, EnlargementTablePart(f, first, count));
       std::copy_n(some.x, some.mn, enlarged.z[first]);
     }
