@@ -8,6 +8,7 @@
 #include "kit/guidance/manner.h"
 #include "kit/ranks/ranks.h"
 #include "platform/console.h"
+#include "platform/threads/crew.h"
 #include "simd/levels.h"
 
 namespace norv {
@@ -25,6 +26,7 @@ std::string WhyRefused(const std::vector<std::string>& words) {
 
 void RunCommand(const Command& command) {
   KeepQuiet(RunManner().quiet);
+  SetUsualThreads(RunManner().threads);
   if (!command.shared && !World().IsFirst()) return;
   try {
     command.run();

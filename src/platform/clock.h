@@ -11,4 +11,9 @@ int32_t Clock();
 // Seconds since an arbitrary fixed instant, for progress and measurements.
 double Seconds();
 
+// What all threads of the process have used of processors so far.
+double ProcessorSeconds();
+// The same of this thread.
+double ThreadSeconds();
+
 }  // namespace norv

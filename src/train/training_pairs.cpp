@@ -8,6 +8,7 @@
 #include "platform/file_lock.h"
 #include "platform/file_update.h"
 #include "platform/progress.h"
+#include "platform/team.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
 
@@ -38,16 +39,19 @@ matrix Shrunk(matrix& picture, int32_t f, int32_t shrinkOrder) {
   return low;
 }
 
-// Calls write(floats, count) with the records of one row after another.
+// Calls write(floats, count) with the records of some rows after others, made by a team.
 template <typename Write>
-void ForRows(const PairMaker& maker, const Write& write) {
+void ForRows(const PairMaker& maker, int threads, const Write& write) {
   const size_t floats = static_cast<size_t>(maker.PairsInRow() * maker.RecordFloats());
-  const auto row = MakeAligned<float>(floats);
+  const int32_t atOnce = std::min(threads, maker.Rows());
+  const auto rows = MakeAligned<float>(floats * static_cast<size_t>(atOnce));
   Progress progress("Making training pairs", maker.Rows());
-  for (int32_t r = 0; r < maker.Rows(); ++r) {
-    maker.MakeRow(r, row.get());
-    write(row.get(), floats);
-    progress.Advance();
+  for (int32_t first = 0; first < maker.Rows(); first += atOnce) {
+    const int32_t count = std::min(atOnce, maker.Rows() - first);
+    ParallelFor(threads, count,
+                [&](int64_t i) { maker.MakeRow(first + static_cast<int32_t>(i), rows.get() + floats * i); });
+    write(rows.get(), floats * static_cast<size_t>(count));
+    progress.Advance(count);
   }
 }
 
@@ -96,16 +100,17 @@ void BuildTrainingPairs(TrainingSet& set, matrix& picture, int32_t Nin, int32_t 
 }
 
 void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder,
-                        const Degradation& degrade) {
+                        const Degradation& degrade, int threads) {
   const PairMaker maker(picture, Nin, Ny, shrinkOrder, degrade);
   const FileLock lock(path);
   FileOut file(path);
   WriteHeader(file, TrainingHeader{maker.Count(), Nin, Ny});
-  if (file.IsOpen()) ForRows(maker, [&](const float* records, size_t count) { file.Array(records, count); });
+  if (file.IsOpen()) ForRows(maker, threads, [&](const float* records, size_t count) { file.Array(records, count); });
   if (!file.Commit()) throw kTrainingFileProblem;
 }
 
-void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder, const Degradation& degrade) {
+void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder, const Degradation& degrade,
+                         int threads) {
   const FileLock lock(path);
   FileIn old(path);
   const TrainingHeader header = ReadTrainingHeader(old);
@@ -117,7 +122,7 @@ void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrin
   FileUpdate file(path);
   if (file.IsOpen()) {
     file.Seek(end);
-    ForRows(maker, [&](const float* records, size_t count) {
+    ForRows(maker, threads, [&](const float* records, size_t count) {
       if (!file.Failed()) file.Write(records, count * sizeof(float));
     });
     // The count may only stand for records that are on the disk.

@@ -50,15 +50,15 @@ class PairMaker {
 // Empties the set and fills it with the picture's pairs. Throws as PairMaker and CreateTrainingSet do.
 void BuildTrainingPairs(TrainingSet& set, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder);
 
-// A new training-set file of the picture's pairs, written as they are made. Throws as PairMaker does, and
-// kTrainingFileProblem; the old file is kept then.
+// A new training-set file of the picture's pairs, written as they are made, the same by any number of threads. Throws
+// as PairMaker does, and kTrainingFileProblem; the old file is kept then.
 void WriteTrainingPairs(const std::string& path, matrix& picture, int32_t Nin, int32_t Ny, int32_t shrinkOrder,
-                        const Degradation& degrade = {});
+                        const Degradation& degrade = {}, int threads = 1);
 
 // The picture's pairs behind the counted records of the file, whose sizes they take; at its end, with a warning, when
 // it holds fewer than it counts. The count is written when they are on the disk. Throws as WriteTrainingPairs; the file
 // counts what it counted before then.
-void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder,
-                         const Degradation& degrade = {});
+void AppendTrainingPairs(const std::string& path, matrix& picture, int32_t shrinkOrder, const Degradation& degrade = {},
+                         int threads = 1);
 
 }  // namespace norv

@@ -1,6 +1,8 @@
 // The companion as people run it: commands, their files, reasons and exit codes.
 #include <algorithm>
 #include <doctest/doctest.h>
+#include <filesystem>
+#include <regex>
 
 #include "image/bit_image.h"
 #include "kit/commands/command.h"
@@ -38,6 +40,12 @@ void Keep(const std::string& path, const Picture& picture, int32_t bits) {
   WritePicture(path, picture, choice);
 }
 
+// Without the times.
+std::string WhatIsSaid(const std::string& output) {
+  return std::regex_replace(output,
+                            std::regex("\"seconds[a-z_]*\": *[0-9.e-]+|[0-9]+ samples/s|samples_per_second[^,]*"), "");
+}
+
 }  // namespace
 
 TEST_CASE("every command explains itself with an example") {
@@ -54,6 +62,53 @@ TEST_CASE("every command explains itself with an example") {
     for (const Option& option : command.options) CHECK(Contains(one.output, std::string("\n  ") + option.name + " "));
     CHECK(one.errors.empty());
   }
+}
+
+TEST_CASE("every command makes the same by any number of threads, of one row too") {
+  test::ScratchFolder folder;
+  CHECK(KitIn(folder, "new-net n.net --inputs 24 --hidden 5").exitCode == 0);
+  Keep(folder / "card.png", Sample(70, 90, 4), 16);
+  Keep(folder / "row.png", Sample(70, 1, 3), 8);
+  std::filesystem::create_directory(folder / "many");
+  for (const char* name : {"a", "b", "c"}) Keep(folder / (std::string("many/") + name + ".png"), Sample(64, 65, 1), 8);
+  const char* const lines[] = {"enlarge IN out.png --net n.net --average",
+                               "enlarge IN out.tif --by 1.5 --method lanczos",
+                               "enlarge IN out.bmp --method cubic --denoise",
+                               "enlarge IN out.png --net n.net --method both",
+                               "shrink IN out.png --longest 40",
+                               "denoise IN out.png --noise 9",
+                               "denoise IN out.png --noise 9 --best",
+                               "convert IN out.jpg",
+                               "noise IN out.png",
+                               "import IN out.fdib",
+                               "export IN out.ppm --overwrite",
+                               "testcard out.png --size 90x70",
+                               "compare IN IN --map out.png --border 0",
+                               "filter card.png",
+                               "rank many --side 64 --json",
+                               "train many out --epochs 1 --inputs 8 --hidden 3 --valid 1"};
+  for (const std::string line : lines)
+    for (const std::string in : {"card.png", "row.png"}) {
+      if (in == "row.png" && !Contains(line, "IN")) continue;
+      std::string words = line;
+      for (size_t at; (at = words.find("IN ")) != std::string::npos;) words.replace(at, 2, in);
+      std::string one;
+      for (const std::string threads : {"1", "2", "3", "16"}) {
+        std::filesystem::remove_all(folder / "out");
+        const test::Outcome outcome = KitIn(folder, words + " --quiet --threads " + threads);
+        INFO(words, " --threads ", threads, ": ", outcome.errors);
+        CHECK(outcome.exitCode == 0);
+        std::string made = WhatIsSaid(outcome.output);
+        for (const char* end : {".png", ".tif", ".bmp", ".jpg", ".fdib", ".ppm", "/test.dat", "/last.net"})
+          if (const std::string path = folder / (std::string("out") + end); std::filesystem::exists(path))
+            made += test::ReadBytes(path);
+        CHECK(made.size() > 100);
+        if (one.empty()) one = made;
+        CHECK(made == one);
+        for (const char* end : {".png", ".tif", ".bmp", ".jpg", ".fdib", ".ppm"})
+          std::filesystem::remove(folder / (std::string("out") + end));
+      }
+    }
 }
 
 TEST_CASE("a wrong command line ends with 2, what cannot be done with 1") {

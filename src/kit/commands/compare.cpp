@@ -14,6 +14,7 @@
 #include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
 #include "platform/console.h"
+#include "platform/threads/crew.h"
 
 namespace norv {
 namespace {
@@ -131,7 +132,10 @@ void ReportLargest(const matrix& differences, JsonObject& row) {
 
 void Run(const Settings& settings) {
   if (!settings.map.empty()) RequireFree(settings.map, settings.overwrite, settings.a);
-  Picture a = LoadImage(settings.a, settings.read), b = LoadImage(settings.b);
+  Ahead<Picture> loading(UsualThreads());
+  loading.Begin([path = settings.a, choice = settings.read] { return LoadImage(path, choice); });
+  loading.Begin([path = settings.b] { return LoadImage(path); });
+  Picture a = loading.Next(), b = loading.Next();
   if (settings.crop) CropToCommonSize(a, b);
   RequireComparable(a, b, settings.border);
   const matrix differences = LargestDifferences(a, b);

@@ -96,7 +96,7 @@ Command RankCommand() {
                    "norvkit enlarge photo.jpg large.png --preset mine",
        .notes = "The middles of some pictures are shrunk by the cubic filter, rounded to bytes and enlarged again in "
                 "every way there is; dB and SSIM say how near the luminance comes to what was there, s/MP how many "
-                "seconds a megapixel of the small picture takes on one thread. Shrinking hides most of what "
+                "seconds of a core a megapixel of the small picture takes. Shrinking hides most of what "
                 "compression left in JPEG files: what is measured is how pictures without such traces are enlarged, "
                 "and the networks and the preset made for compressed pictures are at a disadvantage."},
       Rows, Run);

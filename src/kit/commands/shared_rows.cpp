@@ -6,7 +6,6 @@
 #include "kit/training/start_net.h"
 #include "kit/work/picture_work.h"
 #include "net/layouts.h"
-#include "net/team_size.h"
 
 namespace norv {
 
@@ -131,8 +130,7 @@ Options WorkRows(WorkChoice& choice) {
                          .unit = "FILE.html",
                          .help = "a page that shows what was done, before and after",
                          .aside = true};
-  return Joined(
-      {ManyRows(choice), {ThreadsRow(choice.threads), PageRow(choice.read), report}, WriteRows(choice.write)});
+  return Joined({ManyRows(choice), {PageRow(choice.read), report}, WriteRows(choice.write)});
 }
 
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault) {
@@ -163,16 +161,6 @@ Options SizeRows(WantedSize& size, const char* direction, const char* byDefault)
            .check = kPixels,
            .help = "pixels of the longer side",
            .excludes = "--width,--height"}};
-}
-
-Option ThreadsRow(int32_t& threads) {
-  return {.name = "--threads",
-          .target = &threads,
-          .unit = "N",
-          .check = Between{1, 1024},
-          .help = "at the same time; the result does not depend on it",
-          .byDefault = "all cores",
-          .aside = true};
 }
 
 Option DenoiseFirstRow(bool& target) {
@@ -215,15 +203,6 @@ Options KnobRows(KnobValues& values, bool refining) {
                     .heading = "Instead of the preset's (docs/restoration.md says which to turn when)"});
   }
   return rows;
-}
-
-std::string TeamSizes(const char* between, const char* last) {
-  std::string list;
-  for (const int32_t& size : kTeamSizes) {
-    const bool isFirst = &size == std::begin(kTeamSizes), isLast = &size + 1 == std::end(kTeamSizes);
-    list += (isFirst ? "" : isLast ? last : between) + std::to_string(size);
-  }
-  return list;
 }
 
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault) {

@@ -34,15 +34,12 @@ Option PageRow(ReadChoice& choice);
 // --to, --bits, --quality, --overwrite and the like of commands that write pictures.
 Options WriteRows(WriteChoice& choice);
 
-// --out, --name, --recursive, --dry-run, --memory, --threads, --page and the rows of what is written, of commands that
+// --out, --name, --recursive, --dry-run, --memory, --page and the rows of what is written, of commands that
 // make pictures of pictures.
 Options WorkRows(WorkChoice& choice);
 
 // --by, --width, --height and --longest of commands that make a picture larger or smaller.
 Options SizeRows(WantedSize& size, const char* direction, const char* byDefault);
-
-// --threads of commands whose result does not depend on it; 0: all cores.
-Option ThreadsRow(int32_t& threads);
 
 // --denoise of commands that may do so first.
 Option DenoiseFirstRow(bool& target);
@@ -55,9 +52,6 @@ Option CertificateRow(bool& target);
 
 // Every parameter that a preset chooses; of a restoration from a network's answer those that it looks at.
 Options KnobRows(std::vector<std::optional<double>>& values, bool refining);
-
-// The thread counts that a network is worked with, one after another.
-std::string TeamSizes(const char* between, const char* last);
 
 // A network's layers; byDefault: of its hidden layers and kinds.
 Options NetRows(NetPlan& plan, const char* hiddenByDefault, const char* kindsByDefault);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 
 #include "kit/commands/command.h"
@@ -8,6 +9,8 @@
 #include "kit/training/training_run.h"
 #include "kit/work/settings_text.h"
 #include "net/net_file.h"
+#include "net/team_size.h"
+#include "platform/threads/crew.h"
 #include "raster/filters.h"
 
 namespace norv {
@@ -77,11 +80,6 @@ Options LearningRows(Settings& settings) {
        .check = Between{1, 1000000},
        .help = "stop after N epochs without a better PSNR of the held-out pictures",
        .byDefault = "never"},
-      {.name = "--threads",
-       .target = &training.threads,
-       .unit = "N",
-       .check = OneOf{TeamSizes(",", ",")},
-       .help = TeamSizes(", ", " or ") + ": the same network"},
       {.name = "--from",
        .target = &settings.plan.from,
        .unit = "NET",
@@ -122,7 +120,6 @@ std::string SearchSettings(Settings settings) {
   Settings untouched;
   TrainingPlan& plan = settings.plan;
   plan.options.iters = untouched.plan.options.iters;
-  plan.options.threads = untouched.plan.options.threads;
   plan.patience = untouched.plan.patience;
   plan.resume = false;
   settings.seeds.clear();
@@ -130,8 +127,15 @@ std::string SearchSettings(Settings settings) {
   return LineOfWords(words);
 }
 
+// The largest team that training knows.
+int32_t TeamWithin(int32_t threads) {
+  return *std::ranges::find_if(std::rbegin(kTeamSizes), std::rend(kTeamSizes), [&](int32_t n) { return n <= threads; });
+}
+
 void Run(const Settings& settings) {
   TrainingPlan plan = settings.plan;
+  plan.threads = UsualThreads();
+  plan.options.threads = TeamWithin(plan.threads);
   if (plan.from.empty() && plan.net.hidden.empty()) plan.net.hidden = {64, 64};
   if (plan.from.empty()) ChooseKinds(plan.net, kSlopedRampKind);
   if (!plan.from.empty()) plan.net = PlanFrom(plan);

@@ -12,6 +12,7 @@ struct Manner {
   bool json = false;     // rows of figures on standard output, and nothing else there
   bool quiet = false;    // no progress, no word but errors
   bool verbose = false;  // more of what was chosen, and of how long its parts took
+  int32_t threads = 0;   // that work, which no result depends on; 0: as many as the process may use processors
   std::string config;    // the file that settings come from
 };
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/team.h"
+#include "platform/threads/crew.h"
 #include "simd/math/math.h"
 
 namespace norv {
@@ -85,7 +86,7 @@ double Ssim(const matrix& a, const matrix& b) {
   if (rows <= 0 || columns <= 0) return std::numeric_limits<double>::quiet_NaN();
   const std::array<double, kWindow> window = GaussianWindow();
   std::vector<double> sums(rows);
-  ParallelRanges(ProcessorCount(), rows, [&](int64_t begin, int64_t end) {
+  ParallelRanges(UsualThreads(), rows, [&](int64_t begin, int64_t end) {
     std::vector<Moments> scratch;
     for (int64_t r = begin; r < end; ++r) sums[r] = RowSimilarity(a, b, static_cast<int32_t>(r), window, scratch);
   });

@@ -8,6 +8,7 @@
 
 #include "kit/pictures/picture.h"
 #include "platform/team.h"
+#include "platform/threads/crew.h"
 #include "simd/math/math.h"
 
 namespace norv {
@@ -184,7 +185,7 @@ PictureSource DrawTestCard(int32_t width, int32_t height) {
   const auto card = std::make_shared<const TestCard>(width, height);
   const auto next = std::make_shared<int32_t>(0);
   return {{width, height, 3}, [card, next](Picture& rows, int32_t at, int32_t count) {
-            ParallelFor(ProcessorCount(), count, [&](int64_t i) {
+            ParallelFor(UsualThreads(), count, [&](int64_t i) {
               const int32_t r = static_cast<int32_t>(i);
               card->DrawRow(*next + r, rows, at + r);
             });

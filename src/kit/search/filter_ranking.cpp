@@ -8,6 +8,7 @@
 #include "kit/measure/quality.h"
 #include "kit/search/filter_names.h"
 #include "platform/team.h"
+#include "platform/threads/crew.h"
 #include "raster/filters.h"
 #include "raster/separable.h"
 
@@ -85,7 +86,7 @@ std::vector<Candidate> Candidates(int32_t factor, const std::vector<int32_t>& or
 }
 
 void Compare(const Pair& pair, std::vector<Candidate>& candidates) {
-  ParallelFor(ProcessorCount(), static_cast<int64_t>(candidates.size()), [&](int64_t i) {
+  ParallelFor(UsualThreads(), static_cast<int64_t>(candidates.size()), [&](int64_t i) {
     const matrix reduced = Reduced(pair, candidates[i].taps);
     candidates[i].match.decibels = Psnr(WithoutBorder(reduced, pair.border), WithoutBorder(pair.small, pair.border));
   });

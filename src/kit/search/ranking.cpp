@@ -1,9 +1,11 @@
 #include "kit/search/ranking.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "kit/failure.h"
 #include "kit/measure/quality.h"
@@ -20,6 +22,7 @@
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/progress.h"
+#include "platform/threads/crew.h"
 
 namespace norv {
 namespace {
@@ -85,12 +88,24 @@ std::vector<KeptWay> AllWays() {
   return ways;
 }
 
-void Measure(const Sample& sample, int32_t factor, RankedWay& ranked) {
-  const EnlargeWay way =
-      WayOfKept(ranked.way, {sample.small.Width() * factor, sample.small.Height() * factor}, factor, 1);
-  const double start = Seconds();
-  Picture large = AllRows(Enlarged(HeldPicture(sample.small), way));
-  ranked.seconds += Seconds() - start;
+// Samples first, first + 1, ... enlarged side by side, each by one thread; adds the processor's seconds.
+std::vector<Picture> EnlargedSideBySide(const std::vector<Sample>& samples, size_t first, int32_t factor,
+                                        RankedWay& ranked) {
+  std::vector<Picture> large(std::min(static_cast<size_t>(UsualThreads()), samples.size() - first));
+  std::atomic<size_t> next{0};
+  const double start = ProcessorSeconds();
+  SideBySide(static_cast<int32_t>(large.size()), [&] {
+    for (size_t i; (i = next++) < large.size();) {
+      const Picture& small = samples[first + i].small;
+      const EnlargeWay way = WayOfKept(ranked.way, {small.Width() * factor, small.Height() * factor}, factor, 1);
+      large[i] = AllRows(Enlarged(HeldPicture(small), way));
+    }
+  });
+  ranked.seconds += ProcessorSeconds() - start;
+  return large;
+}
+
+void Measure(const Sample& sample, Picture large, RankedWay& ranked) {
   for (int32_t k = 0; k < large.channels; ++k)
     for (int32_t i = 0; i < large.plane[k].mn; ++i)
       large.plane[k].x[i] = std::clamp(std::round(large.plane[k].x[i]), 0.0f, 255.0f);
@@ -111,10 +126,11 @@ Ranking RankWays(const std::string& folder, const RankChoice& choice) {
   for (const KeptWay& way : ways) {
     RankedWay ranked;
     ranked.way = way;
-    for (const Sample& sample : samples) {
-      Measure(sample, choice.factor, ranked);
-      progress.Advance();
-    }
+    for (size_t first = 0; first < samples.size();)
+      for (Picture& large : EnlargedSideBySide(samples, first, choice.factor, ranked)) {
+        Measure(samples[first++], std::move(large), ranked);
+        progress.Advance();
+      }
     const double count = static_cast<double>(samples.size());
     ranked.decibels /= count;
     ranked.similarity /= count;

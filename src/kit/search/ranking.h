@@ -19,7 +19,7 @@ struct RankedWay {
   KeptWay way;
   double decibels = 0;    // PSNR of the luminance, the mean over the pictures
   double similarity = 0;  // SSIM of the luminance, likewise
-  double seconds = 0;     // a megapixel of the small pictures, on one thread
+  double seconds = 0;     // of one processor, a megapixel of the small pictures
 };
 
 struct Ranking {

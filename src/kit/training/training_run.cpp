@@ -155,9 +155,9 @@ void MakePairs(const TrainingPlan& plan, const TrainingPictures& pictures, const
   pictures.ForTraining([&](matrix& picture, const Degradation& degrade) {
     if (first)
       WriteTrainingPairs(path, picture, plan.net.inputs, plan.net.factor * plan.net.factor, plan.pictures.shrinkOrder,
-                         degrade);
+                         degrade, plan.threads);
     else
-      AppendTrainingPairs(path, picture, plan.pictures.shrinkOrder, degrade);
+      AppendTrainingPairs(path, picture, plan.pictures.shrinkOrder, degrade, plan.threads);
     first = false;
   });
   ShuffleTrainingFile(path);
@@ -211,7 +211,7 @@ void TrainingRun::RunEpoch(int32_t epoch) {
 void TrainingRun::Keep(EpochRecord record) {
   const std::vector<HeldOut>& validation = pictures_->Validation();
   record.samplesPerSecond = set_.N / std::max(record.seconds, 1e-9);
-  record.psnr = ValidationPsnr(net_, validation, std::max(1, plan_.options.threads));
+  record.psnr = ValidationPsnr(net_, validation, plan_.threads);
   record.cubic = MeanOf<&HeldOut::cubic>(validation);
   record.lanczos = MeanOf<&HeldOut::lanczos>(validation);
   log_.push_back(record);

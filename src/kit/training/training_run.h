@@ -20,6 +20,7 @@ struct TrainingPlan {
   NetPlan net;         // to start from
   std::string from;    // the .net file whose units it has from the start; empty: all are random
   TrainingOptions options{.iters = 10};
+  int32_t threads = 1;        // that make pairs and measure; those that train are the options'
   int32_t patience = 0;       // stop after so many epochs without a better PSNR of the held-out pictures; 0: never
   std::string searched = "";  // the folder of the search that this is one seed of (seed_search.h), with the pairs
   bool resume = false;        // go on with what the folder holds; pairs and epochs that are there are not made again

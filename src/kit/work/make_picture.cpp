@@ -13,45 +13,39 @@
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/memory.h"
+#include "platform/threads/stages.h"
 
 namespace norv {
 namespace {
 
-// Where the time went.
-struct Stages {
-  double reading = 0, writing = 0;  // seconds
-};
-
-template <typename Action>
-auto Timed(double& seconds, const Action& action) {
-  struct Clock {
-    double& sum;
-    double begun = Seconds();
-    ~Clock() { sum += Seconds() - begun; }
-  } clock{seconds};
-  return action();
-}
-
-PictureSource TimedSource(PictureSource source, const std::shared_ptr<Stages>& stages) {
+PictureSource TimedSource(PictureSource source) {
   const PictureShape shape = source.shape;
-  return {shape, [source = std::move(source), stages](Picture& rows, int32_t at, int32_t count) {
-            Timed(stages->reading, [&] { source.read(rows, at, count); });
+  return {shape, [source = std::move(source)](Picture& rows, int32_t at, int32_t count) {
+            const InStage decoding(Stage::decoding);
+            source.read(rows, at, count);
           }};
 }
 
-PictureSink TimedSink(const PictureSink& sink, const std::shared_ptr<Stages>& stages,
-                      const std::function<void(int32_t rows)>& advanced) {
-  const auto write = [sink, stages, advanced](Picture rows) {
+PictureSink TimedSink(const PictureSink& sink, const std::function<void(int32_t rows)>& advanced) {
+  const auto write = [sink, advanced](Picture rows) {
+    const InStage encoding(Stage::encoding);
     const int32_t count = rows.Height();
-    Timed(stages->writing, [&] { sink.write(std::move(rows)); });
+    sink.write(std::move(rows));
     advanced(count);
   };
-  return {write, [sink, stages] { return Timed(stages->writing, sink.finish); }};
+  const auto finish = [sink] {
+    const InStage encoding(Stage::encoding);
+    return sink.finish();
+  };
+  return {write, finish};
 }
 
-void TellStages(const Made& made, const Stages& stages) {
-  Tell("%s: %d x %d pixels in %.2f s: reading %.2f, making %.2f, writing %.2f", made.output.c_str(), made.width,
-       made.height, made.seconds, stages.reading, made.seconds - stages.reading - stages.writing, stages.writing);
+// Stages are those of the run, which several pictures share.
+void TellStages(const Made& made, bool alone) {
+  Tell("%s: %d x %d pixels in %.2f s", made.output.c_str(), made.width, made.height, made.seconds);
+  const StageSeconds of = SecondsOfStages();
+  if (alone)
+    Tell("processor seconds: decoding %.2f, working %.2f, encoding %.2f", of.decoding, of.working, of.encoding);
 }
 
 // Formats whose libraries give all or nothing; in others only odd kinds are held.
@@ -62,7 +56,7 @@ bool IsReadAsAWhole(const std::string& path) {
 
 // Reads the picture and takes the plan that follows from it.
 void LookAt(OpenedPicture& picture) {
-  Picture whole = AllRows(picture.source);
+  Picture whole = AllRows(TimedSource(picture.source));
   picture.plan = WorkPlan(picture.plan.look(OpaqueLuminance(whole)));
   picture.source = HeldPicture(std::move(whole));
 }
@@ -90,14 +84,13 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   if (plan.chosen && (picture.alone || RunManner().verbose))
     Tell("%s%s", picture.alone ? "" : (picture.input + ": ").c_str(), plan.chosen(threads).c_str());
   if (plan.look) LookAt(picture);
-  const auto stages = std::make_shared<Stages>();
   std::optional<Certifier> certifier;
   const PictureShape from = picture.source.shape, to = plan.result;
   if (order.choice.certificate || (order.page && to.width >= from.width && to.height >= from.height)) {
     certifier.emplace(from, PictureSize{to.width, to.height}, plan.reduction, out.RoundingOf(to));
     picture.source = certifier->Input(std::move(picture.source));
   }
-  PictureSource made = plan.make(TimedSource(std::move(picture.source), stages), threads);
+  PictureSource made = plan.make(TimedSource(std::move(picture.source)), threads);
   if (certifier) made = certifier->Result(std::move(made));
   Made record{.input = picture.input,
               .output = output,
@@ -107,7 +100,7 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   const auto advanced = [told = picture.advanced, height = made.shape.height](int32_t rows) {
     if (told) told(rows, height);
   };
-  const PictureSink file = TimedSink(out.Create(made.shape), stages, advanced);
+  const PictureSink file = TimedSink(out.Create(made.shape), advanced);
   CopyRows(std::move(made), file, order.work.doing);
   receipt.LayBeside();
   record.seconds = Seconds() - picture.since;
@@ -115,7 +108,7 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   if (certifier) record.certificate = certifier->Made();
   const std::string name = picture.alone ? "" : output + ": ";
   if (order.choice.certificate) Tell("%s%s", name.c_str(), InWords(*record.certificate).c_str());
-  if (RunManner().verbose) TellStages(record, *stages);
+  if (RunManner().verbose) TellStages(record, picture.alone);
   ReportPicture(order, record, certifier ? certifier->Map() : matrix());
   return record;
 }

@@ -14,7 +14,7 @@
 #include "kit/work/result_name.h"
 #include "platform/console.h"
 #include "platform/memory.h"
-#include "platform/team.h"
+#include "platform/threads/crew.h"
 
 namespace norv {
 namespace {
@@ -27,7 +27,7 @@ std::string NameBeside(const WorkChoice& choice, const std::string& picture, con
   return (path.parent_path() / ResultName(choice.ownName + "{ext}", path.stem().string(), ".png", plan)).string();
 }
 
-int32_t ThreadsOf(const WorkChoice& choice) { return choice.threads > 0 ? choice.threads : ProcessorCount(); }
+int32_t ThreadsOf(const WorkChoice& choice) { return choice.threads > 0 ? choice.threads : UsualThreads(); }
 
 // What --memory says, or this process's share of what there is.
 uint64_t BoundOf(const WorkChoice& choice) {

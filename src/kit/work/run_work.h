@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kit/commands/command.h"
+#include "kit/guidance/manner.h"
 #include "kit/work/picture_work.h"
 #include "kit/work/reported.h"
 #include "kit/work/settings_text.h"
@@ -17,6 +18,7 @@ template <typename Settings>
 Command MakeWorkCommand(const CommandText& text, Options (*rows)(Settings&), PictureWork (*work)(Settings&)) {
   const auto settings = std::make_shared<Settings>();
   const auto run = [settings, rows, work, name = std::string(text.name)] {
+    settings->choice.threads = RunManner().threads;
     WorkOrder order{work(*settings), settings->choice, {name}};
     Settings untouched;
     const std::vector<std::string> words = SettingsWords(rows(*settings), rows(untouched));

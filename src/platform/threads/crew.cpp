@@ -1,6 +1,7 @@
 #include "platform/threads/crew.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -9,8 +10,21 @@
 #include <vector>
 
 #include "platform/team.h"
+#include "platform/threads/stages.h"
 
 namespace norv {
+namespace {
+
+std::atomic<int32_t> usualThreads{0};
+
+}  // namespace
+
+int32_t UsualThreads() {
+  const int32_t threads = usualThreads;
+  return threads > 0 ? threads : ProcessorCount();
+}
+
+void SetUsualThreads(int32_t threads) { usualThreads = threads; }
 
 struct Crew::Task {
   std::function<void()> work;
@@ -40,6 +54,7 @@ struct Crew::Yard {
   }
 
   static void Do(Task& task) {
+    const InStage working(Stage::working);  // whatever the thread waits for meanwhile
     try {
       task.work();
     } catch (...) {
@@ -77,7 +92,7 @@ Crew::~Crew() {
 std::shared_ptr<Crew> Crew::Of(int32_t threads) {
   static std::mutex mutex;
   static std::map<int32_t, std::weak_ptr<Crew>> crews;
-  if (threads <= 0) threads = ProcessorCount();
+  if (threads <= 0) threads = UsualThreads();
   const std::lock_guard lock(mutex);
   std::weak_ptr<Crew>& known = crews[threads];
   std::shared_ptr<Crew> crew = known.lock();

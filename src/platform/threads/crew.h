@@ -10,13 +10,18 @@
 
 namespace norv {
 
+// How many threads work where nobody says another number: as many as the process may use processors, unless the run was
+// told otherwise (0: those again).
+int32_t UsualThreads();
+void SetUsualThreads(int32_t threads);
+
 // Threads that take tasks in the order in which they were begun. What holds a crew is one of its threads: it works
 // while it waits, so that a crew of one needs no other. Tasks must not wait for tasks.
 class Crew {
  public:
   struct Task;
 
-  // The crew of that many threads; 0: as many as the process may use processors. All who hold the crew of a number
+  // The crew of that many threads; 0: the usual number. All who hold the crew of a number
   // share it, and it ends with the last of them. Where the system refuses threads it is a smaller one.
   static std::shared_ptr<Crew> Of(int32_t threads);
   ~Crew();

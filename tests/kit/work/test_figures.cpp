@@ -107,7 +107,7 @@ TEST_CASE("quiet says nothing but errors, verbose where the time went") {
   const Place kit;
   CHECK(kit("enlarge a.png b.png --quiet").errors == "");
   CHECK(kit("enlarge a.png c.png").errors != "");
-  CHECK(Contains(kit("enlarge a.png d.png --verbose").errors, "writing"));
+  CHECK(Contains(kit("enlarge a.png d.png --verbose").errors, "encoding"));
   CHECK(Contains(kit("enlarge a.png b.png --quiet").errors, "b.png is there already"));
   CHECK(kit("enlarge a.png e.png --quiet --verbose").exitCode == 2);
 }

@@ -9,6 +9,7 @@
 #include "kit/formats/png/strip.h"
 #include "kit/metadata/containers.h"
 #include "platform/threads/crew.h"
+#include "platform/threads/stages.h"
 
 namespace norv {
 namespace {
@@ -82,7 +83,10 @@ class PngWriter {
     const size_t kept = std::min(rows.size(), static_cast<size_t>(compressor_.Before()) * strip_->Stride());
     const auto next = StripBelow(Bytes(rows.end() - static_cast<ptrdiff_t>(kept), rows.end()));
     if (ahead_.Full()) PlaceStrip();
-    ahead_.Begin([compressor = compressor_, strip = strip_] { return compressor.Compress(*strip); });
+    ahead_.Begin([compressor = compressor_, strip = strip_] {
+      const InStage encoding(Stage::encoding);
+      return compressor.Compress(*strip);
+    });
     strip_ = next;
   }
 
