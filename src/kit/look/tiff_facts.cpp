@@ -110,7 +110,7 @@ StoredForm TiffFileForm(const ByteSource& file, const PictureShape&, int32_t num
   if (!structure) return form;
   const Page page(*structure, number);
   const double channels = page.Number(kChannels, 1);
-  form.bits = static_cast<int32_t>(page.Number(kBits, 1));
+  form.bits = static_cast<int32_t>(std::min(page.Number(kBits, 1), 65535.0));
   form.colour = NameOf(kColours, page.Number(kColour, channels >= 3 ? 2 : 1));
   Facts& facts = form.facts;
   facts.Add("byte order", std::string(structure->Form().bigEndian ? "big-endian" : "little-endian") +
