@@ -5,9 +5,9 @@
 #include "kit/commands/command.h"
 #include "kit/commands/shared_rows.h"
 #include "kit/failure.h"
-#include "kit/pictures/picture.h"
 #include "kit/scale/restore_picture.h"
 #include "kit/scale/restore_presets.h"
+#include "kit/scale/restored_rows.h"
 #include "kit/scale/scale.h"
 #include "kit/search/blur_estimate.h"
 #include "kit/search/stored_presets.h"
@@ -108,13 +108,10 @@ void RefuseIdleKnobs(const Settings& settings, const RestoreParameters& paramete
 // Rows as they are asked for, where nothing has to see the whole picture.
 PictureSource Restored(PictureSource source, const Settings& settings, const RestoreParameters& parameters,
                        int32_t threads) {
-  const bool inBands = settings.bands > 0 || settings.overBytes;
   if (settings.denoise) source = DenoisedRows(std::move(source), {.threads = threads});
-  if (!inBands) return RestoredRows(std::move(source), parameters, threads);
-  Picture picture = AllRows(source);
-  source = {};
-  const auto restore = settings.overBytes ? RestoreBytes : RestoreInBands;
-  return HeldPicture(restore(std::move(picture), parameters, std::max(settings.bands, 1), threads));
+  if (settings.bands == 0 && !settings.overBytes) return RestoredRows(std::move(source), parameters, threads);
+  const auto restored = settings.overBytes ? RestoredOverBytes : RestoredInBands;
+  return restored(std::move(source), parameters, std::max(settings.bands, 1), threads);
 }
 
 WorkPlan PlanOf(const Settings& settings, const RestoreParameters& parameters, const PictureShape& shape) {

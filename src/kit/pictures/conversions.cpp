@@ -59,6 +59,10 @@ Picture GreyPicture(matrix plane, matrix alpha) {
   return picture;
 }
 
+Picture FirstColour(Picture picture) {
+  return GreyPicture(std::move(picture.plane[0]), picture.HasAlpha() ? std::move(picture.Alpha()) : matrix());
+}
+
 void LayOnWhite(Picture& picture) {
   if (!picture.HasAlpha()) return;
   const float* alpha = picture.Alpha().x;

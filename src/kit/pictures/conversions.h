@@ -25,6 +25,9 @@ Picture ToPicture(const BitImage& image);
 // A grey picture of that plane, with the second as its alpha unless that is empty. Used up.
 Picture GreyPicture(matrix plane, matrix alpha = matrix());
 
+// The first colour as grey, and the alpha: what equal colours of a grey picture have become. Used up.
+Picture FirstColour(Picture picture);
+
 // Without its alpha: on white, as far as alpha lets it through.
 void LayOnWhite(Picture& picture);
 

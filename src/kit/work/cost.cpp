@@ -3,7 +3,7 @@
 #include "kit/formats/picture_shape.h"
 #include "kit/pictures/conversions.h"
 #include "kit/scale/refine.h"
-#include "kit/scale/restore_picture.h"
+#include "kit/scale/restored_rows.h"
 #include "net/neural_net.h"
 #include "raster/bands.h"
 #include "restore/memory_need.h"
