@@ -19,7 +19,7 @@ constexpr double kMegabyte = 1 << 20;
 constexpr double kReadPixel = 1.5e-8, kWritePixel = 5e-8, kResampledPixel = 3e-8;
 constexpr double kProduct = 4e-11;         // of a network, with its input rows and activations
 constexpr double kRestoredPixel = 1.7e-8;  // a step of the solver
-constexpr double kDenoisedSample = 5e-8, kGroupedSample = 4e-5;
+constexpr double kDenoisedSample = 6e-7, kGroupedSample = 4e-5;
 
 double Pixels(const PictureShape& shape) { return static_cast<double>(shape.width) * shape.height; }
 double Samples(const PictureShape& shape) { return Pixels(shape) * shape.channels; }
