@@ -72,15 +72,15 @@ struct ScaledLogarithm {
 
 template <typename Map, const Matrix3& matrix>
 struct LinearModel {
+  static constexpr Matrix3 kInverse = Inverse(matrix);
   static float* To(float* destination, const float* source) {
     const double r = Map::To(source[0]), g = Map::To(source[1]), b = Map::To(source[2]);
     for (int k = 0; k < 3; ++k) destination[k] = static_cast<float>(Apply(matrix.row[k], r, g, b));
     return destination;
   }
   static float* From(float* destination, const float* source) {
-    static constexpr Matrix3 inverse = Inverse(matrix);
     const double a = source[0], b = source[1], c = source[2];
-    for (int k = 0; k < 3; ++k) destination[k] = Map::From(Apply(inverse.row[k], a, b, c));
+    for (int k = 0; k < 3; ++k) destination[k] = Map::From(Apply(kInverse.row[k], a, b, c));
     return destination;
   }
 };

@@ -4,6 +4,7 @@
 
 #include "colour/hue_models.h"
 #include "colour/linear_models.h"
+#include "simd/colours/kernels.h"
 
 namespace norv {
 namespace {
@@ -85,6 +86,22 @@ constexpr ColourModel Model(int32_t code, const char* name) {
   return {code, planes, name, Pair::To, Pair::From, Run<Pair::To, 3, planes>, Run<Pair::From, planes, 3>};
 }
 
+void RunInversion(float* const* destination, const float* const* source, int32_t n) {
+  ActiveColourKernels().invert(destination, source, n);
+}
+
+template <const Matrix3& matrix>
+void RunLinear(float* const* destination, const float* const* source, int32_t n) {
+  ActiveColourKernels().linear(destination, source, matrix.row, n);
+}
+
+// A matrix alone.
+template <const Matrix3& matrix>
+constexpr ColourModel Linear(int32_t code, const char* name) {
+  using Pair = LinearModel<Plain, matrix>;
+  return {code, 3, name, Pair::To, Pair::From, RunLinear<matrix>, RunLinear<Pair::kInverse>};
+}
+
 constexpr ColourModel kModels[] = {
     Model<Identity>(kDisplay, "RGB"),
     Model<HueVector, 4>(0x20, "intensity, saturation, hue vector"),
@@ -93,17 +110,17 @@ constexpr ColourModel kModels[] = {
     Model<HueValue>(0x200, "HSV"),
     Model<HueLightness>(0x400, "HSL"),
     Model<HueIntensity>(0x800, "HSI"),
-    Model<Inversion>(0x1000, "CMY"),
+    {0x1000, 3, "CMY", Inversion::To, Inversion::From, RunInversion, RunInversion},
     Model<WithFourth, 4>(kWithFourth, "RGB and a fourth plane"),
     Model<ScalarModel<ScaledLogarithm>>(0x4000, "scaled log RGB"),
     Model<Lab>(0x8000, "CIE L*a*b*"),
     Model<PolarChroma>(0x10000, "luminance, polar chroma"),
-    Model<LinearModel<Plain, kYCbCr>>(kLuminance, "YCbCr"),
+    Linear<kYCbCr>(kLuminance, "YCbCr"),
     Model<ScalarModel<SingleLogarithm>>(0x40000, "log RGB"),
     Model<Identity>(kDisplayAgain, "RGB again"),
-    Model<LinearModel<Plain, kYCbCr>>(kLuminanceAgain, "YCbCr again"),
-    Model<LinearModel<Plain, kMean>>(kIntensity, "mean and differences"),
-    Model<LinearModel<Plain, kYuv>>(0x800000, "YUV"),
+    Linear<kYCbCr>(kLuminanceAgain, "YCbCr again"),
+    Linear<kMean>(kIntensity, "mean and differences"),
+    Linear<kYuv>(0x800000, "YUV"),
     Model<ScalarModel<Logarithm>>(0x1000000, "log RGB in double precision"),
     Model<LinearModel<Logarithm, kYCbCr>>(0x2000000, "YCbCr of log RGB"),
     Model<LinearModel<Logarithm, kMean>>(0x4000000, "mean and differences of log RGB"),

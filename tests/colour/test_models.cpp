@@ -1,6 +1,7 @@
 // Colour models: the ways back, far values, and what the contract with the graphical program fixes to the bit.
 #include "colour/models.h"
 #include "linear/random.h"
+#include "support/levels.h"
 #include "support/test.h"
 
 namespace {
@@ -84,6 +85,35 @@ TEST_CASE("colour formulas of the contract hold to the bit") {
     wrong += std::memcmp(out, v, sizeof v) != 0 || out[3] != 255.0f;
   }
   CHECK(wrong == 0);
+}
+
+TEST_CASE("planes of any length come out as single pixels do, at every level") {
+  constexpr int32_t kLongest = 37;
+  RandomGenerator random;
+  float from[4][kLongest], to[4][kLongest];
+  for (auto& plane : from)
+    for (float& value : plane) value = static_cast<float>(random.Next() - 2000) * 0.03f;
+  const float* const source[4] = {from[0], from[1], from[2], from[3]};
+  float* const target[4] = {to[0], to[1], to[2], to[3]};
+  for (const VectorLevel level : AvailableLevels())
+    for (const ColourModel& model : ColourModels())
+      for (const bool there : {true, false}) {
+        const ForcedLevel forced(level);
+        CAPTURE(std::string(model.name));
+        int wrong = 0;
+        for (int32_t n = 0; n <= kLongest; ++n) {
+          for (auto& plane : to) std::fill_n(plane, kLongest, -7.0f);
+          (there ? model.runToModel : model.runFromModel)(target, source, n);
+          for (int32_t i = 0; i < kLongest; ++i) {
+            const float pixel[4] = {from[0][i], from[1][i], from[2][i], from[3][i]};
+            float single[4] = {-7, -7, -7, -7};
+            if (i < n) (there ? model.toModel : model.fromModel)(single, pixel);
+            for (int32_t k = 0; k < (there ? model.planes : 3); ++k)
+              wrong += std::memcmp(&single[k], &to[k][i], sizeof(float)) != 0;
+          }
+        }
+        CHECK(wrong == 0);
+      }
 }
 
 TEST_CASE("landmarks of the models") {
