@@ -10,6 +10,9 @@ if(TARGET norvkit)
 endif()
 install(FILES README.md CHANGELOG.md docs/guide.md docs/restoration.md DESTINATION ${documentFolder})
 install(FILES LICENSE DESTINATION ${documentFolder} RENAME copyright)
+if(WIN32 AND TARGET norvkit)  # of what is linked into it
+  install(DIRECTORY ${NORV_WINDOWS_LIBRARIES}/licences DESTINATION ${documentFolder})
+endif()
 
 # The manual pages, compressed as systems keep them, the same bytes every time.
 add_custom_target(manual ALL)
@@ -77,7 +80,12 @@ that it came from. No graphics card is needed, and the result has the same
 bits on every machine. norvkit is for people at a prompt, norv for graphical
 programs.")
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(NORV_DEPENDS "" CACHE STRING "What the .deb depends on, where that cannot be found out of this machine's packages")
+if(NORV_DEPENDS)
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS ${NORV_DEPENDS})
+else()
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")

@@ -12,6 +12,7 @@
 #include "kit/guidance/usage.h"
 #include "kit/pictures/image_file.h"
 #include "platform/console.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -97,12 +98,12 @@ std::optional<Command> FindCommand(const std::string& name) {
 // A file, or what could only be the name of a picture.
 bool IsPicture(const std::string& word) {
   std::error_code error;
-  return std::filesystem::is_regular_file(word, error) || HasPictureName(word) || HasImageName(word);
+  return std::filesystem::is_regular_file(ToNative(word), error) || HasPictureName(word) || HasImageName(word);
 }
 
 bool IsFolder(const std::string& word) {
   std::error_code error;
-  return std::filesystem::is_directory(word, error);
+  return std::filesystem::is_directory(ToNative(word), error);
 }
 
 bool AsksForHelp(const std::string& word) { return word == "--help" || word == "-h"; }

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/native/text.h"
+
 namespace norv {
 namespace {
 
@@ -28,6 +30,11 @@ std::string Formatted(const char* format, va_list arguments) {
   return text;
 }
 
+// As it stands, or in the console's own code.
+bool Put(const std::string& text, FILE* stream) {
+  return ShowInConsole(text, stream) || std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+}
+
 void FlushOutput() {
   if (std::fflush(stdout) != 0 && outputError == 0) outputError = errno;
 }
@@ -40,7 +47,7 @@ void NameProgram(const char* name) { programName = name; }
 void PrintLine(const std::string& line) {
   if (const WordsTaker taker = wordsTaker) return taker(false, line);
   FlushOutput();
-  std::fprintf(stderr, "%s\n", line.c_str());
+  Put(line + "\n", stderr);
   std::fflush(stderr);
 }
 
@@ -51,7 +58,7 @@ void Say(const char* format, ...) {
   va_start(arguments, format);
   if (const WordsTaker taker = wordsTaker)
     taker(true, Formatted(format, arguments));
-  else if (std::vprintf(format, arguments) < 0 && outputError == 0)
+  else if (!Put(Formatted(format, arguments), stdout) && outputError == 0)
     outputError = errno;
   va_end(arguments);
   FlushOutput();

@@ -26,6 +26,8 @@ std::string OwnDirectory() {
   return path.substr(0, path.find_last_of(Separators()[0]) + 1);
 }
 
+std::string FileNameOf(const std::string& path) { return path.substr(path.find_last_of(Separators()) + 1); }
+
 std::string PathOf(const std::string& name, Folder folder) {
   return folder == Folder::executable ? ExecutableDirectory() + name : name;
 }

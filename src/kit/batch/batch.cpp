@@ -14,6 +14,7 @@
 #include "platform/memory.h"
 #include "platform/native/before_rename.h"
 #include "platform/native/native_file.h"
+#include "platform/paths.h"
 #include "platform/threads/crew.h"
 
 namespace norv {
@@ -91,7 +92,7 @@ class Batch {
     if (place.IsFirst()) ForgetPeakMemory();
     picture.replace = job.replace;
     picture.advanced = [&share](int32_t rows, int32_t height) { share.Advance(rows, height); };
-    fs::create_directories(fs::path(job.output).parent_path());
+    fs::create_directories(ToNative(job.output).parent_path());
     const std::string target = FinalTarget(job.output);
     const BeforeRename note([&](const std::string& temporary, const std::string& destination) {
       if (destination != target) return;

@@ -8,6 +8,7 @@
 #include "kit/formats/byte_stream.h"
 #include "kit/formats/codec.h"
 #include "kit/pictures/image_file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -27,7 +28,7 @@ bool HasPictureContents(const std::string& path) {
 
 // A name that promises a picture is taken at its word: what is damaged then fails instead of being passed over.
 bool IsPicture(const fs::path& path, const fs::file_status& status) {
-  const std::string name = path.string();
+  const std::string name = FromNative(path);
   return HasPictureName(name) || HasImageName(name) || (fs::is_regular_file(status) && HasPictureContents(name));
 }
 
@@ -35,27 +36,28 @@ class Finder {
  public:
   Finder(bool recursive, const std::string& apart) : recursive_(recursive) {
     std::error_code error;
-    apart_ = fs::weakly_canonical(apart, error);
+    apart_ = fs::weakly_canonical(ToNative(apart), error);
   }
 
   void AddPlace(const std::string& place) {
     std::error_code error;
-    if (fs::is_directory(place, error))
-      AddFolder(place, "");
+    const fs::path path = ToNative(place);
+    if (fs::is_directory(path, error))
+      AddFolder(path, "");
     else
-      AddFile(place, "", !fs::exists(place, error));
+      AddFile(path, "", !fs::exists(path, error));
   }
 
   Inputs found;
 
  private:
   void AddFile(const fs::path& path, const std::string& folder, bool missing = false) {
-    const std::string name = path.filename().string();
+    const std::string name = FromNative(path.filename());
     if (name == kJournalName || name.ends_with(kTemporaryEnding)) return;
-    if (!known_.insert(path.lexically_normal().string()).second) return;
+    if (!known_.insert(FromNative(path.lexically_normal())).second) return;
     std::error_code error;
     if (missing || IsPicture(path, fs::status(path, error)))
-      found.pictures.push_back({path.string(), folder, ""});
+      found.pictures.push_back({FromNative(path), folder, ""});
     else
       ++found.notPictures;
   }
@@ -63,7 +65,7 @@ class Finder {
   void AddFolder(const fs::path& path, const std::string& below) {
     std::vector<fs::path> files, folders;
     std::error_code error;
-    fs::directory_iterator entry(path, error);
+    fs::directory_iterator entry = Listing(path, error);
     for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
       std::error_code ignored;
       if (!entry->is_directory(ignored))
@@ -71,11 +73,11 @@ class Finder {
       else if (recursive_ && !entry->is_symlink(ignored) && fs::weakly_canonical(entry->path(), ignored) != apart_)
         folders.push_back(entry->path());
     }
-    if (error) found.pictures.push_back({path.string(), below, "cannot read the folder: " + error.message()});
+    if (error) found.pictures.push_back({FromNative(path), below, "cannot read the folder: " + error.message()});
     std::ranges::sort(files);
     std::ranges::sort(folders);
     for (const fs::path& file : files) AddFile(file, below);
-    for (const fs::path& folder : folders) AddFolder(folder, (fs::path(below) / folder.filename()).string());
+    for (const fs::path& folder : folders) AddFolder(folder, FromNative(ToNative(below) / folder.filename()));
   }
 
   bool recursive_;

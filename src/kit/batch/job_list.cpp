@@ -12,6 +12,7 @@
 #include "kit/work/make_picture.h"
 #include "kit/work/result_name.h"
 #include "kit/work/settings_text.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -24,7 +25,7 @@ std::string EndingOf(const std::string& input, const WriteChoice& choice) {
   const Codec* codec = CodecOfWord(word);
   if (!choice.to.empty()) return "." + (codec ? codec->extensions[0] : word);
   const bool written = codec ? codec->create != nullptr : HasImageName(input);
-  return written ? fs::path(input).extension().string() : ".png";
+  return written ? FromNative(ToNative(input).extension()) : ".png";
 }
 
 std::string NameOf(const WorkOrder& order, const std::string& input) {
@@ -33,13 +34,13 @@ std::string NameOf(const WorkOrder& order, const std::string& input) {
   WorkPlan plan;
   plan.factor = choice.factor;
   if (NeedsPlan(pattern, choice.factor > 0)) plan = OpenForWork(order, input).plan;
-  return ResultName(pattern, fs::path(input).stem().string(), EndingOf(input, choice.write), plan);
+  return ResultName(pattern, FromNative(ToNative(input).stem()), EndingOf(input, choice.write), plan);
 }
 
 // Where a result stands already.
 void LookAtOutput(const WorkOrder& order, const Journal& journal, Job& job) {
   std::error_code error;
-  const fs::file_status status = fs::status(job.output, error);
+  const fs::file_status status = fs::status(ToNative(job.output), error);
   if (!fs::exists(status)) return;
   const JournalEntry* entry = journal.Find(job.name, MarkOf(job.output));
   job.replace = entry != nullptr;
@@ -56,9 +57,9 @@ Job JobOf(const WorkOrder& order, const Journal& journal, const Input& input) {
   Job job{.input = input.path};
   try {
     if (!input.error.empty()) Fail("%s: %s", input.path.c_str(), input.error.c_str());
-    job.name = (fs::path(input.folder) / NameOf(order, input.path)).string();
-    if (fs::path(job.name).filename() == kJournalName) Fail("%s is the journal's name", kJournalName);
-    job.output = (fs::path(order.choice.folder) / job.name).string();
+    job.name = FromNative(ToNative(input.folder) / ToNative(NameOf(order, input.path)));
+    if (ToNative(job.name).filename() == kJournalName) Fail("%s is the journal's name", kJournalName);
+    job.output = FromNative(ToNative(order.choice.folder) / ToNative(job.name));
     job.bytes = std::max<int64_t>(MarkOf(input.path).size, 0);
     LookAtOutput(order, journal, job);
   } catch (...) {
@@ -70,8 +71,8 @@ Job JobOf(const WorkOrder& order, const Journal& journal, const Input& input) {
 
 std::string InFull(const std::string& path) {
   std::error_code error;
-  const fs::path full = fs::weakly_canonical(path, error);
-  return (error ? fs::path(path).lexically_normal() : full).string();
+  const fs::path full = fs::weakly_canonical(ToNative(path), error);
+  return FromNative(error ? ToNative(path).lexically_normal() : full);
 }
 
 // Two of one name, and what would stand where another picture is read, fail before anything is written.
@@ -110,7 +111,8 @@ bool IsOwnResult(const WorkOrder& order, const std::vector<JournalEntry>& made) 
 }  // namespace
 
 JournalEntry EntryOf(const WorkOrder& order, const Job& job) {
-  return {fs::path(job.input).filename().string(), MarkOf(job.input), MarkOf(job.output), LineOfWords(order.settings)};
+  return {FromNative(ToNative(job.input).filename()), MarkOf(job.input), MarkOf(job.output),
+          LineOfWords(order.settings)};
 }
 
 JobList ListJobs(const WorkOrder& order, const Journal& journal) {
@@ -121,7 +123,7 @@ JobList ListJobs(const WorkOrder& order, const Journal& journal) {
   JobList list{.notPictures = inputs.notPictures};
   for (const Input& input : inputs.pictures) {
     std::error_code error;
-    const std::string inFolder = fs::relative(input.path, choice.folder, error).string();
+    const std::string inFolder = FromNative(fs::relative(ToNative(input.path), ToNative(choice.folder), error));
     if (!error && IsOwnResult(order, journal.Entries(inFolder))) continue;
     list.jobs.push_back(JobOf(order, journal, input));
   }

@@ -12,6 +12,7 @@
 
 #include "kit/failure.h"
 #include "kit/formats/bytes.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -84,20 +85,20 @@ bool Parse(std::string_view line, std::string& output, JournalEntry& entry) {
 
 FileMark MarkOf(const std::string& path) {
   std::error_code error;
-  const fs::file_status status = fs::status(path, error);
+  const fs::file_status status = fs::status(ToNative(path), error);
   if (!fs::is_regular_file(status)) return {};
-  const uintmax_t size = fs::file_size(path, error);
-  const auto time = fs::last_write_time(path, error);
+  const uintmax_t size = fs::file_size(ToNative(path), error);
+  const auto time = fs::last_write_time(ToNative(path), error);
   if (error) return {};
   return {static_cast<int64_t>(size),
           std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count()};
 }
 
-Journal::Journal(const std::string& folder) : path_((fs::path(folder) / kJournalName).string()) {
+Journal::Journal(const std::string& folder) : path_(FromNative(ToNative(folder) / kJournalName)) {
   std::error_code error;
-  const fs::file_status status = fs::status(path_, error);
+  const fs::file_status status = fs::status(ToNative(path_), error);
   if (!fs::exists(status)) return;
-  if (!fs::is_regular_file(status) || fs::file_size(path_, error) > kMostBytes)
+  if (!fs::is_regular_file(status) || fs::file_size(ToNative(path_), error) > kMostBytes)
     Fail("%s is no journal of norvkit's: move it away", path_.c_str());
   const std::vector<uint8_t> bytes = ReadBytes(path_);
   std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -128,7 +129,7 @@ void Journal::Add(const std::string& output, const JournalEntry& entry) const {
   struct Close {
     void operator()(FILE* file) const { std::fclose(file); }
   };
-  const std::unique_ptr<FILE, Close> file(std::fopen(path_.c_str(), "ab"));
+  const std::unique_ptr<FILE, Close> file(OpenStream(path_, "ab"));
   // An end of line first: the line before may have been torn.
   const std::string line = std::string("\n").append(LineOf(output, entry)).append("\n");
   const bool written =

@@ -12,6 +12,7 @@
 #include "kit/work/run_work.h"
 #include "net/neural_net.h"
 #include "platform/console.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -189,7 +190,7 @@ std::string MethodOf(const Settings& settings, const EnlargeWay& way) {
     return method += way.filter == ResizeFilter::nearest ? "nearest"
                      : way.filter == ResizeFilter::cubic ? "cubic"
                                                          : "Lanczos-3";
-  const std::string own = settings.net.substr(settings.net.rfind('/') + 1);
+  const std::string own = FileNameOf(settings.net);
   method +=
       "network " + (settings.net.empty() ? way.plan->Names() : own) + (way.how.average ? ", averaged" : ", plain");
   return way.preset.empty() ? method : method + ", then restored as " + way.preset;

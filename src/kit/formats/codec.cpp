@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/paths.h"
+
 namespace norv {
 namespace {
 
@@ -114,9 +116,9 @@ std::string LosslessExtensions(const char* lastWord) {
 bool HasPictureName(const std::string& path) { return CodecOfName(path); }
 
 std::string ExtensionOf(const std::string& path) {
-  const size_t name = path.find_last_of('/') + 1, point = path.find_last_of('.');
-  if (point == std::string::npos || point < name) return "";
-  return InLowerCase(path.substr(point + 1));
+  const std::string name = FileNameOf(path);
+  const size_t point = name.find_last_of('.');
+  return point == std::string::npos ? "" : InLowerCase(name.substr(point + 1));
 }
 
 std::string FormatWord(const std::string& path, const WriteChoice& choice) {

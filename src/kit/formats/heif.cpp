@@ -3,16 +3,14 @@
 #ifdef NORV_HEIF
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <libheif/heif.h>
 #include <memory>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include "kit/failure.h"
 #include "kit/formats/codec.h"
 #include "kit/metadata/containers.h"
+#include "platform/native/block.h"
 #include "platform/team.h"
 
 namespace norv {
@@ -131,36 +129,6 @@ Samples GreyWhereItIs(Samples samples) {
   return grey;
 }
 
-// While it lives, the process gets so much more address space and no more: the decoders below the library take what
-// the coded pictures claim, whatever size the file itself says. Without an effect under sanitizers, whose own memory is
-// beyond any limit.
-class AddressLimit {
- public:
-  explicit AddressLimit(int64_t more) {
-#ifndef NORV_SANITIZED
-    long long pages = 0;
-    FILE* file = std::fopen("/proc/self/statm", "r");
-    const bool known = file && std::fscanf(file, "%lld", &pages) == 1 && getrlimit(RLIMIT_AS, &before_) == 0;
-    if (file) std::fclose(file);
-    if (!known) return;
-    rlimit limit = before_;
-    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE) + more));
-    set_ = setrlimit(RLIMIT_AS, &limit) == 0;
-#else
-    static_cast<void>(more);
-#endif
-  }
-  ~AddressLimit() {
-    if (set_) setrlimit(RLIMIT_AS, &before_);
-  }
-  AddressLimit(const AddressLimit&) = delete;
-  AddressLimit& operator=(const AddressLimit&) = delete;
-
- private:
-  rlimit before_ = {};
-  bool set_ = false;
-};
-
 // Beside the pixels: for the decoder's tables, and what a thread reserves without using it.
 int64_t RoomOfDecoder(const PictureShape& shape) {
   constexpr int64_t kTables = int64_t{256} << 20, kThread = int64_t{160} << 20;
@@ -239,6 +207,7 @@ class HeifReader {
   }
 
   Image DecodeAs(heif_chroma chroma, const PictureShape& shape) const {
+    // The decoders below the library take what the coded pictures claim, whatever size the file itself says.
     const AddressLimit limit(RoomOfDecoder(shape));
     heif_image* decoded = nullptr;
     try {

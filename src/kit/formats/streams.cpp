@@ -11,6 +11,7 @@
 #include "kit/formats/codec.h"
 #include "platform/console.h"
 #include "platform/memory.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -25,7 +26,7 @@ struct CloseFile {
 using OpenFile = std::unique_ptr<FILE, CloseFile>;
 
 OpenFile Open(const std::string& path) {
-  if (!IsStandard(path)) return OpenFile(std::fopen(path.c_str(), "rb"));
+  if (!IsStandard(path)) return OpenFile(OpenStream(path, "rb"));
   if (InputIsTerminal()) Fail("standard input is a terminal: send a picture into it, norvkit ... - < photo.jpg");
   return OpenFile(stdin);
 }

@@ -30,7 +30,7 @@ std::optional<double> DecibelsOf(const std::string& word) {
 
 std::map<std::string, ModelFacts> ReadCatalogue(const std::string& path) {
   std::map<std::string, ModelFacts> rows;
-  std::ifstream file(path);
+  std::ifstream file(ToNative(path));
   for (std::string line; std::getline(file, line);) {
     std::stringstream words(line.substr(0, line.find('#')));
     std::string name, madeFor, ways, plain, averaged;
@@ -60,14 +60,14 @@ int32_t FactorOfFile(const std::string& path) {
 void AddModelsOf(const std::string& folder, std::map<std::string, Model>& models) {
   std::error_code error;
   const auto rows = ReadCatalogue(folder + "/" + kCatalogue);
-  std::filesystem::directory_iterator entry(folder, error);
+  std::filesystem::directory_iterator entry = Listing(ToNative(folder), error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     const std::filesystem::path& path = entry->path();
-    const std::string name = path.stem().string();
+    const std::string name = FromNative(path.stem());
     if (path.extension() != kEnding || models.contains(name)) continue;
     const auto row = rows.find(name);
-    if (const int32_t factor = FactorOfFile(path.string()))
-      models[name] = {name, path.string(), factor, row == rows.end() ? ModelFacts() : row->second};
+    if (const int32_t factor = FactorOfFile(FromNative(path)))
+      models[name] = {name, FromNative(path), factor, row == rows.end() ? ModelFacts() : row->second};
   }
 }
 
@@ -89,9 +89,9 @@ std::string ModelFacts::PurposeFor(const PictureNature& nature) const {
 }
 
 std::vector<std::string> ModelFolders() {
-  std::vector<std::string> folders = SplitAt(':', EnvironmentVariable("NORV_MODELS"));
+  std::vector<std::string> folders = SplitAt(ListSeparator(), EnvironmentVariable("NORV_MODELS"));
   folders.push_back(OwnDirectory() + "models");
-  folders.push_back((std::filesystem::path(OwnDirectory()) / "../share/norv").lexically_normal().string());
+  folders.push_back(FromNative((ToNative(OwnDirectory()) / "../share/norv").lexically_normal()));
   return folders;
 }
 

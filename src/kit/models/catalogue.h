@@ -38,8 +38,8 @@ struct Model {
   ModelFacts facts;
 };
 
-// Where networks are looked for, in this order: the folders that NORV_MODELS names (with colons between), models beside
-// the executable, ../share/norv from there.
+// Where networks are looked for, in this order: the folders that NORV_MODELS names (with colons between, on Windows
+// semicolons), models beside the executable, ../share/norv from there.
 std::vector<std::string> ModelFolders();
 
 // All networks there that enlarge, by name; of two of one name the first found. A file that is none is left out.

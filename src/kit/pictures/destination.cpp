@@ -13,6 +13,7 @@
 #include "kit/pictures/picture.h"
 #include "platform/console.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -30,7 +31,7 @@ void WarnOfName(const std::string& path, const WriteChoice& choice, const char* 
 void RequireGivenUp(const std::string& path, bool overwrite, const std::string& input) {
   if (IsStandard(path)) return;
   std::error_code ignored;
-  const fs::file_status status = fs::status(path, ignored);
+  const fs::file_status status = fs::status(ToNative(path), ignored);
   if (!fs::exists(status)) return;
   if (fs::is_directory(status)) Fail("%s is a folder", path.c_str());
   if (IsReadOnly(path)) Fail("%s is read-only and stays as it is", path.c_str());

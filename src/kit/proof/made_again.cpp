@@ -10,6 +10,7 @@
 #include "kit/proof/sha256.h"
 #include "kit/proof/stored_receipt.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -23,12 +24,12 @@ std::string NewName(const std::string& ending) {
   std::random_device random;
   std::string name = "norvkit-verify-";
   for (int i = 0; i < 16; ++i) name += "0123456789abcdef"[random() % 16];
-  return (fs::temp_directory_path() / (name + "." + ending)).string();
+  return FromNative(fs::temp_directory_path() / (name + "." + ending));
 }
 
 bool IsThere(const std::string& path) {
   std::error_code ignored;
-  return fs::is_regular_file(path, ignored);
+  return fs::is_regular_file(ToNative(path), ignored);
 }
 
 const Option* RowOf(const Command& command, const std::string& name) {
@@ -50,7 +51,7 @@ std::string FileOf(const NamedFile& network, bool fromCatalogue, const std::stri
   std::string path = fromCatalogue ? "" : net;
   if (fromCatalogue)
     for (const Model& model : FindModels())
-      if (fs::path(model.path).filename() == network.name) path = model.path;
+      if (FromNative(ToNative(model.path).filename()) == network.name) path = model.path;
   if (path.empty())
     wrong.push_back("the network " + network.name + " is missing" +
                     (fromCatalogue ? " (norvkit models)" : ": name it by --net FILE"));
@@ -62,8 +63,8 @@ std::string FileOf(const NamedFile& network, bool fromCatalogue, const std::stri
 std::string InputOf(const Receipt& receipt, const std::string& result, const std::string& given) {
   if (!given.empty()) return given;
   if (receipt.input.name.empty()) Fail("%s was made of standard input: name the file by --input FILE", result.c_str());
-  const fs::path folder = fs::path(result).parent_path();
-  return ((folder.empty() ? fs::path(".") : folder) / receipt.input.name).string();
+  const fs::path folder = ToNative(result).parent_path();
+  return FromNative((folder.empty() ? fs::path(".") : folder) / ToNative(receipt.input.name));
 }
 
 }  // namespace

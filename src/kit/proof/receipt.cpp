@@ -7,6 +7,7 @@
 #include "kit/guidance/json.h"
 #include "kit/metadata/metadata.h"
 #include "kit/metadata/text.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -119,7 +120,8 @@ bool IsMadeOf(const std::string& text, std::string_view signs) {
 
 void RequireName(const std::string& name) {
   const bool control = std::ranges::any_of(name, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-  if (name == "." || name == ".." || name.find('/') != std::string::npos || name.size() > kMostName || control)
+  if (name == "." || name == ".." || FileNameOf(name) != name || ToNative(name).has_root_name() ||
+      name.size() > kMostName || control)
     Refuse("a name that is more than a name");
 }
 

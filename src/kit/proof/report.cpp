@@ -19,12 +19,13 @@
 #include "kit/proof/sha256.h"
 #include "kit/work/settings_text.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
 
 std::string NameOf(const std::string& path) {
-  return IsStandard(path) ? InputName(path) : std::filesystem::path(path).filename().string();
+  return IsStandard(path) ? InputName(path) : FromNative(ToNative(path).filename());
 }
 
 std::string Size(const Made& made) { return Printed("%d × %d", made.width, made.height); }

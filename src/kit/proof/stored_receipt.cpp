@@ -8,6 +8,7 @@
 #include "kit/failure.h"
 #include "kit/formats/streams.h"
 #include "kit/metadata/metadata.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -60,7 +61,7 @@ StoredReceipt FindReceipt(const std::string& picture) {
   if (std::optional<StoredReceipt> inside = ReceiptInPng(FromFile(picture))) return *inside;
   const std::string beside = ReceiptBeside(picture);
   std::error_code ignored;
-  if (!std::filesystem::is_regular_file(beside, ignored))
+  if (!std::filesystem::is_regular_file(ToNative(beside), ignored))
     Fail("%s carries no receipt, and there is none beside it (%s)", picture.c_str(), beside.c_str());
   const ByteSource file = FromFile(beside);
   if (file.size > kMostBytes) Fail("the receipt is damaged: it is too long");

@@ -10,8 +10,8 @@
 #include "kit/guidance/text.h"
 #include "kit/scale/restore_presets.h"
 #include "platform/file.h"
-#include "platform/native/native_file.h"
 #include "platform/native/places.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -113,7 +113,7 @@ std::string KeptWay::AsOptions() const {
 
 bool IsOwnPreset(const std::string& name) { return Has(RestorePresetNames(), name); }
 
-std::string PathOfKept(const std::string& name) { return (KeptFolder() / (name + kEnding)).string(); }
+std::string PathOfKept(const std::string& name) { return FromNative(KeptFolder() / (name + kEnding)); }
 
 std::string PlaceToKeep(const std::string& name) {
   if (!IsName(name))
@@ -122,7 +122,7 @@ std::string PlaceToKeep(const std::string& name) {
   if (IsOwnPreset(name)) throw WrongUsage(name + " is a preset of norvkit's own: take another name");
   std::error_code error;
   std::filesystem::create_directories(KeptFolder(), error);
-  if (error) Fail("cannot make the folder %s: %s", KeptFolder().string().c_str(), error.message().c_str());
+  if (error) Fail("cannot make the folder %s: %s", FromNative(KeptFolder()).c_str(), error.message().c_str());
   return PathOfKept(name);
 }
 
@@ -150,9 +150,9 @@ std::vector<std::string> KeptNames() {
   std::vector<std::string> names;
   if (ConfigurationFolder().empty()) return names;
   std::error_code error;
-  std::filesystem::directory_iterator entry(KeptFolder(), error);
+  std::filesystem::directory_iterator entry = Listing(KeptFolder(), error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
-    if (const std::string name = entry->path().stem().string(); entry->path().extension() == kEnding && IsName(name))
+    if (const std::string name = FromNative(entry->path().stem()); entry->path().extension() == kEnding && IsName(name))
       names.push_back(name);
   std::ranges::sort(names);
   return names;

@@ -5,15 +5,16 @@
 
 #include "kit/failure.h"
 #include "kit/pictures/image_file.h"
+#include "platform/paths.h"
 
 namespace norv {
 
 std::vector<std::string> PicturesIn(const std::string& folder) {
   std::error_code error;
   std::vector<std::string> names;
-  std::filesystem::directory_iterator entry(folder, error);
+  std::filesystem::directory_iterator entry = Listing(ToNative(folder), error);
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
+    const std::string name = FromNative(entry->path().filename());
     if ((HasPictureName(name) || HasImageName(name)) && !std::filesystem::is_directory(entry->path()))
       names.push_back(name);
   }
@@ -24,7 +25,7 @@ std::vector<std::string> PicturesIn(const std::string& folder) {
 }
 
 std::string PathInFolder(const std::string& folder, const std::string& name) {
-  return (std::filesystem::path(folder) / name).string();
+  return FromNative(ToNative(folder) / ToNative(name));
 }
 
 }  // namespace norv

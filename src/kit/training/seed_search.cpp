@@ -19,6 +19,7 @@
 #include "kit/training/picture_folder.h"
 #include "platform/console.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -111,7 +112,7 @@ class SeedList {
 
   static TrainingLog LogOf(const TrainingPlan& plan) {
     const std::string path = PathInFolder(plan.folder, "log.csv");
-    return fs::exists(path) ? ReadTrainingLog(path) : TrainingLog();
+    return fs::exists(ToNative(path)) ? ReadTrainingLog(path) : TrainingLog();
   }
 
  private:
@@ -194,9 +195,9 @@ void HelpWithSeeds(const TrainingPlan& plan) {
 // Of an earlier search whose settings the folder holds.
 void RequireSameSettings(const std::string& folder, const std::string& settings) {
   const std::string path = PathInFolder(folder, kSettings);
-  if (!fs::exists(path)) {
+  if (!fs::exists(ToNative(path))) {
     for (const char* name : {"last.net", "test.dat"})
-      if (fs::exists(PathInFolder(folder, name)))
+      if (fs::exists(ToNative(PathInFolder(folder, name))))
         Fail("%s holds another training: choose another folder", folder.c_str());
     return WriteText(path, settings + "\n");
   }
@@ -235,7 +236,7 @@ std::vector<uint64_t> ReadSeeds(const std::string& text) {
 void SearchSeeds(const TrainingPlan& plan, const std::vector<uint64_t>& seeds, const std::string& settings) {
   if (!World().IsFirst()) return HelpWithSeeds(plan);
   std::error_code error;
-  fs::create_directories(plan.folder, error);
+  fs::create_directories(ToNative(plan.folder), error);
   if (error) Fail("cannot make the folder %s: %s", plan.folder.c_str(), error.message().c_str());
   RequireSameSettings(plan.folder, settings);
   SeedList list(plan, seeds);

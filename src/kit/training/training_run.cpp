@@ -13,6 +13,7 @@
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/interrupt.h"
+#include "platform/paths.h"
 #include "train/training_pairs.h"
 
 namespace norv {
@@ -108,11 +109,11 @@ std::string TrainingRun::Path(const char* name) const { return PathInFolder(plan
 
 void TrainingRun::PrepareFolder() {
   std::error_code error;
-  std::filesystem::create_directories(plan_.folder, error);
+  std::filesystem::create_directories(ToNative(plan_.folder), error);
   if (error) Fail("cannot make the folder %s: %s", plan_.folder.c_str(), error.message().c_str());
   if (plan_.resume) return;
   for (const char* name : {kPairs, kLast, kBest, kLog})
-    if (std::filesystem::exists(Path(name)))
+    if (std::filesystem::exists(ToNative(Path(name))))
       Fail("%s is there already: go on with --resume, or choose another folder", Path(name).c_str());
 }
 
@@ -123,12 +124,12 @@ void TrainingRun::LoadOrStart() {
     LoadNet(trained, plan_.from, Folder::asGiven);
     net_ = Widened(trained, plan_.net);
   }
-  if (!std::filesystem::exists(Path(kLast))) return;
+  if (!std::filesystem::exists(ToNative(Path(kLast)))) return;
   NeuralNet last;
   LoadNet(last, Path(kLast), Folder::asGiven);
   if (!IsSameShape(last, net_)) Fail("%s has other layers than asked for", Path(kLast).c_str());
   net_ = std::move(last);
-  if (std::filesystem::exists(Path(kLog))) log_ = ReadTrainingLog(Path(kLog));
+  if (std::filesystem::exists(ToNative(Path(kLog)))) log_ = ReadTrainingLog(Path(kLog));
   if (!log_.empty()) RequireSamePictures(log_.back());
 }
 
@@ -148,7 +149,7 @@ void TrainingRun::RequireSamePictures(const EpochRecord& logged) const {
 
 // Under another name until all of them are there and shuffled: what is called test.dat is complete.
 void MakePairs(const TrainingPlan& plan, const TrainingPictures& pictures, const std::string& folder) {
-  if (std::filesystem::exists(PathInFolder(folder, kPairs))) return;
+  if (std::filesystem::exists(ToNative(PathInFolder(folder, kPairs)))) return;
   const std::string path = PathInFolder(folder, kUnfinishedPairs);
   const Unfinished unfinished(path);
   bool first = true;
@@ -162,7 +163,7 @@ void MakePairs(const TrainingPlan& plan, const TrainingPictures& pictures, const
   });
   ShuffleTrainingFile(path);
   std::error_code error;
-  std::filesystem::rename(path, PathInFolder(folder, kPairs), error);
+  std::filesystem::rename(ToNative(path), ToNative(PathInFolder(folder, kPairs)), error);
   if (error) Fail("cannot rename %s: %s", path.c_str(), error.message().c_str());
 }
 

@@ -10,12 +10,13 @@
 #include "kit/proof/sha256.h"
 #include "kit/proof/stored_receipt.h"
 #include "kit/work/picture_work.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
 
 NamedFile Known(const std::string& path) {
-  return {IsStandard(path) ? "" : std::filesystem::path(path).filename().string(), Sha256OfFile(path)};
+  return {IsStandard(path) ? "" : FromNative(ToNative(path).filename()), Sha256OfFile(path)};
 }
 
 // Without the format, which stands by itself whoever said it, and without the folder of a network.
@@ -26,7 +27,7 @@ std::vector<std::string> SettingsOf(const WorkOrder& order) {
     if (word == "--to")
       ++i;
     else if (i > 0 && order.settings[i - 1] == "--net")
-      settings.push_back(std::filesystem::path(word).filename().string());
+      settings.push_back(FromNative(ToNative(word).filename()));
     else
       settings.push_back(word);
   }

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "kit/work/picture_work.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {
@@ -56,7 +57,7 @@ std::string ResultName(const std::string& pattern, const std::string& stem, cons
 }
 
 std::string WhyNoPattern(const std::string& pattern) {
-  if (pattern.find('/') != std::string::npos) return "--name takes a name without folders: those go into --out";
+  if (FileNameOf(pattern) != pattern) return "--name takes a name without folders: those go into --out";
   if (std::ranges::count(pattern, '{') != std::ranges::count(pattern, '}'))
     return "--name has a brace without its other one: " + pattern;
   std::string reason;

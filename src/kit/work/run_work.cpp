@@ -14,6 +14,7 @@
 #include "kit/work/result_name.h"
 #include "platform/console.h"
 #include "platform/memory.h"
+#include "platform/paths.h"
 #include "platform/threads/crew.h"
 
 namespace norv {
@@ -23,8 +24,9 @@ namespace fs = std::filesystem;
 
 // photo_2x.png beside photo.jpg.
 std::string NameBeside(const WorkChoice& choice, const std::string& picture, const WorkPlan& plan) {
-  const fs::path path = picture;
-  return (path.parent_path() / ResultName(choice.ownName + "{ext}", path.stem().string(), ".png", plan)).string();
+  const fs::path path = ToNative(picture);
+  return FromNative(path.parent_path() /
+                    ToNative(ResultName(choice.ownName + "{ext}", FromNative(path.stem()), ".png", plan)));
 }
 
 int32_t ThreadsOf(const WorkChoice& choice) { return choice.threads > 0 ? choice.threads : UsualThreads(); }
@@ -67,7 +69,7 @@ JobList OnlyJob(const WorkOrder& order) {
   try {
     if (job.output.empty()) job.output = NameBeside(order.choice, job.input, OpenForWork(order, job.input).plan);
     std::error_code error;
-    if (!IsStandard(job.output) && fs::exists(job.output, error) && !order.choice.write.overwrite)
+    if (!IsStandard(job.output) && fs::exists(ToNative(job.output), error) && !order.choice.write.overwrite)
       Fail("%s is there already", job.output.c_str());
   } catch (const Failure& failure) {
     job.state = Job::State::failed;
@@ -82,12 +84,12 @@ void RunMany(const WorkOrder& order) {
   if (!World().IsFirst()) return HelpWithJobs(order, ThreadsOf(choice), bound);
   if (const std::string reason = WhyNoPattern(choice.name); !reason.empty()) throw WrongUsage(reason);
   std::error_code error;
-  if (fs::exists(choice.folder, error) && !fs::is_directory(choice.folder, error))
+  if (fs::exists(ToNative(choice.folder), error) && !fs::is_directory(ToNative(choice.folder), error))
     Fail("%s is no folder", choice.folder.c_str());
   const Journal journal(choice.folder);
   const JobList list = ListJobs(order, journal);
   if (choice.dryRun) return SayWhatWouldBeDone(order, list, ThreadsOf(choice), bound);
-  fs::create_directories(choice.folder, error);
+  fs::create_directories(ToNative(choice.folder), error);
   if (error) Fail("cannot make the folder %s: %s", choice.folder.c_str(), error.message().c_str());
   const std::vector<Made> tried = RunJobs(order, list, journal, ThreadsOf(choice), bound);
   const bool failed = std::ranges::any_of(tried, &Made::Failed);
@@ -103,7 +105,7 @@ void RequireOne(const WorkOrder& order) {
   const bool several = choice.places.size() > 2;
   std::error_code error;
   for (const std::string& place : choice.places)
-    if ((several || &place == &choice.places[0]) && fs::is_directory(place, error))
+    if ((several || &place == &choice.places[0]) && fs::is_directory(ToNative(place), error))
       throw WrongUsage(place + " is a folder; type: " + command + " " + place + " --out DIR");
   if (several)
     throw WrongUsage("several pictures need a folder for their results; type: " + command + " " +

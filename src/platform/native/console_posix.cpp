@@ -6,8 +6,11 @@
 
 #include "platform/console.h"
 #include "platform/native/descriptor_posix.h"
+#include "platform/native/text.h"
 
 namespace norv {
+
+bool ShowInConsole(const std::string&, FILE*) { return false; }
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};

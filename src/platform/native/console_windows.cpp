@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include "platform/console.h"
+#include "platform/native/text.h"
 
 namespace norv {
 
@@ -14,6 +15,14 @@ void PrepareConsole() {
     if (_fileno(stream) < 0) std::freopen("NUL", stream == stdin ? "rb" : "wb", stream);
   _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
+}
+
+bool ShowInConsole(const std::string& utf8, FILE* stream) {
+  const HANDLE console = GetStdHandle(stream == stdout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+  DWORD mode, written;
+  if (!GetConsoleMode(console, &mode)) return false;
+  const std::wstring text = Wide(utf8);
+  return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
 bool InputIsTerminal() { return GetFileType(GetStdHandle(STD_INPUT_HANDLE)) == FILE_TYPE_CHAR; }

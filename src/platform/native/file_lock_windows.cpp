@@ -2,7 +2,7 @@
 #include <windows.h>
 
 #include "platform/file_lock.h"
-#include "platform/native/wide_windows.h"
+#include "platform/native/text.h"
 
 namespace norv {
 namespace {

@@ -2,7 +2,7 @@
 #include <windows.h>
 
 #include "platform/native/ending.h"
-#include "platform/native/wide_windows.h"
+#include "platform/native/text.h"
 
 namespace norv {
 namespace {
@@ -22,6 +22,6 @@ BOOL WINAPI OnConsoleEvent(DWORD) {
 
 void InstallHandlers() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
-void RemoveInHandler(const char* path) { DeleteFileW(Wide(path).c_str()); }
+void RemoveInHandler(const char* path) { DeleteFileW(WidePath(path).c_str()); }
 
 }  // namespace norv

@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "platform/mapped_file.h"
-#include "platform/native/wide_windows.h"
+#include "platform/native/text.h"
 
 namespace norv {
 

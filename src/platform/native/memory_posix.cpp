@@ -70,11 +70,17 @@ size_t LeftByGroups() {
   return least;
 }
 
+// The largest value when the system does not say.
+size_t AddressSpace() {
+  const size_t pages = ReadNumber("/proc/self/statm", "");
+  return pages == SIZE_MAX ? SIZE_MAX : pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
 size_t LeftByAddressSpace() {
   rlimit limit;
   if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return SIZE_MAX;
-  const size_t pages = ReadNumber("/proc/self/statm", "");
-  return pages == SIZE_MAX ? SIZE_MAX : Left(limit.rlim_cur, pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)));
+  const size_t used = AddressSpace();
+  return used == SIZE_MAX ? SIZE_MAX : Left(limit.rlim_cur, used);
 }
 
 // Large blocks go back to the system when they are freed; the C library would begin to keep them after the first one,
@@ -107,6 +113,24 @@ void ForgetPeakMemory() {
   if (!file) return;
   std::fputs("5", file);  // proc(5): the peak begins again at what is held now
   std::fclose(file);
+}
+
+AddressLimit::AddressLimit([[maybe_unused]] int64_t more) {
+#ifndef NORV_SANITIZED
+  rlimit limit;
+  const size_t used = AddressSpace();
+  if (used == SIZE_MAX || getrlimit(RLIMIT_AS, &limit) != 0) return;
+  before_ = limit.rlim_cur;
+  limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, used + static_cast<uint64_t>(more));
+  set_ = setrlimit(RLIMIT_AS, &limit) == 0;
+#endif
+}
+
+AddressLimit::~AddressLimit() {
+  rlimit limit;
+  if (!set_ || getrlimit(RLIMIT_AS, &limit) != 0) return;
+  limit.rlim_cur = before_;
+  setrlimit(RLIMIT_AS, &limit);
 }
 
 void* TakeBlock(size_t size) {

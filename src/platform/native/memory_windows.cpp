@@ -27,6 +27,9 @@ uint64_t PeakMemory() {
 
 void ForgetPeakMemory() {}
 
+AddressLimit::AddressLimit(int64_t) {}
+AddressLimit::~AddressLimit() {}
+
 void* TakeBlock(size_t size) { return _aligned_malloc(size, kAlignment); }
 
 void FreeAligned(void* memory) { _aligned_free(memory); }

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "platform/file.h"
+#include "platform/paths.h"
 
 namespace norv {
 namespace {

@@ -69,9 +69,6 @@ std::string LastSystemError();
 // The file behind a symbolic link, or the path itself.
 std::string FinalTarget(const std::string& path);
 
-// The path as the system writes it.
-std::filesystem::path ToNative(const std::string& utf8);
-
 // A name beside the destination that no other temporary file has, of this or another process.
 std::string TemporaryName(const std::string& destination);
 

@@ -139,8 +139,6 @@ bool IsReadOnly(const std::string& path) {
   return geteuid() == 0 && S_ISREG(status.st_mode) ? !(status.st_mode & S_IWUSR) : access(path.c_str(), W_OK) != 0;
 }
 
-std::filesystem::path ToNative(const std::string& utf8) { return utf8; }
-
 void RemoveIfAbandoned(const std::filesystem::path& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return;

@@ -2,7 +2,7 @@
 
 #include "platform/file.h"
 #include "platform/native/native_file.h"
-#include "platform/native/wide_windows.h"
+#include "platform/native/text.h"
 
 namespace norv {
 namespace {
@@ -14,7 +14,7 @@ static_assert(sizeof(intptr_t) == sizeof(HANDLE));
 // A handle, or -1, which is what the system calls an invalid one too.
 intptr_t Open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags = 0) {
   return reinterpret_cast<intptr_t>(
-      CreateFileW(Wide(path).c_str(), access, sharing, nullptr, disposition, flags, nullptr));
+      CreateFileW(WidePath(path).c_str(), access, sharing, nullptr, disposition, flags, nullptr));
 }
 
 DWORD OnePart(size_t size) { return static_cast<DWORD>(size < (1u << 30) ? size : (1u << 30)); }
@@ -93,13 +93,20 @@ bool NativeFile::Close() {
 bool NativeFile::Rename(const std::string& temporary, const std::string& destination, bool durable) {
   // Renamed while still open, so that no other run takes it for abandoned.
   const DWORD flags = MOVEFILE_REPLACE_EXISTING | (durable ? MOVEFILE_WRITE_THROUGH : 0);
-  if (!MoveFileExW(Wide(temporary).c_str(), Wide(destination).c_str(), flags)) return false;
+  if (!MoveFileExW(WidePath(temporary).c_str(), WidePath(destination).c_str(), flags)) return false;
   return Close();
 }
 
 std::string LastSystemError() {
-  const DWORD code = GetLastError();
-  return std::system_category().message(static_cast<int>(code));
+  const auto code = static_cast<int>(GetLastError());
+  // In the words of every other system where there are such.
+  const std::error_condition condition = std::system_category().default_error_condition(code);
+  if (condition.category() == std::generic_category()) return condition.message();
+  wchar_t text[512] = L"";
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
+                                      text, std::size(text), nullptr);
+  for (DWORD at = length; at > 0 && text[at - 1] <= L' '; --at) text[at - 1] = 0;
+  return length > 0 ? Utf8(text) : "error " + std::to_string(code);
 }
 
 std::string FinalTarget(const std::string& path) { return path; }
@@ -107,11 +114,9 @@ std::string FinalTarget(const std::string& path) { return path; }
 bool IsSpecialFile(const std::string&) { return false; }
 
 bool IsReadOnly(const std::string& path) {
-  const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+  const DWORD attributes = GetFileAttributesW(WidePath(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
 }
-
-std::filesystem::path ToNative(const std::string& utf8) { return std::filesystem::path(Wide(utf8)); }
 
 void RemoveIfAbandoned(const std::filesystem::path& path) {
   // Writers let nobody else write, so this fails while one is alive.

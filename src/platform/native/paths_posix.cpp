@@ -7,6 +7,7 @@
 namespace norv {
 
 const char* Separators() { return "/"; }
+char ListSeparator() { return ':'; }
 
 std::string ExecutablePath() {
   std::string path(512, '\0');
@@ -29,6 +30,16 @@ std::string ConfigurationFolder() {
   if (folder.starts_with('/')) return folder;
   return home.empty() ? "" : home + "/.config";
 }
+
+std::filesystem::path ToNative(const std::string& utf8) { return utf8; }
+
+std::string FromNative(const std::filesystem::path& path) { return path.native(); }
+
+std::filesystem::directory_iterator Listing(const std::filesystem::path& folder, std::error_code& error) {
+  return std::filesystem::directory_iterator(folder, error);
+}
+
+FILE* OpenStream(const std::string& path, const char* mode) { return std::fopen(path.c_str(), mode); }
 
 std::vector<std::string> CommandLine(int argc, char** argv) { return {argv, argv + argc}; }
 

@@ -4,7 +4,7 @@
 // clang-format on
 
 #include "platform/native/places.h"
-#include "platform/native/wide_windows.h"
+#include "platform/native/text.h"
 #include "platform/paths.h"
 
 namespace norv {
@@ -25,7 +25,37 @@ std::string Utf8(const wchar_t* text) {
   return utf8;
 }
 
+std::wstring WidePath(const std::string& utf8) {
+  constexpr DWORD kLongest = 247;  // what a folder's path may have
+  const std::wstring path = Wide(utf8), mark = L"\\\\?\\";
+  std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+  if (full.size() <= kLongest || path.starts_with(mark)) return path;
+  full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full.starts_with(L"\\\\") ? mark + L"UNC" + full.substr(1) : mark + full;
+}
+
+std::filesystem::path ToNative(const std::string& utf8) { return WidePath(utf8); }
+
+std::string FromNative(const std::filesystem::path& path) {
+  const std::string text = Utf8(path.generic_wstring().c_str()), mark = "//?/", share = mark + "UNC/";
+  if (text.starts_with(share)) return "//" + text.substr(share.size());
+  return text.starts_with(mark) ? text.substr(mark.size()) : text;
+}
+
+std::filesystem::directory_iterator Listing(const std::filesystem::path& folder, std::error_code& error) {
+  constexpr size_t kLongest = 240;  // beyond it the run-time library lists another one
+  if (std::filesystem::absolute(folder).native().size() <= kLongest)
+    return std::filesystem::directory_iterator(folder, error);
+  error = std::make_error_code(std::errc::filename_too_long);
+  return {};
+}
+
+FILE* OpenStream(const std::string& path, const char* mode) {
+  return _wfopen(WidePath(path).c_str(), Wide(mode).c_str());
+}
+
 const char* Separators() { return "\\/"; }
+char ListSeparator() { return ';'; }
 
 namespace {
 

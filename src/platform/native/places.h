@@ -8,6 +8,9 @@ namespace norv {
 // The characters that end a folder's name in a path, the system's own one first.
 const char* Separators();
 
+// What stands between folders in a list of them.
+char ListSeparator();
+
 // The executable's path, symbolic links resolved.
 std::string ExecutablePath();
 

@@ -97,7 +97,8 @@ class PngWriter {
       strip.bytes.insert(strip.bytes.begin(), std::begin(kZlib), std::end(kZlib));
       first_ = false;
     }
-    adler_ = static_cast<uint32_t>(adler32_combine(adler_, strip.adler, strip.length));
+    constexpr int32_t kBase = 65521;  // of the sum: no more counts of the length, for which not every system has room
+    adler_ = static_cast<uint32_t>(adler32_combine(adler_, strip.adler, static_cast<z_off_t>(strip.length % kBase)));
     WriteChunk("IDAT", strip.bytes.data(), strip.bytes.size());
   }
 
