@@ -51,6 +51,8 @@ class FloatImageReader {
   // The next `rows` rows of every plane into rows at, at + 1, ... of an image of this width and model. What a short
   // file lacks reads as zeros.
   void Read(FloatImage& image, int32_t at, int32_t rows);
+  // The next row to be read is this one.
+  void SkipTo(int32_t row) { row_ = row; }
   // The same rows for those who take any source; the reader outlives it.
   ImageSource Rows();
   // The next n words of the mask, once the planes are read.

@@ -14,6 +14,8 @@ struct RowSource {
   Shape shape{};  // of the whole picture
   // Reads the next `count` rows into rows at, at + 1, ... of `rows`, which is as wide as the picture and of its kind.
   std::function<void(Rows& rows, int32_t at, int32_t count)> read;
+  // Before the first row is read: it is row `first`, and none from `end` on will be asked for. Null: all have to be.
+  std::function<void(int32_t first, int32_t end)> only = nullptr;
 };
 
 // Where rows go. What was not finished when the last copy of the sink goes was never written.

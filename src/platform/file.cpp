@@ -122,8 +122,11 @@ void FileIn::WarnEndsEarly() const { Warn("%s ends early; what is missing is rea
 namespace {
 
 thread_local const BeforeRename::Note* noteOfThread = nullptr;
+thread_local std::string lastTemporary;
 
 }  // namespace
+
+const std::string& LastTemporary() { return lastTemporary; }
 
 BeforeRename::BeforeRename(Note note) : note_(std::move(note)) { noteOfThread = &note_; }
 BeforeRename::~BeforeRename() { noteOfThread = nullptr; }
@@ -175,6 +178,7 @@ FileOut::FileOut(const std::string& path, Durability durability) : state_(std::m
     s.file = NativeFile::CreateTemporary(s.destination, s.temporary, s.guard);
   }
   if (!s.file.IsOpen()) s.Fail();
+  lastTemporary = s.temporary;
 }
 
 FileOut::~FileOut() {

@@ -41,38 +41,40 @@ void RequireGivenUp(const std::string& path, bool overwrite, const std::string& 
   Fail("%s is there already: name another file, or replace it by --overwrite", path.c_str());
 }
 
-// Values of a picture that passes, and how many of its colours are no finite numbers.
-struct Finiteness {
-  int64_t colours = 0, colourless = 0, values = 0, infinite = 0;
-
-  void Count(const Picture& rows) {
-    for (int32_t k = 0; k < rows.channels; ++k) {
-      const int64_t none = Infinite(rows.plane[k]);
-      values += rows.plane[k].mn;
-      infinite += none;
-      if (k >= rows.Colours()) continue;
-      colours += rows.plane[k].mn;
-      colourless += none;
-    }
-  }
-  void Judge(const std::string& path) const {
-    if (colours > 0 && colourless == colours)
-      Fail("the result is no number in any pixel, so %s is not written", path.c_str());
-    if (infinite > 0)
-      Warn("%s: %lld of %lld values are no finite numbers", path.c_str(), static_cast<long long>(infinite),
-           static_cast<long long>(values));
-  }
-
- private:
-  static int64_t Infinite(const matrix& plane) {
-    constexpr uint32_t kExponent = 0x7F800000;
-    int32_t count = 0;
-    for (int32_t i = 0; i < plane.mn; ++i) count += (std::bit_cast<uint32_t>(plane.x[i]) & kExponent) == kExponent;
-    return count;
-  }
-};
+int64_t Infinite(const matrix& plane) {
+  constexpr uint32_t kExponent = 0x7F800000;
+  int32_t count = 0;
+  for (int32_t i = 0; i < plane.mn; ++i) count += (std::bit_cast<uint32_t>(plane.x[i]) & kExponent) == kExponent;
+  return count;
+}
 
 }  // namespace
+
+void Finiteness::Count(const Picture& rows) {
+  for (int32_t k = 0; k < rows.channels; ++k) {
+    const int64_t none = Infinite(rows.plane[k]);
+    values += rows.plane[k].mn;
+    infinite += none;
+    if (k >= rows.Colours()) continue;
+    colours += rows.plane[k].mn;
+    colourless += none;
+  }
+}
+
+void Finiteness::Add(const Finiteness& other) {
+  colours += other.colours;
+  colourless += other.colourless;
+  values += other.values;
+  infinite += other.infinite;
+}
+
+void Finiteness::Judge(const std::string& path) const {
+  if (colours > 0 && colourless == colours)
+    Fail("the result is no number in any pixel, so %s is not written", path.c_str());
+  if (infinite > 0)
+    Warn("%s: %lld of %lld values are no finite numbers", path.c_str(), static_cast<long long>(infinite),
+         static_cast<long long>(values));
+}
 
 void RequireFree(const std::string& path, bool overwrite, const std::string& input) {
   if (IsStandard(path)) Fail("this goes into files only; one that is really named - is ./-");
@@ -105,9 +107,8 @@ Rounding Destination::RoundingOf(const PictureShape& shape) const {
   return {ImageInFile(path_, shape, choice_).shape.bits, choice_.dither};
 }
 
-PictureSink Destination::Create(const PictureShape& shape) const {
+PictureSink Destination::Create(const PictureShape& shape, std::shared_ptr<Finiteness> finiteness) const {
   const PictureSink file = ReplaceImage(path_, shape, choice_);
-  const auto finiteness = std::make_shared<Finiteness>();
   const auto write = [file, finiteness](Picture rows) {
     finiteness->Count(rows);
     file.write(std::move(rows));

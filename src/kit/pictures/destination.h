@@ -2,6 +2,7 @@
 // nothing is lost that was not given up.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "kit/formats/encoding.h"
@@ -20,6 +21,16 @@ struct Rounding {
   bool dither = false;
 };
 
+// Values of a picture that passes, and how many of its colours are no finite numbers.
+struct Finiteness {
+  int64_t colours = 0, colourless = 0, values = 0, infinite = 0;
+
+  void Count(const Picture& rows);
+  void Add(const Finiteness& other);
+  // Throws a Failure for colours without a finite value, warns of some that are none.
+  void Judge(const std::string& path) const;
+};
+
 // A picture's. Commands that work for long make theirs first and save at the end; CreateImage() and SaveImage() make
 // one on the way.
 class Destination {
@@ -33,7 +44,9 @@ class Destination {
   Rounding RoundingOf(const PictureShape& shape) const;
 
   // A picture without a single finite value is a Failure instead of a file, one with some is warned of.
-  PictureSink Create(const PictureShape& shape) const;
+  // seen: of what has passed; what is added to it counts.
+  PictureSink Create(const PictureShape& shape,
+                     std::shared_ptr<Finiteness> seen = std::make_shared<Finiteness>()) const;
   // Returns what the sink's finish() returns.
   int64_t Save(Picture picture) const;
 

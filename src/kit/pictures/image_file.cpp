@@ -33,20 +33,26 @@ PictureSource OpenFloatImage(const std::string& path) {
   const int32_t format = image.shape.format;
   if (file->Planes() == 0) Fail("the image has the unknown format %d", format);
   const PictureShape shape = ShapeOf(image.shape.width, image.shape.height, ModelOf(format) == kWithFourth ? 4 : 3);
-  return {shape, [file, image](Picture& rows, int32_t at, int32_t count) {
+  return {shape,
+          [file, image](Picture& rows, int32_t at, int32_t count) {
             if (count == 0) return;
             FloatImage part(image.shape.width, count, image.shape.format);
             image.read(part, 0, count);
             CopyPart(ToPicture(std::move(part)), 0, count, rows, at);
-          }};
+          },
+          [file](int32_t first, int32_t) { file->SkipTo(first); }};
 }
 
 // .mat and .bit files: a header and the rows one behind the other.
 PictureSource OpenMatrix(const std::string& path) {
   const auto file = std::make_shared<FileIn>(path);
   const auto header = ReadHeader<MatrixHeader>(*file);
-  return {ShapeOf(header.rows, header.columns, 1), [file](Picture& rows, int32_t at, int32_t n) {
+  return {ShapeOf(header.rows, header.columns, 1),
+          [file](Picture& rows, int32_t at, int32_t n) {
             for (int32_t r = at; r < at + n; ++r) file->Array(rows.plane[0].z[r], static_cast<size_t>(rows.Width()));
+          },
+          [file, header](int32_t first, int32_t) {
+            file->Seek(HeaderBytes<MatrixHeader>() + int64_t{4} * header.rows * first);
           }};
 }
 
@@ -164,6 +170,17 @@ PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, con
   if (!format) return CreatePicture(path, shape, choice);
   CarriedInto(shape, 0, format->name, choice.encoding.strip);  // which says what is lost
   return format->create(path, shape);
+}
+
+PlaceOfRows PlacesOfRows(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  if (KindOfExtension(FormatWord(path, choice)) != FileKind::floatImage) return nullptr;
+  const FloatImageHeader header{shape.width, shape.height, FloatFormatOf(shape)};
+  return [header](Picture rows, int64_t first, const PutBytes& put) {
+    const FloatImage image = ToFloatImage(std::move(rows));
+    for (int32_t k = 0; k < header.Planes(); ++k)
+      put(header.PlaceOf(k, static_cast<int32_t>(first)), image.plane[k].x,
+          sizeof(float) * static_cast<size_t>(image.plane[k].mn));
+  };
 }
 
 PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {

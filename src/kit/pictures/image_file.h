@@ -1,6 +1,7 @@
 // Pictures in and out of picture files and of the tool's own image files alike.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "kit/pictures/picture_file.h"
@@ -17,6 +18,12 @@ Picture LoadImage(const std::string& path, const ReadChoice& choice = {});
 InFile ImageInFile(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 // To that format, over what is there: for what has been asked before (destination.h).
 PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
+
+// The places of rows in a file of that name and format, where they have places of their own (.fdib); null where not. It
+// puts the bytes of rows, of which the first is row `first` of the picture.
+using PutBytes = std::function<void(int64_t position, const void* bytes, size_t size)>;
+using PlaceOfRows = std::function<void(Picture rows, int64_t first, const PutBytes& put)>;
+PlaceOfRows PlacesOfRows(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 
 // The same behind all questions of a Destination. SaveImage returns what the sink's finish() does.
 PictureSink CreateImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);

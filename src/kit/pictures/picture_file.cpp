@@ -115,12 +115,18 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
   SampleSource samples = Naming(InputName(path), [&] { return OpenUpright(InputName(path), bytes, choice); });
   const PictureShape shape = samples.shape;
   const auto state = std::make_shared<State>(State{InputName(path), std::move(samples), RowOf(shape)});
-  return {shape, [state](Picture& rows, int32_t at, int32_t count) {
+  return {shape,
+          [state](Picture& rows, int32_t at, int32_t count) {
             Naming(state->path, [&] {
               for (int32_t r = at; r < at + count; ++r) {
                 state->samples.read(state->row, 0, 1);
                 UnpackRow(state->row, r, rows);
               }
+            });
+          },
+          [state](int32_t first, int32_t) {  // rows of compressed files are known by those before them
+            Naming(state->path, [&] {
+              for (int32_t r = 0; r < first; ++r) state->samples.read(state->row, 0, 1);
             });
           }};
 }

@@ -35,18 +35,24 @@ Picture AllRows(const PictureSource& source) {
 }
 
 int64_t CopyRows(PictureSource from, const PictureSink& to, const char* doing) {
-  const PictureShape shape = from.shape;
-  const int32_t group = doing ? std::min(RowsOfGroup(shape), kRowsOfProgress) : RowsOfGroup(shape);
-  Progress progress(doing, doing ? shape.height : 0);
-  for (int32_t first = 0, count; first < shape.height; first += count) {
-    count = std::min(group, shape.height - first);
-    Picture rows(shape.width, count, shape.channels, shape.bits);
-    from.read(rows, 0, count);
-    to.write(std::move(rows));
-    progress.Advance(count);
-  }
+  PassRows(
+      from, 0, from.shape.height, [&](Picture rows, int64_t) { to.write(std::move(rows)); }, doing);
   from = {};  // which may be the very file that is replaced
   return to.finish();
+}
+
+void PassRows(PictureSource& from, int64_t first, int64_t end, const std::function<void(Picture, int64_t)>& take,
+              const char* doing) {
+  const PictureShape shape = from.shape;
+  const int32_t group = doing ? std::min(RowsOfGroup(shape), kRowsOfProgress) : RowsOfGroup(shape);
+  Progress progress(doing, doing ? end - first : 0);
+  for (int32_t count; first < end; first += count) {
+    count = static_cast<int32_t>(std::min<int64_t>(group, end - first));
+    Picture rows(shape.width, count, shape.channels, shape.bits);
+    from.read(rows, 0, count);
+    take(std::move(rows), first);
+    progress.Advance(count);
+  }
 }
 
 PictureSource HeldPicture(Picture picture) {
@@ -55,10 +61,12 @@ PictureSource HeldPicture(Picture picture) {
     int32_t next = 0;
   };
   const auto held = std::make_shared<Held>(Held{std::move(picture)});
-  return {held->picture.Shape(), [held](Picture& rows, int32_t at, int32_t count) {
+  return {held->picture.Shape(),
+          [held](Picture& rows, int32_t at, int32_t count) {
             CopyPart(held->picture, held->next, count, rows, at);
             held->next += count;
-          }};
+          },
+          [held](int32_t first, int32_t) { held->next = first; }};
 }
 
 }  // namespace norv

@@ -18,6 +18,9 @@ using PictureSink = RowSink<Picture, int64_t>;
 Picture AllRows(const PictureSource& source);
 // The rows of one after another, with progress where it says what is done; returns what the sink's finish() returns.
 int64_t CopyRows(PictureSource from, const PictureSink& to, const char* doing = nullptr);
+// Rows `first` to `end` in groups, with progress where it says what is done; `take` gets the number of a group's first.
+void PassRows(PictureSource& from, int64_t first, int64_t end,
+              const std::function<void(Picture rows, int64_t first)>& take, const char* doing = nullptr);
 // From a picture that is in memory already.
 PictureSource HeldPicture(Picture picture);
 

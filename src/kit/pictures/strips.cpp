@@ -17,7 +17,7 @@ Picture RoomFor(const PictureShape& shape, int32_t rows) {
 // Looks at a source through windows that move down it and may overlap or leave rows out.
 class PictureWindow {
  public:
-  explicit PictureWindow(PictureSource from) : from_(std::move(from)) {}
+  explicit PictureWindow(PictureSource from) : from_(std::move(from)), end_(from_.shape.height) {}
 
   const PictureShape& Shape() const { return from_.shape; }
 
@@ -33,9 +33,17 @@ class PictureWindow {
     return rows;
   }
 
+  bool MayBePart() const { return from_.only != nullptr; }
+  // Windows show these rows alone.
+  void Only(RowRange rows) {
+    from_.only(rows.first, rows.End());
+    next_ = rows.first;
+    end_ = rows.End();
+  }
+
   // Reads what is left, so that damage there does not go unnoticed, and closes the source.
   void Close() {
-    SkipTo(from_.shape.height);
+    SkipTo(end_);
     from_ = {};
   }
 
@@ -55,6 +63,7 @@ class PictureWindow {
   PictureSource from_;
   Picture kept_;
   int32_t keptFrom_ = 0, next_ = 0;  // the row of the source that is read next
+  int32_t end_;                      // behind the last one
 };
 
 // Rows of a strip: with what it is made of it is of moderate size, so that what is done to it happens in the cache and
@@ -63,7 +72,7 @@ int32_t RowsOfStrip(const PictureShape& from, const PictureShape& made) {
   constexpr int64_t kStripPixels = int64_t{1} << 18;
   const int64_t source = int64_t{from.width} * from.height / std::max(made.height, 1);  // for a row of the strip
   const int64_t rows = kStripPixels / std::max<int64_t>({source, made.width, 1});
-  return static_cast<int32_t>(std::clamp<int64_t>(rows, 32, 256) / 32 * 32);
+  return static_cast<int32_t>(std::clamp<int64_t>(rows, kStripUnit, 256) / kStripUnit * kStripUnit);
 }
 
 class StripMaker {
@@ -73,7 +82,17 @@ class StripMaker {
         stripRows_(work.rows > 0 ? work.rows : RowsOfStrip(from.shape, shape)),
         work_(std::make_shared<StripWork>(std::move(work))),
         window_(std::move(from)),
-        ahead_(threads) {}
+        ahead_(threads),
+        end_(shape.height) {}
+
+  bool MayBePart() const { return window_.MayBePart(); }
+  // Strips begin and end where they might have without it.
+  void Only(int32_t first, int32_t end) {
+    next_ = first / kStripUnit * kStripUnit;
+    passed_ = first - next_;
+    end_ = std::min((end + kStripUnit - 1) / kStripUnit * kStripUnit, shape_.height);
+    if (first < end) window_.Only(work_->needs({next_, end_ - next_}));
+  }
 
   void Read(Picture& rows, int32_t at, int32_t count) {
     while (count > 0) {
@@ -87,19 +106,19 @@ class StripMaker {
   }
 
  private:
-  RowRange StripFrom(int32_t first) const { return {first, std::min(stripRows_, shape_.height - first)}; }
+  RowRange StripFrom(int32_t first) const { return {first, std::min(stripRows_, end_ - first)}; }
 
   void Advance() {
     strip_ = Picture();  // before the next one is there
-    while (next_ < shape_.height && !ahead_.Full()) BeginStrip();
+    while (next_ < end_ && !ahead_.Full()) BeginStrip();
     strip_ = ahead_.Next();
-    taken_ = 0;
+    taken_ = std::exchange(passed_, 0);
   }
 
   void BeginStrip() {
     const RowRange made = StripFrom(next_), which = work_->needs(made);
     next_ = made.End();
-    const bool last = next_ == shape_.height;
+    const bool last = next_ == end_;
     const auto held =
         std::make_shared<Picture>(window_.Show(which, last ? RowRange{} : work_->needs(StripFrom(next_))));
     if (last) window_.Close();
@@ -112,6 +131,8 @@ class StripMaker {
   PictureWindow window_;
   Ahead<Picture> ahead_;
   Picture strip_;
+  int32_t end_;                   // behind the last row that is made
+  int32_t passed_ = 0;            // rows of the first strip that nobody asks for
   int32_t taken_ = 0, next_ = 0;  // rows of strip_ handed out; the first row of which no strip has begun
 };
 
@@ -119,7 +140,9 @@ class StripMaker {
 
 PictureSource InStrips(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads) {
   const auto maker = std::make_shared<StripMaker>(std::move(from), shape, std::move(work), threads);
-  return {shape, [maker](Picture& rows, int32_t at, int32_t count) { maker->Read(rows, at, count); }};
+  PictureSource made{shape, [maker](Picture& rows, int32_t at, int32_t count) { maker->Read(rows, at, count); }};
+  if (maker->MayBePart()) made.only = [maker](int32_t first, int32_t end) { maker->Only(first, end); };
+  return made;
 }
 
 PictureSource ChangedRows(PictureSource from, const PictureShape& shape, std::function<Picture(Picture)> change,

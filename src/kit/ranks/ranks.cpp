@@ -1,5 +1,9 @@
 #include "kit/ranks/ranks.h"
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
 #include "kit/failure.h"
 #include "platform/console.h"
 
@@ -16,6 +20,16 @@ constexpr char kBegin[] = "begin", kOutput = 'o', kError = 'e';
 void Ranks::Send(int32_t, Topic, const std::string&) {}
 Message Ranks::Receive(int32_t from, Topic topic, bool) { return {from, topic}; }
 std::optional<Message> Ranks::Look() { return {}; }
+std::unique_ptr<PlacedFile> Ranks::OpenPlaced(const std::string&) { return nullptr; }
+
+Message Ranks::ReceiveAny() {
+  std::chrono::microseconds pause{0};
+  for (;;) {
+    if (std::optional<Message> message = Look()) return std::move(*message);
+    pause = std::min(pause + std::chrono::microseconds(50), std::chrono::microseconds(1000));
+    std::this_thread::sleep_for(pause);
+  }
+}
 
 void Ranks::CallAll() {
   for (int32_t rank = 1; rank < Count(); ++rank) Send(rank, Topic::call, kBegin);
@@ -33,12 +47,18 @@ void Ranks::Heed(const Message& call) {
 }
 
 void Ranks::Leave(const std::string& reason) {
-  if (IsFirst()) {
-    for (int32_t rank = 1; rank < Count(); ++rank) Send(rank, Topic::call, "");
-    while (const std::optional<Message> message = Look())
-      if (message->topic == Topic::words) SayFor(*message);
-  } else {
-    while (AwaitCall()) Send(0, Topic::pass, reason);
+  if (!IsFirst()) {
+    const auto pass = [&] { Send(0, Topic::pass, reason); };
+    if (called_) pass();
+    while (AwaitCall()) pass();
+    return Send(0, Topic::bye, "");
+  }
+  for (int32_t rank = 1; rank < Count(); ++rank) Send(rank, Topic::call, "");
+  // What is under way is taken, so that nobody waits for it to be.
+  for (int32_t there = Count() - 1; there > 0;) {
+    const Message message = ReceiveAny();
+    if (message.topic == Topic::words) SayFor(message);
+    there -= message.topic == Topic::bye;
   }
 }
 

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,6 +16,7 @@ namespace norv {
 enum class Topic : int32_t {
   call = 1,  // from the first rank: a share of work begins, or, with no text, the run is over
   pass,      // to the first rank: this one has no part in it, and why
+  bye,       // to the first rank: the last message of this one
   words,     // to the first rank: something to be said
   question,  // to the first rank (service.h)
   answer,    // from it
@@ -24,6 +27,19 @@ struct Message {
   int32_t from = 0;
   Topic topic = Topic::call;
   std::string text = {};  // any bytes
+};
+
+class PlacedFile {
+ public:
+  PlacedFile() = default;
+  virtual ~PlacedFile() = default;
+  PlacedFile(const PlacedFile&) = delete;
+  PlacedFile& operator=(const PlacedFile&) = delete;
+
+  // Both throw a Failure. position: bytes from the start.
+  virtual void Write(int64_t position, const void* bytes, size_t size) = 0;
+  // All is on the disk.
+  virtual void Finish() = 0;
 };
 
 class Ranks {
@@ -44,15 +60,23 @@ class Ranks {
   // Waits, which costs no processor; for what comes `soon` it looks all the time at first. The first rank says
   // meanwhile what others have to say. Throws a Failure where a rank has passed, or the run has ended.
   virtual Message Receive(int32_t from, Topic topic, bool soon = false);
-  // Any message that is there.
+  // Any message that is there; waits for any, which is for several ranks only.
   virtual std::optional<Message> Look();
+  Message ReceiveAny();
+
+  // A file that is there, to be written at any place; bytes of several ranks do not overlap.
+  virtual std::unique_ptr<PlacedFile> OpenPlaced(const std::string& path);
 
   // The first rank: all others are called.
   void CallAll();
   // Another: waits for a call; false, for ever, once the run is over.
   bool AwaitCall();
-  // At the end of a run, on every rank: the first lets all others go, who answer calls until then by passing for this
-  // reason.
+  // Another: its share is done, as the first one knows.
+  void EndShare() { called_ = false; }
+  // Another, within its share: throws a Failure where the first one has given it up.
+  virtual void RequireShare() {}
+  // At the end of a run, on every rank: the first lets all others go. Whoever has not done its share, or is called
+  // again, passes for this reason.
   void Leave(const std::string& reason);
   // Another that has been called: the first says it, on standard output or else standard error. Before, nothing is
   // said: the first one says the same.

@@ -1,7 +1,5 @@
 #include "kit/ranks/service.h"
 
-#include <algorithm>
-#include <chrono>
 #include <mutex>
 #include <utility>
 
@@ -21,24 +19,17 @@ RankService::~RankService() {
 }
 
 void RankService::Serve() {
-  std::chrono::microseconds pause{0};
   while (there_ > 0) {
-    const std::optional<Message> message = World().Look();
-    if (!message) {
-      pause = std::min(pause + std::chrono::microseconds(50), std::chrono::microseconds(1000));
-      std::this_thread::sleep_for(pause);
-      continue;
-    }
-    pause = {};
-    if (message->topic == Topic::words) Ranks::SayFor(*message);
-    if (message->topic == Topic::question) {
-      const std::string answer = answer_(message->text);
-      World().Send(message->from, Topic::answer, answer);
+    const Message message = World().ReceiveAny();
+    if (message.topic == Topic::words) Ranks::SayFor(message);
+    if (message.topic == Topic::question) {
+      const std::string answer = answer_(message.text);
+      World().Send(message.from, Topic::answer, answer);
       there_ -= answer.empty();
     }
-    if (message->topic == Topic::pass) {
+    if (message.topic == Topic::pass) {
       --there_;
-      Warn("rank %d has no part in this: %s", message->from, message->text.c_str());
+      Warn("rank %d has no part in this: %s", message.from, message.text.c_str());
     }
   }
 }
@@ -47,7 +38,9 @@ std::string AskFirstRank(const std::string& question) {
   static std::mutex oneAtATime;
   const std::lock_guard hold(oneAtATime);
   World().Send(0, Topic::question, question);
-  return World().Receive(0, Topic::answer).text;
+  std::string answer = World().Receive(0, Topic::answer).text;
+  if (answer.empty()) World().EndShare();
+  return answer;
 }
 
 }  // namespace norv

@@ -3,16 +3,20 @@
 #include <memory>
 #include <utility>
 
+#include "kit/formats/streams.h"
 #include "kit/guidance/manner.h"
 #include "kit/pictures/destination.h"
 #include "kit/pictures/image_file.h"
 #include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
+#include "kit/ranks/ranks.h"
 #include "kit/work/receipts.h"
 #include "kit/work/reported.h"
+#include "kit/work/row_share.h"
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/memory.h"
+#include "platform/native/before_rename.h"
 #include "platform/threads/stages.h"
 
 namespace norv {
@@ -20,10 +24,13 @@ namespace {
 
 PictureSource TimedSource(PictureSource source) {
   const PictureShape shape = source.shape;
-  return {shape, [source = std::move(source)](Picture& rows, int32_t at, int32_t count) {
+  const auto only = source.only;
+  return {shape,
+          [source = std::move(source)](Picture& rows, int32_t at, int32_t count) {
             const InStage decoding(Stage::decoding);
             source.read(rows, at, count);
-          }};
+          },
+          only};
 }
 
 PictureSink TimedSink(const PictureSink& sink, const std::function<void(int32_t rows)>& advanced) {
@@ -72,6 +79,12 @@ OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input) {
   return {input, std::move(source), std::move(plan), since};
 }
 
+void HelpWithPicture(const WorkOrder& order, const std::string& input, int32_t threads) {
+  if (!World().AwaitCall()) return;
+  OpenedPicture picture = OpenForWork(order, input);
+  HelpWithRows(picture.plan.make(std::move(picture.source), threads), order.choice.write);
+}
+
 Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::string& output, int32_t threads) {
   const WorkPlan& plan = picture.plan;
   WriteChoice choice = order.choice.write;
@@ -100,8 +113,12 @@ Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::strin
   const auto advanced = [told = picture.advanced, height = made.shape.height](int32_t rows) {
     if (told) told(rows, height);
   };
-  const PictureSink file = TimedSink(out.Create(made.shape), advanced);
-  CopyRows(std::move(made), file, order.work.doing);
+  const auto seen = std::make_shared<Finiteness>();
+  const PictureSink file = TimedSink(out.Create(made.shape, seen), advanced);
+  if (picture.alone && !IsStandard(picture.input) && MayShareRows(made))
+    ShareRows(std::move(made), file, output, LastTemporary(), choice, *seen, order.work.doing);
+  else
+    CopyRows(std::move(made), file, order.work.doing);
   receipt.LayBeside();
   record.seconds = Seconds() - picture.since;
   record.memory = PeakMemory();

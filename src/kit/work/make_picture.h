@@ -24,4 +24,7 @@ OpenedPicture OpenForWork(const WorkOrder& order, const std::string& input);
 // and leaves nothing half-written then.
 Made MakePicture(const WorkOrder& order, OpenedPicture picture, const std::string& output, int32_t threads);
 
+// Another rank's part of the same picture, where the first one shares it out (row_share.h).
+void HelpWithPicture(const WorkOrder& order, const std::string& input, int32_t threads);
+
 }  // namespace norv

@@ -120,7 +120,7 @@ void RequireOne(const WorkOrder& order) {
 void RunWork(const WorkOrder& order) {
   const WorkChoice& choice = order.choice;
   if (!choice.folder.empty()) return RunMany(order);
-  if (!World().IsFirst()) return;
+  if (!World().IsFirst()) return HelpWithPicture(order, choice.places[0], ThreadsOf(choice));
   RequireOne(order);
   if (choice.dryRun) return SayWhatWouldBeDone(order, OnlyJob(order), ThreadsOf(choice), BoundOf(choice));
   RunOne(order, choice.places[0], choice.places.size() > 1 ? choice.places[1] : "");

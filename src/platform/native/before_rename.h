@@ -21,4 +21,7 @@ class BeforeRename {
   Note note_;
 };
 
+// The temporary name of the file that this thread has last opened for writing; empty: it is written directly.
+const std::string& LastTemporary();
+
 }  // namespace norv

@@ -4,10 +4,12 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <mpi.h>
 #include <mutex>
 #include <sched.h>
 #include <thread>
+#include <utility>
 
 #include "kit/failure.h"
 #include "kit/kit.h"
@@ -40,6 +42,43 @@ class Patience {
   std::chrono::microseconds pause_{50};
 };
 
+// Each rank opens the file for itself: nothing of one waits for another.
+class MpiFile : public PlacedFile {
+ public:
+  explicit MpiFile(const std::string& path) : path_(path) {
+    Require(MPI_File_open(MPI_COMM_SELF, path.c_str(), MPI_MODE_WRONLY, MPI_INFO_NULL, &file_));
+  }
+  ~MpiFile() override {
+    if (file_ != MPI_FILE_NULL) MPI_File_close(&file_);
+  }
+
+  void Write(int64_t position, const void* bytes, size_t size) override {
+    constexpr size_t kMost = size_t{1} << 30;  // counts are ints
+    const char* from = static_cast<const char*>(bytes);
+    for (size_t done = 0, part; done < size; done += part) {
+      part = std::min(size - done, kMost);
+      Require(MPI_File_write_at(file_, position + static_cast<int64_t>(done), from + done, static_cast<int>(part),
+                                MPI_BYTE, MPI_STATUS_IGNORE));
+    }
+  }
+  void Finish() override {
+    Require(MPI_File_sync(file_));
+    Require(MPI_File_close(&file_));
+  }
+
+ private:
+  void Require(int code) const {
+    if (code == MPI_SUCCESS) return;
+    char words[MPI_MAX_ERROR_STRING] = "";
+    int length = 0;
+    MPI_Error_string(code, words, &length);
+    Fail("cannot write %s: %s", path_.c_str(), words);
+  }
+
+  const std::string path_;
+  MPI_File file_ = MPI_FILE_NULL;
+};
+
 class MpiRanks : public Ranks {
  public:
   MpiRanks() {
@@ -62,8 +101,7 @@ class MpiRanks : public Ranks {
       MPI_Isend(text.data(), static_cast<int>(text.size()), MPI_BYTE, to, static_cast<int>(topic), MPI_COMM_WORLD,
                 &request);
     });
-    Patience patience(true);
-    for (int sent = 0;; patience.Wait()) {
+    for (auto [sent, patience] = std::pair(0, Patience(true));; patience.Wait()) {
       Alone([&] { MPI_Test(&request, &sent, MPI_STATUS_IGNORE); });
       if (sent) return;
     }
@@ -74,6 +112,12 @@ class MpiRanks : public Ranks {
       if (std::optional<Message> message = Find(from, static_cast<int>(topic))) return std::move(*message);
       HeedOthers(topic);
     }
+  }
+
+  std::unique_ptr<PlacedFile> OpenPlaced(const std::string& path) override { return std::make_unique<MpiFile>(path); }
+
+  void RequireShare() override {
+    if (const std::optional<Message> call = Find(0, static_cast<int>(Topic::call))) Heed(*call);
   }
 
   std::optional<Message> Look() override { return Find(MPI_ANY_SOURCE, MPI_ANY_TAG); }
@@ -105,7 +149,7 @@ class MpiRanks : public Ranks {
       if (const std::optional<Message> passed = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::pass)))
         Fail("rank %d: %s", passed->from, passed->text.c_str());
     } else if (awaited != Topic::call) {
-      if (const std::optional<Message> call = Find(0, static_cast<int>(Topic::call))) Heed(*call);
+      RequireShare();
     }
   }
 
