@@ -21,7 +21,7 @@ TEST_CASE("every script knows every option of every command, and help of none th
       CHECK(Contains(fish, std::string("__norvkit_is ") + command.name + "' -l " + (row.name + 2) + " "));
     }
   CHECK_FALSE(std::ranges::count(OfferedNames(), "completions"));
-  CHECK_FALSE(Contains(Kit("--help").output, "completions"));
+  CHECK_FALSE(Contains(Kit({"--help"}).output, "completions"));
 }
 
 TEST_CASE("values are offered by what their row takes") {
@@ -45,6 +45,6 @@ TEST_CASE("values are offered by what their row takes") {
           CHECK(OfferFor(option).kind == row.kind);
           CHECK(OfferFor(option).words == row.words);
         }
-  CHECK(Contains(Kit("completions presets").output, "compressed\n"));
-  CHECK(Kit("completions tcsh").exitCode == 2);
+  CHECK(Contains(Kit({"completions", "presets"}).output, "compressed\n"));
+  CHECK(Kit({"completions", "tcsh"}).exitCode == 2);
 }
