@@ -12,10 +12,15 @@ CornerRow operator+(CornerRow row, int64_t c) { return {row.first + c, row.secon
 }  // namespace
 
 RunRows::RunRows(int32_t w, const RowRuns& cut)
-    : cut_(cut), width_(w), stride_(w + 2 * kRowPadding), lines_(Zeros<float>(cut.Runs() * kLines * stride_)) {}
+    : height_(cut.Height()),
+      width_(w),
+      stride_(w + 2 * kRowPadding),
+      lines_(Zeros<float>(cut.Runs() * kLines * stride_)) {
+  for (int32_t run = 0; run < cut.Runs(); ++run) rows_.push_back(cut.Rows(cut.BlocksOf(run)));
+}
 
 CornerRow RunRows::Pair(int32_t run, int64_t r) const {
-  float* first = Lines(run) + (r < 0 || r >= cut_.Height() ? kRowsKept : r % kRowsKept) * 2 * stride_;
+  float* first = Lines(run) + (r < 0 || r >= height_ ? kRowsKept : r % kRowsKept) * 2 * stride_;
   return {first, first + stride_};
 }
 

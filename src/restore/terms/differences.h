@@ -59,7 +59,7 @@ class RunRows {
   // Zeros in the rows of the planes that are the run's, and in its copies.
   void Clear(int32_t run, std::initializer_list<const matrix*> planes) const;
 
-  Range RowsOf(int32_t run) const { return cut_.Rows(cut_.BlocksOf(run)); }
+  Range RowsOf(int32_t run) const { return rows_[static_cast<size_t>(run)]; }
   bool IsAbove(int32_t run, int64_t r) const { return r < RowsOf(run).begin; }
 
  private:
@@ -67,8 +67,8 @@ class RunRows {
 
   // Behind the pairs of rows that are kept stands one of zeros, then the copies.
   static constexpr int64_t kLines = 2 * (kRowsKept + 1) + 2;
-  RowRuns cut_;
-  int64_t width_, stride_;
+  std::vector<Range> rows_;  // of every run
+  int64_t height_, width_, stride_;
   AlignedArray<float> lines_;
 };
 
