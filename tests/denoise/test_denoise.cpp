@@ -84,7 +84,7 @@ TEST_CASE("the left edge is treated as the right one") {
 }
 
 TEST_CASE("both denoisers give the same bits by one thread and by teams, larger than there are rows too") {
-  for (const auto& [w, h] : {std::pair{5, 5}, {40, 6}, {6, 40}, {70, 131}})
+  for (const auto& [w, h] : {std::pair{5, 5}, {40, 6}, {6, 40}, {37, 61}})
     for (const bool luminance : {false, true}) {
       const FloatImage noisy = NoisyImage(w, h, 20);
       const auto byComponents = [&](int32_t threads) {
@@ -94,10 +94,10 @@ TEST_CASE("both denoisers give the same bits by one thread and by teams, larger 
         return ImageBytes(image);
       };
       const auto byGroups = [&](int32_t threads) {
-        return ImageBytes(ByGroups(noisy, {.iterations = 3, .side = 5, .threads = threads, .luminance = luminance}));
+        return ImageBytes(ByGroups(noisy, {.iterations = 2, .side = 5, .threads = threads, .luminance = luminance}));
       };
       for (const int32_t threads : {2, 3, 16}) {
-        INFO(w, " x ", h, ", threads ", threads);
+        INFO(noisy.width, " x ", noisy.height, ", threads ", threads);
         CHECK(byComponents(threads) == byComponents(1));
         CHECK(byGroups(threads) == byGroups(1));
       }

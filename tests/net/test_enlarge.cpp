@@ -73,7 +73,8 @@ TEST_CASE("strips of any height make the file that the whole image and bands mak
   int32_t turn = 0;
   for (const Layout layout : kLayouts)
     for (const bool shortcut : {false, true})
-      for (const auto& [w, h, threads] : {std::array{4, 1, 1}, {3, 2, 0}, {5, 19, 1}, {3, 17, 4}, {2, 71, 8}}) {
+      for (const auto& shape : {std::array{4, 1, 1}, {3, 2, 0}, {5, 19, 1}, {3, 17, 4}, {2, 71, 8}}) {
+        const int32_t w = shape[0], h = shape[1], threads = shape[2];
         const int32_t format = formats[++turn % 4];
         FloatImage image = turn % 3 == 0 ? Masked(w, h, format) : RandomFloatImage(w, h, format);
         REQUIRE(!image.Save(from, Folder::asGiven));
