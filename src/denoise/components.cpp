@@ -6,6 +6,7 @@
 
 #include "linear/dmatrix.h"
 #include "platform/team.h"
+#include "simd/columns/kernels.h"
 
 namespace norv {
 namespace {
@@ -41,15 +42,6 @@ std::vector<double> MeanOf(const Samples& samples, int32_t length) {
   return mean;
 }
 
-// column[i] += the sum of element j times element i of patches that stand one behind the other.
-void AddProducts(const std::vector<double>& patches, int64_t count, int64_t j, int32_t length, double* column) {
-  for (int64_t k = 0; k < count; ++k) {
-    const double* patch = patches.data() + k * length;
-    const double value = patch[j];
-    for (int32_t i = 0; i < length; ++i) column[i] += value * patch[i];
-  }
-}
-
 // Every element is a sum over the patches in their order, whichever thread forms it. Each thread reads all patches,
 // which is little beside what it makes of them.
 dmatrix CovarianceOf(const Samples& samples, const std::vector<double>& mean, int threads) {
@@ -64,7 +56,8 @@ dmatrix CovarianceOf(const Samples& samples, const std::vector<double>& mean, in
         samples.Read(first + k, block.data() + k * length);
         for (int32_t i = 0; i < length; ++i) block[k * length + i] -= mean[i];
       }
-      for (int64_t j = begin; j < end; ++j) AddProducts(block, count, j, length, sum.z[j]);
+      for (int64_t j = begin; j < end; ++j)
+        ActiveColumnKernels().addProducts(block.data(), count, length, static_cast<int32_t>(j), sum.z[j]);
     }
   });
   for (int32_t i = 0; i < sum.mn; ++i) sum.x[i] /= static_cast<double>(samples.count);

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "net/activation.h"
+#include "simd/columns/kernels.h"
 #include "simd/family.h"
 #include "simd/restore/kernels.h"
 #include "simd/train/kernels.h"
@@ -88,5 +89,25 @@ TEST_CASE("the logistic row decides results near the middle between two floats a
     std::vector<float> row(x.size());
     EvaluateKernelsOf(level).activation[1](x.data(), row.data(), static_cast<int64_t>(x.size()));
     CHECK(Differences(row, f) == 0);
+  }
+}
+
+TEST_CASE("products of the elements of rows are added in the rows' order at every level") {
+  std::mt19937 random(2);
+  for (const int32_t length : {1, 2, 5, 16, 36, 67, 144}) {
+    CAPTURE(length);
+    constexpr int32_t kRows = 9;
+    std::vector<double> rows(kRows * static_cast<size_t>(length)), start(static_cast<size_t>(length));
+    for (double& value : rows) value = std::ldexp(static_cast<double>(random()), -static_cast<int>(random() % 40));
+    for (double& value : start) value = static_cast<double>(random());
+    const int32_t j = length / 2;
+    std::vector<double> plain = start;
+    for (int32_t k = 0; k < kRows; ++k)
+      for (int32_t i = 0; i < length; ++i) plain[i] += rows[k * length + j] * rows[k * length + i];
+    for (const VectorLevel level : AvailableLevels()) {
+      std::vector<double> sums = start;
+      ColumnKernelsOf(level).addProducts(rows.data(), kRows, length, j, sums.data());
+      CHECK(Differences(sums, plain) == 0);
+    }
   }
 }

@@ -10,6 +10,7 @@ const ColumnKernels kTable = {
     .multiply = Multiply,
     .multiplyTransposed = MultiplyTransposed,
     .dots = Dots,
+    .addProducts = AddProducts,
     .dot = DotPadded,
     .rotate = Rotate,
     .rotateAll = RotateAll,

@@ -36,6 +36,8 @@ struct ColumnKernels {
                              int32_t rows, int32_t columns);
   // sums[j] = <a, b[j]>: eight sums of whole blocks, then the tail one by one.
   void (*dots)(const double* a, const double* const* b, int32_t rows, int32_t columns, double* sums);
+  // column[i] += a[k][j] a[k][i] for k < count, k in order, of rows a[k] of `length` elements, one behind the other.
+  void (*addProducts)(const double* a, int64_t count, int32_t length, int32_t j, double* column);
 
   // Padded columns.
   // <a, b>: eight sums.

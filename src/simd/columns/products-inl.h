@@ -64,5 +64,24 @@ inline void Dots(const double* a, const double* const* b, int32_t rows, int32_t 
   for (; j < columns; ++j) DotsOf<1>(a, b + j, rows, sums + j);
 }
 
+// The elements from i on, in `parts` vectors V that stay in registers while the rows pass.
+template <typename V, int parts>
+inline void AddProductsOf(const double* a, int64_t count, int32_t length, int32_t j, int32_t i, double* column) {
+  V sum[parts];
+  for (int p = 0; p < parts; ++p) sum[p] = Load<V>(column + i + p * kLanes<V>);
+  for (int64_t k = 0; k < count; ++k, a += length)
+    for (int p = 0; p < parts; ++p) sum[p] += a[j] * Load<V>(a + i + p * kLanes<V>);
+  for (int p = 0; p < parts; ++p) Store(sum[p], column + i + p * kLanes<V>);
+}
+
+inline void AddProducts(const double* a, int64_t count, int32_t length, int32_t j, double* column) {
+  constexpr int kMost = 8;
+  int32_t i = 0;
+  for (; i + kMost * kDoubleLanes <= length; i += kMost * kDoubleLanes)
+    AddProductsOf<Doubles, kMost>(a, count, length, j, i, column);
+  for (; i + kDoubleLanes <= length; i += kDoubleLanes) AddProductsOf<Doubles, 1>(a, count, length, j, i, column);
+  for (; i < length; ++i) AddProductsOf<double, 1>(a, count, length, j, i, column);
+}
+
 }  // namespace
 }  // namespace norv::NORV_LEVEL
