@@ -124,7 +124,7 @@ std::string AnswerOf(JobDesk& desk, Report* page, const std::string& question) {
   return handed ? Packed(*handed) : kGood;
 }
 
-FarDesk::~FarDesk() { AskFirstRank(Packed(Question{.kind = Question::Kind::end})); }
+FarDesk::~FarDesk() { EndWithFirstRank(Packed(Question{.kind = Question::Kind::end})); }
 
 std::optional<HandedOut> FarDesk::Take() {
   const std::string answer = AskFirstRank(Packed(Question{}));

@@ -61,12 +61,10 @@ PictureSource HeldPicture(Picture picture) {
     int32_t next = 0;
   };
   const auto held = std::make_shared<Held>(Held{std::move(picture)});
-  return {held->picture.Shape(),
-          [held](Picture& rows, int32_t at, int32_t count) {
+  return {held->picture.Shape(), [held](Picture& rows, int32_t at, int32_t count) {
             CopyPart(held->picture, held->next, count, rows, at);
             held->next += count;
-          },
-          [held](int32_t first, int32_t) { held->next = first; }};
+          }};
 }
 
 }  // namespace norv

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "kit/failure.h"
 #include "kit/ranks/ranks.h"
 #include "platform/console.h"
 
@@ -41,6 +42,13 @@ std::string AskFirstRank(const std::string& question) {
   std::string answer = World().Receive(0, Topic::answer).text;
   if (answer.empty()) World().EndShare();
   return answer;
+}
+
+void EndWithFirstRank(const std::string& question) noexcept {
+  try {
+    AskFirstRank(question);
+  } catch (const Failure&) {  // the run has ended already
+  }
 }
 
 }  // namespace norv

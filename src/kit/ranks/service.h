@@ -30,5 +30,7 @@ class RankService {
 
 // Another rank's question, from any thread.
 std::string AskFirstRank(const std::string& question);
+// The last one, whose answer nobody needs.
+void EndWithFirstRank(const std::string& question) noexcept;
 
 }  // namespace norv

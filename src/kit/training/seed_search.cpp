@@ -182,7 +182,7 @@ std::string AnswerOf(SeedList& list, const std::string& question) {
 void HelpWithSeeds(const TrainingPlan& plan) {
   if (!World().AwaitCall()) return;
   struct End {
-    ~End() { AskFirstRank({kEnd}); }
+    ~End() { EndWithFirstRank({kEnd}); }
   } const end;
   const auto take = []() -> std::optional<uint64_t> {
     const std::string answer = AskFirstRank({kNext});

@@ -109,8 +109,11 @@ class MpiRanks : public Ranks {
 
   Message Receive(int32_t from, Topic topic, bool soon) override {
     for (Patience patience(soon);; patience.Wait()) {
+      // Looked for first: what was sent before it is then there, too.
+      const bool over = !IsFirst() && topic != Topic::call && IsThere(0, Topic::call);
       if (std::optional<Message> message = Find(from, static_cast<int>(topic))) return std::move(*message);
-      HeedOthers(topic);
+      if (over) RequireShare();
+      if (IsFirst()) HeedOthers();
     }
   }
 
@@ -142,15 +145,18 @@ class MpiRanks : public Ranks {
     return message;
   }
 
-  // Whoever waits for a part of a share learns that there will be none.
-  void HeedOthers(Topic awaited) {
-    if (IsFirst()) {
-      while (const std::optional<Message> words = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::words))) SayFor(*words);
-      if (const std::optional<Message> passed = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::pass)))
-        Fail("rank %d: %s", passed->from, passed->text.c_str());
-    } else if (awaited != Topic::call) {
-      RequireShare();
-    }
+  bool IsThere(int source, Topic topic) {
+    const std::lock_guard hold(mutex_);
+    int there = 0;
+    MPI_Iprobe(source, static_cast<int>(topic), MPI_COMM_WORLD, &there, MPI_STATUS_IGNORE);
+    return there != 0;
+  }
+
+  // The first rank, waiting for a part of a share, says what others have to say and learns that there will be none.
+  void HeedOthers() {
+    while (const std::optional<Message> words = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::words))) SayFor(*words);
+    if (const std::optional<Message> passed = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::pass)))
+      Fail("rank %d: %s", passed->from, passed->text.c_str());
   }
 
   // How many ranks there are on this machine, and which part of its processors is this one's: of those that any of them
