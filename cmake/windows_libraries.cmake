@@ -9,6 +9,7 @@ if(NOT EXISTS "${NORV_WINDOWS_LIBRARIES}/complete")
   endif()
   set(NORV_WINDOWS_LIBRARIES ${folder} CACHE PATH "The libraries of norvkit.exe" FORCE)
 endif()
+set(CMAKE_FIND_LIBRARY_SUFFIXES .a)  # and no .dll.a, which would ask for a library beside the executable
 list(PREPEND CMAKE_FIND_ROOT_PATH ${NORV_WINDOWS_LIBRARIES})
 if(EXISTS ${NORV_WINDOWS_LIBRARIES}/include/CLI/CLI.hpp)
   add_library(CLI11::CLI11 INTERFACE IMPORTED)
