@@ -101,7 +101,8 @@ class MpiRanks : public Ranks {
       MPI_Isend(text.data(), static_cast<int>(text.size()), MPI_BYTE, to, static_cast<int>(topic), MPI_COMM_WORLD,
                 &request);
     });
-    for (auto [sent, patience] = std::pair(0, Patience(true));; patience.Wait()) {
+    for (Patience patience(true);; patience.Wait()) {
+      int sent = 0;
       Alone([&] { MPI_Test(&request, &sent, MPI_STATUS_IGNORE); });
       if (sent) return;
     }
