@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "platform/native/block.h"
+
 namespace norv {
 
 namespace {
@@ -16,6 +18,10 @@ size_t AvailableMemory() { return kLittle; }
 
 uint64_t PeakMemory() { return 0; }
 void ForgetPeakMemory() {}
+
+// The sanitizers need the address space for themselves.
+AddressLimit::AddressLimit(int64_t) {}
+AddressLimit::~AddressLimit() {}
 
 void* AllocateAligned(size_t bytes) {
   if (bytes > kLittle) return nullptr;
