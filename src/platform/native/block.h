@@ -19,8 +19,8 @@ class AddressLimit {
   AddressLimit& operator=(const AddressLimit&) = delete;
 
  private:
-  uint64_t before_ = 0;
-  bool set_ = false;
+  [[maybe_unused]] uint64_t before_ = 0;
+  [[maybe_unused]] bool set_ = false;
 };
 
 }  // namespace norv
