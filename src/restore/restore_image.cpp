@@ -129,7 +129,10 @@ void RestorePlanes(std::span<matrix> planes, const RestoreParameters& parameters
   if (planes[0].mn == 0) return;
   DemandMemory(PlanesMemory(parameters, width, height, count, team.Threads()));
   std::vector<PlanePair> pairs;
-  for (matrix& plane : planes) pairs.push_back({std::move(plane), &plane});
+  for (matrix& plane : planes) {
+    matrix* const result = &plane;
+    pairs.push_back({std::move(plane), result});
+  }
   BitMask mask;
   RestorePlanes(pairs, count, false, mask, parameters, progress, team);
 }

@@ -107,7 +107,7 @@ Rounding Destination::RoundingOf(const PictureShape& shape) const {
   return {ImageInFile(path_, shape, choice_).shape.bits, choice_.dither};
 }
 
-PictureSink Destination::Create(const PictureShape& shape, std::shared_ptr<Finiteness> finiteness) const {
+PictureSink Destination::Create(const PictureShape& shape, const std::shared_ptr<Finiteness>& finiteness) const {
   const PictureSink file = ReplaceImage(path_, shape, choice_);
   const auto write = [file, finiteness](Picture rows) {
     finiteness->Count(rows);

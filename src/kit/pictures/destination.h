@@ -46,7 +46,7 @@ class Destination {
   // A picture without a single finite value is a Failure instead of a file, one with some is warned of.
   // seen: of what has passed; what is added to it counts.
   PictureSink Create(const PictureShape& shape,
-                     std::shared_ptr<Finiteness> seen = std::make_shared<Finiteness>()) const;
+                     const std::shared_ptr<Finiteness>& seen = std::make_shared<Finiteness>()) const;
   // Returns what the sink's finish() returns.
   int64_t Save(Picture picture) const;
 
