@@ -13,7 +13,6 @@ matrix LuminanceOf(const Picture& picture, StandingTeam& team) {
   if (picture.IsGrey()) return picture.plane[0];
   matrix luminance(picture.Width(), picture.Height());
   const PixelFunction toLuminance = FindModel(kLuminance)->toModel;
-  constexpr int64_t kPixelsWorthACut = 1 << 14;
   team.ForParts(luminance.mn, kPixelsWorthACut, [&](int64_t begin, int64_t end) {
     for (int64_t i = begin; i < end; ++i) {
       const float display[3] = {picture.plane[0].x[i], picture.plane[1].x[i], picture.plane[2].x[i]};

@@ -18,7 +18,6 @@
 #include "kit/ranks/wire.h"
 #include "kit/training/picture_folder.h"
 #include "platform/console.h"
-#include "platform/file.h"
 #include "platform/paths.h"
 
 namespace norv {
@@ -48,13 +47,6 @@ void Transfer(Wire& wire, Trained& trained) {
 Trained ResultOf(uint64_t seed, const TrainingLog& log) {
   const int32_t best = BestEpoch(log);
   return {seed, best > 0 ? log[static_cast<size_t>(best) - 1] : EpochRecord(), static_cast<int32_t>(log.size())};
-}
-
-// A file of some text as a whole or not at all.
-void WriteText(const std::string& path, const std::string& text) {
-  FileOut file(path);
-  file.Array(text.data(), text.size());
-  if (!file.Commit()) throw SaidFailure();
 }
 
 // In the first rank's process: which seeds are left, and what the trained ones are worth.
@@ -135,9 +127,8 @@ class SeedList {
       if (trained.error.empty())
         table +=
             Printed("%s,%d,%d,%.6f\n", Name(trained).c_str(), trained.epochs, trained.best.epoch, trained.best.psnr);
-    WriteText(PathInFolder(folder_, kTable), table);
-    const std::vector<uint8_t> net = ReadBytes(PathInFolder(folder_, "seed-" + Name(*best) + "/" + kBest));
-    WriteText(PathInFolder(folder_, kBest), {net.begin(), net.end()});
+    WriteBytes(PathInFolder(folder_, kTable), {table.begin(), table.end()});
+    WriteBytes(PathInFolder(folder_, kBest), ReadBytes(PathInFolder(folder_, "seed-" + Name(*best) + "/" + kBest)));
   }
 
   const std::string folder_;
@@ -199,7 +190,8 @@ void RequireSameSettings(const std::string& folder, const std::string& settings)
     for (const char* name : {"last.net", "test.dat"})
       if (fs::exists(ToNative(PathInFolder(folder, name))))
         Fail("%s holds another training: choose another folder", folder.c_str());
-    return WriteText(path, settings + "\n");
+    const std::string line = settings + "\n";
+    return WriteBytes(path, {line.begin(), line.end()});
   }
   const std::vector<uint8_t> bytes = ReadBytes(path);
   const std::string held(bytes.begin(), bytes.end());

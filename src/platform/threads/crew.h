@@ -21,8 +21,8 @@ class Crew {
  public:
   struct Task;
 
-  // The crew of that many threads; 0: the usual number. All who hold the crew of a number
-  // share it, and it ends with the last of them. Where the system refuses threads it is a smaller one.
+  // The crew of that many threads; 0: the usual number. All who hold the crew of a number share it, and it ends with
+  // the last of them. Where the system refuses threads it is a smaller one.
   static std::shared_ptr<Crew> Of(int32_t threads);
   ~Crew();
   Crew(const Crew&) = delete;

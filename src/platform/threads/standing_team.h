@@ -10,6 +10,9 @@
 
 namespace norv {
 
+// Pixels that a member takes at least: below some ten microseconds a part nothing is gained.
+inline constexpr int64_t kPixelsWorthACut = 1 << 14;
+
 // One thread at a time calls it, that which made it or another; loops are not nested. Which member does what depends on
 // who is free, so that no result may depend on it.
 class StandingTeam {

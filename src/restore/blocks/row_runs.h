@@ -53,9 +53,7 @@ class RowRuns {
   int32_t blocks_, runs_;
 };
 
-// Work on pixels, or on rows of so many, each of which is made by itself: body(begin, end) on parts of them. Below some
-// ten microseconds a part nothing is gained.
-inline constexpr int64_t kPixelsWorthACut = 1 << 14;
+// Work on rows of so many pixels, each of which is made by itself: body(begin, end) on parts of them.
 template <typename Body>
 void ForRows(StandingTeam& team, int32_t width, int64_t rows, const Body& body) {
   team.ForParts(rows, kPixelsWorthACut / std::max(width, 1) + 1, body);
