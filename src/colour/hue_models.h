@@ -13,8 +13,10 @@ inline constexpr double kDegrees = 57.29577951308232;  // per radian
 inline constexpr double kInverseRoot3 = 0.57735026;    // of so many digits by the contract with the graphical program
 inline constexpr double kHalfRoot3 = 0.86602540378443864676;
 
-// An angle in degrees brought to 0 .. 360 (the end excluded up to rounding).
+// An angle in degrees brought to 0 .. 360 (the end excluded up to rounding). Most are there already, and a remainder is
+// dear.
 inline double Turn(double degrees) {
+  if (degrees >= 0 && degrees < 360) return degrees;
   const double rest = std::fmod(degrees, 360.0);
   return rest < 0 ? rest + 360 : rest;
 }
@@ -29,22 +31,23 @@ struct Channels {
   double Mean() const { return (r + g + b) * kThird; }
 };
 
-// Degrees on the hexagon of hues, red at 60, green at 180, blue at 300.
+// Degrees on the hexagon of hues, red at 60, green at 180, blue at 300. Which channel is strongest no branch could
+// foretell: it is an index.
 inline double HexagonHue(const Channels& p, double chroma) {
   if (chroma == 0) return 0;
-  if (p.r == p.Most()) return 60 * (1 + (p.g - p.b) / chroma);
-  if (p.g == p.Most()) return 60 * (3 + (p.b - p.r) / chroma);
-  return 60 * (5 + (p.r - p.g) / chroma);
+  const double around[] = {p.r, p.g, p.b, p.r, p.g};
+  const double most = p.Most();
+  const int strongest = (p.r != most) * (1 + (p.g != most));
+  return 60 * (1 + 2 * strongest + (around[strongest + 1] - around[strongest + 2]) / chroma);
 }
 
 inline float* FromHexagon(float* destination, double hue, double least, double chroma) {
   const double sixth = Turn(hue) / 60;
-  const int strongest = sixth < 2 ? 0 : sixth < 4 ? 1 : 2;
+  const int strongest = !(sixth < 2) + !(sixth < 4);
   const double lean = sixth - (2 * strongest + 1);  // -1 .. 1, towards the next channel when positive
-  const double other[2] = {std::max(lean, 0.0), std::max(-lean, 0.0)};
-  destination[strongest] = Narrow(least + chroma);
-  destination[(strongest + 1) % 3] = Narrow(least + chroma * other[0]);
-  destination[(strongest + 2) % 3] = Narrow(least + chroma * other[1]);
+  const float channel[] = {Narrow(least + chroma), Narrow(least + chroma * std::max(lean, 0.0)),
+                           Narrow(least + chroma * std::max(-lean, 0.0))};
+  for (int k = 0; k < 3; ++k) destination[k] = channel[(k + 3 - strongest) % 3];
   return destination;
 }
 
@@ -135,7 +138,7 @@ struct HueVector {
     const double side = kHalfRoot3 * sine;
     const double direction[3] = {cosine, side - 0.5 * cosine, -side - 0.5 * cosine};
     // The least channel lies below the intensity by intensity times saturation.
-    const double scale = Quotient(intensity * saturation, -*std::min_element(direction, direction + 3));
+    const double scale = Quotient(intensity * saturation, -std::min({direction[0], direction[1], direction[2]}));
     for (int k = 0; k < 3; ++k) destination[k] = Narrow(intensity + scale * direction[k]);
     return destination;
   }

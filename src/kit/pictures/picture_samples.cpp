@@ -1,7 +1,5 @@
 #include "kit/pictures/picture_samples.h"
 
-#include <cmath>
-
 #include "kit/formats/dither.h"
 #include "kit/pictures/picture.h"
 
@@ -22,26 +20,26 @@ void Unpack(const uint8_t* row, int32_t r, Picture& picture) {
   }
 }
 
-struct ToNearest {
-  double operator()(double value, int32_t) const { return std::floor(value + 0.5); }
+// What is added to the x-th sample of a row before its fraction is cut off.
+struct Half {
+  double operator()(int32_t) const { return 0.5; }
 };
-
-struct ByThreshold {
+struct Threshold {
   const DitherRow& thresholds;
-  double operator()(double value, int32_t x) const { return std::floor(value + double{thresholds[x % kDitherSide]}); }
+  double operator()(int32_t x) const { return double{thresholds[x % kDitherSide]}; }
 };
 
 // The first `channels` planes.
-template <typename T, typename Rounding = ToNearest>
-int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row, Rounding rounding = {}) {
+template <typename T, typename Added = Half>
+int64_t Pack(const Picture& picture, int32_t r, int32_t channels, uint8_t* row, Added added = {}) {
   T* target = reinterpret_cast<T*>(row);
   constexpr double kSteps = StepsOf(8 * sizeof(T)), kMost = 255 * kSteps;
   int64_t moved = 0;
   for (int32_t k = 0; k < channels; ++k) {
     const float* source = picture.plane[k].z[r];
     for (int32_t x = 0; x < picture.Width(); ++x) {
-      const double value = rounding(source[x] * kSteps, x);
-      const bool inside = value >= 0 && value <= kMost;  // false for a NaN
+      const double value = source[x] * kSteps + added(x);
+      const bool inside = value >= 0 && value < kMost + 1;  // false for a NaN
       moved += !inside;
       target[size_t(x) * channels + k] = static_cast<T>(inside ? value : value > 0 ? kMost : 0);
     }
@@ -79,7 +77,7 @@ void UnpackRow(const Samples& row, int32_t r, Picture& picture) { UnpackFrom(row
 int64_t PackRow(const Picture& picture, int32_t r, Samples& row) { return PackInto(picture, r, row, 0); }
 
 int64_t PackRowDithered(const Picture& picture, int32_t r, int32_t y, Samples& row) {
-  return Pack<uint8_t>(picture, r, row.channels, row.Row(0), ByThreshold{DitherRowOf(y)});
+  return Pack<uint8_t>(picture, r, row.channels, row.Row(0), Threshold{DitherRowOf(y)});
 }
 
 Picture ToPicture(const Samples& samples) {

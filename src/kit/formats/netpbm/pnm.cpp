@@ -1,4 +1,5 @@
 // PBM, PGM and PPM, as words or as bytes. Written are PGM and PPM as bytes.
+#include <algorithm>
 #include <cstring>
 
 #include "kit/failure.h"
@@ -81,11 +82,14 @@ template <typename T>
 void InChannels(const uint8_t* row, int32_t width, int32_t from, int32_t to, uint8_t* target) {
   const T* source = reinterpret_cast<const T*>(row);
   T* result = reinterpret_cast<T*>(target);
+  if (from == to) {
+    std::copy_n(source, int64_t{width} * to, result);
+    return;
+  }
   for (int32_t x = 0; x < width; ++x, source += from, result += to)
     for (int32_t k = 0; k < to; ++k)
-      result[k] = from == to ? source[k]
-                  : to == 3  ? source[0]
-                             : static_cast<T>((299u * source[0] + 587u * source[1] + 114u * source[2] + 500) / 1000);
+      result[k] =
+          to == 3 ? source[0] : static_cast<T>((299u * source[0] + 587u * source[1] + 114u * source[2] + 500) / 1000);
 }
 
 class PnmWriter {
