@@ -122,11 +122,7 @@ TEST_CASE("what is said and gets lost is a failure, with a word unless the reade
   test::Command quiet = KitCommand(folder, "shrink a.png b.png");
   quiet.output = "/dev/full";
   CHECK(test::Run(quiet).exitCode == 0);
-  const test::Outcome gone =
-      test::Run({.arguments = {"-c",
-                               "for i in 1 2 3 4 5 6 7 8; do w=\"$w $1\"; done; \"$0\" info $w | true; echo "
-                               "${PIPESTATUS[0]}",
-                               test::NorvkitExecutable(), folder / "a.png"},
-                 .executable = "/bin/bash"});
+  const test::Outcome gone = test::Shell(
+      folder, "for i in 1 2 3 4 5 6 7 8; do w=\"$w $PWD/a.png\"; done; $k info $w | true; echo ${PIPESTATUS[0]}");
   CHECK((gone.output == "1\n" && gone.errors.empty()));
 }

@@ -8,20 +8,7 @@
 using namespace norv;
 using test::Contains;
 using test::KitIn;
-
-namespace {
-
-// A line of bash in the folder, $k being norvkit.
-test::Outcome Bash(const test::ScratchFolder& folder, const std::string& line) {
-  std::string norvkit;
-  for (const std::string& word : test::EmulatorWords()) norvkit += word + " ";
-  return test::Run({.arguments = {"-c", "set -o pipefail; " + line},
-                    .environment = {"k=" + norvkit + test::NorvkitExecutable()},
-                    .executable = "/bin/bash",
-                    .directory = folder.Path()});
-}
-
-}  // namespace
+using test::Shell;
 
 TEST_CASE("pipes carry the bytes that files have, in every format") {
   const test::ScratchFolder folder;
@@ -33,8 +20,8 @@ TEST_CASE("pipes carry the bytes that files have, in every format") {
     REQUIRE(KitIn(folder, "shrink a.png " + small).exitCode == 0);
     REQUIRE(KitIn(folder, "enlarge --no-receipt --method cubic " + small + " " + large).exitCode == 0);
     const test::Outcome piped =
-        Bash(folder, "cat a.png | $k shrink - - --to " + ending +
-                         " | $k enlarge --no-receipt --method cubic - - --to '" + codec->name + "'");
+        Shell(folder, "cat a.png | $k shrink - - --to " + ending +
+                          " | $k enlarge --no-receipt --method cubic - - --to '" + codec->name + "'");
     CAPTURE(piped.errors);
     CHECK(piped.exitCode == 0);
     CHECK(piped.output == test::ReadBytes(folder / large));
@@ -45,8 +32,13 @@ TEST_CASE("pipes carry the bytes that files have, in every format") {
   const test::Outcome other = KitIn(folder, "shrink a.png d.png --to tiff");
   CHECK(Contains(other.errors, "d.png is written as TIFF"));
   CHECK(test::ReadBytes(folder / "d.png") == test::ReadBytes(folder / "b.tif"));
-  CHECK(Bash(folder, "mkfifo f; cat a.png > f & $k shrink f e.png; $k info <(cat a.png)").exitCode == 0);
+  CHECK(Shell(folder, "mkfifo f; cat a.png > f & $k shrink f e.png; $k info <(cat a.png)").exitCode == 0);
   CHECK(test::ReadBytes(folder / "e.png") == test::ReadBytes(folder / "b.png"));
+  // More than is taken from a pipe at a time.
+  CHECK(
+      Shell(folder,
+            "$k testcard g.ppm --size 900x500; $k shrink g.ppm h.ppm; cat g.ppm | $k shrink - - --to ppm | cmp - h.ppm")
+          .exitCode == 0);
 }
 
 TEST_CASE("what fails leaves nothing on standard output, and what cannot be meant says what to type") {
@@ -67,7 +59,7 @@ TEST_CASE("what fails leaves nothing on standard output, and what cannot be mean
         Line{"$k shrink /dev/zero b.png", 1, "/dev/zero brings no picture"},
         Line{"$k shrink a.png - --to png > /dev/full", 1, "standard output: No space left"},
         Line{"$k new-net -", 1, "./-"}}) {
-    const test::Outcome outcome = Bash(folder, line.words);
+    const test::Outcome outcome = Shell(folder, line.words);
     CAPTURE(std::string(line.words));
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == line.exitCode);
@@ -75,7 +67,7 @@ TEST_CASE("what fails leaves nothing on standard output, and what cannot be mean
     CHECK(outcome.output.empty());
   }
   CHECK(std::distance(std::filesystem::directory_iterator(folder.Path()), {}) == 1);
-  CHECK(Bash(folder, "$k testcard - --to pfm --size 999x999 | head -c 1").output == "P");  // and does not hang
+  CHECK(Shell(folder, "$k testcard - --to pfm --size 999x999 | head -c 1").output == "P");  // and does not hang
 
   for (const char* line : {"shrink a.png - --to png", "shrink - b.png"}) {
     test::TerminalRun run(

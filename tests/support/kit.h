@@ -33,4 +33,14 @@ inline Outcome KitIn(const ScratchFolder& folder, const std::string& line, const
   return Run({.arguments = Words(line, more), .executable = NorvkitExecutable(), .directory = folder.Path()});
 }
 
+// A line of bash in the folder, $k being norvkit.
+inline Outcome Shell(const ScratchFolder& folder, const std::string& line) {
+  std::string norvkit;
+  for (const std::string& word : EmulatorWords()) norvkit += word + " ";
+  return Run({.arguments = {"-c", "set -o pipefail; " + line},
+              .environment = {"k=" + norvkit + NorvkitExecutable()},
+              .executable = "/bin/bash",
+              .directory = folder.Path()});
+}
+
 }  // namespace norv::test
