@@ -1,5 +1,7 @@
 #include "kit/pictures/picture_samples.h"
 
+#include <limits>
+
 #include "kit/formats/dither.h"
 #include "kit/pictures/picture.h"
 
@@ -52,13 +54,14 @@ void UnpackFrom(const Samples& samples, int32_t sampleRow, int32_t r, Picture& p
   unpack(samples.Row(sampleRow), r, picture);
 }
 
-// Floats keep what lies beyond black and white.
+// Floats keep what lies beyond black and white. Of what is no number there is one kind in files, as everywhere.
 int64_t PackFloats(const Picture& picture, int32_t r, int32_t channels, uint8_t* row) {
   float* target = reinterpret_cast<float*>(row);
   for (int32_t k = 0; k < channels; ++k) {
     const float* source = picture.plane[k].z[r];
     for (int32_t x = 0; x < picture.Width(); ++x)
-      target[size_t(x) * channels + k] = static_cast<float>(source[x] / 255.0);
+      target[size_t(x) * channels + k] =
+          source[x] == source[x] ? static_cast<float>(source[x] / 255.0) : std::numeric_limits<float>::quiet_NaN();
   }
   return 0;
 }
