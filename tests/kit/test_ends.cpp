@@ -90,10 +90,12 @@ TEST_CASE("a training that is interrupted before it learns leaves nothing behind
   for (const char* name : {"pictures/a.png", "pictures/b.png", "pictures/v.png"})
     REQUIRE(KitIn(folder, std::string("testcard ") + name + " --size 500x400").exitCode == 0);
   const std::vector<std::string> before = FilesIn(folder.Path());
+  // An emulator loses signals while it begins.
+  const double begun = test::EmulatorWords().empty() ? 0 : 2;
   for (const double after : {0.02, 0.1, 0.15, 0.2, 0.25}) {
     test::Command command = KitCommand(folder, "train pictures out --hidden 4 --valid v.png --epochs 100000");
     command.signal = SIGTERM;
-    command.after = after;
+    command.after = begun + after;
     const test::Outcome outcome = test::Run(command);
     CAPTURE(outcome.errors);
     CHECK(outcome.exitCode == 130);
