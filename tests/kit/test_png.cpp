@@ -74,6 +74,16 @@ TEST_CASE("every depth, number of channels, size and choice comes back, with the
     for (const int kind : {0, 1, 2}) CheckFile(Sample({40, 4000, 3, 8}, kind), compression);
 }
 
+TEST_CASE("a strip refers to what stands above it, and a row takes the filter that suits it") {
+  Samples again = Sample({600, 4000, 1, 8}, 0), slope({600, 4000, 1, 8});
+  for (int32_t r = 0; r < again.height; ++r) {
+    if (r >= 16) std::copy_n(again.Row(r - 16), again.RowBytes(), again.Row(r));
+    for (int32_t x = 0; x < slope.width; ++x) slope.Row(r)[x] = static_cast<uint8_t>(x * x / 64 + r * r / 16);
+  }
+  CHECK(kPng.Encode(again, {.compression = 6}).size() < 3 * 16 * again.RowBytes());
+  CHECK(kPng.Encode(slope, {}).size() < 100000);
+}
+
 TEST_CASE("drawings and text gain by matches, and more trouble makes a smaller file") {
   int64_t moved = 0;
   for (const Samples& drawing : {ToSamples(AllRows(DrawTestCard(300, 200)), 8, moved), Page(1200, 300)}) {
