@@ -43,7 +43,8 @@ struct Prepared {
 }
 
 int WaitFor(pid_t child) {
-  const auto deadline = std::chrono::steady_clock::now() + 60s;
+  // An emulator takes its time.
+  const auto deadline = std::chrono::steady_clock::now() + (EmulatorWords().empty() ? 60s : 1800s);
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {
     if (std::chrono::steady_clock::now() > deadline) kill(child, SIGKILL);
