@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "restore/blocks/row_runs.h"
-
 namespace norv {
 namespace {
 
@@ -30,12 +28,14 @@ void ForMaskRows(const BitMask& mask, StandingTeam& team, const Body& body) {
 
 }  // namespace
 
-void MarkEdges(BitMask& mask, const matrix& plane, float threshold, StandingTeam& team) {
+void MarkEdges(BitMask& mask, const matrix& plane, float threshold, StandingTeam& team, Range rows) {
   if (mask.Empty()) mask.Resize(plane.m, plane.n);
   ForMaskRows(mask, team, [&](int32_t begin, int32_t end) {
-    for (int32_t r = std::max(begin, 1); r < std::min(end, plane.n - 1); ++r)
+    const Range inner = RowsWithin({std::max<int64_t>(begin, rows.begin), std::min<int64_t>(end, rows.end)}, plane.n);
+    for (int64_t r = std::max<int64_t>(inner.begin, 1); r < std::min<int64_t>(inner.end, plane.n - 1); ++r)
       for (int32_t c = 1; c < plane.m - 1; ++c)
-        if (IsEdge(plane.z[r - 1] + c, plane.z[r] + c, plane.z[r + 1] + c, threshold * threshold)) mask.Set(r, c);
+        if (IsEdge(plane.z[r - 1] + c, plane.z[r] + c, plane.z[r + 1] + c, threshold * threshold))
+          mask.Set(static_cast<int32_t>(r), c);
   });
 }
 

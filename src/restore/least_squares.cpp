@@ -22,6 +22,7 @@ class Solver {
         std::copy_n(y_.z[i], y_.m, run.residual[i]);
       for (int64_t i = run.smallRows.begin; i < run.smallRows.end; ++i) Reduce(x, i, run);
     });
+    ExchangeRows(scratch_.peers, scratch_.reducedDirection, scratch_.smallRows);
     const float sum = Backward(nullptr, &x, 1);
     ForRuns([&](SolverRun& run) {
       for (int64_t r = run.direction.Window().begin; r < run.direction.Window().end; ++r)
@@ -32,13 +33,18 @@ class Solver {
 
   // p = beta p + g, q0 = R p; the sum of the squares of q0 and of every D p.
   float Forward(float beta) {
-    return Sum([&](SolverRun& run) { ForwardRun(run, beta); });
+    const float sum = Sum([&](SolverRun& run) { ForwardRun(run, beta); });
+    ExchangeRows(scratch_.peers, scratch_.reducedDirection, scratch_.smallRows);
+    return sum;
   }
 
   // x += alpha p (x may be missing), r0 -= alpha q0, s -= alpha D p, g = R' r0 + D' s; the sum of g^2. p: another plane
   // in place of the direction, or null.
   float Backward(matrix* x, const matrix* p, float alpha) {
-    return Sum([&](SolverRun& run) { BackwardRun(run, x, p ? PlaneRows(*p) : run.direction.Rows(), alpha); });
+    const float sum =
+        Sum([&](SolverRun& run) { BackwardRun(run, x, p ? PlaneRows(*p) : run.direction.Rows(), alpha); });
+    ExchangeRows(scratch_.peers, scratch_.gradient, scratch_.largeRows);
+    return sum;
   }
 
   // x += alpha p alone.
@@ -62,9 +68,10 @@ class Solver {
       for (int64_t b = run.blocks.begin; b < run.blocks.end; ++b) SumOf(b) = {};
       work(run);
     });
+    GatherBlocks(scratch_.peers, std::as_writable_bytes(std::span(scratch_.sums)), sizeof(SquareSum), scratch_.cut);
     SquareSum sum = SumOf(0);
     for (int64_t b = 1; b < scratch_.cut.Blocks(); ++b) sum.Add(SumOf(b));
-    return sum.Total();
+    return FromFirst(scratch_.peers, sum.Total());
   }
   SquareSum& SumOf(int64_t block) { return scratch_.sums[static_cast<size_t>(block)]; }
   double* SumsOfRow(int64_t r) { return SumOf(scratch_.cut.BlockOf(r)).parts; }
@@ -157,24 +164,35 @@ class StepCount {
 
 }  // namespace
 
-SolverScratch::SolverScratch(const FilterPair& pair, const RowRuns& rowRuns)
+SolverScratch::SolverScratch(const FilterPair& pair, const RowRuns& rowRuns, Peers& among)
     : direction(pair.Factor() * pair.SmallWidth(), pair.Factor() * pair.SmallHeight()),
       gradient(direction.m, direction.n),
       residual(pair.SmallWidth(), pair.SmallHeight()),
       reducedDirection(residual.m, residual.n),
       cut(rowRuns),
-      sums(static_cast<size_t>(rowRuns.Blocks())) {
-  const auto together = [](Range a, Range b) { return Range{std::min(a.begin, b.begin), std::max(a.end, b.end)}; };
-  for (int32_t i = 0; i < cut.Runs(); ++i) {
-    const Range blocks = cut.BlocksOf(i), rows = cut.Rows(blocks), small = cut.SmallRows(blocks);
-    // Differences look at the row below; those of the row above add to the run's first one.
+      sums(static_cast<size_t>(rowRuns.Blocks())),
+      peers(among) {
+  const auto rowsOf = [&](Range blocks) { return cut.Rows(blocks); };
+  const auto smallOf = [&](Range blocks) { return cut.SmallRows(blocks); };
+  // Differences look at the row below; those of the row above add to the first one.
+  const auto largeSeen = [&](Range blocks) {
+    const Range rows = cut.Rows(blocks);
     const Range around{std::max<int64_t>(rows.begin - 1, 0), std::min<int64_t>(rows.end + 1, direction.n)};
+    return RowsTogether(around, pair.Sources(cut.SmallRows(blocks)));
+  };
+  const auto smallSeen = [&](Range blocks) {
+    return RowsTogether(cut.SmallRows(blocks), pair.Shares(cut.Rows(blocks)));
+  };
+  largeRows = RowsOfEach(cut, rowsOf, largeSeen);
+  smallRows = RowsOfEach(cut, smallOf, smallSeen);
+  for (int32_t i = 0; i < cut.Runs(); ++i) {
+    const Range blocks = cut.BlocksOf(i), rows = rowsOf(blocks), small = smallOf(blocks);
     runs.push_back({i,
                     blocks,
                     rows,
                     small,
-                    {direction, rows, together(around, pair.Sources(small))},
-                    {residual, small, together(small, pair.Shares(rows))},
+                    {direction, rows, largeSeen(blocks)},
+                    {residual, small, smallSeen(blocks)},
                     FilterLines(pair)});
   }
 }

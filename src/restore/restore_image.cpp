@@ -34,14 +34,16 @@ struct PlanePair {
 };
 
 // A thread makes some rows at a time by themselves and copies them to where they belong while they are in its cache.
-void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMask& mask, StandingTeam& team) {
-  const int32_t f = parameters.factor;
+void EnlargeObserved(PlanePair& pair, Range own, const RestoreParameters& parameters, BitMask& mask,
+                     StandingTeam& team) {
+  const int32_t f = parameters.factor, reach = MarkingReach(parameters);
   const ResampleTable across = EnlargementTable(pair.observed.m, f);
   matrix enlarged(f * pair.observed.m, f * pair.observed.n);
-  team.ForParts(enlarged.n, kLeastRowsOfPart, [&](int64_t begin, int64_t end) {
+  const Range made = RowsWithin({own.begin - reach, own.end + reach}, enlarged.n);
+  team.ForParts(made.end - made.begin, kLeastRowsOfPart, [&](int64_t begin, int64_t end) {
     constexpr int64_t kRowsAtOnce = 256;
     matrix some;
-    for (; begin < end; begin += kRowsAtOnce) {
+    for (begin += made.begin, end += made.begin; begin < end; begin += kRowsAtOnce) {
       const int32_t first = static_cast<int32_t>(begin),
                     count = static_cast<int32_t>(std::min(kRowsAtOnce, end - begin));
       ResampleSeparable(pair.observed, some, across, EnlargementTablePart(f, first, count));
@@ -49,20 +51,28 @@ void EnlargeObserved(PlanePair& pair, const RestoreParameters& parameters, BitMa
     }
   });
   pair.working->swap(enlarged);
-  if (parameters.type == kMarkingType) MarkEdges(mask, *pair.working, parameters.edgeThreshold, team);
+  if (parameters.type == kMarkingType)
+    MarkEdges(mask, *pair.working, parameters.edgeThreshold, team, {own.begin - reach + 1, own.end + reach - 1});
 }
 
-// Enlarges every plane, then restores the first `restored` and the last one if it was kept aside.
-void RestorePlanes(std::vector<PlanePair>& planes, int32_t restored, bool lastToo, BitMask& mask,
+// Enlarges every plane, then restores the first `restored` and the last one if it was kept aside. What was observed is
+// at hand as the part says, and its own rows remain.
+void RestorePlanes(std::vector<PlanePair>& planes, const ImagePart& part, int32_t restored, bool lastToo, BitMask& mask,
                    const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
-  for (PlanePair& pair : planes) EnlargeObserved(pair, parameters, mask, team);
+  const Range own = part.CutFor(parameters).OwnRows();
+  for (PlanePair& pair : planes) {
+    pair.observed = Spread(std::move(pair.observed), static_cast<int32_t>(part.rows.begin), part.height);
+    EnlargeObserved(pair, own, parameters, mask, team);
+  }
   GrowMask(mask, parameters.factor / 2, team);
   for (size_t k = 0; k < planes.size(); ++k)
     if (k < static_cast<size_t>(restored) || (lastToo && k + 1 == planes.size()))
-      restore(*planes[k].working, mask, planes[k].observed, parameters, progress, team);
+      restore(*planes[k].working, mask, planes[k].observed, parameters, progress, team, part.peers);
+  for (PlanePair& pair : planes) *pair.working = RowsAlone(std::move(*pair.working), own);
 }
 
-void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
+void RestoreCounted(FloatImage& image, const ImagePart& part, const RestoreParameters& parameters, Progress* progress,
+                    StandingTeam& team) {
   image.mask = BitMask();
   const int32_t format = image.format;
   const bool fourthAside = ModelOf(format) == kWithFourth;
@@ -81,8 +91,8 @@ void RestoreCounted(FloatImage& image, const RestoreParameters& parameters, Prog
   }
   for (int32_t p = image.planes - 1; p >= 0; --p)
     planes.insert(planes.begin(), PlanePair{std::move(image.plane[p]), &image.plane[p]});
-  RestorePlanes(planes, std::min(representation.restored, image.planes), fourthAside, image.mask, parameters, progress,
-                team);
+  RestorePlanes(planes, part, std::min(representation.restored, image.planes), fourthAside, image.mask, parameters,
+                progress, team);
   if (!parameters.keepMask) image.mask = BitMask();
   image.RefreshSize();
   if (representation.decorrelated) TransformColours(image, Transposed(decorrelating), team);
@@ -101,6 +111,12 @@ void RestoreBand(const FloatImage& source, FloatImage& destination, int32_t row,
 
 }  // namespace
 
+Range RowsAtHand(const RestoreParameters& parameters, int32_t height, bool decorrelated, const Peers& peers) {
+  if (decorrelated || peers.Count() == 1) return {0, height};
+  const RowRuns cut(height, parameters.factor, 1, peers.Number(), peers.Count());
+  return ObservedRows(parameters, cut, cut.BlocksOfPart(peers.Number()));
+}
+
 int32_t PlanesWhileWorking(const RestoreParameters& parameters, int32_t format) {
   const ColourModel* model = FindModel(WorkingFormat(parameters, format));
   return model ? model->planes : 3;
@@ -116,16 +132,26 @@ void CheckRestoration(const RestoreParameters& parameters, int32_t width, int32_
 }
 
 void RestoreImage(FloatImage& image, const RestoreParameters& parameters, Progress* progress, StandingTeam& team) {
-  CheckRestoration(parameters, image.width, image.height, image.format);
+  RestoreImage(image, ImagePart::Whole(image.height), parameters, progress, team);
+}
+
+void RestoreImage(FloatImage& image, const ImagePart& part, const RestoreParameters& parameters, Progress* progress,
+                  StandingTeam& team) {
+  CheckRestoration(parameters, image.width, part.height, image.format);
   if (image.count == 0) return;
   DemandMemory(RestorationMemory(parameters, image.width, image.height, image.format, team.Threads()));
-  RestoreCounted(image, parameters, progress, team);
+  RestoreCounted(image, part, parameters, progress, team);
 }
 
 void RestorePlanes(std::span<matrix> planes, const RestoreParameters& parameters, Progress* progress,
                    StandingTeam& team) {
+  RestorePlanes(planes, ImagePart::Whole(planes[0].n), parameters, progress, team);
+}
+
+void RestorePlanes(std::span<matrix> planes, const ImagePart& part, const RestoreParameters& parameters,
+                   Progress* progress, StandingTeam& team) {
   const int32_t width = planes[0].m, height = planes[0].n, count = static_cast<int32_t>(planes.size());
-  CheckRestoration(parameters, width, height, kDefaultFormat);
+  CheckRestoration(parameters, width, part.height, kDefaultFormat);
   if (planes[0].mn == 0) return;
   DemandMemory(PlanesMemory(parameters, width, height, count, team.Threads()));
   std::vector<PlanePair> pairs;
@@ -134,7 +160,7 @@ void RestorePlanes(std::span<matrix> planes, const RestoreParameters& parameters
     pairs.push_back({std::move(plane), result});
   }
   BitMask mask;
-  RestorePlanes(pairs, count, false, mask, parameters, progress, team);
+  RestorePlanes(pairs, part, count, false, mask, parameters, progress, team);
 }
 
 void RestoreImageThreaded(FloatImage& image, const RestoreParameters& parameters, int32_t threads) {

@@ -15,21 +15,22 @@ namespace {
 class PlaneRestorer {
  public:
   PlaneRestorer(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
-                Progress* progress, StandingTeam& team)
+                Progress* progress, StandingTeam& team, Peers& peers)
       : working_(working),
         observed_(observed),
         parameters_(parameters),
         recipe_(RecipeOf(parameters.type)),
         progress_(progress),
         team_(team),
-        cut_(observed.n, parameters.factor, team.Threads()),
+        peers_(peers),
+        cut_(observed.n, parameters.factor, team.Threads(), peers.Number(), peers.Count()),
         mask_(parameters.type == kMarkingType ? DilateMask(mask, team) : mask),
         pixels_(mask_, parameters.factor * observed.n, team) {}
 
   void Run() {
     Iterate(recipe_.first, true);
     if (recipe_.secondPass && parameters_.emphasis > 0 && parameters_.iterations != 0) {
-      EmphasiseDeviations(working_, observed_, mask_, parameters_.factor, parameters_.emphasis, team_);
+      EmphasiseDeviations(working_, observed_, mask_, parameters_.factor, parameters_.emphasis, team_, cut_.OwnRows());
       Iterate(recipe_.first, recipe_.followField);
     }
     if (!recipe_.tail.terms.empty()) terms_.clear();
@@ -40,7 +41,7 @@ class PlaneRestorer {
   // What the first update step needs.
   void Prepare() {
     pair_.emplace(UpdateFilter(parameters_), parameters_.factor, observed_.m, observed_.n);
-    scratch_.emplace(*pair_, cut_);
+    scratch_.emplace(*pair_, cut_, peers_);
     if (working_.mn > 0) return;
     working_.dim(scratch_->direction.m, scratch_->direction.n);
     working_.fill(0);
@@ -52,14 +53,16 @@ class PlaneRestorer {
     if (!pair_) Prepare();
     if (terms_.empty()) MakeTerms(stage);
     for (int64_t i = 0; i < iterations; ++i) {
-      if (needsField_ && followField)
-        FindOrientation(field_, working_, static_cast<double>(parameters_.factor) * parameters_.orientationScale,
-                        team_);
+      ExchangeRows(peers_, working_, seen_);
+      if (needsField_ && followField) FindOrientation(field_, working_, Smoothing(), team_, cut_.WeighedRows());
       for (const auto& term : terms_) term->Weigh(working_, team_);
       if (!Update(parameters_.steps / stage.stepDivisor)) return;
       if (progress_) progress_->Advance();
     }
   }
+
+  // Of the orientation field, in pixels of the enlarged plane.
+  double Smoothing() const { return static_cast<double>(parameters_.factor) * parameters_.orientationScale; }
 
   bool Update(int32_t steps) {
     std::vector<DifferenceTerm*> terms;
@@ -82,6 +85,12 @@ class PlaneRestorer {
       terms_.push_back(row->make(setting));
       needsField_ |= row->field != FieldUse::none;
     }
+    seen_ = scratch_->largeRows;
+    for (size_t part = 0; needsField_ && part < seen_.seen.size(); ++part) {
+      const Range weighed{seen_.own[part].begin - 1, seen_.own[part].end};
+      seen_.seen[part] =
+          RowsTogether(seen_.seen[part], OrientationSources(weighed, Smoothing(), working_.m, working_.n));
+    }
   }
 
   matrix& working_;
@@ -90,11 +99,13 @@ class PlaneRestorer {
   const Recipe& recipe_;
   Progress* progress_;
   StandingTeam& team_;
+  Peers& peers_;
   const RowRuns cut_;
   BitMask mask_;  // the dilated one for the masked type, else the image's
   PixelList pixels_;
   std::optional<FilterPair> pair_;
   std::optional<SolverScratch> scratch_;
+  RowsOfPeers seen_;  // of the working plane, in an iteration
   OrientationField field_;
   std::vector<std::unique_ptr<DifferenceTerm>> terms_;
   bool needsField_ = false;
@@ -103,8 +114,25 @@ class PlaneRestorer {
 }  // namespace
 
 void restore(matrix& working, const BitMask& mask, const matrix& observed, const RestoreParameters& parameters,
-             Progress* progress, StandingTeam& team) {
-  if (observed.mn > 0) PlaneRestorer(working, mask, observed, parameters, progress, team).Run();
+             Progress* progress, StandingTeam& team, Peers& peers) {
+  if (observed.mn > 0) PlaneRestorer(working, mask, observed, parameters, progress, team, peers).Run();
+}
+
+// A mask is dilated upwards by one row, having grown by half a small pixel from marks that look at one row beyond.
+int32_t MarkingReach(const RestoreParameters& parameters) {
+  return parameters.type == kMarkingType ? parameters.factor / 2 + 2 : 0;
+}
+
+Range ObservedRows(const RestoreParameters& parameters, const RowRuns& cut, Range blocks) {
+  constexpr int64_t kOfEnlargement = 6;  // half of the nine taps, and one for what they begin with
+  int64_t reach = kOfEnlargement + MarkingReach(parameters) / parameters.factor + 1;
+  if (HasUpdates(parameters)) {
+    matrix taps;
+    BuildTaps(taps, parameters.factor, UpdateFilter(parameters));
+    reach = std::max<int64_t>(reach, taps.mn / parameters.factor + 2);
+  }
+  const Range own = cut.SmallRows(blocks);
+  return RowsWithin({own.begin - reach, own.end + reach}, cut.SmallRows({0, cut.Blocks()}).end);
 }
 
 FilterChoice UpdateFilter(const RestoreParameters& parameters) {
@@ -125,10 +153,11 @@ int64_t PlaneWork(const RestoreParameters& parameters) {
 }
 
 void EmphasiseDeviations(matrix& working, const matrix& observed, const BitMask& mask, int32_t f, float amount,
-                         StandingTeam& team) {
+                         StandingTeam& team, Range rows) {
   const bool masked = !mask.Empty() && mask.width == working.m && mask.height == working.n;
-  ForRows(team, working.m, working.n, [&](int64_t begin, int64_t end) {
-    for (int64_t r = begin; r < end; ++r)
+  const Range which = RowsWithin(rows, working.n);
+  ForRows(team, working.m, which.end - which.begin, [&](int64_t begin, int64_t end) {
+    for (int64_t r = which.begin + begin; r < which.begin + end; ++r)
       for (int32_t c = 0; c < working.m; ++c) {
         if (masked && !mask.Get(static_cast<int32_t>(r), c)) continue;
         float& x = working.z[r][c];

@@ -110,6 +110,7 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
     std::string path;
     SampleSource samples;
     Samples row;
+    int32_t next = 0;
   };
   const ByteSource bytes = FromFile(path);
   SampleSource samples = Naming(InputName(path), [&] { return OpenUpright(InputName(path), bytes, choice); });
@@ -122,11 +123,12 @@ PictureSource OpenPicture(const std::string& path, const ReadChoice& choice) {
                 state->samples.read(state->row, 0, 1);
                 UnpackRow(state->row, r, rows);
               }
+              state->next += count;
             });
           },
           [state](int32_t first, int32_t) {  // rows of compressed files are known by those before them
             Naming(state->path, [&] {
-              for (int32_t r = 0; r < first; ++r) state->samples.read(state->row, 0, 1);
+              for (; state->next < first; ++state->next) state->samples.read(state->row, 0, 1);
             });
           }};
 }

@@ -33,18 +33,19 @@ class PictureWindow {
     return rows;
   }
 
-  bool MayBePart() const { return from_.only != nullptr; }
-  // Windows show these rows alone.
+  const PictureSource& From() const { return from_; }
+  // Windows show these rows alone, of which some may have been shown at last.
   void Only(RowRange rows) {
-    from_.only(rows.first, rows.End());
-    next_ = rows.first;
+    next_ = std::clamp(next_, rows.first, rows.End());
     end_ = rows.End();
+    part_ = true;
+    if (next_ < end_) from_.only(next_, end_);
   }
 
   // Reads what is left, so that damage there does not go unnoticed, and closes the source.
   void Close() {
     SkipTo(end_);
-    from_ = {};
+    if (!part_) from_ = {};
   }
 
  private:
@@ -64,6 +65,7 @@ class PictureWindow {
   Picture kept_;
   int32_t keptFrom_ = 0, next_ = 0;  // the row of the source that is read next
   int32_t end_;                      // behind the last one
+  bool part_ = false;
 };
 
 // Rows of a strip: with what it is made of it is of moderate size, so that what is done to it happens in the cache and
@@ -85,12 +87,14 @@ class StripMaker {
         ahead_(threads),
         end_(shape.height) {}
 
-  bool MayBePart() const { return window_.MayBePart(); }
+  const PictureSource& From() const { return window_.From(); }
   // Strips begin and end where they might have without it.
   void Only(int32_t first, int32_t end) {
-    next_ = first / kStripUnit * kStripUnit;
+    strip_ = Picture();
+    taken_ = 0;
+    next_ = first / kStripStep * kStripStep;
     passed_ = first - next_;
-    end_ = std::min((end + kStripUnit - 1) / kStripUnit * kStripUnit, shape_.height);
+    end_ = std::min((end + kStripStep - 1) / kStripStep * kStripStep, shape_.height);
     if (first < end) window_.Only(work_->needs({next_, end_ - next_}));
   }
 
@@ -141,7 +145,9 @@ class StripMaker {
 PictureSource InStrips(PictureSource from, const PictureShape& shape, StripWork work, int32_t threads) {
   const auto maker = std::make_shared<StripMaker>(std::move(from), shape, std::move(work), threads);
   PictureSource made{shape, [maker](Picture& rows, int32_t at, int32_t count) { maker->Read(rows, at, count); }};
-  if (maker->MayBePart()) made.only = [maker](int32_t first, int32_t end) { maker->Only(first, end); };
+  if (maker->From().only) made.only = [maker](int32_t first, int32_t end) { maker->Only(first, end); };
+  made.joint = maker->From().joint;
+  made.jointBelow = made.joint != nullptr;
   return made;
 }
 

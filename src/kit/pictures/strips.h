@@ -14,8 +14,9 @@ struct RowRange {
   int32_t End() const { return first + rows; }
 };
 
-// Strips begin at multiples of so many rows, which every whole factor of an enlargement divides.
-inline constexpr int32_t kStripUnit = 32;
+// Strips have multiples of so many rows, and begin at multiples of the other number, which every whole factor of a
+// network's enlargement divides.
+inline constexpr int32_t kStripUnit = 32, kStripStep = 4;
 
 // How rows are made. `needs` says of which rows of the source rows of the result are made; what begins further down
 // needs nothing further up. `make` gets those, perhaps more, and gives the rows; it runs on any thread, several strips

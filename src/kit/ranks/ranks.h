@@ -20,7 +20,8 @@ enum class Topic : int32_t {
   words,     // to the first rank: something to be said
   question,  // to the first rank (service.h)
   answer,    // from it
-  rows,      // between any: parts of planes and their sums
+  rows,      // between any: rows of a picture, or what became of them
+  peers,     // between those who restore a plane together: rows and sums of it
 };
 
 struct Message {
@@ -57,6 +58,9 @@ class Ranks {
 
   // From any thread. Messages of one topic from one rank to another keep their order.
   virtual void Send(int32_t to, Topic topic, const std::string& text);
+  // The same without waiting until it is taken, and the wait for all that was posted.
+  virtual void Post(int32_t to, Topic topic, std::string text);
+  virtual void Settle() {}
   // Waits, which costs no processor; for what comes `soon` it looks all the time at first. The first rank says
   // meanwhile what others have to say. Throws a Failure where a rank has passed, or the run has ended.
   virtual Message Receive(int32_t from, Topic topic, bool soon = false);

@@ -7,6 +7,8 @@
 
 #include "kit/pictures/luminance.h"
 #include "kit/pictures/picture.h"
+#include "kit/ranks/ranks.h"
+#include "kit/scale/joint_strips.h"
 #include "kit/scale/premultiplied.h"
 #include "platform/progress.h"
 #include "platform/threads/standing_team.h"
@@ -24,6 +26,12 @@ class PassedLuminance {
     Premultiply(rows);
     const matrix luminance = LuminanceOf(rows);
     for (int32_t r = 0; r < luminance.n; ++r) rows_.emplace_back(luminance.z[r], luminance.z[r] + luminance.m);
+  }
+  // Rows that are passed over.
+  void SkipTo(int32_t row) {
+    if (row == first_ + static_cast<int32_t>(rows_.size())) return;
+    rows_.clear();
+    first_ = row;
   }
   // Rows first, first + 1, ... as a plane.
   matrix Rows(int32_t first, int32_t count) const {
@@ -69,7 +77,28 @@ class Refiner {
         progress_("Refining", PlaneWork(parameters) * ((height_ + stripRows_ - 1) / stripRows_)) {
     const int32_t rows = std::min(height_, stripRows_ + 2 * margin_), width = large_.shape.width / Factor();
     CheckRestoration(parameters_, width, rows, kDefaultFormat);
-    DemandMemory(PlanesMemory(parameters_, width, rows, 1, team_.Threads()));
+    // Several ranks hold a part of it each.
+    if (!World().AreSeveral()) DemandMemory(PlanesMemory(parameters_, width, rows, 1, team_.Threads()));
+  }
+
+  StripCut Cut() const { return {height_, Factor(), stripRows_, margin_}; }
+
+  // The part of several ranks' strip: its own rows of the result.
+  Picture MakePart(PartReader& reader, const Strip& strip, Peers& peers) {
+    const RowRuns cut(strip.windowRows, Factor(), 1, peers.Number(), peers.Count());
+    const Range own = cut.OwnRows();
+    const int32_t count = static_cast<int32_t>(own.end - own.begin), begin = static_cast<int32_t>(own.begin);
+    Picture rows = reader.Read(strip.windowFirst * Factor() + begin, count);
+    Premultiply(rows);
+    const matrix start = LuminanceOf(rows, team_);
+    DemandMemory(PlanesMemory(parameters_, start.m / Factor(), count / Factor(), 1, team_.Threads()));
+    matrix refined = Spread(start, begin, strip.windowRows * Factor());
+    restore(refined, BitMask(), Observed(strip, cut, peers), parameters_, &progress_, team_, peers);
+    const float* restored = refined.z[begin];
+    for (int32_t k = 0; k < (rows.IsGrey() ? 1 : 3); ++k)
+      for (int64_t i = 0; i < start.mn; ++i) rows.plane[k].x[i] += restored[i] - start.x[i];
+    Unpremultiply(rows);
+    return rows;
   }
 
   void Read(Picture& rows, int32_t at, int32_t count) {
@@ -87,6 +116,20 @@ class Refiner {
 
  private:
   int32_t Factor() const { return parameters_.factor; }
+
+  // The luminance of the strip's window as far as this part of it looks at that: what has passed here, and what has
+  // passed at peers.
+  matrix Observed(const Strip& strip, const RowRuns& cut, Peers& peers) const {
+    const Range own = cut.OwnSmallRows();
+    const int32_t begin = static_cast<int32_t>(own.begin), count = static_cast<int32_t>(own.end - own.begin);
+    passed_->ForgetBefore(strip.windowFirst + begin);
+    matrix observed = Spread(passed_->Rows(strip.windowFirst + begin, count), begin, strip.windowRows);
+    const RowsOfPeers rows = RowsOfEach(
+        cut, [&](Range blocks) { return cut.SmallRows(blocks); },
+        [&](Range blocks) { return ObservedRows(parameters_, cut, blocks); });
+    ExchangeRows(peers, observed, rows);
+    return observed;
+  }
 
   // Lets go of rows that nobody asks for any more, and reads up to the end of the next strip's window.
   void MoveWindow(const Strip& strip) {
@@ -161,17 +204,31 @@ class Refiner {
 PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLuminance>& passed) {
   passed = std::make_shared<PassedLuminance>();
   const PictureShape shape = small.shape;
-  return {shape, [small = std::move(small), passed](Picture& rows, int32_t at, int32_t count) {
-            small.read(rows, at, count);
-            passed->Take(RowsOf(rows, at, count));
-          }};
+  const auto only = small.only;
+  PictureSource made{shape, [small = std::move(small), passed](Picture& rows, int32_t at, int32_t count) {
+                       small.read(rows, at, count);
+                       passed->Take(RowsOf(rows, at, count));
+                     }};
+  if (only) {
+    made.only = [only, passed](int32_t first, int32_t end) {
+      passed->SkipTo(first);
+      only(first, end);
+    };
+  }
+  return made;
 }
 
 PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> passed,
                           const RestoreParameters& parameters, int32_t threads) {
-  const PictureShape shape = large.shape;
-  const auto refiner = std::make_shared<Refiner>(std::move(large), std::move(passed), parameters, threads);
-  return {shape, [refiner](Picture& rows, int32_t at, int32_t count) { refiner->Read(rows, at, count); }};
+  const auto refiner = std::make_shared<Refiner>(large, std::move(passed), parameters, threads);
+  PictureSource made{large.shape,
+                     [refiner](Picture& rows, int32_t at, int32_t count) { refiner->Read(rows, at, count); }};
+  if (!large.only || !World().AreSeveral()) return made;
+  const StripCut cut = refiner->Cut();
+  const auto reader = std::make_shared<PartReader>(std::move(large), 2 * cut.margin * cut.factor);
+  return WithJointStrips(std::move(made), cut, [refiner, reader](const Strip& strip, Peers& peers) {
+    return refiner->MakePart(*reader, strip, peers);
+  });
 }
 
 }  // namespace norv

@@ -7,6 +7,8 @@
 #include "kit/pictures/conversions.h"
 #include "kit/pictures/picture.h"
 #include "kit/pictures/strips.h"
+#include "kit/ranks/ranks.h"
+#include "kit/scale/joint_strips.h"
 #include "kit/scale/premultiplied.h"
 #include "platform/progress.h"
 #include "platform/threads/standing_team.h"
@@ -34,7 +36,21 @@ class StripRestorer {
         byPlanes_(RestoredByPlanes(picture, parameters)),
         team_(threads),
         progress_("Restoring", WorkOfStrip() * ((picture.height + rows_ - 1) / std::max(rows_, 1))) {
-    DemandMemory(RestoredStripMemory(picture, parameters, team_.Threads(), sizes));
+    // Several ranks hold a part of it each.
+    if (!World().AreSeveral()) DemandMemory(RestoredStripMemory(picture, parameters, team_.Threads(), sizes));
+  }
+
+  // The part of several ranks' strip: its own rows of the result.
+  Picture MakePart(PartReader& reader, const Strip& strip, Peers& peers) {
+    const bool decorrelated = !byPlanes_ && RepresentationOf(parameters_.representation).decorrelated;
+    const ImagePart part{strip.windowRows, RowsAtHand(parameters_, strip.windowRows, decorrelated, peers), peers};
+    Picture held = reader.Read(strip.windowFirst + static_cast<int32_t>(part.rows.begin),
+                               static_cast<int32_t>(part.rows.end - part.rows.begin));
+    Premultiply(held);
+    Picture large = Restored(std::move(held), part);
+    large.bits = picture_.bits;
+    Unpremultiply(large);
+    return large;
   }
 
   // Rows of the result.
@@ -48,7 +64,7 @@ class StripRestorer {
 
   Picture Make(Picture held, RowRange which, RowRange made) {
     Premultiply(held);
-    Picture large = Restored(std::move(held));
+    Picture large = Restored(std::move(held), ImagePart::Whole(which.rows));
     large.bits = picture_.bits;
     if (which.rows * parameters_.factor == made.rows) {
       Unpremultiply(large);
@@ -67,13 +83,13 @@ class StripRestorer {
                      : RestorationWork(parameters_, FloatFormatOf(picture_));
   }
 
-  Picture Restored(Picture held) {
+  Picture Restored(Picture held, const ImagePart& part) {
     if (byPlanes_) {
-      RestorePlanes({held.plane.data(), static_cast<size_t>(held.channels)}, parameters_, &progress_, team_);
+      RestorePlanes({held.plane.data(), static_cast<size_t>(held.channels)}, part, parameters_, &progress_, team_);
       return held;
     }
     FloatImage image = ToFloatImage(std::move(held));
-    RestoreImage(image, parameters_, &progress_, team_);
+    RestoreImage(image, part, parameters_, &progress_, team_);
     Picture large = ToPicture(std::move(image));
     return picture_.IsGrey() ? FirstColour(std::move(large)) : std::move(large);
   }
@@ -119,7 +135,14 @@ PictureSource RestoredRows(PictureSource picture, const RestoreParameters& param
       [restorer](Picture held, RowRange which, RowRange made) { return restorer->Make(std::move(held), which, made); },
       restorer->Rows()};
   // One strip after the other, each by the whole team.
-  return InStrips(std::move(picture), shape, std::move(work), 1);
+  PictureSource made = InStrips(picture, shape, std::move(work), 1);
+  made.only = nullptr;  // strips are cut from the top
+  if (!picture.only || !World().AreSeveral()) return made;
+  const StripCut cut{from.height, parameters.factor, RestoredRowsOf(from, parameters.factor, sizes), kRestoreMargin};
+  const auto reader = std::make_shared<PartReader>(std::move(picture), 2 * kRestoreMargin);
+  return WithJointStrips(std::move(made), cut, [restorer, reader](const Strip& strip, Peers& peers) {
+    return restorer->MakePart(*reader, strip, peers);
+  });
 }
 
 }  // namespace norv

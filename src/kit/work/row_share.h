@@ -1,5 +1,5 @@
-// One picture whose rows are made by several ranks: each opens the picture for itself, makes a run of rows and writes
-// it at its places, or, where the format has none, hands it to the first.
+// One picture whose rows are made by several ranks: each opens the picture for itself, makes a run of rows, or pieces
+// of what all make together, and writes them at their places, or, where the format has none, hands them to the first.
 #pragma once
 
 #include <string>
@@ -9,7 +9,8 @@
 
 namespace norv {
 
-// Whether there are ranks to share with, and all steps on the way to this picture know how to make a part of it.
+// Whether there are ranks to share with, and all steps on the way to this picture know how to make a part of it, or one
+// of them how it is made together.
 bool MayShareRows(const PictureSource& made);
 
 // On the first rank, instead of CopyRows(). path: of the result; temporary: the file that it is written to meanwhile;

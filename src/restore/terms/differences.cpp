@@ -12,7 +12,8 @@ CornerRow operator+(CornerRow row, int64_t c) { return {row.first + c, row.secon
 }  // namespace
 
 RunRows::RunRows(int32_t w, const RowRuns& cut)
-    : height_(cut.Height()),
+    : weighed_(cut.WeighedRows()),
+      height_(cut.Height()),
       width_(w),
       stride_(w + 2 * kRowPadding),
       lines_(Zeros<float>(cut.Runs() * kLines * stride_)) {
@@ -49,7 +50,7 @@ void CellTerm::AddAdjoint(float* g, int32_t r, int32_t run) const {
 // ---------------------------------------------------------------------------------------------- isotropic
 
 void IsotropicTerm::Weigh(const matrix& x, StandingTeam& team) {
-  WeighIsotropic(weights_, x, weighting_, team);
+  WeighIsotropic(weights_, x, weighting_, team, rows_.Weighed());
   s1_.dim(weights_.m, weights_.n);
   s2_.dim(weights_.m, weights_.n);
 }
@@ -81,7 +82,7 @@ void IsotropicTerm::Step(const PlaneRows& p, int32_t r, float alpha, int32_t run
 // ------------------------------------------------------------------------------------------- cross and dot
 
 void CrossTerm::Weigh(const matrix& x, StandingTeam& team) {
-  WeighCross(weights_, x, field_, weighting_, team);
+  WeighCross(weights_, x, field_, weighting_, team, rows_.Weighed());
   s_.dim(x.m, x.n);
 }
 
@@ -101,9 +102,10 @@ void CrossTerm::Step(const PlaneRows& p, int32_t r, float alpha, int32_t run) {
 
 void ScaledCrossTerm::Weigh(const matrix& x, StandingTeam& team) {
   // The residual's plane serves as the weights' until the vectors have taken them in.
-  WeighCross(s_, x, field_, weighting_, team);
-  team.ForParts(s_.mn, kPixelsWorthACut, [&](int64_t begin, int64_t end) {
-    for (int64_t i = begin; i < end; ++i) {
+  WeighCross(s_, x, field_, weighting_, team, rows_.Weighed());
+  const int64_t first = rows_.Weighed().begin * s_.m, count = rows_.Weighed().end * s_.m - first;
+  team.ForParts(count, kPixelsWorthACut, [&](int64_t begin, int64_t end) {
+    for (int64_t i = first + begin; i < first + end; ++i) {
       field_.u1.x[i] *= s_.x[i];
       field_.u2.x[i] *= s_.x[i];
     }
@@ -125,8 +127,8 @@ void ScaledCrossTerm::Step(const PlaneRows& p, int32_t r, float alpha, int32_t r
 }
 
 void DirectionalTerm::Weigh(const matrix& x, StandingTeam& team) {
-  WeighCross(crossWeights_, x, field_, cross_, team);
-  WeighDot(dotWeights_, x, field_, dot_, team);
+  WeighCross(crossWeights_, x, field_, cross_, team, rows_.Weighed());
+  WeighDot(dotWeights_, x, field_, dot_, team, rows_.Weighed());
   s_.dim(x.m, x.n);
   t_.dim(x.m, x.n);
 }
@@ -152,7 +154,7 @@ void DirectionalTerm::Step(const PlaneRows& p, int32_t r, float alpha, int32_t r
 // ------------------------------------------------------------------------------------------- listed pixels
 
 void MaskedTerm::Weigh(const matrix& x, StandingTeam& team) {
-  WeighListed(weights_, x, field_, pixels_, weighting_, team);
+  WeighListed(weights_, x, field_, pixels_, weighting_, team, rows_.Weighed());
   s_.resize(weights_.size());
 }
 
@@ -200,7 +202,7 @@ AxisTerm::AxisTerm(int32_t w, const RowRuns& cut, const Weighting& weighting)
     : w_(w), h_(cut.Height()), rows_(w, cut), weighting_(weighting) {}
 
 void AxisTerm::Weigh(const matrix& x, StandingTeam& team) {
-  WeighAxes(across_, down_, x, weighting_, team);
+  WeighAxes(across_, down_, x, weighting_, team, rows_.Weighed());
   s_.dim(across_.m, across_.n);
   t_.dim(down_.m, down_.n);
 }

@@ -31,7 +31,7 @@ class DifferenceTerm {
  public:
   virtual ~DifferenceTerm() = default;
 
-  // The weights of the plane as it stands; dimensions the residual.
+  // The weights of the plane as it stands, for the cut's part; dimensions the residual.
   virtual void Weigh(const matrix& x, StandingTeam& team) = 0;
   // s = 0 as far as the run works on it.
   virtual void Clear(int32_t run) = 0;
@@ -60,6 +60,7 @@ class RunRows {
   void Clear(int32_t run, std::initializer_list<const matrix*> planes) const;
 
   Range RowsOf(int32_t run) const { return rows_[static_cast<size_t>(run)]; }
+  Range Weighed() const { return weighed_; }
   bool IsAbove(int32_t run, int64_t r) const { return r < RowsOf(run).begin; }
 
  private:
@@ -68,6 +69,7 @@ class RunRows {
   // Behind the pairs of rows that are kept stands one of zeros, then the copies.
   static constexpr int64_t kLines = 2 * (kRowsKept + 1) + 2;
   std::vector<Range> rows_;  // of every run
+  Range weighed_;            // of all of them
   int64_t height_, width_, stride_;
   AlignedArray<float> lines_;
 };

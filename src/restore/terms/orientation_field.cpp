@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "platform/memory.h"
-#include "restore/blocks/row_runs.h"
 #include "simd/math/math.h"
 #include "simd/resample/kernels.h"
 
@@ -13,6 +12,12 @@ namespace norv {
 namespace {
 
 constexpr int32_t kComponents = 3;  // of the symmetric tensor
+
+// Folded smoothing looks at all rows from everywhere.
+int64_t ReachOf(const SmoothingTaps& down, int64_t height) {
+  const bool folded = down.offsets.front() == 0 && down.offsets.back() > 0;
+  return folded ? height : down.offsets.back();
+}
 
 // Tensor rows smoothed along themselves, as many as smoothing along columns needs at a time.
 class TensorRows {
@@ -27,7 +32,7 @@ class TensorRows {
         behind_(across.offsets.back()),
         ring_(MakeAligned<float>(static_cast<size_t>(kComponents) * kept_ * x.m)),
         taken_(across.offsets.size()),
-        made_(std::max<int64_t>(first + down.offsets.front(), 0)) {
+        made_(std::max<int64_t>(first - ReachOf(down, x.n), 0)) {
     for (auto& line : lines_) line = MakeAligned<float>(static_cast<size_t>(before_ + x.m + behind_));
   }
 
@@ -85,6 +90,10 @@ void FindRows(OrientationField& field, const matrix& x, const SmoothingTaps& acr
   }
 }
 
+double SmoothingOf(double scale, int32_t width, int32_t height) {
+  return scale > 0 ? std::min(scale, 100.0 * std::max(width, height)) : 0;
+}
+
 }  // namespace
 
 SmoothingTaps GaussianTaps(double scale, int64_t n) {
@@ -105,18 +114,23 @@ SmoothingTaps GaussianTaps(double scale, int64_t n) {
   return taps;
 }
 
-void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team) {
+void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team, Range rows) {
   field.u1.dim(x.m, x.n);
   field.u2.dim(x.m, x.n);
   if (x.mn == 0) return;
-  const double smoothing = scale > 0 ? std::min(scale, 100.0 * std::max(x.m, x.n)) : 0;
+  const double smoothing = SmoothingOf(scale, x.m, x.n);
   const SmoothingTaps across = GaussianTaps(smoothing, x.m), down = GaussianTaps(smoothing, x.n);
-  // Every part makes the tensor of the rows around it once more. Folded smoothing looks at all rows from everywhere.
-  const bool folded = down.offsets.front() == 0 && down.offsets.back() > 0;
-  const int64_t reach = folded ? x.n : down.offsets.back();
-  team.ForParts(x.n, std::max(kPixelsWorthACut / x.m + 1, 4 * reach), [&](int64_t begin, int64_t end) {
-    FindRows(field, x, across, down, {begin, end});
+  // Every part makes the tensor of the rows around it once more.
+  const Range which = RowsWithin(rows, x.n);
+  const int64_t least = std::max(kPixelsWorthACut / x.m + 1, 4 * ReachOf(down, x.n));
+  team.ForParts(which.end - which.begin, least, [&](int64_t begin, int64_t end) {
+    FindRows(field, x, across, down, {which.begin + begin, which.begin + end});
   });
+}
+
+Range OrientationSources(Range rows, double scale, int32_t width, int32_t height) {
+  const int64_t reach = ReachOf(GaussianTaps(SmoothingOf(scale, width, height), height), height);
+  return RowsWithin({rows.begin - reach, rows.end + reach + 1}, height);
 }
 
 }  // namespace norv

@@ -9,6 +9,7 @@
 #include "platform/threads/standing_team.h"
 #include "raster/edges.h"
 #include "restore/blocks/plane_rows.h"
+#include "restore/blocks/row_runs.h"
 #include "simd/restore/kernels.h"
 
 namespace norv {
@@ -23,7 +24,10 @@ struct OrientationField {
 
 // Field of the plane x with the tensor's planes smoothed by a Gaussian of `scale` pixels (radius ceil(3 scale),
 // mirrored edges); 0, less and NaN: no smoothing. Scales beyond 100 times the longer side count as that.
-void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team);
+// rows: that are found; of x those count that OrientationSources() says.
+void FindOrientation(OrientationField& field, const matrix& x, double scale, StandingTeam& team, Range rows = kAllRows);
+// The rows of a plane of that size that some rows of its field are made of.
+Range OrientationSources(Range rows, double scale, int32_t width, int32_t height);
 
 // Weighted neighbours on an axis of n elements: element i gathers the elements MirrorIndex(i + offset) with weights of
 // sum 1. A reach longer than the mirror's period is folded onto one period.

@@ -34,11 +34,13 @@ constexpr TermRow kTerms[] = {
         [](Setting s) -> Made { return std::make_unique<MaskedTerm>(s.w, s.cut, s.cross, s.field, s.pixels); }),
     Row<AxisTerm>(TermKind::axis, FieldUse::none, false,
                   [](Setting s) -> Made { return std::make_unique<AxisTerm>(s.w, s.cut, s.plain); }),
-    Row<ReferenceTerm>(TermKind::reference, FieldUse::none, false,
-                       [](Setting s) -> Made {
-                         return std::make_unique<ReferenceTerm>(ReferencePlane(s.observed, s.factor, s.team), s.cut,
-                                                                s.plain, s.team);
-                       }),
+    Row<ReferenceTerm>(
+        TermKind::reference, FieldUse::none, false,
+        [](Setting s) -> Made {
+          const Range weighed = s.cut.WeighedRows();
+          const matrix reference = ReferencePlane(s.observed, s.factor, s.team, {weighed.begin, weighed.end + 1});
+          return std::make_unique<ReferenceTerm>(reference, s.cut, s.plain, s.team);
+        }),
 };
 
 constexpr const TermRow& RowOf(TermKind kind) { return kTerms[static_cast<size_t>(kind)]; }

@@ -5,7 +5,6 @@
 #include <numeric>
 
 #include "raster/edges.h"
-#include "restore/blocks/row_runs.h"
 #include "simd/restore/kernels.h"
 
 namespace norv {
@@ -44,17 +43,19 @@ static_assert([] {
 }());
 
 template <typename Body>
-void ForEachRow(const matrix& w, StandingTeam& team, const Body& body) {
-  ForRows(team, w.m, w.n, [&](int64_t begin, int64_t end) {
-    for (int64_t r = begin; r < end; ++r) body(static_cast<int32_t>(r));
+void ForEachRow(const matrix& w, Range rows, StandingTeam& team, const Body& body) {
+  const Range which = RowsWithin(rows, w.n);
+  ForRows(team, w.m, which.end - which.begin, [&](int64_t begin, int64_t end) {
+    for (int64_t r = which.begin + begin; r < which.begin + end; ++r) body(static_cast<int32_t>(r));
   });
 }
 
 // Weights of the mirrored cells of every row; `measure` fills a run of a row with their g.
 template <typename Measure>
-void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team, const Measure& measure) {
+void WeighCells(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team, Range rows,
+                const Measure& measure) {
   w.dim(x.m, x.n);
-  ForEachRow(w, team, [&](int32_t r) {
+  ForEachRow(w, rows, team, [&](int32_t r) {
     ForCells(x, r, [&](CellRow cells, int64_t c, int64_t n) { measure(w.z[r] + c, cells, r, c, n); });
     ApplyRule(w.z[r], x.m, weighting, false);
   });
@@ -68,31 +69,32 @@ void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool square
   row.apply(values, n, weighting, squared);
 }
 
-void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team) {
+void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team, Range rows) {
   w.dim(x.m - 1, x.n - 1);
-  ForEachRow(w, team, [&](int32_t r) {
+  ForEachRow(w, rows, team, [&](int32_t r) {
     ActiveRestoreKernels().measureIsotropic(w.z[r], {x.z[r], x.z[r + 1], 1}, w.m);
     ApplyRule(w.z[r], w.m, weighting, true);
   });
 }
 
 void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
-                StandingTeam& team) {
-  WeighCells(w, x, weighting, team, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
+                StandingTeam& team, Range rows) {
+  WeighCells(w, x, weighting, team, rows, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
     ActiveRestoreKernels().measureCross(out, cells, field.Row(r, c), n);
   });
 }
 
-void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
-              StandingTeam& team) {
-  WeighCells(w, x, weighting, team, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
+void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting, StandingTeam& team,
+              Range rows) {
+  WeighCells(w, x, weighting, team, rows, [&](float* out, CellRow cells, int32_t r, int64_t c, int64_t n) {
     ActiveRestoreKernels().measureDot(out, cells, field.Row(r, c), n);
   });
 }
 
-void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team) {
+void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team,
+               Range rows) {
   const auto weigh = [&](matrix& w, int64_t right, int32_t below) {
-    ForEachRow(w, team, [&](int32_t r) {
+    ForEachRow(w, rows, team, [&](int32_t r) {
       ActiveRestoreKernels().measureDifference(w.z[r], x.z[r + below] + right, x.z[r], w.m);
       ApplyRule(w.z[r], w.m, weighting, false);
     });
@@ -129,9 +131,9 @@ CellDifferences CellAt(const PlaneRows& x, int32_t r, int32_t c) {
 }
 
 void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
-                 const Weighting& weighting, StandingTeam& team) {
+                 const Weighting& weighting, StandingTeam& team, Range rows) {
   w.resize(pixels.column.size());
-  ForEachRow(x, team, [&](int32_t r) {
+  ForEachRow(x, rows, team, [&](int32_t r) {
     const int64_t begin = pixels.begin[r], end = pixels.begin[r + 1];
     for (int64_t k = begin; k < end; ++k) {
       const int32_t c = pixels.column[k];

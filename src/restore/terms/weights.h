@@ -9,6 +9,7 @@
 #include "image/bit_mask.h"
 #include "linear/matrix2.h"
 #include "platform/threads/standing_team.h"
+#include "restore/blocks/row_runs.h"
 #include "restore/terms/orientation_field.h"
 
 namespace norv {
@@ -30,15 +31,17 @@ struct Weighting {
 // Weights of n measured values, in place. squared: the values are g^2, else g with any sign.
 void ApplyRule(float* values, int64_t n, const Weighting& weighting, bool squared);
 
-// Of the (w-1) x (h-1) cells of x; w is dimensioned to that.
-void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team);
+// Planes of weights are dimensioned for all of x, and filled in those of the rows asked for that they have.
+// Of the (w-1) x (h-1) cells of x.
+void WeighIsotropic(matrix& w, const matrix& x, const Weighting& weighting, StandingTeam& team, Range rows = kAllRows);
 // Of the w x h mirrored cells, across and along the directions.
 void WeighCross(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
-                StandingTeam& team);
-void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting,
-              StandingTeam& team);
+                StandingTeam& team, Range rows = kAllRows);
+void WeighDot(matrix& w, const matrix& x, const OrientationField& field, const Weighting& weighting, StandingTeam& team,
+              Range rows = kAllRows);
 // Of neighbours in rows ((w-1) x h) and in columns (w x (h-1)).
-void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team);
+void WeighAxes(matrix& across, matrix& down, const matrix& x, const Weighting& weighting, StandingTeam& team,
+               Range rows = kAllRows);
 
 // The set pixels of a mask in raster order.
 struct PixelList {
@@ -51,7 +54,7 @@ struct PixelList {
 
 // Cross weights at those pixels only, stored compactly.
 void WeighListed(std::vector<float>& w, const matrix& x, const OrientationField& field, const PixelList& pixels,
-                 const Weighting& weighting, StandingTeam& team);
+                 const Weighting& weighting, StandingTeam& team, Range rows = kAllRows);
 
 // d1 and d2 of one mirrored cell, for code that looks at single pixels instead of rows.
 struct CellDifferences {

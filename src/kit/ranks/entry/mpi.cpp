@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <list>
 #include <memory>
 #include <mpi.h>
 #include <mutex>
@@ -108,6 +109,17 @@ class MpiRanks : public Ranks {
     }
   }
 
+  void Post(int32_t to, Topic topic, std::string text) override {
+    LetGo();
+    const std::lock_guard hold(mutex_);
+    Posted& posted = posted_.emplace_back(Posted{std::move(text), MPI_REQUEST_NULL});
+    MPI_Isend(posted.text.data(), static_cast<int>(posted.text.size()), MPI_BYTE, to, static_cast<int>(topic),
+              MPI_COMM_WORLD, &posted.request);
+  }
+  void Settle() override {
+    for (Patience patience(true); !LetGo(); patience.Wait()) RequireShare();
+  }
+
   Message Receive(int32_t from, Topic topic, bool soon) override {
     for (Patience patience(soon);; patience.Wait()) {
       // Looked for first: what was sent before it is then there, too.
@@ -153,6 +165,17 @@ class MpiRanks : public Ranks {
     return there != 0;
   }
 
+  // What was posted and taken; whether that is all.
+  bool LetGo() {
+    const std::lock_guard hold(mutex_);
+    posted_.remove_if([](Posted& posted) {
+      int taken = 0;
+      MPI_Test(&posted.request, &taken, MPI_STATUS_IGNORE);
+      return taken != 0;
+    });
+    return posted_.empty();
+  }
+
   // The first rank, waiting for a part of a share, says what others have to say and learns that there will be none.
   void HeedOthers() {
     while (const std::optional<Message> words = Find(MPI_ANY_SOURCE, static_cast<int>(Topic::words))) SayFor(*words);
@@ -175,8 +198,14 @@ class MpiRanks : public Ranks {
     ProcessorShare() = std::clamp(share, 1, std::max(ProcessorCount(), 1));
   }
 
+  struct Posted {
+    std::string text;
+    MPI_Request request;
+  };
+
   int rank_ = 0, count_ = 1, onThisMachine_ = 1;
   std::mutex mutex_;
+  std::list<Posted> posted_;  // under way
 };
 
 // Whether something has started this process as one of several, or may have.
