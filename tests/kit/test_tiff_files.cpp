@@ -7,7 +7,9 @@
 #include <tiffio.h>
 
 #include "kit/failure.h"
+#include "kit/formats/byte_stream.h"
 #include "kit/formats/codec.h"
+#include "kit/metadata/metadata.h"
 #include "kit/picture_patterns.h"
 #include "support/scratch.h"
 
@@ -193,4 +195,37 @@ TEST_CASE("a TIFF that claims more than it can hold is refused") {
     place[9] = 0x40;
   }
   CHECK(Refusal(kTiff, claim).find("cannot hold as many pixels") != std::string::npos);
+}
+
+TEST_CASE("rows of a TIFF without compression stand where they are foretold, whoever puts them there") {
+  constexpr char kExif[] = "MM\0*\0\0\0\x08\0\x01\x01\x0F\0\x02\0\0\0\x04us\0\0\0\0\0";
+  const EncodingChoice choice{.compression = "none"};
+  for (const int32_t bits : {8, 16, 32})
+    for (int32_t channels = 1; channels <= 4; ++channels) {
+      Samples samples = Pattern(37, 500, channels, bits);
+      Metadata metadata;
+      metadata.exif.assign(kExif, kExif + sizeof kExif);
+      if (channels % 2 == 0) samples.metadata = std::make_shared<const Metadata>(std::move(metadata));
+      const Bytes whole = kTiff.Encode(samples, choice);
+      INFO(bits, " bits, ", channels, " channels");
+      CHECK(whole[0] == (samples.metadata ? 'M' : 'I'));
+      CHECK(kTiff.Decode(whole).bytes == samples.bytes);
+      // The last rows by somebody else.
+      Bytes parts;
+      const SampleSink sink = kTiff.create(ToMemory(parts), samples, choice);
+      Samples first({samples.width, 123, channels, bits}), row({samples.width, 1, channels, bits});
+      std::copy_n(samples.bytes.begin(), first.bytes.size(), first.bytes.begin());
+      sink.write(first);
+      sink.finish();
+      const std::optional<RowPlaces> places = kTiff.places(samples, choice);
+      REQUIRE(places);
+      for (int32_t r = first.height; r < samples.height; ++r) {
+        std::copy_n(samples.Row(r), row.bytes.size(), row.bytes.begin());
+        for (size_t i = 0; places->swapped && i < row.bytes.size(); i += bits / 8)
+          std::reverse(&row.bytes[i], &row.bytes[i] + bits / 8);
+        std::copy(row.bytes.begin(), row.bytes.end(), &parts[places->first + r * row.bytes.size()]);
+      }
+      CHECK(parts == whole);
+    }
+  CHECK(!kTiff.places(Pattern(3, 3, 1, 8), {}));
 }

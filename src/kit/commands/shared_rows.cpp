@@ -80,8 +80,8 @@ Options WriteRows(WriteChoice& choice) {
       {.name = "--compression",
        .target = &choice.encoding.compression,
        .unit = "N",
-       .check = Between{0, 9},
-       .help = "trouble taken to make a PNG small: 0 none, 9 all there is",
+       .check = OneOf{"none,0,1,2,3,4,5,6,7,8,9"},
+       .help = "trouble taken to make a PNG small: 0 or none, 9 all there is; none: a TIFF as large as its samples",
        .byDefault = "5"},
       {.name = "--strip", .target = &choice.encoding.strip, .help = "leave out all metadata but the colour profile"},
       OverwriteRow(choice.overwrite)};

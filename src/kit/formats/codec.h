@@ -1,6 +1,7 @@
 // Picture formats: rows of samples in and out of a file's bytes. One file a format, one row a format in the table.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -14,6 +15,16 @@ namespace norv {
 // Whether a format changes samples to save bytes.
 enum class Loss { never, byChoice, always };
 
+// What EncodingChoice::compression may be: nothing, "none", or a degree as well.
+enum class Compressing { unasked, orNot, byDegrees };
+
+// Where the rows of a file stand that has places for them: one behind the other from some byte on, their numbers in the
+// machine's byte order or in the other one.
+struct RowPlaces {
+  int64_t first;
+  bool swapped;
+};
+
 struct Codec {
   const char* name;
   std::vector<std::string> extensions;  // lower case, without the point; the usual one first
@@ -21,14 +32,18 @@ struct Codec {
   bool alpha = false;                   // whether it can hold that
   Loss loss = Loss::never;              // of what is written
   int32_t mostSide = INT32_MAX;         // pixels
-  bool compression = false;             // whether EncodingChoice::compression counts
-  const char* several = nullptr;        // what a file can hold several of, any of which is read: "pages"
-  uint32_t carries = 0;                 // the kinds of metadata that it has a place for (metadata/carry.h)
+  Compressing compressing = Compressing::unasked;
+  const char* several = nullptr;  // what a file can hold several of, any of which is read: "pages"
+  uint32_t carries = 0;           // the kinds of metadata that it has a place for (metadata/carry.h)
   bool (*recognise)(std::span<const uint8_t> start);
   // Both throw a Failure: for a damaged or unknown file, for a page that is not there, for a picture that the format
   // cannot hold. Without `create` the format is only read.
   SampleSource (*open)(const ByteSource& source, const ReadChoice& choice);
   SampleSink (*create)(const ByteSink& sink, const PictureShape& shape, const EncodingChoice& choice) = nullptr;
+
+  // Before any row is written; null, or nothing, where rows have no places. What `create` then lacks when it finishes
+  // is held to be there. Of the metadata those that the picture came with count.
+  std::optional<RowPlaces> (*places)(const PictureShape& shape, const EncodingChoice& choice) = nullptr;
 
   // Whole files in memory.
   Samples Decode(const Bytes& bytes, const ReadChoice& choice = {}) const;

@@ -7,14 +7,15 @@
 namespace norv {
 
 struct EncodingChoice {
-  int32_t quality = 0;       // of formats that lose something: 1 .. 100; 0: not chosen
-  bool lossless = false;     // of formats that can be either
-  int32_t compression = -1;  // trouble taken by formats without loss: 0 none .. 9 all; -1: not chosen
+  int32_t quality = 0;           // of formats that lose something: 1 .. 100; 0: not chosen
+  bool lossless = false;         // of formats that can be either
+  std::string compression = "";  // trouble taken by formats without loss: "0" to "9", or "none"; empty: not chosen
   int32_t threads = 0;       // that work on it, which nothing shows of; 0: as many as the process may use processors
   bool strip = false;        // of metadata only the colour profile
   std::string receipt = "";  // that goes into a file which carries such a text (proof/receipt.h); empty: none
 
-  int32_t Compression() const { return compression >= 0 ? compression : 5; }
+  int32_t Compression() const { return compression.empty() ? 5 : Uncompressed() ? 0 : compression[0] - '0'; }
+  bool Uncompressed() const { return compression == "none"; }
   int32_t Quality() const { return quality != 0 ? quality : 95; }
 };
 

@@ -156,8 +156,8 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
   if (choice.dither) throw WrongUsage("--dither is for pictures of 8 bits a sample, not for " + path);
   if (choice.encoding.quality != 0)
     throw WrongUsage("--quality does nothing in a file of ours, which keeps every sample: leave it out");
-  if (choice.encoding.compression >= 0)
-    throw WrongUsage("--compression is for PNG and does nothing in a file of ours: leave it out");
+  if (!choice.encoding.compression.empty())
+    throw WrongUsage("--compression is for PNG and TIFF and does nothing in a file of ours: leave it out");
   InFile in{format->name, shape};
   if (shape.HasAlpha() && !format->alpha) --in.shape.channels;
   in.shape.bits = format->mostBits;
@@ -173,7 +173,9 @@ PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, con
 }
 
 PlaceOfRows PlacesOfRows(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
-  if (KindOfExtension(FormatWord(path, choice)) != FileKind::floatImage) return nullptr;
+  const std::optional<FileKind> kind = KindOfExtension(FormatWord(path, choice));
+  if (!kind) return PlacesInPicture(path, shape, choice);
+  if (kind != FileKind::floatImage) return nullptr;
   const FloatImageHeader header{shape.width, shape.height, FloatFormatOf(shape)};
   return [header](Picture rows, int64_t first, const PutBytes& put) {
     const FloatImage image = ToFloatImage(std::move(rows));

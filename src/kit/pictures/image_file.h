@@ -19,10 +19,8 @@ InFile ImageInFile(const std::string& path, const PictureShape& shape, const Wri
 // To that format, over what is there: for what has been asked before (destination.h).
 PictureSink ReplaceImage(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 
-// The places of rows in a file of that name and format, where they have places of their own (.fdib); null where not. It
-// puts the bytes of rows, of which the first is row `first` of the picture.
-using PutBytes = std::function<void(int64_t position, const void* bytes, size_t size)>;
-using PlaceOfRows = std::function<void(Picture rows, int64_t first, const PutBytes& put)>;
+// The places of rows in a file of that name and format, where they have some (.fdib, TIFF without compression); null
+// where not.
 PlaceOfRows PlacesOfRows(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 
 // The same behind all questions of a Destination. SaveImage returns what the sink's finish() does.

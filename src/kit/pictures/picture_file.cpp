@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "kit/failure.h"
@@ -46,6 +47,22 @@ SampleSource OpenUpright(const std::string& path, const ByteSource& bytes, const
          codec->several ? "; --page N takes another" : "");
   if (samples.shape.turn != 0) samples = HeldSamples(Upright(AllSamples(samples)));
   return samples;
+}
+
+void RequireCompressing(const Codec& codec, const EncodingChoice& choice) {
+  if (codec.compressing == Compressing::unasked)
+    throw WrongUsage("--compression is for PNG and TIFF and does nothing in a " + std::string(codec.name) +
+                     ": leave it out");
+  if (codec.compressing == Compressing::orNot && !choice.Uncompressed())
+    throw WrongUsage("--compression " + choice.compression + " is for PNG: a " + codec.name +
+                     " takes none, or no word");
+}
+
+// Samples of more than a byte in the other byte order.
+void Swap(Samples& row) {
+  const size_t size = static_cast<size_t>(row.bits) / 8;
+  for (size_t i = 0; i + size <= row.bytes.size(); i += size)
+    std::reverse(row.bytes.begin() + static_cast<int64_t>(i), row.bytes.begin() + static_cast<int64_t>(i + size));
 }
 
 // The same with the receipt that was chosen.
@@ -147,8 +164,7 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
   if (choice.encoding.quality != 0 && codec->loss == Loss::never)
     throw WrongUsage(std::string("--quality does nothing in ") + codec->name +
                      ", which keeps every sample: leave it out");
-  if (choice.encoding.compression >= 0 && !codec->compression)
-    throw WrongUsage("--compression is for PNG and does nothing in a " + std::string(codec->name) + ": leave it out");
+  if (!choice.encoding.compression.empty()) RequireCompressing(*codec, choice.encoding);
   if (choice.encoding.lossless && codec->loss == Loss::always)
     Fail("%s: %s always loses something: leave out --lossless, or write %s", name.c_str(), codec->name,
          LosslessExtensions("or").c_str());
@@ -182,6 +198,25 @@ PictureSink CreatePicture(const std::string& path, const PictureShape& shape, co
     file->Write(rows);
   };
   return {write, [file] { return file->Finish(); }};
+}
+
+PlaceOfRows PlacesInPicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice) {
+  const PictureShape written = PictureInFile(path, shape, choice).shape;
+  const Codec& codec = *CodecOfWord(FormatWord(path, choice));
+  const std::optional<RowPlaces> places = codec.places ? codec.places(written, choice.encoding) : std::nullopt;
+  if (!places || written.channels != shape.channels) return nullptr;
+  return [written, places, dither = choice.dither](const Picture& rows, int64_t first, const PutBytes& put) {
+    Samples row = RowOf(written);
+    for (int32_t r = 0; r < rows.Height(); ++r) {
+      if (dither)
+        PackRowDithered(rows, r, static_cast<int32_t>(first + r), row);
+      else
+        PackRow(rows, r, row);
+      if (places->swapped) Swap(row);
+      const auto bytes = static_cast<int64_t>(row.bytes.size());
+      put(places->first + (first + r) * bytes, row.bytes.data(), row.bytes.size());
+    }
+  };
 }
 
 int64_t WritePicture(const std::string& path, Picture picture, const WriteChoice& choice) {

@@ -1,6 +1,7 @@
 // Picture files of people: PNG, JPEG, TIFF ... in and out.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "kit/formats/encoding.h"
@@ -24,6 +25,12 @@ InFile PictureInFile(const std::string& path, const PictureShape& shape, const W
 
 // Whether such a file carries a receipt when one is chosen (EncodingChoice::receipt).
 bool HoldsReceipt(const std::string& path, const WriteChoice& choice);
+
+// Puts the bytes of rows at their places in a file, of which the first is row `first` of the picture.
+using PutBytes = std::function<void(int64_t position, const void* bytes, size_t size)>;
+using PlaceOfRows = std::function<void(Picture rows, int64_t first, const PutBytes& put)>;
+// For such a file, whose sink is finished without these rows; null where rows have no places.
+PlaceOfRows PlacesInPicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice);
 
 // To that format, over what is there. Throws as PictureInFile() does.
 PictureSink CreatePicture(const std::string& path, const PictureShape& shape, const WriteChoice& choice);

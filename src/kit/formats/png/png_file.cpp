@@ -16,7 +16,7 @@ const Codec kPng = {.name = "PNG",
                     .extensions = {"png"},
                     .mostBits = 16,
                     .alpha = true,
-                    .compression = true,
+                    .compressing = Compressing::byDegrees,
                     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesText |
                                kCarriesReceipt | kCarriesResolution | kCarriesGamma | kCarriesChromaticities,
                     .recognise = IsPng,

@@ -21,10 +21,12 @@ const Codec kTiff = {
     .extensions = {"tif", "tiff"},
     .mostBits = 32,
     .alpha = true,
+    .compressing = Compressing::orNot,
     .several = "pages",
     .carries = kCarriesIcc | kCarriesExif | kCarriesXmp | kCarriesIptc | kCarriesResolution | kCarriesChromaticities,
     .recognise = IsTiff,
     .open = OpenTiff,
-    .create = CreateTiff};
+    .create = CreateTiff,
+    .places = PlacesInTiff};
 
 }  // namespace norv
