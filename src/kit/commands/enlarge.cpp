@@ -211,18 +211,21 @@ double FactorOf(const Settings& settings, const PictureShape& shape, const Pictu
 Cost CostOf(const EnlargeWay& way, PictureShape shape, const PictureShape& result, bool denoise) {
   Cost cost = denoise ? CostOfDenoising(shape, false) : Cost();
   if (!way.plan && way.preset.empty()) return cost + CostOfResampling(shape, result);
-  const int32_t width = shape.width;
+  const PictureShape small = shape;
+  const int32_t factor = ReachedFactor(way, small);
   for (const Model& pass : way.plan ? way.plan->passes : std::vector<Model>()) {
     cost = cost + CostOfNetwork(shape, LoadNetwork(pass.path), way.how.average, way.how.shortcut);
     shape.width *= pass.factor;
     shape.height *= pass.factor;
   }
   if (!way.preset.empty()) {
-    RestoreParameters parameters =
-        way.plan ? RefinementPreset(way.preset, shape.width / width) : RestorePreset(way.preset, 1);
+    RestoreParameters parameters = way.plan ? RefinementPreset(way.preset, factor) : RestorePreset(way.preset, factor);
     TurnKnobs(parameters, way.knobs);
+    shape.width = small.width * factor;
+    shape.height = small.height * factor;
     cost = cost + CostOfRefinement(shape, parameters);
   }
+  if (AgreesInTheEnd(way, small)) cost = cost + CostOfAgreement(small, factor, result);
   return shape.width == result.width ? cost : cost + CostOfResampling(shape, result);
 }
 

@@ -126,7 +126,8 @@ class StripMaker {
     const auto held =
         std::make_shared<Picture>(window_.Show(which, last ? RowRange{} : work_->needs(StripFrom(next_))));
     if (last) window_.Close();
-    ahead_.Begin([work = work_, held, which, made] { return work->make(std::move(*held), which, made); });
+    const auto make = work_->prepare ? work_->prepare(made) : work_->make;
+    ahead_.Begin([make, held, which, made] { return make(std::move(*held), which, made); });
   }
 
   const PictureShape shape_;

@@ -26,6 +26,9 @@ struct StripWork {
   std::function<RowRange(RowRange made)> needs;
   std::function<Picture(Picture held, RowRange which, RowRange made)> make;
   int32_t rows = 0;  // of a strip; 0: as suits the caches
+  // What else `make` is to have, from the thread that asks for rows: called strip by strip, in order, once the rows
+  // that it needs were read; what it gives is called instead of `make`. Null: nothing.
+  std::function<decltype(make)(RowRange made)> prepare = nullptr;
 };
 
 // The picture of that shape, made of the other one's rows as they are asked for. threads: 0 for as many as the process

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kit/failure.h"
+#include "kit/measure/agreement.h"
 #include "kit/pictures/file_kind.h"
 #include "kit/scale/interpolation.h"
 #include "kit/scale/refine.h"
@@ -31,27 +32,9 @@ PictureSource ByWholeFactor(PictureSource picture, ResizeFilter filter, int32_t 
   return Resampled(std::move(picture), std::move(horizontal), std::move(vertical), true, threads);
 }
 
-}  // namespace
-
-NeuralNet LoadNetwork(const std::string& path) {
-  if (RecogniseWholeFile(path) != FileKind::net) Fail("%s is no network", path.c_str());
-  NeuralNet net;
-  LoadNet(net, path, Folder::asGiven);
-  return net;
-}
-
-int32_t FactorOfNetwork(const std::string& path) {
-  const NeuralNet net = LoadNetwork(path);
-  RequireEnlargement(net);
-  return net.LastNi() == 4 ? 2 : 4;
-}
-
 // By restoration alone: from a Lanczos-3 enlargement or, no larger, from the picture as it is.
 PictureSource Restored(PictureSource picture, const EnlargeWay& way) {
-  constexpr double kNearEnough = 1.02;  // where so little is missing, resampling adds it
-  const double scale = std::max(static_cast<double>(way.size.width) / picture.shape.width,
-                                static_cast<double>(way.size.height) / picture.shape.height);
-  const int32_t factor = std::max(static_cast<int32_t>(std::ceil(scale / kNearEnough)), 1), threads = way.how.threads;
+  const int32_t factor = ReachedFactor(way, picture.shape), threads = way.how.threads;
   std::shared_ptr<PassedLuminance> passed;
   picture = KeepingLuminance(std::move(picture), passed);
   if (factor > 1) picture = ByWholeFactor(std::move(picture), ResizeFilter::lanczos, factor, threads);
@@ -63,7 +46,7 @@ PictureSource Restored(PictureSource picture, const EnlargeWay& way) {
   return Resized(std::move(picture), way.size, ResizeFilter::lanczos, threads);
 }
 
-PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
+PictureSource InSize(PictureSource picture, const EnlargeWay& way) {
   const int32_t threads = way.how.threads, factor = WholeFactor(picture.shape, way.size);
   if (!way.plan && !way.preset.empty()) return Restored(std::move(picture), way);
   if (!way.plan && factor > 0 && way.filter != ResizeFilter::nearest)
@@ -81,6 +64,48 @@ PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   }
   if (SizeOf(picture.shape) == way.size) return picture;
   return Resized(std::move(picture), way.size, ResizeFilter::lanczos, threads);
+}
+
+}  // namespace
+
+NeuralNet LoadNetwork(const std::string& path) {
+  if (RecogniseWholeFile(path) != FileKind::net) Fail("%s is no network", path.c_str());
+  NeuralNet net;
+  LoadNet(net, path, Folder::asGiven);
+  return net;
+}
+
+int32_t FactorOfNetwork(const std::string& path) {
+  const NeuralNet net = LoadNetwork(path);
+  RequireEnlargement(net);
+  return net.LastNi() == 4 ? 2 : 4;
+}
+
+int32_t ReachedFactor(const EnlargeWay& way, const PictureShape& shape) {
+  if (way.plan) {
+    int32_t factor = 1;
+    for (const Model& pass : way.plan->passes) factor *= pass.factor;
+    return factor;
+  }
+  constexpr double kNearEnough = 1.02;  // where so little is missing, resampling adds it
+  const double scale =
+      std::max(static_cast<double>(way.size.width) / shape.width, static_cast<double>(way.size.height) / shape.height);
+  return std::max(static_cast<int32_t>(std::ceil(scale / kNearEnough)), 1);
+}
+
+bool AgreesInTheEnd(const EnlargeWay& way, const PictureShape& shape) {
+  constexpr int32_t kStaysNear = 4;  // times larger: a restored picture that is reduced from 4 to 3 is near enough
+  const int32_t whole = WholeFactor(shape, way.size);
+  return HoldsToPicture(way.preset) && !FirstSaid(way.knobs) && whole != ReachedFactor(way, shape) &&
+         (whole == 0 || whole > kStaysNear);
+}
+
+PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
+  if (!AgreesInTheEnd(way, picture.shape)) return InSize(std::move(picture), way);
+  const PictureSize small = SizeOf(picture.shape);
+  std::shared_ptr<PassedLuminance> passed;
+  picture = InSize(KeepingLuminance(std::move(picture), passed), way);
+  return Agreeing(std::move(picture), std::move(passed), small, way.how.threads);
 }
 
 }  // namespace norv

@@ -29,6 +29,13 @@ struct EnlargeWay {
   double blur = 0;          // pixels of a Gaussian to take back from a picture in its own size
 };
 
+// How many times larger the networks, or the restoration without them, make it before it gets its size.
+int32_t ReachedFactor(const EnlargeWay& way, const PictureShape& shape);
+
+// Whether the result is brought back to the picture (agreement.h): where a restoration that holds to it, none of whose
+// settings was turned, is resampled afterwards, but for whole factors up to 4, which stay near it anyway.
+bool AgreesInTheEnd(const EnlargeWay& way, const PictureShape& shape);
+
 // The picture in that size, row by row as it is asked for. What networks make too large is reduced by Lanczos-3.
 PictureSource Enlarged(PictureSource picture, const EnlargeWay& way);
 

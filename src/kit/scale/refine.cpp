@@ -231,4 +231,9 @@ PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> 
   });
 }
 
+matrix TakePassed(PassedLuminance& passed, int32_t first, int32_t count) {
+  passed.ForgetBefore(first);
+  return passed.Rows(first, count);
+}
+
 }  // namespace norv

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "kit/pictures/picture_rows.h"
+#include "linear/matrix2.h"
 #include "restore/parameters.h"
 
 namespace norv {
@@ -22,6 +23,9 @@ class PassedLuminance;
 
 // The same picture; the luminance of its rows is kept in `passed` on the way.
 PictureSource KeepingLuminance(PictureSource small, std::shared_ptr<PassedLuminance>& passed);
+
+// Of those rows first, first + 1, ... as a plane; what is above them is forgotten.
+matrix TakePassed(PassedLuminance& passed, int32_t first, int32_t count);
 
 // The rows of `large`, an enlargement by parameters.factor of the picture whose luminance has passed, with their
 // luminance restored from what it is; colours follow, alpha stays (colours are multiplied by it meanwhile). A team of

@@ -125,6 +125,8 @@ RestoreParameters RefinementPreset(const std::string& name, int32_t factor) {
   return ParametersOf(RowOf(kRefinements, name, factor < 4 ? 2 : 4), factor);
 }
 
+bool HoldsToPicture(const std::string& preset) { return preset == "clean" || preset == "drawn"; }
+
 std::span<const RestoreKnob> RestoreKnobs() { return kKnobs; }
 
 const char* FirstSaid(const KnobValues& values) {

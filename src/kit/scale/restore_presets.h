@@ -22,6 +22,9 @@ RestoreParameters DeblurringPreset(const std::string& name, int32_t factor, doub
 // The same for a restoration that starts from a network's answer.
 RestoreParameters RefinementPreset(const std::string& name, int32_t factor);
 
+// Whether pictures of that kind are what they should be, and not to be smoothed: the clean and the drawn ones.
+bool HoldsToPicture(const std::string& preset);
+
 // A parameter that people turn on its own.
 struct RestoreKnob {
   const char* option;  // as on the command line

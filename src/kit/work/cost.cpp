@@ -1,6 +1,7 @@
 #include "kit/work/cost.h"
 
 #include "kit/formats/picture_shape.h"
+#include "kit/measure/agreement.h"
 #include "kit/pictures/conversions.h"
 #include "kit/scale/refine.h"
 #include "kit/scale/restored_rows.h"
@@ -51,6 +52,17 @@ Cost CostOfHolding(const PictureShape& shape, double bytesASample) { return {.he
 
 Cost CostOfResampling(const PictureShape& from, const PictureShape& result) {
   return {.seconds = kResampledPixel * (Pixels(from) + Pixels(result)), .strip = 3.4 * kMegabyte * result.channels};
+}
+
+Cost CostOfAgreement(const PictureShape& from, int32_t factor, const PictureShape& result) {
+  constexpr double kMargins = 24;  // rows of the small picture that a strip sees of its neighbours
+  constexpr double kPlanes = 3;    // of luminance, there and back
+  const double refined = RefinedRowsOf(from.width, from.height, factor) + 2.0 * kRefineMargin + kAgreeingRows;
+  const double rows = std::min<double>(refined, from.height);
+  const double strip = kAgreeingRows + kMargins * result.height / std::max(from.height, 1);
+  return {.seconds = 2 * kResampledPixel * Pixels(result),
+          .held = 4.0 * rows * from.width,
+          .strip = 4.0 * std::min<double>(strip, result.height) * result.width * (2 * result.channels + kPlanes)};
 }
 
 Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance) {

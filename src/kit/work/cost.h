@@ -33,6 +33,8 @@ Cost CostOfFiles(const PictureShape& from, const PictureShape& result);
 Cost CostOfHolding(const PictureShape& shape, double bytesASample);
 // Of rows that are resampled on their way.
 Cost CostOfResampling(const PictureShape& from, const PictureShape& result);
+// Of bringing a result back to the picture (agreement.h) whose enlargement by the factor was restored before.
+Cost CostOfAgreement(const PictureShape& from, int32_t factor, const PictureShape& result);
 // Of a network's pass over a picture of that shape: averaged, eight of them; for the luminance or for every colour.
 Cost CostOfNetwork(const PictureShape& from, const NeuralNet& net, bool averaged, bool luminance);
 // Of the restoration of the luminance that follows networks; `result` is the enlarged picture.
