@@ -269,8 +269,8 @@ TEST_CASE("pictures that cannot serve are passed over with a warning, and none a
     CHECK(failed.exitCode == exitCode);
     CHECK(Contains(failed.errors, reason));
   }
-  // No room for the pairs.
-  CHECK(test::Shell(gallery.results, "ulimit -f 4; exec $k train " + gallery.folder.Path() +
+  // Room for the pairs of one picture.
+  CHECK(test::Shell(gallery.results, "ulimit -f 200; exec $k train " + gallery.folder.Path() +
                                          " full --layout 8 --hidden 6 --valid 1 --epochs 1")
             .exitCode == 1);
   CHECK(!std::filesystem::exists(gallery.results / "full/test.dat.unfinished"));
