@@ -71,6 +71,7 @@ class JointStrips : public JointRows<Picture> {
     RankPeers peers(part.first, part.members);
     const Strip strip = cut_.At(part.number);
     const Picture own = make_(strip, peers);
+    if (part.piece.first == part.piece.end) return {};
     Picture rows(own.Width(), static_cast<int32_t>(part.piece.end - part.piece.first), own.channels, own.bits);
     const int64_t top = int64_t{strip.windowFirst} * cut_.factor + part.window.begin;
     CopyPart(own, static_cast<int32_t>(part.piece.first - top), rows.Height(), rows, 0);

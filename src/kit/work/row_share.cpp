@@ -118,7 +118,7 @@ void MakePieces(JointRows<Picture>& joint, const std::function<void(Picture rows
     Picture rows = joint.Next();
     if (piece.first < piece.end) take(std::move(rows), piece.first);
   }
-  World().Settle();
+  World().Settle(Topic::rows);
 }
 
 Finiteness PlacePieces(JointRows<Picture>& joint, const PlaceOfRows& place, const std::string& path) {

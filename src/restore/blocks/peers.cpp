@@ -42,6 +42,7 @@ void ExchangeRows(Peers& peers, const matrix& plane, const RowsOfPeers& rows) {
     if (wanted.begin < wanted.end)
       std::memcpy(plane.z[wanted.begin], peers.Receive(other).data(), BytesOf(plane, wanted));
   });
+  peers.Settle();
 }
 
 void GatherBlocks(Peers& peers, std::span<std::byte> blocks, size_t size, const RowRuns& cut) {

@@ -23,7 +23,11 @@
 namespace norv {
 namespace {
 
-// Looks ever more seldom; for what comes soon without sleeping at first.
+// Whether every rank of this machine has a processor of its own.
+bool haveProcessors = false;
+
+// Looks ever more seldom; for what comes soon without sleeping at first, and without giving way where that is nobody's
+// loss: who does so while other programs want the processor is not asked again for milliseconds.
 class Patience {
  public:
   explicit Patience(bool soon) : left_(soon ? 20000 : 0) {}
@@ -31,7 +35,7 @@ class Patience {
   void Wait() {
     if (left_ > 0) {
       --left_;
-      sched_yield();
+      if (!haveProcessors) sched_yield();
       return;
     }
     std::this_thread::sleep_for(pause_);
@@ -110,14 +114,19 @@ class MpiRanks : public Ranks {
   }
 
   void Post(int32_t to, Topic topic, std::string text) override {
-    LetGo();
+    LetGo(topic);
     const std::lock_guard hold(mutex_);
-    Posted& posted = posted_.emplace_back(Posted{std::move(text), MPI_REQUEST_NULL});
+    Posted& posted = posted_.emplace_back(Posted{topic, std::move(text), MPI_REQUEST_NULL});
     MPI_Isend(posted.text.data(), static_cast<int>(posted.text.size()), MPI_BYTE, to, static_cast<int>(topic),
               MPI_COMM_WORLD, &posted.request);
   }
-  void Settle() override {
-    for (Patience patience(true); !LetGo(); patience.Wait()) RequireShare();
+  void Settle(Topic topic) override {
+    for (Patience patience(true); !LetGo(topic); patience.Wait()) {
+      if (IsFirst())
+        HeedOthers();
+      else
+        RequireShare();
+    }
   }
 
   Message Receive(int32_t from, Topic topic, bool soon) override {
@@ -165,15 +174,15 @@ class MpiRanks : public Ranks {
     return there != 0;
   }
 
-  // What was posted and taken; whether that is all.
-  bool LetGo() {
+  // What was posted and is taken; whether that is all of the topic.
+  bool LetGo(Topic topic) {
     const std::lock_guard hold(mutex_);
     posted_.remove_if([](Posted& posted) {
       int taken = 0;
       MPI_Test(&posted.request, &taken, MPI_STATUS_IGNORE);
       return taken != 0;
     });
-    return posted_.empty();
+    return std::ranges::none_of(posted_, [&](const Posted& posted) { return posted.topic == topic; });
   }
 
   // The first rank, waiting for a part of a share, says what others have to say and learns that there will be none.
@@ -195,10 +204,12 @@ class MpiRanks : public Ranks {
     MPI_Allreduce(&own, &all, sizeof own, MPI_BYTE, MPI_BOR, machine);
     MPI_Comm_free(&machine);
     const int share = CPU_COUNT(&all) / onThisMachine_;
+    haveProcessors = share > 0;
     ProcessorShare() = std::clamp(share, 1, std::max(ProcessorCount(), 1));
   }
 
   struct Posted {
+    Topic topic;
     std::string text;
     MPI_Request request;
   };
