@@ -38,6 +38,7 @@ TEST_CASE("what cannot be meant is refused in words that say what to type") {
         Line{"a.png --facter 2", "did you mean --factor?", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --quikc", "did you mean --quick?", "norvkit enlarge --help"},
         Line{"enlarge a.png", "OUT is missing: norvkit enlarge PICTURE OUT", "norvkit enlarge --help"},
+        Line{"compare a.png", "B is missing: norvkit compare A B", "norvkit compare --help"},
         Line{"enlarge a.png b.png c.png", "enlarge a.png b.png c.png --out DIR", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --by", "--by needs a value: --by X", "norvkit enlarge --help"},
         Line{"enlarge a.png b.png --quick=2", "--quick takes no value", "norvkit enlarge --help"},
