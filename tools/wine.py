@@ -29,4 +29,4 @@ def end(prefix):
 def lines_of(stream):
     """What a program said, without wine's own words and with this system's line ends."""
     lines = stream.replace(b"\r\n", b"\n").split(b"\n")
-    return b"\n".join(line for line in lines if not line.startswith(b"wine: "))
+    return b"\n".join(line for line in lines if not line.startswith((b"wine: ", b"wine client error:")))
