@@ -54,7 +54,7 @@ TEST_CASE("training pairs: all layouts and filters, every pixel in eight orienta
         const std::string bytes = FileBytes(set);
         CHECK(bytes.substr(12) == BytesOf(expected.data(), expected.size()));
         picture = original;
-        WriteTrainingPairs(folder / "set", picture, Nin, Ny, order);
+        WriteTrainingPairs(folder / "set", picture, Nin, Ny, order, {}, 3);
         CHECK(ReadBytes(folder / "set") == bytes);
       }
 }
