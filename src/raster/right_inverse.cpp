@@ -43,8 +43,8 @@ class BandedProducts {
   // Column c of the inverse from row c - reach to c + reach, those outside 0.
   std::vector<double> Inverse(int32_t c, int32_t reach) {
     const int32_t last = std::min(c + 2 * reach, size_ - 1);  // what lies beyond has no say in what is asked for
-    std::vector<double> column(static_cast<size_t>(last + 1 - c + reach));
-    const auto at = [&](int32_t j) -> double& { return column[static_cast<size_t>(j - c + reach)]; };
+    std::vector<double> column(static_cast<size_t>(int64_t{last} + 1 - c + reach));
+    const auto at = [&](int32_t j) -> double& { return column[static_cast<size_t>(int64_t{j} - c + reach)]; };
     for (int32_t j = c; j <= last; ++j) {
       double sum = j == c ? 1 : 0;
       for (int32_t i = std::max(First(j), c); i < j; ++i) sum -= Lower(j, i) * at(i);
@@ -55,7 +55,7 @@ class BandedProducts {
       for (int32_t i = j + 1; i <= std::min(j + band_, last); ++i) sum -= Lower(i, j) * at(i);
       at(j) = sum / Lower(j, j);
     }
-    column.resize(static_cast<size_t>(2 * reach + 1));
+    column.resize(static_cast<size_t>(2 * int64_t{reach} + 1));
     return column;
   }
 
@@ -75,7 +75,7 @@ ResampleTable RightInverse(const ResampleTable& reduction, int32_t length, doubl
   std::vector<int32_t> first(static_cast<size_t>(length), small), end(static_cast<size_t>(length), 0);
   for (int32_t j = 0; j < small; ++j)
     for (int32_t i = 0; i < reduction.taps; ++i) {
-      const size_t k = static_cast<size_t>(reduction.start[j] + i);
+      const size_t k = static_cast<size_t>(int64_t{reduction.start[j]} + i);
       first[k] = std::min(first[k], j);
       end[k] = j + 1;
     }
@@ -93,7 +93,7 @@ ResampleTable RightInverse(const ResampleTable& reduction, int32_t length, doubl
       const double weight = WeightsOf(reduction, j)[i];
       float* row = &table.weights[static_cast<size_t>(k) * table.taps];
       for (int32_t l = std::max(j - reach, 0); l <= std::min(j + reach, small - 1); ++l)
-        row[l - table.start[k]] += static_cast<float>(weight * column[static_cast<size_t>(l - j + reach)]);
+        row[l - table.start[k]] += static_cast<float>(weight * column[static_cast<size_t>(int64_t{l} - j + reach)]);
     }
   }
   return table;

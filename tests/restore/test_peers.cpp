@@ -41,7 +41,7 @@ class Threads : public Peers {
   Threads(Mail& mail, int32_t number, int32_t count) : mail_(mail), number_(number), count_(count) {}
   int32_t Number() const override { return number_; }
   int32_t Count() const override { return count_; }
-  void Send(int32_t to, std::string bytes) override { mail_.Put(number_, to, std::move(bytes)); }
+  void Send(int32_t to, std::string&& bytes) override { mail_.Put(number_, to, std::move(bytes)); }
   std::string Receive(int32_t from) override { return mail_.Take(from, number_); }
 
  private:

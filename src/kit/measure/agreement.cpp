@@ -50,7 +50,7 @@ class Projection {
     Premultiply(held);
     Picture rows(held.Width(), made.rows, held.channels, held.bits);
     CopyPart(held, made.first - which.first, made.rows, rows, 0);
-    const matrix change = Change(LuminanceOf(held), which, made, std::move(small));
+    const matrix change = Change(LuminanceOf(held), which, made, small);
     for (int32_t k = 0; k < rows.Colours(); ++k)
       for (int32_t i = 0; i < change.mn; ++i) rows.plane[k].x[i] += change.x[i];
     Unpremultiply(rows);
@@ -58,7 +58,8 @@ class Projection {
   }
 
  private:
-  matrix Change(const matrix& held, RowRange which, RowRange made, matrix missed) const {
+  // missed: the small rows; becomes what the reduction misses of them.
+  matrix Change(const matrix& held, RowRange which, RowRange made, matrix& missed) const {
     const AxisPart touched = Touched(made);
     matrix narrow, reduced, wide, change;
     ResampleAlongRows(held, narrow, across_.reduction);
@@ -78,7 +79,7 @@ class Projection {
 
 }  // namespace
 
-PictureSource Agreeing(PictureSource large, std::shared_ptr<PassedLuminance> passed, const PictureSize& small,
+PictureSource Agreeing(PictureSource large, const std::shared_ptr<PassedLuminance>& passed, const PictureSize& small,
                        int32_t threads) {
   const PictureShape shape = large.shape;
   const auto projection = std::make_shared<const Projection>(PictureSize{shape.width, shape.height}, small);

@@ -19,7 +19,7 @@ inline constexpr int32_t kAgreeingRows = 128;
 // filter makes that picture's of it: what the reduction misses goes back through its right inverse, which is where
 // iterated back-projection (Irani and Peleg 1991) ends. Colours follow, alpha stays; colours are multiplied by it
 // meanwhile. What is no number changes nothing. threads: as in InStrips(), which nothing shows of.
-PictureSource Agreeing(PictureSource large, std::shared_ptr<PassedLuminance> passed, const PictureSize& small,
+PictureSource Agreeing(PictureSource large, const std::shared_ptr<PassedLuminance>& passed, const PictureSize& small,
                        int32_t threads);
 
 }  // namespace norv

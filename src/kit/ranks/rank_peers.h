@@ -15,7 +15,7 @@ class RankPeers : public Peers {
 
   int32_t Number() const override { return World().Rank() - first_; }
   int32_t Count() const override { return count_; }
-  void Send(int32_t to, std::string bytes) override { World().Post(first_ + to, Topic::peers, std::move(bytes)); }
+  void Send(int32_t to, std::string&& bytes) override { World().Post(first_ + to, Topic::peers, std::move(bytes)); }
   void Settle() override { World().Settle(Topic::peers); }
   std::string Receive(int32_t from) override { return World().Receive(first_ + from, Topic::peers, true).text; }
 

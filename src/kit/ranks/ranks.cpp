@@ -18,7 +18,7 @@ constexpr char kBegin[] = "begin", kOutput = 'o', kError = 'e';
 
 // Alone there is nobody to send to, and nothing to wait for.
 void Ranks::Send(int32_t, Topic, const std::string&) {}
-void Ranks::Post(int32_t to, Topic topic, std::string text) { Send(to, topic, text); }
+void Ranks::Post(int32_t to, Topic topic, std::string&& text) { Send(to, topic, text); }
 Message Ranks::Receive(int32_t from, Topic topic, bool) { return {from, topic}; }
 std::optional<Message> Ranks::Look() { return {}; }
 std::unique_ptr<PlacedFile> Ranks::OpenPlaced(const std::string&) { return nullptr; }

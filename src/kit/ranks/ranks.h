@@ -59,7 +59,7 @@ class Ranks {
   // From any thread. Messages of one topic from one rank to another keep their order.
   virtual void Send(int32_t to, Topic topic, const std::string& text);
   // The same without waiting until it is taken, and the wait for all of that topic that was posted.
-  virtual void Post(int32_t to, Topic topic, std::string text);
+  virtual void Post(int32_t to, Topic topic, std::string&& text);
   virtual void Settle(Topic) {}
   // Waits, which costs no processor; for what comes `soon` it looks all the time at first. The first rank says
   // meanwhile what others have to say. Throws a Failure where a rank has passed, or the run has ended.

@@ -105,7 +105,7 @@ PictureSource Enlarged(PictureSource picture, const EnlargeWay& way) {
   const PictureSize small = SizeOf(picture.shape);
   std::shared_ptr<PassedLuminance> passed;
   picture = InSize(KeepingLuminance(std::move(picture), passed), way);
-  return Agreeing(std::move(picture), std::move(passed), small, way.how.threads);
+  return Agreeing(std::move(picture), passed, small, way.how.threads);
 }
 
 }  // namespace norv

@@ -115,7 +115,7 @@ class JointStrips : public JointRows<Picture> {
 
 }  // namespace
 
-PictureSource WithJointStrips(PictureSource alone, const StripCut& cut, MakePart make) {
+PictureSource WithJointStrips(const PictureSource& alone, const StripCut& cut, MakePart make) {
   const auto joint = std::make_shared<JointStrips>(cut, std::move(make));
   PictureSource made{alone.shape, [joint, alone](Picture& rows, int32_t at, int32_t count) {
                        joint->ReadsPieces() ? joint->Read(rows, at, count) : alone.read(rows, at, count);

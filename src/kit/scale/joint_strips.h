@@ -23,7 +23,7 @@ using MakePart = std::function<Picture(const Strip& strip, Peers& peers)>;
 
 // The same rows, which ranks can make together, by neighbouring blocks: all ranks one strip after the other, or, where
 // there are more ranks than blocks are worth, groups of them neighbouring strips.
-PictureSource WithJointStrips(PictureSource alone, const StripCut& cut, MakePart make);
+PictureSource WithJointStrips(const PictureSource& alone, const StripCut& cut, MakePart make);
 
 // Reads rows of a source from places that move down it and may overlap by some rows.
 class PartReader {

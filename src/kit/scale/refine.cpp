@@ -226,7 +226,7 @@ PictureSource RefinedRows(PictureSource large, std::shared_ptr<PassedLuminance> 
   if (!large.only || !World().AreSeveral()) return made;
   const StripCut cut = refiner->Cut();
   const auto reader = std::make_shared<PartReader>(std::move(large), 2 * cut.margin * cut.factor);
-  return WithJointStrips(std::move(made), cut, [refiner, reader](const Strip& strip, Peers& peers) {
+  return WithJointStrips(made, cut, [refiner, reader](const Strip& strip, Peers& peers) {
     return refiner->MakePart(*reader, strip, peers);
   });
 }

@@ -140,7 +140,7 @@ PictureSource RestoredRows(PictureSource picture, const RestoreParameters& param
   if (!picture.only || !World().AreSeveral()) return made;
   const StripCut cut{from.height, parameters.factor, RestoredRowsOf(from, parameters.factor, sizes), kRestoreMargin};
   const auto reader = std::make_shared<PartReader>(std::move(picture), 2 * kRestoreMargin);
-  return WithJointStrips(std::move(made), cut, [restorer, reader](const Strip& strip, Peers& peers) {
+  return WithJointStrips(made, cut, [restorer, reader](const Strip& strip, Peers& peers) {
     return restorer->MakePart(*reader, strip, peers);
   });
 }

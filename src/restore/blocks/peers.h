@@ -27,7 +27,7 @@ class Peers {
   virtual int32_t Number() const { return 0; }
   virtual int32_t Count() const { return 1; }
   // Hands bytes to another and waits for nobody.
-  virtual void Send(int32_t, std::string) {}
+  virtual void Send(int32_t, std::string&&) {}
   // Waits until all that was handed over is taken: what is large goes only while somebody sees to it.
   virtual void Settle() {}
   // What the other has sent, in the order of its sending.

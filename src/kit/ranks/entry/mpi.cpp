@@ -113,7 +113,7 @@ class MpiRanks : public Ranks {
     }
   }
 
-  void Post(int32_t to, Topic topic, std::string text) override {
+  void Post(int32_t to, Topic topic, std::string&& text) override {
     LetGo(topic);
     const std::lock_guard hold(mutex_);
     Posted& posted = posted_.emplace_back(Posted{topic, std::move(text), MPI_REQUEST_NULL});
