@@ -127,6 +127,11 @@ TEST_CASE("a journal is data: what is torn or made up is passed over") {
   CHECK(*read.Find("x\n\t\\.png", {3, 4}) == older);
   CHECK(*read.Find("x\n\t\\.png", {5, 6}) == newer);
   CHECK(read.Find("x\n\t\\.png", {5, 7}) == nullptr);
+  // One bit of the last line's sum.
+  std::string text = test::ReadBytes(folder / kJournalName);
+  text[text.size() - 2] ^= 1;
+  test::WriteBytes(folder / kJournalName, text);
+  CHECK(Journal(folder.Path()).Find("x\n\t\\.png", {5, 6}) == nullptr);
 }
 
 TEST_CASE("a batch within its own folder takes no result for a picture") {
