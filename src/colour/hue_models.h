@@ -31,8 +31,8 @@ struct Channels {
   double Mean() const { return (r + g + b) * kThird; }
 };
 
-// Degrees on the hexagon of hues, red at 60, green at 180, blue at 300. Which channel is strongest no branch could
-// foretell: it is an index.
+// Degrees on the hexagon of hues, red at 60, green at 180, blue at 300. The strongest channel is found without a
+// branch, which nothing could foretell.
 inline double HexagonHue(const Channels& p, double chroma) {
   if (chroma == 0) return 0;
   const double around[] = {p.r, p.g, p.b, p.r, p.g};

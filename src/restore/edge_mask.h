@@ -12,7 +12,7 @@ namespace norv {
 
 // Sets the bits of inner pixels whose 3 x 3 gradient, along the axes or along the diagonals, is at least `threshold`
 // grey levels; clears none. An empty mask is made at the plane's size first.
-// rows: where it looks.
+// rows: of the plane, whose pixels are looked at.
 void MarkEdges(BitMask& mask, const matrix& plane, float threshold, StandingTeam& team = StandingTeam::Alone(),
                Range rows = kAllRows);
 

@@ -30,7 +30,7 @@ Peers& Peers::None() {
   return none;
 }
 
-void ExchangeRows(Peers& peers, const matrix& plane, const RowsOfPeers& rows) {
+void ExchangeRows(Peers& peers, matrix& plane, const RowsOfPeers& rows) {
   const size_t self = static_cast<size_t>(peers.Number());
   ForOthers(peers, [&](int32_t other) {
     const Range wanted = Common(rows.own[self], rows.seen[static_cast<size_t>(other)]);

@@ -52,15 +52,16 @@ RowsOfPeers RowsOfEach(const RowRuns& cut, const Own& own, const Seen& seen) {
   return rows;
 }
 
-// Rows go to those that look at them; afterwards the plane has all that it is to be looked at.
-void ExchangeRows(Peers& peers, const matrix& plane, const RowsOfPeers& rows);
+// Rows go to those that look at them: the plane, whose own rows are there, gets those that are seen of others. Ranges
+// are of its rows, one of each for every peer.
+void ExchangeRows(Peers& peers, matrix& plane, const RowsOfPeers& rows);
 
-// The first one gets everybody's blocks of so many bytes, into their places.
+// blocks: `size` bytes for each block of the cut, in their order. The first one gets those that others have filled.
 void GatherBlocks(Peers& peers, std::span<std::byte> blocks, size_t size, const RowRuns& cut);
-// What the first one says is what all get.
+// The first one's value, on all of them.
 float FromFirst(Peers& peers, float value);
 
-// A plane of `height` rows of which there are these, from row `first` on.
+// A plane of `height` rows, of which these are there, from row `first` on; the others are undefined and take no memory.
 matrix Spread(matrix rows, int32_t first, int32_t height);
 // Some rows of a plane.
 matrix RowsAlone(matrix plane, Range rows);
